@@ -1,0 +1,42 @@
+# Headers, library, exported target and pkg-config file. Everything finds the rest relative to itself, so an installed
+# tree can be moved.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+get_target_property(FCURVELIB_KIND FCurveLib TYPE)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/FCurveLib)
+set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(TARGETS FCurveLib EXPORT FCurveLibTargets INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/FCurveLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT FCurveLibTargets NAMESPACE FCurveLib:: DESTINATION ${package_dir})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/FCurveLibConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/FCurveLibConfig.cmake
+    INSTALL_DESTINATION ${package_dir}
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/FCurveLibConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/FCurveLibConfig.cmake ${PROJECT_BINARY_DIR}/FCurveLibConfigVersion.cmake
+    DESTINATION ${package_dir})
+
+# A static library leaves it to its consumer to link Expat; a shared one has it linked already.
+set(pc_cflags "")
+if(FCURVELIB_KIND STREQUAL "STATIC_LIBRARY")
+    set(pc_cflags " -DFCURVELIB_STATIC")
+endif()
+foreach(dir IN ITEMS INCLUDEDIR LIBDIR)
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_${dir} BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
+        OUTPUT_VARIABLE pc_${dir})
+endforeach()
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+    OUTPUT_VARIABLE pc_prefix)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/FCurveLib.pc.in ${PROJECT_BINARY_DIR}/FCurveLib.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/FCurveLib.pc DESTINATION ${pkgconfig_dir})
+
+if(TARGET fcurvetool)
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR}
+        OUTPUT_VARIABLE bin_to_lib)
+    set_target_properties(fcurvetool PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
+    install(TARGETS fcurvetool)
+endif()

@@ -1,0 +1,41 @@
+# Sourced by the other scripts: moves to the repository's top and offers `need`, which installs what is missing.
+# shellcheck shell=bash disable=SC2034
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '\n== %s\n' "$*"; }
+
+have_program() { command -v "$1" >/dev/null; }
+have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -o /dev/null - >/dev/null 2>&1; }
+
+# check|package: a program, or a header in angle brackets, and the Debian package that brings it.
+build_needs=("cmake|cmake" "ninja|ninja-build" "g++|g++" "ccache|ccache" "<expat.h>|libexpat1-dev")
+tool_needs=("<CLI/CLI.hpp>|libcli11-dev")
+bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
+test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
+            "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3")
+
+# need CHECK|PACKAGE...: returns at once when everything is there, else installs the packages with apt-get.
+need() {
+    local entry check missing=()
+    for entry in "$@"; do
+        check=${entry%%|*}
+        case $check in
+            "<"*) have_header "${check:1:-1}" ;;
+            *) have_program "$check" ;;
+        esac || missing+=("${entry##*|}")
+    done
+    [ ${#missing[@]} -ne 0 ] || return 0
+
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    if ! have_program apt-get || { [ ${#as_root[@]} -ne 0 ] && ! have_program sudo; }; then
+        echo "Missing, by their Debian package names: ${missing[*]}" >&2
+        echo "Install them, or run this script again as root (or with sudo) on Debian." >&2
+        exit 1
+    fi
+    say "Installing ${missing[*]}"
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -q
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "FCurveLib/ContainerObserver.h"
+#include "FCurveLib/Export.h"
+#include "FCurveLib/Forward.h"
+#include "FCurveLib/ProjectionIterator.h"
+#include "FCurveLib/PropertyMap.h"
+#include "FCurveLib/SharedFromThis.h"
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <unordered_map>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+/// An ordered collection of curves, such as those shown together in an editor or read from one file, with properties of
+/// its own. It holds each curve object at most once. Made by create.
+///
+/// Any number of threads may call the const members of a container that nobody edits.
+class FCURVELIB_API FCurveContainer : public SharedFromThis<FCurveContainer> {
+    using List = std::list<std::shared_ptr<FCurve>>;
+
+public:
+    static std::shared_ptr<FCurveContainer> create();
+    ~FCurveContainer();
+
+    /// \name Curves
+    /// Iterators walk the curves in list order and yield FCurve&; they stay valid until their curve is removed.
+    /// @{
+    struct Projection {
+        FCurve& operator()(const std::shared_ptr<FCurve>& curve) const noexcept { return *curve; }
+    };
+    struct ConstProjection {
+        const FCurve& operator()(const std::shared_ptr<FCurve>& curve) const noexcept { return *curve; }
+    };
+    using iterator = ProjectionIterator<Projection, List::iterator>;
+    using const_iterator = ProjectionIterator<ConstProjection, List::const_iterator>;
+
+    std::size_t size() const noexcept { return m_curves.size(); }
+    bool empty() const noexcept { return m_curves.empty(); }
+    iterator begin() noexcept { return iterator(m_curves.begin()); }
+    iterator end() noexcept { return iterator(m_curves.end()); }
+    const_iterator begin() const noexcept { return const_iterator(m_curves.begin()); }
+    const_iterator end() const noexcept { return const_iterator(m_curves.end()); }
+
+    /// Inserts before the position and returns the new element. A curve that is here already is neither inserted nor
+    /// moved: the result is its element and nobody is told. A null pointer is refused the same way, with end().
+    /// Constant time.
+    iterator insertCurve(iterator position, std::shared_ptr<FCurve> curve);
+    iterator addCurve(std::shared_ptr<FCurve> curve);
+    /// Removes the curve and returns the position after it. Precondition: a position of this container other than
+    /// end().
+    iterator removeCurve(iterator position);
+    /// Removes all curves; properties stay. Tells the observers also when there was none.
+    void clear();
+    /// @}
+
+    /// \name Properties
+    /// As PropertyMap; a change is told to the observers, clearing once.
+    /// @{
+    const char* getProperty(const char* key) const noexcept { return m_properties.get(key); }
+    bool setProperty(const char* key, const char* value);
+    void clearProperties();
+    std::size_t sizeProperties() const noexcept { return m_properties.size(); }
+    PropertyMap::const_iterator beginProperties() const noexcept { return m_properties.begin(); }
+    PropertyMap::const_iterator endProperties() const noexcept { return m_properties.end(); }
+    /// @}
+
+    /// \name Observe
+    /// Observers are called in the order of subscription, under the rules of FCurve's.
+    /// @{
+    void subscribe(ContainerObserver& observer);
+    void unsubscribe(ContainerObserver& observer) noexcept;
+    /// Sends containerChanged.
+    void notifyChanged();
+
+    /// Turns notification off while it lives, as FCurve::Switch does: of one container, or of the whole library.
+    class FCURVELIB_API Switch {
+    public:
+        Switch() noexcept;
+        explicit Switch(FCurveContainer& container) noexcept;
+        Switch(const Switch&) = delete;
+        Switch& operator=(const Switch&) = delete;
+        ~Switch();
+
+        bool blockedNotification() const noexcept;
+
+    private:
+        std::shared_ptr<FCurveContainer> m_container; // empty for the library-wide switch
+        bool m_wasEnabled;
+        bool m_wasBlocked;
+    };
+    /// @}
+
+private:
+    FCurveContainer() noexcept;
+    FCurveContainer(const FCurveContainer&) = delete;
+    FCurveContainer& operator=(const FCurveContainer&) = delete;
+
+    List m_curves;
+    std::unordered_map<const FCurve*, List::iterator> m_positions;
+    PropertyMap m_properties;
+    Private::ObserverSet<ContainerObserver> m_observers;
+};
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,84 @@
+#pragma once
+
+/// \file
+/// Declares every class of the library, for headers that only name them.
+
+#include <cstdint>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+class Exception;
+class PropertyMap;
+template<class T>
+class SharedFromThis;
+template<class T>
+struct Vector2D;
+template<class T>
+struct Rectangle;
+template<class Projection, class Iterator>
+class ProjectionIterator;
+
+class Keyframe;
+class Segment;
+class Tangent;
+class FCurve;
+class FCurveContainer;
+
+class TrackedObserver;
+class FCurveObserver;
+class ContainerObserver;
+
+class Interpolator;
+class InterpolatorFactory;
+class InterpMaker;
+class FallbackExpressionParser;
+class DefaultFallbackParser;
+class NumberInterp;
+class UnknownExpression;
+class Constant;
+class ConstantNext;
+class Linear;
+class BezierInterpBase;
+class Bezier;
+class Spline;
+class Ease;
+class EaseIn;
+class EaseOut;
+class Match;
+class MatchIn;
+class MatchOut;
+class Cycle;
+class CycleOffset;
+class Mirror;
+
+class Stream;
+class MemoryStream;
+class File;
+class FileStream;
+class ArrayStreamAdaptor;
+
+class FormatType;
+class FormatInterface;
+class FCurveFormatInterface;
+class ContainerInterface;
+class FormatFactory;
+class Reader;
+class Writer;
+
+class HitRecord;
+class ConstHitRecord;
+class HitRecordIterator;
+class ConstHitRecordIterator;
+class Selection;
+class SelectionObserver;
+
+namespace Private {
+struct Access;
+struct CurveLink;
+class SegmentMap;
+class SegmentMapIterator;
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,73 @@
+#pragma once
+
+// The library's own door to the parts: raw references where the public getters hand out shared pointers, because a
+// reference count touched per evaluation costs more than the evaluation.
+
+#include "FCurveLib/FCurve.h"
+#include "FCurveLib/Keyframe.h"
+#include "FCurveLib/Segment.h"
+#include "FCurveLib/Tangent.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+// Names a curve without keeping it alive: null once the curve is gone. One link serves all segments of a curve, so a
+// swap re-points them together.
+struct CurveLink {
+    FCurve* curve = nullptr;
+};
+
+struct Access {
+    // --- read: null where the thing does not exist -------------------------------------------------------------------
+    static const Keyframe* leftKey(const Segment& s) noexcept { return s.m_leftKey.get(); }
+    static const Keyframe* rightKey(const Segment& s) noexcept { return s.m_rightKey.get(); }
+    static Keyframe* leftKey(Segment& s) noexcept { return s.m_leftKey.get(); }
+    static Keyframe* rightKey(Segment& s) noexcept { return s.m_rightKey.get(); }
+    static const Tangent* inTangent(const Segment& s) noexcept { return s.m_inTangent.get(); }
+    static const Tangent* outTangent(const Segment& s) noexcept { return s.m_outTangent.get(); }
+    static Tangent* inTangent(Segment& s) noexcept { return s.m_inTangent.get(); }
+    static Tangent* outTangent(Segment& s) noexcept { return s.m_outTangent.get(); }
+    static const Interpolator* interpolator(const Segment& s) noexcept { return s.m_interpolator.get(); }
+    static const FCurve* curve(const Segment& s) noexcept { return s.m_curve ? s.m_curve->curve : nullptr; }
+    static FCurve* curve(Segment& s) noexcept { return s.m_curve ? s.m_curve->curve : nullptr; }
+
+    static const Segment* leftSegment(const Keyframe& k) noexcept { return k.m_left; }
+    static const Segment* rightSegment(const Keyframe& k) noexcept { return k.m_right; }
+    static Segment* leftSegment(Keyframe& k) noexcept { return k.m_left; }
+    static Segment* rightSegment(Keyframe& k) noexcept { return k.m_right; }
+
+    // --- a curve's segments ------------------------------------------------------------------------------------------
+    static const SegmentMap& segments(const FCurve& c) noexcept { return c.m_segments; }
+    static const Segment& firstSegment(const FCurve& c) noexcept { return *c.m_segments.first(); }
+    static const Segment& lastSegment(const FCurve& c) noexcept { return *c.m_segments.last(); }
+    static const Segment& findSegment(const FCurve& c, double x) noexcept { return *c.m_segments.lookUp(x); }
+    static Segment& findSegment(FCurve& c, double x) noexcept { return *c.m_segments.lookUp(x); }
+    // The iterator at a segment of the curve.
+    static FCurve::iterator iteratorAt(FCurve& c, Segment& s) noexcept {
+        return FCurve::iterator(SegmentMapIterator(&s, &c.m_segments));
+    }
+
+    // --- rebuild a stored or copied curve to the last bit: nothing is recomputed, limited or notified
+    // ------------------ Appends a key behind the last one, with the flags and properties of the given key. Returns the
+    // new segment. Precondition: x is above the last key's (else null is returned and nothing happens).
+    static Segment* appendRaw(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator);
+    static void setHandleRaw(Tangent& t, double x, double y) noexcept { t.m_handle = {x, y}; }
+    static void setTypeRaw(Tangent& t, std::uint8_t type) noexcept { t.m_type = type; }
+    static void setWeightedRaw(Tangent& t, bool weighted) noexcept { t.m_weighted = weighted; }
+    static void setWeightLockedRaw(Tangent& t, bool locked) noexcept { t.m_weightLocked = locked; }
+    static void setUnifiedRaw(Keyframe& k, bool unified) noexcept { k.m_unified = unified; }
+    static void setInterpolatorRaw(Segment& s, std::shared_ptr<Interpolator> i) noexcept {
+        s.m_interpolator = std::move(i);
+    }
+    static PropertyMap& properties(Keyframe& k) noexcept { return k.m_properties; }
+    static PropertyMap& properties(Segment& s) noexcept { return s.m_properties; }
+    static PropertyMap& properties(Tangent& t) noexcept { return t.m_properties; }
+    static PropertyMap& properties(FCurve& c) noexcept { return c.m_properties; }
+};
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -8,7 +8,9 @@ Exception::Exception(const Exception&) noexcept = default;
 Exception& Exception::operator=(const Exception&) noexcept = default;
 Exception::~Exception() = default;
 
-const char* Exception::what() const noexcept { return "VEM_FN::FCurveLib::Exception"; }
+const char* Exception::what() const noexcept {
+    return "VEM_FN::FCurveLib::Exception";
+}
 
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -12,6 +12,7 @@ have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -o /dev/null - >
 # check|package: a program, or a header in angle brackets, and the Debian package that brings it.
 build_needs=("cmake|cmake" "ninja|ninja-build" "g++|g++" "ccache|ccache" "<expat.h>|libexpat1-dev")
 tool_needs=("<CLI/CLI.hpp>|libcli11-dev")
+picture_needs=("rsvg-convert|librsvg2-bin")
 bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
 test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
             "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3")

@@ -52,7 +52,7 @@ def main():
         if run.returncode == 0:
             mark.touch()
             return entry["file"], True, ""
-        return entry["file"], True, run.stdout + run.stderr
+        return entry["file"], True, run.stdout or run.stderr
 
     looked_at, unclean = 0, 0
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:

@@ -3,6 +3,7 @@
 /// \file
 /// Everything.
 
+#include "FCurveLib/ArrayStreamAdaptor.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
 #include "FCurveLib/ContainerObserver.h"
@@ -12,12 +13,15 @@
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/FCurveObserver.h"
 #include "FCurveLib/FallbackExpressionParser.h"
+#include "FCurveLib/File.h"
+#include "FCurveLib/FileStream.h"
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/InterpMaker.h"
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/InterpolatorFactory.h"
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Linear.h"
+#include "FCurveLib/MemoryStream.h"
 #include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/ProjectionIterator.h"
 #include "FCurveLib/PropertyMap.h"
@@ -25,6 +29,8 @@
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/SegmentMap.h"
 #include "FCurveLib/SharedFromThis.h"
+#include "FCurveLib/Stream.h"
+#include "FCurveLib/StreamIostream.h"
 #include "FCurveLib/Tangent.h"
 #include "FCurveLib/Tolerance.h"
 #include "FCurveLib/TrackedObserver.h"

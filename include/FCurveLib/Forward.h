@@ -57,6 +57,12 @@ class MemoryStream;
 class File;
 class FileStream;
 class ArrayStreamAdaptor;
+template<class T, int N>
+class Array;
+template<int N>
+class ArrayStream;
+class Stream_streambuf;
+class Stream_iostream;
 
 class FormatType;
 class FormatInterface;

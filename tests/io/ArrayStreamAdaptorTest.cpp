@@ -1,0 +1,66 @@
+#include "FCurveLib/ArrayStreamAdaptor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <string>
+#include <vector>
+
+using namespace VEM_FN::FCurveLib;
+
+TEST(ArrayStreamAdaptor, WritesIntoTheCallersArray) {
+    char array[] = "abcdef";
+    ArrayStreamAdaptor stream(array, 6);
+    stream.setPosition(4);
+    stream.writeData("XY", 2);
+    EXPECT_STREQ(array, "abcdXY");
+    EXPECT_THROW(stream.writeData("Z", 1), ArrayStreamAdaptor::EndOfBuffer);
+    EXPECT_THROW(stream.setPosition(7), ArrayStreamAdaptor::EndOfBuffer);
+    stream.setPosition(5);
+    EXPECT_THROW(stream.writeData("12", 2), ArrayStreamAdaptor::EndOfBuffer) << "nothing is written in part";
+    EXPECT_STREQ(array, "abcdXY");
+    EXPECT_EQ(stream.getPosition(), 5);
+}
+
+TEST(ArrayStreamAdaptor, AConstArrayIsReadOnlyWhateverTheCount) {
+    const char array[] = "abc";
+    ArrayStreamAdaptor stream(array, 3);
+    for (const int count : {0, 1, 4, -1, INT_MAX}) {
+        EXPECT_THROW(stream.writeData("x", count), ArrayStreamAdaptor::AccessError) << count;
+    }
+    char buffer[4] = {};
+    stream.readData(buffer, 3);
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_THROW(stream.readData(buffer, -1), ArrayStreamAdaptor::EndOfBuffer);
+}
+
+TEST(ArrayStreamAdaptor, ANegativeSizeIsNone) {
+    char byte = 'a';
+    ArrayStreamAdaptor stream(&byte, -5);
+    EXPECT_EQ(stream.getSize(), 0);
+    EXPECT_THROW(stream.readData(&byte, 1), ArrayStreamAdaptor::EndOfBuffer);
+    EXPECT_THROW(stream.writeData("b", 1), ArrayStreamAdaptor::EndOfBuffer);
+    EXPECT_EQ(byte, 'a');
+}
+
+TEST(ArrayStream, CarriesItsOwnZeroBytes) {
+    ArrayStream<1024> stream;
+    EXPECT_EQ(stream.getSize(), 1024);
+    std::vector<char> bytes(1024, 'x');
+    stream.readData(bytes.data(), 1024);
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\0'), 1024);
+
+    std::fill(bytes.begin(), bytes.end(), 'y');
+    stream.setPosition(0);
+    stream.writeData(bytes.data(), 1024);
+    EXPECT_THROW(stream.writeData("z", 1), ArrayStreamAdaptor::EndOfBuffer);
+    EXPECT_EQ(stream.getArray()[0], 'y');
+    EXPECT_EQ(stream.getArray()[1023], 'y');
+
+    ArrayStreamAdaptor second(stream);
+    second.setPosition(0);
+    second.writeData("2", 1);
+    EXPECT_EQ(stream.getArray()[0], '2') << "a second position over the same bytes";
+    EXPECT_EQ(stream.getPosition(), 1024);
+}

@@ -1,0 +1,300 @@
+#include "FCurveLib/File.h"
+
+#include "FCurveLib/FileStream.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace VEM_FN::FCurveLib;
+namespace fs = std::filesystem;
+
+namespace {
+
+class FileTest : public testing::Test {
+protected:
+    TempFolder m_folder;
+    std::string m_missing = m_folder.file("missing");
+    std::string m_path = m_folder.file("file");
+
+    FileTest() { writeWholeFile(m_path, "abcdefgh"); }
+};
+
+using FileStreamTest = FileTest;
+
+std::string read(File& file, int count) {
+    std::string bytes(static_cast<std::size_t>(count), '\0');
+    file.readData(bytes.data(), count);
+    return bytes;
+}
+
+// As root every permission is granted, so there is nothing to refuse.
+bool permissionsAreAsked() {
+    return ::geteuid() != 0;
+}
+
+} // namespace
+
+TEST_F(FileTest, OpensByAccessAndFlags) {
+    EXPECT_THROW(File(m_missing.c_str(), File::Read, 0), File::FileDoesntExist);
+    EXPECT_THROW(File(m_missing.c_str(), File::Read, File::Exclusive), File::FileDoesntExist);
+    EXPECT_THROW(File((m_missing + "/file").c_str(), File::Read), File::FileDoesntExist);
+    EXPECT_THROW(File(m_path.c_str(), File::Read, File::Create | File::Exclusive), File::FileExists);
+    EXPECT_NO_THROW(File(m_path.c_str(), File::Read, File::Exclusive)) << "nothing without Create";
+    EXPECT_THROW(File(m_path.c_str(), File::Read, File::Truncate), File::AccessError);
+    EXPECT_THROW(File(nullptr), File::FileDoesntExist);
+    EXPECT_THROW(File(m_folder.path().c_str(), File::Write), File::CantOpen) << "a directory";
+    EXPECT_EQ(readWholeFile(m_path), "abcdefgh");
+
+    EXPECT_THROW(File(m_missing.c_str(), File::Read, File::Create | File::Exclusive | File::Truncate),
+                 File::AccessError);
+    EXPECT_FALSE(fs::exists(m_missing)) << "what Exclusive made goes with the exception";
+    File created(m_missing.c_str());
+    EXPECT_EQ(created.getAccess(), File::ReadWrite);
+    EXPECT_EQ(created.getOpenFlags(), 1u);
+    EXPECT_EQ(created.getPathname(), m_missing);
+    struct stat status;
+    ASSERT_EQ(::stat(m_missing.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0600u);
+
+    File odd(m_path.c_str(), static_cast<File::Access>(7), 0xF0);
+    EXPECT_EQ(odd.getAccess(), File::Read);
+    EXPECT_EQ(odd.getOpenFlags(), 0u);
+}
+
+TEST_F(FileTest, OpensOnlyWhatIsPermitted) {
+    if (!permissionsAreAsked()) GTEST_SKIP() << "root may do everything";
+    fs::permissions(m_path, fs::perms::none);
+    EXPECT_THROW(File(m_path.c_str(), File::Read, 0), File::AccessError);
+    fs::permissions(m_folder.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_THROW(File(m_missing.c_str()), File::AccessError);
+}
+
+TEST_F(FileTest, OnlyTruncateEmpties) {
+    { File file(m_path.c_str(), File::Write); }
+    EXPECT_EQ(readWholeFile(m_path), "abcdefgh");
+    File(m_path.c_str(), File::Write, File::Create).writeData("XY", 2);
+    EXPECT_EQ(readWholeFile(m_path), "XYcdefgh");
+    File(m_path.c_str(), File::ReadWrite, File::Truncate).writeData("new", 3);
+    EXPECT_EQ(readWholeFile(m_path), "new");
+}
+
+TEST_F(FileTest, ATemporaryFileLivesAsLongAsTheFile) {
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder.path());
+    std::string name;
+    {
+        File file;
+        name = file.getPathname();
+        EXPECT_EQ(name.size(), 9u);
+        EXPECT_EQ(name.substr(0, 3), "tmp");
+        EXPECT_EQ(file.getAccess(), File::ReadWrite);
+        EXPECT_EQ(file.getOpenFlags(), 3u);
+        file.writeData("abc", 3);
+        file.setPosition(1);
+        EXPECT_EQ(read(file, 2), "bc");
+        EXPECT_TRUE(fs::exists(name));
+    }
+    EXPECT_FALSE(fs::exists(name));
+    fs::current_path(before);
+}
+
+TEST_F(FileTest, TransfersAskForTheAccessFirst) {
+    char byte = 0;
+    File writer(m_path.c_str(), File::Write);
+    File reader(m_path.c_str(), File::Read);
+    for (const int count : {-1, 0, 1}) {
+        EXPECT_THROW(writer.readData(&byte, count), File::AccessError) << count;
+        EXPECT_THROW(reader.writeData(&byte, count), File::AccessError) << count;
+    }
+    EXPECT_NO_THROW(reader.readData(&byte, -1)) << "below 1 there is nothing to read";
+    EXPECT_THROW(writer.writeData(&byte, -1), File::EndOfFile);
+    EXPECT_EQ(writer.getPosition(), 0);
+}
+
+TEST_F(FileTest, AShortReadKeepsWhatCame) {
+    File file(m_path.c_str(), File::Read);
+    file.setPosition(5);
+    char buffer[9] = "--------";
+    EXPECT_THROW(file.readData(buffer, 8), File::EndOfFile);
+    EXPECT_STREQ(buffer, "fgh-----");
+    EXPECT_EQ(file.getPosition(), 8);
+
+    File(m_path.c_str(), File::ReadWrite).writeData("12345678901234567890", 20);
+    EXPECT_EQ(read(file, 4), "9012") << "a file at its end may grow";
+
+    std::string large(200000, '-');
+    EXPECT_THROW(file.readData(large.data(), 200000), File::EndOfFile);
+    EXPECT_EQ(large.substr(0, 9), "34567890-");
+    EXPECT_EQ(file.getPosition(), 20);
+}
+
+TEST_F(FileTest, TheSizeIsThatOfThePathAndOfWhatTheSystemHas) {
+    File file(m_path.c_str());
+    file.setPosition(8);
+    file.writeData("ijk", 3);
+    EXPECT_EQ(file.getPosition(), 11);
+    EXPECT_EQ(file.getSize(), 8) << "three bytes are held back";
+    EXPECT_TRUE(file.flush());
+    EXPECT_EQ(file.getSize(), 11);
+    file.writeData("l", 1);
+    file.setPosition(12);
+    EXPECT_EQ(file.getSize(), 12) << "a seek flushes before it asks";
+    EXPECT_THROW(file.setPosition(13), File::EndOfFile);
+    EXPECT_THROW(file.setPosition(-1), Exception);
+    EXPECT_EQ(file.getPosition(), 12);
+
+    fs::rename(m_path, m_missing);
+    EXPECT_THROW(file.getSize(), Exception);
+    EXPECT_THROW(file.setPosition(0), Exception);
+    EXPECT_EQ(file.getPosition(), 12);
+}
+
+TEST_F(FileTest, ReadsAndWritesFollowEachOther) {
+    File file(m_path.c_str());
+    EXPECT_EQ(read(file, 2), "ab");
+    file.writeData("CD", 2);
+    EXPECT_EQ(read(file, 2), "ef");
+    file.writeData("GHI", 3);
+    EXPECT_THROW(read(file, 1), File::EndOfFile);
+    EXPECT_EQ(readWholeFile(m_path), "abCDefGHI");
+}
+
+TEST_F(FileTest, HoldsAtMost2GiB) {
+    constexpr auto kMost = static_cast<std::uintmax_t>(INT_MAX);
+    std::error_code refused;
+    fs::resize_file(m_path, kMost, refused);
+    if (refused) GTEST_SKIP() << "no sparse files here";
+    {
+        File file(m_path.c_str());
+        EXPECT_EQ(file.getSize(), INT_MAX);
+        file.setPosition(INT_MAX - 2);
+        char two[2] = {'x', 'y'};
+        EXPECT_THROW(file.writeData("abc", 3), File::EndOfFile);
+        EXPECT_THROW(file.writeData("abc", INT_MAX), File::EndOfFile);
+        file.writeData("ab", 2);
+        EXPECT_EQ(file.getPosition(), INT_MAX);
+        EXPECT_THROW(file.writeData("c", 1), File::EndOfFile);
+        EXPECT_NO_THROW(file.writeData("c", 0));
+        EXPECT_THROW(file.readData(two, 1), File::EndOfFile);
+        file.setPosition(INT_MAX - 2);
+        EXPECT_EQ(read(file, 2), "ab");
+    }
+    EXPECT_EQ(fs::file_size(m_path), kMost);
+
+    fs::resize_file(m_path, kMost + 1000);
+    File file(m_path.c_str());
+    EXPECT_THROW(file.getSize(), Exception);
+    EXPECT_THROW(file.setPosition(5), Exception);
+    EXPECT_EQ(read(file, 3), "abc");
+    EXPECT_EQ(file.getPosition(), 3);
+}
+
+TEST_F(FileTest, AFullDiskIsRemembered) {
+    if (!fs::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+    File file("/dev/full", File::ReadWrite, 0);
+    const std::string bytes(300000, 'x');
+    file.writeData(bytes.data(), 100);
+    EXPECT_EQ(file.getPosition(), 100);
+    EXPECT_NO_THROW(file.writeData(bytes.data(), 300000));
+    EXPECT_NO_THROW(file.writeData(bytes.data(), 50));
+    EXPECT_EQ(file.getPosition(), 300150) << "positions go on counting";
+    EXPECT_FALSE(file.flush());
+    EXPECT_THROW(file.setPosition(0), Exception);
+    char byte;
+    EXPECT_THROW(file.readData(&byte, 1), Exception);
+    EXPECT_FALSE(file.flush());
+}
+
+// The limit on a file's length stands for a disk that fills up half-way.
+TEST_F(FileTest, ADiskThatFillsUpKeepsAnUnbrokenBeginning) {
+    rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit limit = before;
+    limit.rlim_cur = 100000;
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+
+    std::string written;
+    bool flushed = true;
+    {
+        File file(m_missing.c_str(), File::Write);
+        for (int number = 0; number < 30000; ++number) {
+            const std::string text = std::to_string(number) + ' ';
+            written += text;
+            file.writeData(text.data(), static_cast<int>(text.size()));
+        }
+        flushed = file.flush();
+    }
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(flushed);
+    EXPECT_EQ(readWholeFile(m_missing), written.substr(0, 100000));
+}
+
+TEST_F(FileTest, APipeHasNoPositionsAndIsNotReadAhead) {
+    ASSERT_EQ(::mkfifo(m_missing.c_str(), 0600), 0);
+    std::string got;
+    std::thread reader([&] {
+        File file(m_missing.c_str(), File::Read, 0);
+        EXPECT_THROW(file.getPosition(), Exception);
+        got = read(file, 3);
+        std::string rest(100000, '\0');
+        EXPECT_THROW(file.readData(rest.data(), 100000), File::EndOfFile);
+        got += rest.substr(0, 3);
+    });
+    {
+        File file(m_missing.c_str(), File::Write, 0);
+        file.writeData("abcdef", 6);
+        EXPECT_TRUE(file.flush());
+        EXPECT_THROW(file.setPosition(0), Exception);
+    }
+    reader.join();
+    EXPECT_EQ(got, "abcdef");
+}
+
+TEST_F(FileStreamTest, OpensAsFileDoes) {
+    {
+        FileStream stream(m_path.c_str(), FileStream::Write);
+        EXPECT_EQ(stream.getAccess(), FileStream::Write);
+        EXPECT_EQ(stream.getOpenFlags(), 1u);
+        EXPECT_EQ(stream.getPathname(), m_path);
+        stream.writeData("XY", 2);
+        EXPECT_TRUE(stream.flush());
+    }
+    EXPECT_EQ(readWholeFile(m_path), "XYcdefgh");
+
+    FileStream reader(m_missing.c_str(), FileStream::Read);
+    EXPECT_EQ(fs::file_size(m_missing), 0u) << "made, for reading too";
+    char byte;
+    EXPECT_THROW(reader.readData(&byte, 1), File::EndOfFile);
+    EXPECT_THROW(reader.writeData(&byte, 1), File::AccessError);
+
+    FileStream odd(m_path.c_str(), static_cast<FileStream::Access>(3), 0xF0);
+    EXPECT_EQ(odd.getAccess(), FileStream::Read);
+    EXPECT_EQ(odd.getOpenFlags(), 0u);
+    EXPECT_THROW(FileStream(m_path.c_str(), FileStream::Read, FileStream::Create | FileStream::Exclusive),
+                 File::FileExists);
+    EXPECT_THROW(FileStream(m_path.c_str(), FileStream::Read, FileStream::Truncate), File::AccessError);
+
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder.path());
+    std::string name;
+    {
+        FileStream temporary;
+        name = temporary.getPathname();
+        EXPECT_TRUE(fs::exists(name));
+        EXPECT_EQ(temporary.getAccess(), FileStream::ReadWrite);
+    }
+    EXPECT_FALSE(fs::exists(name));
+    fs::current_path(before);
+}

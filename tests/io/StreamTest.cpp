@@ -1,0 +1,203 @@
+// What every stream promises, on each of the library's streams; and the texts of their exceptions.
+
+#include "FCurveLib/ArrayStreamAdaptor.h"
+#include "FCurveLib/FileStream.h"
+#include "FCurveLib/MemoryStream.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <memory>
+#include <random>
+#include <vector>
+
+using namespace VEM_FN::FCurveLib;
+
+namespace {
+
+constexpr int kLength = 200000; // more than a FileStream's buffer, and no multiple of it
+
+// A stream of kLength bytes, and what owns its place.
+struct Exhibit {
+    const char* name;
+    std::unique_ptr<Stream> (*make)(const std::string& path, std::vector<char>& array);
+    bool grows;
+};
+
+const Exhibit kExhibits[] = {
+    {"Memory",
+     [](const std::string&, std::vector<char>&) -> std::unique_ptr<Stream> { return std::make_unique<MemoryStream>(); },
+     true},
+    {"File",
+     [](const std::string& path, std::vector<char>&) -> std::unique_ptr<Stream> {
+         return std::make_unique<FileStream>(path.c_str());
+     },
+     true},
+    {"Adaptor",
+     [](const std::string&, std::vector<char>& array) -> std::unique_ptr<Stream> {
+         return std::make_unique<ArrayStreamAdaptor>(array.data(), kLength);
+     },
+     false},
+    {"Array",
+     [](const std::string&, std::vector<char>&) -> std::unique_ptr<Stream> {
+         return std::make_unique<ArrayStream<kLength>>();
+     },
+     false},
+};
+
+class EveryStream : public testing::TestWithParam<Exhibit> {
+protected:
+    TempFolder m_folder;
+    std::vector<char> m_array = std::vector<char>(kLength);
+    std::unique_ptr<Stream> m_stream = GetParam().make(m_folder.file("stream"), m_array);
+
+    void fill() {
+        const std::vector<char> zeros(kLength);
+        m_stream->setPosition(0);
+        m_stream->writeData(zeros.data(), kLength);
+        m_stream->setPosition(0);
+    }
+};
+
+} // namespace
+
+// Random transfers and positions, pieces of 0 bytes to twice a file's buffer, against a plain string.
+TEST_P(EveryStream, DoesWhatAStringDoes) {
+    fill();
+    std::mt19937 random(7);
+    std::string model(kLength, '\0');
+    std::size_t position = 0;
+    std::string buffer;
+    for (int step = 0; step < 4000; ++step) {
+        const std::size_t longest = step % 50 == 0 ? 140000 : 300;
+        const std::size_t count = std::min(random() % longest, model.size() - position);
+        buffer.resize(count);
+        switch (random() % 3) {
+        case 0:
+            m_stream->readData(buffer.data(), static_cast<int>(count));
+            ASSERT_EQ(buffer, model.substr(position, count)) << "step " << step;
+            position += count;
+            break;
+        case 1:
+            for (char& c : buffer) c = static_cast<char>(random());
+            m_stream->writeData(buffer.data(), static_cast<int>(count));
+            model.replace(position, count, buffer);
+            position += count;
+            break;
+        default:
+            position = random() % (model.size() + 1);
+            m_stream->setPosition(static_cast<int>(position));
+        }
+        ASSERT_EQ(m_stream->getPosition(), static_cast<int>(position)) << "step " << step;
+    }
+    buffer.resize(kLength);
+    m_stream->setPosition(0);
+    m_stream->readData(buffer.data(), kLength);
+    EXPECT_EQ(buffer, model);
+    EXPECT_EQ(m_stream->getSize(), kLength);
+}
+
+TEST_P(EveryStream, TransfersNothingAtItsEnd) {
+    fill();
+    m_stream->setPosition(kLength);
+    EXPECT_NO_THROW(m_stream->readData(nullptr, 0));
+    EXPECT_NO_THROW(m_stream->writeData(nullptr, 0));
+    EXPECT_EQ(m_stream->getPosition(), kLength);
+}
+
+TEST_P(EveryStream, RefusesWhatLiesOutside) {
+    fill();
+    m_stream->writeData("abcd", 4);
+    m_stream->setPosition(2);
+    for (const int position : {-1, INT_MIN, kLength + 1, INT_MAX}) {
+        EXPECT_THROW(m_stream->setPosition(position), Exception) << position;
+        EXPECT_EQ(m_stream->getPosition(), 2) << position;
+    }
+    for (const int count : {-1, INT_MIN, INT_MAX - 1, INT_MAX}) {
+        EXPECT_THROW(m_stream->writeData("x", count), Exception) << count;
+        EXPECT_EQ(m_stream->getPosition(), 2) << count;
+    }
+    m_stream->setPosition(kLength);
+    char byte = 'x';
+    EXPECT_THROW(m_stream->readData(&byte, 1), Exception);
+    EXPECT_EQ(byte, 'x');
+    EXPECT_EQ(m_stream->getPosition(), kLength);
+    EXPECT_EQ(m_stream->getSize(), kLength);
+
+    char start[4];
+    m_stream->setPosition(0);
+    m_stream->readData(start, 4);
+    EXPECT_EQ(std::string(start, 4), "abcd");
+}
+
+TEST_P(EveryStream, GrowsOrRefusesToGrow) {
+    fill();
+    m_stream->setPosition(kLength - 1);
+    if (GetParam().grows) {
+        m_stream->writeData("xyz", 3);
+        m_stream->setPosition(kLength + 2);
+        EXPECT_EQ(m_stream->getSize(), kLength + 2);
+    } else {
+        EXPECT_THROW(m_stream->writeData("xyz", 3), ArrayStreamAdaptor::EndOfBuffer);
+        EXPECT_EQ(m_stream->getPosition(), kLength - 1);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Streams, EveryStream, testing::ValuesIn(kExhibits),
+                         [](const auto& exhibit) { return std::string(exhibit.param.name); });
+
+namespace {
+
+// A host's own stream: what a reader sees of an exception of its own.
+class OneByte : public Stream {
+public:
+    class Refused : public StreamException {};
+
+    void readData(void* buffer, int count) override {
+        if (count != 1) throw Refused();
+        *static_cast<char*>(buffer) = 'h';
+    }
+    void writeData(const void*, int) override { throw Refused(); }
+    int getPosition() const override { return 0; }
+    void setPosition(int) override {}
+    int getSize() const override { return 1; }
+};
+
+template<class Raised, class Base>
+std::string textOf() {
+    try {
+        throw Raised(Raised());
+    } catch (const Base& exception) {
+        return exception.what();
+    }
+}
+
+} // namespace
+
+TEST(Streams, CanBeDerivedByAHost) {
+    OneByte host;
+    Stream& stream = host;
+    char byte = 0;
+    stream.readData(&byte, 1);
+    EXPECT_EQ(byte, 'h');
+    EXPECT_THROW(stream.writeData(&byte, 1), Stream::StreamException);
+}
+
+TEST(Streams, ExceptionsCarryTheirTextsAndBases) {
+    EXPECT_EQ((textOf<Stream::StreamException, Exception>()), "VEM_FN::FCurveLib::Stream::StreamException");
+    EXPECT_EQ((textOf<MemoryStream::EndOfBuffer, Stream::StreamException>()),
+              "VEM_FN::FCurveLib::MemoryStream::EndOfBuffer");
+    EXPECT_EQ((textOf<ArrayStreamAdaptor::EndOfBuffer, Stream::StreamException>()),
+              "VEM_FN::FCurveLib::ArrayStreamAdaptor::EndOfBuffer");
+    EXPECT_EQ((textOf<ArrayStreamAdaptor::AccessError, Stream::StreamException>()),
+              "VEM_FN::FCurveLib::ArrayStreamAdaptor::AccessError");
+    EXPECT_EQ((textOf<File::FileException, Exception>()), "VEM_FN::FCurveLib::File::Exception");
+    EXPECT_EQ((textOf<File::CantOpen, File::FileException>()), "VEM_FN::FCurveLib::File::CantOpen");
+    EXPECT_EQ((textOf<File::FileExists, File::FileException>()), "VEM_FN::FCurveLib::File::FileExists");
+    EXPECT_EQ((textOf<File::FileDoesntExist, File::FileException>()), "VEM_FN::FCurveLib::File::FileDoesntExist");
+    EXPECT_EQ((textOf<File::AccessError, File::FileException>()), "VEM_FN::FCurveLib::File::AccessError");
+    EXPECT_EQ((textOf<File::ReadError, File::FileException>()), "VEM_FN::FCurveLib::File::ReadError");
+    EXPECT_EQ((textOf<File::WriteError, File::FileException>()), "VEM_FN::FCurveLib::File::WriteError");
+    EXPECT_EQ((textOf<File::EndOfFile, File::FileException>()), "VEM_FN::FCurveLib::File::EndOfFile");
+}

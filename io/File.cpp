@@ -174,9 +174,7 @@ void File::refill(char* buffer, int count) {
         if (count >= kCapacity || !m_seekable) { // a pipe is not read ahead: that would wait for bytes nobody asked for
             const int fetched = fetch(buffer, std::min(count, limit));
             m_start += fetched;
-            buffer += fetched;
-            count -= fetched;
-            if (count > 0) throw EndOfFile();
+            if (fetched < count) throw EndOfFile();
             return;
         }
         m_readEnd = fetch(m_buffer.get(), std::min(kCapacity, limit));

@@ -38,6 +38,12 @@ struct Access {
     static Segment* leftSegment(Keyframe& k) noexcept { return k.m_left; }
     static Segment* rightSegment(Keyframe& k) noexcept { return k.m_right; }
 
+    static FCurve* curve(Keyframe& k) noexcept { return k.m_right ? curve(*k.m_right) : nullptr; }
+    static FCurve* curve(Tangent& t) noexcept {
+        const std::shared_ptr<Segment> segment = t.m_segment.lock();
+        return segment ? curve(*segment) : nullptr;
+    }
+
     // --- a curve's segments ------------------------------------------------------------------------------------------
     static const SegmentMap& segments(const FCurve& c) noexcept { return c.m_segments; }
     static const Segment& firstSegment(const FCurve& c) noexcept { return *c.m_segments.first(); }
@@ -48,6 +54,26 @@ struct Access {
     static FCurve::iterator iteratorAt(FCurve& c, Segment& s) noexcept {
         return FCurve::iterator(SegmentMapIterator(&s, &c.m_segments));
     }
+
+    static ObserverSet<FCurveObserver>& observers(FCurve& c) noexcept { return c.m_observers; }
+    // The link for segments that are made by hand for the curve.
+    static std::shared_ptr<CurveLink> identity(FCurve& c);
+    // Stores the position of a key in a curve and keeps the curve's index true. Precondition: the order of keys stays.
+    static void moveKey(Keyframe& k, const Vector2D<double>& position) noexcept;
+
+    static Segment* segmentAt(const FCurve::iterator& position) noexcept { return position.base().m_segment; }
+
+    // --- make and break a curve's parts ------------------------------------------------------------------------------
+    static std::shared_ptr<Keyframe> copyKey(const Keyframe& key);
+    // A segment with tangents that names the curve but is not yet in its chain.
+    static std::shared_ptr<Segment> makeSegment(FCurve& c, std::shared_ptr<Keyframe> left,
+                                                std::shared_ptr<Interpolator> interpolator);
+    static void makeTangents(const std::shared_ptr<Segment>& segment);
+    static void exchangeInTangents(Segment& a, Segment& b) noexcept;
+    static void copyTangent(Tangent& to, const Tangent& from);
+    static void detach(Segment& s) noexcept;
+    // Takes every segment out of its chain, for whoever still holds parts of it.
+    static void release(SegmentMap& segments) noexcept;
 
     // --- rebuild a stored or copied curve to the last bit: nothing is recomputed, limited or notified
     // ------------------ Appends a key behind the last one, with the flags and properties of the given key. Returns the

@@ -90,11 +90,12 @@ public:
     /// Adds a key with the given key's position, breakdown and unified flags and properties, and a segment from it to
     /// the next key with the given interpolator (which may be empty). Returns the new segment's position.
     ///
-    /// The segment that held x keeps its interpolator and now ends at the new key. The next key keeps its in tangent.
-    /// The new key's tangents are new ones; only a key added after the last one takes over the trailing segment's in
-    /// tangent. Where the curve has a key at exactly that x, nothing is inserted or changed and that key's position is
-    /// returned. Keys may be inserted closer than Keyframe::getMinSeparation() to others. Tells segmentAdded, then of
-    /// each neighbouring tangent that changed. Logarithmic for any order of insertion.
+    /// The segment that held x keeps its interpolator and now ends at the new key. The new key's tangents are new ones;
+    /// every other key keeps its own. The new key's tangents are new ones; only a key added after the last one takes
+    /// over the trailing segment's in tangent. Where the curve has a key at exactly that x, nothing is inserted or
+    /// changed and that key's position is returned. Keys may be inserted closer than Keyframe::getMinSeparation() to
+    /// others. Tells segmentAdded, then of each neighbouring tangent that changed. Logarithmic for any order of
+    /// insertion.
     iterator insertSegment(const Keyframe& key, std::shared_ptr<Interpolator> interpolator);
 
     /// Removes the key at which the segment starts, together with the segment, and returns the position after it. The
@@ -180,11 +181,8 @@ private:
     FCurve();
     FCurve(const FCurve&) = delete;
 
-    template<class Call>
-    void deliver(const Call& call);
     bool notifyInteractive();
     void exchange(FCurve& other) noexcept;
-    void fixSegmentOwners() noexcept;
 
     std::string m_name;
     Private::SegmentMap m_segments;

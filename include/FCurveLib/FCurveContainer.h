@@ -99,6 +99,8 @@ private:
     FCurveContainer(const FCurveContainer&) = delete;
     FCurveContainer& operator=(const FCurveContainer&) = delete;
 
+    iterator find(const FCurve* curve) noexcept;
+
     List m_curves;
     std::unordered_map<const FCurve*, List::iterator> m_positions;
     PropertyMap m_properties;

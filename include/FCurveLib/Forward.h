@@ -82,6 +82,7 @@ class SelectionObserver;
 namespace Private {
 struct Access;
 struct CurveLink;
+class Edit;
 class SegmentMap;
 class SegmentMapIterator;
 } // namespace Private

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -109,9 +110,14 @@ public:
     /// @}
 
 private:
+    friend class FCurve;
     friend struct Private::Access;
 
     Keyframe& operator=(const Keyframe&) = delete;
+
+    // Moves breakdown keys, in the given order: in proportion to the pivot, or by delta where the span is 0.
+    static void internalSet(const std::vector<Keyframe*>& keys, double delta, double span, double pivot,
+                            Private::Edit& edit);
 
     // Raw, because the owning curve clears them before it lets a segment go.
     Segment* m_left = nullptr;

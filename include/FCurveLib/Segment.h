@@ -75,6 +75,7 @@ public:
     /// @}
 
 private:
+    friend class FCurve;
     friend struct Private::Access;
 
     Segment& operator=(const Segment&) = delete;

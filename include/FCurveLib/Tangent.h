@@ -150,7 +150,12 @@ public:
     /// @}
 
 private:
+    friend class FCurve;
     friend struct Private::Access;
+
+    void propose(double x, double y);
+    void notifyIntrinsic(std::uint32_t type);
+    void notifyProperty(const char* key, const char* value);
 
     std::weak_ptr<Segment> m_segment;
     Vector2D<double> m_handle;

@@ -1,0 +1,342 @@
+#include "FCurveLib/FCurve.h"
+
+#include "FCurveLib/Constant.h"
+#include "FCurveLib/Interpolator.h"
+#include "model/Access.h"
+#include "model/Edit.h"
+
+#include <limits>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+
+namespace {
+
+FCurve::ChangeType g_changeType = FCurve::OrdinaryChange;
+
+// The abscissa of the leading entry, which lies before every key.
+constexpr double kLeadingX = -std::numeric_limits<double>::infinity();
+
+} // namespace
+
+namespace Private {
+
+std::shared_ptr<CurveLink> Access::identity(FCurve& c) {
+    if (!c.m_identity) {
+        c.m_identity = std::make_shared<CurveLink>();
+        c.m_identity->curve = &c;
+    }
+    return c.m_identity;
+}
+
+void Access::moveKey(Keyframe& k, const Vector2D<double>& position) noexcept {
+    if (position.x != k.m_position.x) curve(k)->m_segments.rekey(k.m_position.x, position.x);
+    k.m_position = position;
+}
+
+void Access::makeTangents(const std::shared_ptr<Segment>& segment) {
+    // Both in one allocation: a segment's tangents live together, and half the memory of a curve is tangents.
+    struct Pair {
+        explicit Pair(const std::shared_ptr<Segment>& owner) : out(owner, false), in(owner, true) {}
+        Tangent out;
+        Tangent in;
+    };
+    const auto pair = std::make_shared<Pair>(segment);
+    segment->m_outTangent = std::shared_ptr<Tangent>(pair, &pair->out);
+    segment->m_inTangent = std::shared_ptr<Tangent>(pair, &pair->in);
+    segment->m_outTangent->setShared(segment->m_outTangent);
+    segment->m_inTangent->setShared(segment->m_inTangent);
+}
+
+std::shared_ptr<Segment> Access::makeSegment(FCurve& c, std::shared_ptr<Keyframe> left,
+                                             std::shared_ptr<Interpolator> interpolator) {
+    auto segment = std::make_shared<Segment>();
+    segment->setShared(segment);
+    segment->m_curve = c.m_link;
+    segment->m_leftKey = std::move(left);
+    segment->m_interpolator = std::move(interpolator);
+    makeTangents(segment);
+    return segment;
+}
+
+std::shared_ptr<Keyframe> Access::copyKey(const Keyframe& key) {
+    auto copy = std::make_shared<Keyframe>(key);
+    copy->setShared(copy);
+    return copy;
+}
+
+Segment* Access::appendRaw(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator) {
+    Segment& before = *c.m_segments.last();
+    if (before.m_leftKey && !(before.m_leftKey->getX() < key.getX())) return nullptr;
+    const auto own = copyKey(key);
+    auto segment = makeSegment(c, own, std::move(interpolator));
+    Segment* result = segment.get();
+    c.m_segments.insert(own->getX(), std::move(segment));
+    before.m_rightKey = own;
+    own->m_left = &before;
+    own->m_right = result;
+    return result;
+}
+
+void Access::exchangeInTangents(Segment& a, Segment& b) noexcept {
+    a.m_inTangent.swap(b.m_inTangent);
+    a.m_inTangent->m_segment.swap(b.m_inTangent->m_segment);
+}
+
+void Access::detach(Segment& s) noexcept {
+    s.m_curve.reset();
+    s.m_rightKey.reset();
+}
+
+void Access::release(SegmentMap& segments) noexcept {
+    for (Segment* segment = segments.first(); segment;) {
+        const std::shared_ptr<Keyframe> key = std::move(segment->m_rightKey);
+        Segment* next = key ? key->m_right : nullptr;
+        if (key) key->m_left = key->m_right = nullptr;
+        detach(*segment);
+        segment = next;
+    }
+}
+
+void Access::copyTangent(Tangent& to, const Tangent& from) {
+    to.m_properties = from.m_properties;
+    to.m_handle = from.m_handle;
+    to.m_type = from.m_type;
+    to.m_weighted = from.m_weighted;
+    to.m_weightLocked = from.m_weightLocked;
+}
+
+} // namespace Private
+
+FCurve::FCurve() : m_link(std::make_shared<Private::CurveLink>()) {
+    m_link->curve = this;
+    m_segments.insert(kLeadingX, Access::makeSegment(*this, nullptr, Constant::create()));
+}
+
+FCurve::~FCurve() {
+    Access::release(m_segments);
+    m_link->curve = nullptr;
+    if (m_identity) m_identity->curve = nullptr;
+}
+
+std::shared_ptr<FCurve> FCurve::create() {
+    const std::shared_ptr<FCurve> curve(new FCurve);
+    curve->setShared(curve);
+    return curve;
+}
+
+std::shared_ptr<FCurve> FCurve::createCopy(const FCurve& source) {
+    auto copy = create();
+    copy->m_name = source.m_name;
+    copy->m_properties = source.m_properties;
+    Segment* segment = copy->m_segments.first();
+    for (const Segment* from = source.m_segments.first();;) {
+        segment->m_interpolator = from->m_interpolator;
+        segment->m_properties = from->m_properties;
+        Access::copyTangent(*segment->m_inTangent, *from->m_inTangent);
+        Access::copyTangent(*segment->m_outTangent, *from->m_outTangent);
+        const Keyframe* key = Access::rightKey(*from);
+        if (!key) break;
+        segment = Access::appendRaw(*copy, *key, nullptr);
+        from = Access::rightSegment(*key);
+    }
+    return copy;
+}
+
+FCurve& FCurve::operator=(const FCurve& source) {
+    if (this == &source) return *this;
+    createCopy(source)->exchange(*this);
+    notifyChanged();
+    return *this;
+}
+
+void FCurve::swap(FCurve& other) {
+    if (this == &other) return;
+    const auto keep = other.getShared();
+    exchange(other);
+    notifyChanged();
+    other.notifyChanged();
+}
+
+void FCurve::exchange(FCurve& other) noexcept {
+    m_name.swap(other.m_name);
+    m_properties.swap(other.m_properties);
+    m_segments.swap(other.m_segments);
+    m_link.swap(other.m_link);
+    m_link->curve = this;
+    other.m_link->curve = &other;
+}
+
+void FCurve::clear() {
+    Private::SegmentMap segments;
+    segments.insert(kLeadingX, Access::makeSegment(*this, nullptr, Constant::create()));
+    m_segments.swap(segments);
+    Access::release(segments);
+    notifyChanged();
+}
+
+bool FCurve::CompareKeys::operator()(const Keyframe* a, const Keyframe* b) const noexcept {
+    if (!b) return false;
+    return !a || a->getX() < b->getX();
+}
+
+FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Interpolator> interpolator) {
+    const double x = key.getX();
+    Segment& before = *m_segments.lookUp(x);
+    if (before.m_leftKey && before.m_leftKey->getX() == x) return Access::iteratorAt(*this, before);
+
+    Private::Edit edit(this);
+    Private::Edit unheard(nullptr); // the new key's own tangents are part of the addition
+    const auto own = Access::copyKey(key);
+    const auto segment = Access::makeSegment(*this, own, std::move(interpolator));
+    m_segments.insert(x, segment);
+
+    Keyframe* next = Access::rightKey(before);
+    segment->m_rightKey = std::move(before.m_rightKey);
+    if (next) next->m_left = segment.get();
+    before.m_rightKey = own;
+    own->m_left = &before;
+    own->m_right = segment.get();
+    Access::exchangeInTangents(before, *segment);
+
+    Private::UpdateTangents(own.get(), own.get(), unheard);
+    Keyframe* previous = Access::leftKey(before);
+    Private::UpdateTangents(previous, previous, edit);
+    Private::UpdateTangents(next, next, edit);
+
+    Private::Deliver(this, *segment, [&](FCurveObserver& observer) { observer.segmentAdded(*this, *segment); });
+    edit.notify();
+    return segment->m_curve == m_link ? Access::iteratorAt(*this, *segment) : end();
+}
+
+FCurve::iterator FCurve::removeSegment(iterator position) {
+    Segment* found = Access::segmentAt(position);
+    if (!found || found->m_curve != m_link || !found->m_leftKey) return position;
+
+    Private::Edit edit(this);
+    Keyframe& key = *found->m_leftKey;
+    Segment& before = *key.m_left;
+    const std::shared_ptr<Segment> removed = m_segments.erase(key.getX());
+    Keyframe* next = Access::rightKey(*removed);
+    before.m_rightKey = removed->m_rightKey;
+    if (next) next->m_left = &before;
+    key.m_left = key.m_right = nullptr;
+    Access::exchangeInTangents(before, *removed);
+    Access::detach(*removed);
+
+    Keyframe* previous = Access::leftKey(before);
+    Private::UpdateTangents(previous, previous, edit);
+    Private::UpdateTangents(next, next, edit);
+
+    const std::shared_ptr<Segment> after = next ? next->m_right->getShared() : nullptr;
+    Private::Deliver(this, *removed, [&](FCurveObserver& observer) { observer.segmentRemoved(*this, *removed); });
+    edit.notify();
+    return after && after->m_curve == m_link ? Access::iteratorAt(*this, *after) : end();
+}
+
+double FCurve::eval(double x) const {
+    const Segment& segment = *m_segments.lookUp(x);
+    const Interpolator* interpolator = Access::interpolator(segment);
+    return interpolator ? interpolator->eval(x, segment) : 0.0;
+}
+
+void FCurve::setName(const char* name) {
+    if (m_name == Private::Text(name)) return;
+    m_name = Private::Text(name);
+    Private::Deliver(this, *this, [this](FCurveObserver& observer) {
+        observer.curveIntrinsicChanged(*this, FCurveObserver::CurveName);
+    });
+}
+
+bool FCurve::setProperty(const char* key, const char* value) {
+    if (!m_properties.set(key, value)) return false;
+    Private::Deliver(this, *this, [=](FCurveObserver& observer) {
+        observer.curvePropertyChanged(*this, Private::Text(key), Private::Text(value));
+    });
+    return true;
+}
+
+void FCurve::clearProperties() {
+    const auto self = getShared();
+    Private::ClearProperties(m_properties, [this](const char* key) {
+        Private::Deliver(this, *this, [=](FCurveObserver& observer) { observer.curvePropertyChanged(*this, key, ""); });
+    });
+}
+
+void FCurve::subscribe(FCurveObserver& observer) {
+    m_observers.subscribe(observer);
+}
+void FCurve::unsubscribe(FCurveObserver& observer) noexcept {
+    m_observers.unsubscribe(observer);
+}
+void FCurve::subscribeGlobal(FCurveObserver& observer) {
+    Private::GlobalObservers().subscribe(observer);
+}
+void FCurve::unsubscribeGlobal(FCurveObserver& observer) noexcept {
+    Private::GlobalObservers().unsubscribe(observer);
+}
+
+void FCurve::setChangeType(FCurve::ChangeType type) noexcept {
+    g_changeType = type;
+}
+FCurve::ChangeType FCurve::getChangeType() noexcept {
+    return g_changeType;
+}
+
+bool FCurve::notifyInteractive() {
+    using Operation = void (FCurveObserver::*)(FCurve&);
+    Operation operation = nullptr;
+    switch (g_changeType) {
+    case BeginChange:
+        operation = &FCurveObserver::beginValueChange;
+        break;
+    case StepChange:
+        operation = &FCurveObserver::intermediateValueChange;
+        break;
+    case EndChange:
+        operation = &FCurveObserver::endValueChange;
+        break;
+    default:
+        return false;
+    }
+    Private::Deliver(this, *this, [=](FCurveObserver& observer) { (observer.*operation)(*this); });
+    return true;
+}
+
+void FCurve::notifyChanged() {
+    if (notifyInteractive()) return;
+    Private::Deliver(this, *this, [this](FCurveObserver& observer) { observer.curveChanged(*this); });
+}
+
+FCurve::Switch::Switch() noexcept
+    : m_wasEnabled(Private::GlobalNotification::isEnabled()), m_wasBlocked(Private::GlobalNotification::isBlocked()) {
+    Private::GlobalNotification::setEnabled(false);
+    Private::GlobalNotification::setBlocked(false);
+}
+
+FCurve::Switch::Switch(FCurve& curve) noexcept
+    : m_curve(curve.getShared()), m_wasEnabled(curve.m_observers.isEnabled()),
+      m_wasBlocked(curve.m_observers.isBlocked()) {
+    curve.m_observers.setEnabled(false);
+    curve.m_observers.setBlocked(false);
+}
+
+FCurve::Switch::~Switch() {
+    if (m_curve) {
+        m_curve->m_observers.setEnabled(m_wasEnabled);
+        m_curve->m_observers.setBlocked(m_wasBlocked);
+    } else {
+        Private::GlobalNotification::setEnabled(m_wasEnabled);
+        Private::GlobalNotification::setBlocked(m_wasBlocked);
+    }
+}
+
+bool FCurve::Switch::blockedNotification() const noexcept {
+    return m_curve ? m_curve->m_observers.isBlocked() : Private::GlobalNotification::isBlocked();
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

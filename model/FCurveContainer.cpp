@@ -1,0 +1,118 @@
+#include "FCurveLib/FCurveContainer.h"
+
+#include "FCurveLib/FCurve.h"
+
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::GlobalNotification;
+
+FCurveContainer::FCurveContainer() noexcept = default;
+FCurveContainer::~FCurveContainer() = default;
+
+std::shared_ptr<FCurveContainer> FCurveContainer::create() {
+    const std::shared_ptr<FCurveContainer> container(new FCurveContainer);
+    container->setShared(container);
+    return container;
+}
+
+FCurveContainer::iterator FCurveContainer::insertCurve(iterator position, std::shared_ptr<FCurve> curve) {
+    if (!curve) return end();
+    const auto keep = getShared();
+    const FCurve* const inserted = curve.get();
+    const auto [entry, isNew] = m_positions.try_emplace(inserted);
+    if (!isNew) return iterator(entry->second);
+    try {
+        entry->second = m_curves.insert(position.base(), std::move(curve));
+    } catch (...) {
+        m_positions.erase(entry);
+        throw;
+    }
+    notifyChanged();
+    return find(inserted);
+}
+
+// An observer may have removed what the caller is to get; then the end.
+FCurveContainer::iterator FCurveContainer::find(const FCurve* curve) noexcept {
+    const auto found = m_positions.find(curve);
+    return found == m_positions.end() ? end() : iterator(found->second);
+}
+
+FCurveContainer::iterator FCurveContainer::addCurve(std::shared_ptr<FCurve> curve) {
+    return insertCurve(end(), std::move(curve));
+}
+
+FCurveContainer::iterator FCurveContainer::removeCurve(iterator position) {
+    const auto keep = getShared();
+    const std::shared_ptr<FCurve> removed = *position.base(); // lives until the observers were told
+    m_positions.erase(removed.get());
+    const auto after = m_curves.erase(position.base());
+    const FCurve* const next = after == m_curves.end() ? nullptr : after->get();
+    notifyChanged();
+    return find(next);
+}
+
+void FCurveContainer::clear() {
+    const auto keep = getShared();
+    List removed;
+    removed.swap(m_curves);
+    m_positions.clear();
+    notifyChanged();
+}
+
+bool FCurveContainer::setProperty(const char* key, const char* value) {
+    if (!m_properties.set(key, value)) return false;
+    notifyChanged();
+    return true;
+}
+
+void FCurveContainer::clearProperties() {
+    if (m_properties.empty()) return;
+    m_properties.clear();
+    notifyChanged();
+}
+
+void FCurveContainer::subscribe(ContainerObserver& observer) {
+    m_observers.subscribe(observer);
+}
+void FCurveContainer::unsubscribe(ContainerObserver& observer) noexcept {
+    m_observers.unsubscribe(observer);
+}
+
+void FCurveContainer::notifyChanged() {
+    if (!m_observers.admits()) return;
+    const auto keep = getShared();
+    m_observers.forEach([this](ContainerObserver& observer) { observer.containerChanged(*this); });
+}
+
+FCurveContainer::Switch::Switch() noexcept
+    : m_wasEnabled(GlobalNotification::isEnabled()), m_wasBlocked(GlobalNotification::isBlocked()) {
+    GlobalNotification::setEnabled(false);
+    GlobalNotification::setBlocked(false);
+}
+
+FCurveContainer::Switch::Switch(FCurveContainer& container) noexcept
+    : m_container(container.getShared()), m_wasEnabled(container.m_observers.isEnabled()),
+      m_wasBlocked(container.m_observers.isBlocked()) {
+    container.m_observers.setEnabled(false);
+    container.m_observers.setBlocked(false);
+}
+
+FCurveContainer::Switch::~Switch() {
+    if (m_container) {
+        m_container->m_observers.setEnabled(m_wasEnabled);
+        m_container->m_observers.setBlocked(m_wasBlocked);
+    } else {
+        GlobalNotification::setEnabled(m_wasEnabled);
+        GlobalNotification::setBlocked(m_wasBlocked);
+    }
+}
+
+bool FCurveContainer::Switch::blockedNotification() const noexcept {
+    return m_container ? m_container->m_observers.isBlocked() : GlobalNotification::isBlocked();
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,188 @@
+#include "FCurveLib/Keyframe.h"
+
+#include "model/Access.h"
+#include "model/Edit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+
+Keyframe::Keyframe() noexcept = default;
+
+Keyframe::Keyframe(const Keyframe& other)
+    : SharedFromThis<Keyframe>(), m_position(other.m_position), m_properties(other.m_properties),
+      m_breakdown(other.m_breakdown), m_unified(other.m_unified) {}
+
+Keyframe::~Keyframe() = default;
+
+std::shared_ptr<Keyframe> Keyframe::create(double x, double y) {
+    auto key = std::make_shared<Keyframe>();
+    key->setShared(key);
+    key->set(x, y);
+    return key;
+}
+
+namespace {
+
+// The x, on the way from the key's own to the given one, that keeps the separation from the neighbours; the key's own x
+// where the neighbour is too near to move at all.
+double Clamped(Keyframe& key, double x) noexcept {
+    const double present = key.getX();
+    if (x < present) {
+        const Keyframe* previous = Private::PreviousKey(key);
+        if (!previous) return x;
+        const double lowest = std::max(x, previous->getX() + Keyframe::getMinSeparation());
+        return lowest < present && previous->getX() < lowest ? lowest : present;
+    }
+    const Keyframe* next = Private::NextKey(key);
+    if (!next) return x;
+    const double highest = std::min(x, next->getX() - Keyframe::getMinSeparation());
+    return present < highest && highest < next->getX() ? highest : present;
+}
+
+using Neighbour = Keyframe* (*)(Keyframe&) noexcept;
+
+// The breakdown keys next to the given one on one side, nearest first; the key that ends the run, if there is one.
+std::vector<Keyframe*> BreakdownRun(Keyframe& key, Neighbour next, Keyframe*& anchor) {
+    std::vector<Keyframe*> run;
+    anchor = next(key);
+    for (; anchor && anchor->isBreakdown(); anchor = next(*anchor)) run.push_back(anchor);
+    return run;
+}
+
+} // namespace
+
+void Keyframe::set(double x, double y) {
+    if (!std::isfinite(x) || !std::isfinite(y)) return;
+    if (!m_left && !m_right) {
+        m_position = {x, y};
+        return;
+    }
+    if (m_position == Vector2D<double>(x, y)) return;
+    const double oldX = m_position.x;
+    x = Clamped(*this, x);
+    if (m_position == Vector2D<double>(x, y)) return;
+
+    Private::Edit edit(Access::curve(*this));
+    Keyframe* first = this;
+    Keyframe* last = this;
+    // The moved key is stored before the runs beside it, which may then pass its old place.
+    Access::moveKey(*this, {x, y});
+    edit.moved(*this);
+    if (x != oldX) {
+        const double delta = x - oldX;
+        // Each key is clamped against neighbours that have moved out of its way already.
+        const auto moveRun = [&](std::vector<Keyframe*>& run, const Keyframe* anchor, bool nearestFirst) {
+            if (!nearestFirst) std::reverse(run.begin(), run.end());
+            internalSet(run, delta, anchor ? anchor->getX() - oldX : 0.0, anchor ? anchor->getX() : 0.0, edit);
+        };
+        Keyframe* anchor = nullptr;
+        std::vector<Keyframe*> run = BreakdownRun(*this, &Private::PreviousKey, anchor);
+        if (!run.empty()) first = run.back();
+        moveRun(run, anchor, delta > 0.0);
+        run = BreakdownRun(*this, &Private::NextKey, anchor);
+        if (!run.empty()) last = run.back();
+        moveRun(run, anchor, delta < 0.0);
+    }
+    if (Keyframe* previous = Private::PreviousKey(*first)) first = previous;
+    if (Keyframe* next = Private::NextKey(*last)) last = next;
+    Private::UpdateTangents(first, last, edit);
+    edit.notify();
+}
+
+void Keyframe::internalSet(const std::vector<Keyframe*>& keys, double delta, double span, double pivot,
+                           Private::Edit& edit) {
+    for (Keyframe* key : keys) {
+        const double x = key->getX();
+        const double proposed = span == 0.0 ? x + delta : pivot + (x - pivot) * (span - delta) / span;
+        const double clamped = std::isfinite(proposed) ? Clamped(*key, proposed) : x;
+        if (clamped == x) continue;
+        Access::moveKey(*key, {clamped, key->getY()});
+        edit.moved(*key);
+    }
+}
+
+void Keyframe::set(const Vector2D<double>& position) {
+    set(position.x, position.y);
+}
+void Keyframe::setX(double x) {
+    set(x, m_position.y);
+}
+void Keyframe::setY(double y) {
+    set(m_position.x, y);
+}
+
+void Keyframe::setBreakdown(bool breakdown) {
+    if (m_breakdown == breakdown) return;
+    m_breakdown = breakdown;
+    Private::Deliver(Access::curve(*this), *this, [this](FCurveObserver& observer) {
+        observer.keyframeIntrinsicChanged(*this, FCurveObserver::KeyframeBreakdown);
+    });
+}
+
+void Keyframe::setTangentsUnified(bool unified) {
+    if (m_unified == unified) return;
+    m_unified = unified;
+    FCurve* curve = Access::curve(*this);
+    Private::Edit edit(curve);
+    if (unified) Private::AlignTangents(*this, edit);
+    Private::Deliver(curve, *this, [this](FCurveObserver& observer) {
+        observer.keyframeIntrinsicChanged(*this, FCurveObserver::KeyframeTangentsUnified);
+    });
+    edit.notify();
+}
+
+std::shared_ptr<Segment> Keyframe::getLeftSegment() noexcept {
+    return m_left ? m_left->getShared() : nullptr;
+}
+std::shared_ptr<const Segment> Keyframe::getLeftSegment() const noexcept {
+    return const_cast<Keyframe*>(this)->getLeftSegment();
+}
+std::shared_ptr<Segment> Keyframe::getRightSegment() noexcept {
+    return m_right ? m_right->getShared() : nullptr;
+}
+std::shared_ptr<const Segment> Keyframe::getRightSegment() const noexcept {
+    return const_cast<Keyframe*>(this)->getRightSegment();
+}
+std::shared_ptr<Tangent> Keyframe::getInTangent() noexcept {
+    return m_left ? m_left->getInTangent() : nullptr;
+}
+std::shared_ptr<const Tangent> Keyframe::getInTangent() const noexcept {
+    return const_cast<Keyframe*>(this)->getInTangent();
+}
+std::shared_ptr<Tangent> Keyframe::getOutTangent() noexcept {
+    return m_right ? m_right->getOutTangent() : nullptr;
+}
+std::shared_ptr<const Tangent> Keyframe::getOutTangent() const noexcept {
+    return const_cast<Keyframe*>(this)->getOutTangent();
+}
+std::shared_ptr<FCurve> Keyframe::getOwningCurve() noexcept {
+    return m_right ? m_right->getOwningCurve() : nullptr;
+}
+std::shared_ptr<const FCurve> Keyframe::getOwningCurve() const noexcept {
+    return const_cast<Keyframe*>(this)->getOwningCurve();
+}
+
+bool Keyframe::setProperty(const char* key, const char* value) {
+    if (!m_properties.set(key, value)) return false;
+    Private::Deliver(Access::curve(*this), *this, [=](FCurveObserver& observer) {
+        observer.keyframePropertyChanged(*this, Private::Text(key), Private::Text(value));
+    });
+    return true;
+}
+
+void Keyframe::clearProperties() {
+    const auto self = getShared();
+    Private::ClearProperties(m_properties, [this](const char* key) {
+        Private::Deliver(Access::curve(*this), *this,
+                         [=](FCurveObserver& observer) { observer.keyframePropertyChanged(*this, key, ""); });
+    });
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,191 @@
+#include "FCurveLib/Tangent.h"
+
+#include "FCurveLib/Tolerance.h"
+#include "model/Access.h"
+#include "model/Edit.h"
+
+#include <cmath>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+
+namespace {
+
+constexpr double kSmallestWeight = 1e-05; // never zero, so that a handle keeps a direction
+
+} // namespace
+
+Tangent::Tangent() noexcept : Tangent(nullptr, false) {}
+
+Tangent::Tangent(std::shared_ptr<Segment> owner, bool isIn) noexcept
+    : m_segment(owner), m_handle(isIn ? -1.0 : 1.0, 0.0), m_isIn(isIn) {}
+
+Tangent::~Tangent() = default;
+
+std::shared_ptr<Tangent> Tangent::create(std::shared_ptr<Segment> owner, bool isIn) {
+    auto tangent = std::make_shared<Tangent>(std::move(owner), isIn);
+    tangent->setShared(tangent);
+    return tangent;
+}
+
+Tangent& Tangent::operator=(const Tangent& other) {
+    if (this == &other) return *this;
+    const auto self = getShared();
+    const Vector2D<double> handle = m_isIn == other.m_isIn ? other.m_handle : -other.m_handle;
+    const bool newHandle = m_handle != handle;
+    const bool newType = m_type != other.m_type;
+    const bool newWeighted = m_weighted != other.m_weighted;
+    const bool newLocked = m_weightLocked != other.m_weightLocked;
+    const PropertyMap before(m_properties);
+    const PropertyMap after(other.m_properties);
+    m_handle = handle;
+    m_type = other.m_type;
+    m_weighted = other.m_weighted;
+    m_weightLocked = other.m_weightLocked;
+    m_properties = after;
+
+    if (newHandle) notifyIntrinsic(FCurveObserver::TangentHandle);
+    if (newType) notifyIntrinsic(FCurveObserver::TangentType);
+    if (newWeighted) notifyIntrinsic(FCurveObserver::TangentWeighted);
+    if (newLocked) notifyIntrinsic(FCurveObserver::TangentWeightLocked);
+    for (const auto& [key, value] : before)
+        if (*after.get(key.c_str()) == '\0') notifyProperty(key.c_str(), "");
+    for (const auto& [key, value] : after)
+        if (value != before.get(key.c_str())) notifyProperty(key.c_str(), value.c_str());
+    return *this;
+}
+
+double Tangent::getAngle() const noexcept {
+    const double angle = std::atan2(m_handle.y, std::fabs(m_handle.x));
+    return m_isIn ? -angle : angle;
+}
+
+double Tangent::getWeight() const noexcept {
+    return std::hypot(m_handle.x, m_handle.y);
+}
+
+void Tangent::set(double x, double y) {
+    if (!std::isfinite(x) || !std::isfinite(y)) return;
+    if (m_isIn ? x > 0.0 : x < 0.0) x = 0.0;
+    propose(x, y);
+}
+
+void Tangent::set(const Vector2D<double>& handle) {
+    set(handle.x, handle.y);
+}
+void Tangent::setX(double x) {
+    set(x, m_handle.y);
+}
+void Tangent::setY(double y) {
+    set(m_handle.x, y);
+}
+
+void Tangent::setAngle(double radians) {
+    if (!std::isfinite(radians)) return;
+    double weight = getWeight();
+    if (NearZero(weight)) weight = 1.0;
+    double x = std::cos(radians) * weight;
+    double y = std::sin(radians) * weight;
+    if (m_isIn ? x > 0.0 : x < 0.0) {
+        x = -x;
+        y = -y;
+    }
+    propose(x, y);
+}
+
+void Tangent::setWeight(double weight) {
+    if (!std::isfinite(weight)) return;
+    if (weight <= 0.0) weight = kSmallestWeight;
+    const double present = getWeight();
+    if (NearZero(present))
+        propose(m_isIn ? -weight : weight, 0.0);
+    else
+        propose(m_handle.x * (weight / present), m_handle.y * (weight / present));
+}
+
+void Tangent::setType(std::uint8_t type) {
+    if (type > Plateau || type == m_type) return;
+    m_type = type;
+    const auto segment = m_segment.lock();
+    Private::Edit edit(Access::curve(*this));
+    Private::UpdateTangent(*this, segment.get(), edit);
+    notifyIntrinsic(FCurveObserver::TangentType);
+    edit.notify();
+}
+
+void Tangent::setWeighted(bool weighted) {
+    if (weighted == m_weighted) return;
+    m_weighted = weighted;
+    const auto segment = m_segment.lock();
+    Private::Edit edit(Access::curve(*this));
+    if (!weighted) Private::UpdateTangent(*this, segment.get(), edit);
+    notifyIntrinsic(FCurveObserver::TangentWeighted);
+    edit.notify();
+}
+
+void Tangent::setWeightLocked(bool locked) {
+    if (locked == m_weightLocked) return;
+    m_weightLocked = locked;
+    notifyIntrinsic(FCurveObserver::TangentWeightLocked);
+}
+
+void Tangent::propose(double x, double y) {
+    const auto segment = m_segment.lock();
+    Private::Edit edit(Access::curve(*this));
+    Private::EditHandle(*this, segment.get(), x, y, edit);
+    edit.notify();
+}
+
+std::shared_ptr<Keyframe> Tangent::getOwningKeyframe() noexcept {
+    const auto segment = m_segment.lock();
+    if (!segment) return nullptr;
+    return m_isIn ? segment->getRightKey() : segment->getLeftKey();
+}
+std::shared_ptr<const Keyframe> Tangent::getOwningKeyframe() const noexcept {
+    return const_cast<Tangent*>(this)->getOwningKeyframe();
+}
+
+std::shared_ptr<FCurve> Tangent::getOwningCurve() noexcept {
+    const auto segment = m_segment.lock();
+    return segment ? segment->getOwningCurve() : nullptr;
+}
+std::shared_ptr<const FCurve> Tangent::getOwningCurve() const noexcept {
+    return const_cast<Tangent*>(this)->getOwningCurve();
+}
+
+std::shared_ptr<Tangent> Tangent::getOppositeTangent() noexcept {
+    const auto key = getOwningKeyframe();
+    if (!key) return nullptr;
+    return m_isIn ? key->getOutTangent() : key->getInTangent();
+}
+std::shared_ptr<const Tangent> Tangent::getOppositeTangent() const noexcept {
+    return const_cast<Tangent*>(this)->getOppositeTangent();
+}
+
+void Tangent::notifyIntrinsic(std::uint32_t type) {
+    Private::Deliver(Access::curve(*this), *this, [=](FCurveObserver& observer) {
+        observer.tangentIntrinsicChanged(*this, static_cast<FCurveObserver::TangentIntrinsicType>(type));
+    });
+}
+
+void Tangent::notifyProperty(const char* key, const char* value) {
+    Private::Deliver(Access::curve(*this), *this,
+                     [=](FCurveObserver& observer) { observer.tangentPropertyChanged(*this, key, value); });
+}
+
+bool Tangent::setProperty(const char* key, const char* value) {
+    if (!m_properties.set(key, value)) return false;
+    notifyProperty(Private::Text(key), Private::Text(value));
+    return true;
+}
+
+void Tangent::clearProperties() {
+    const auto self = getShared();
+    Private::ClearProperties(m_properties, [this](const char* key) { notifyProperty(key, ""); });
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,52 @@
+#include "FCurveLib/TrackedObserver.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+TrackerBase::~TrackerBase() = default;
+
+void TrackerBase::subscribed(TrackedObserver& observer) {
+    observer.m_trackers.push_back(this);
+}
+
+void TrackerBase::unsubscribed(TrackedObserver& observer) noexcept {
+    auto& trackers = observer.m_trackers;
+    trackers.erase(std::remove(trackers.begin(), trackers.end(), this), trackers.end());
+}
+
+namespace {
+
+bool g_enabled = true;
+bool g_blocked = false;
+
+} // namespace
+
+bool GlobalNotification::isEnabled() noexcept {
+    return g_enabled;
+}
+void GlobalNotification::setEnabled(bool enabled) noexcept {
+    g_enabled = enabled;
+}
+bool GlobalNotification::isBlocked() noexcept {
+    return g_blocked;
+}
+void GlobalNotification::setBlocked(bool blocked) noexcept {
+    g_blocked = blocked;
+}
+
+} // namespace Private
+
+TrackedObserver::TrackedObserver() noexcept = default;
+TrackedObserver::TrackedObserver(const TrackedObserver&) noexcept {}
+TrackedObserver& TrackedObserver::operator=(const TrackedObserver&) noexcept {
+    return *this;
+}
+
+TrackedObserver::~TrackedObserver() {
+    for (Private::TrackerBase* tracker : m_trackers) tracker->observerDestroyed(*this);
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

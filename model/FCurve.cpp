@@ -123,7 +123,7 @@ FCurve::~FCurve() {
 }
 
 std::shared_ptr<FCurve> FCurve::create() {
-    const std::shared_ptr<FCurve> curve(new FCurve);
+    std::shared_ptr<FCurve> curve(new FCurve);
     curve->setShared(curve);
     return curve;
 }

@@ -13,7 +13,7 @@ FCurveContainer::FCurveContainer() noexcept = default;
 FCurveContainer::~FCurveContainer() = default;
 
 std::shared_ptr<FCurveContainer> FCurveContainer::create() {
-    const std::shared_ptr<FCurveContainer> container(new FCurveContainer);
+    std::shared_ptr<FCurveContainer> container(new FCurveContainer);
     container->setShared(container);
     return container;
 }

@@ -15,7 +15,7 @@ using Private::Access;
 Keyframe::Keyframe() noexcept = default;
 
 Keyframe::Keyframe(const Keyframe& other)
-    : SharedFromThis<Keyframe>(), m_position(other.m_position), m_properties(other.m_properties),
+    : SharedFromThis<Keyframe>(other), m_position(other.m_position), m_properties(other.m_properties),
       m_breakdown(other.m_breakdown), m_unified(other.m_unified) {}
 
 Keyframe::~Keyframe() = default;

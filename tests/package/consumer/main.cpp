@@ -1,15 +1,47 @@
-#include "FCurveLib/Exception.h"
+#include "FCurveLib/FCurveLib.h"
 
 #include <cstdio>
 #include <cstring>
 
-// Throws a subclass of ours through the library's type, which fails where visibility or linkage is wrong.
+using namespace VEM_FN::FCurveLib;
+
+// What a host does across the library's border: subclass, create, observe, evaluate, catch by a base.
+namespace {
+
+class CountingObserver : public FCurveObserver {
+public:
+    int changes = 0;
+
+private:
+    void curveChanged(FCurve&) override { ++changes; }
+};
+
+int fail(const char* what) {
+    std::fprintf(stderr, "%s\n", what);
+    return 1;
+}
+
+} // namespace
+
 int main() {
-    struct Mine : VEM_FN::FCurveLib::Exception {};
+    const auto curve = FCurve::create();
+    CountingObserver observer;
+    curve->subscribe(observer);
+    curve->insertSegment(*Keyframe::create(0.0, 1.0), InterpolatorFactory::create("linear()"));
+    curve->insertSegment(*Keyframe::create(10.0, 3.0), InterpolatorFactory::create("constant()"));
+    if (curve->size() != 3) return fail("two keys do not make three segments");
+    if (curve->eval(5.0) != 2.0) return fail("the middle of a line is not its middle");
+    if (observer.changes == 0) return fail("the observer was told nothing");
+    curve->unsubscribe(observer);
+
+    MemoryStream stream;
+    char byte = 0;
     try {
-        throw Mine();
-    } catch (const VEM_FN::FCurveLib::v19::Exception& e) {
-        std::puts(e.what());
-        return std::strcmp(e.what(), "VEM_FN::FCurveLib::Exception") == 0 ? 0 : 1;
+        stream.readData(&byte, 1);
+        return fail("an empty stream was read");
+    } catch (const v19::Exception& e) {
+        if (std::strncmp(e.what(), "VEM_FN::FCurveLib::", 19) != 0) return fail(e.what());
     }
+    std::puts("consumed");
+    return 0;
 }

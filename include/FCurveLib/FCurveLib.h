@@ -7,6 +7,7 @@
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
 #include "FCurveLib/ContainerObserver.h"
+#include "FCurveLib/DisplayProperties.h"
 #include "FCurveLib/Exception.h"
 #include "FCurveLib/Export.h"
 #include "FCurveLib/FCurve.h"

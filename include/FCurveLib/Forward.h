@@ -64,11 +64,16 @@ class ArrayStream;
 class Stream_streambuf;
 class Stream_iostream;
 
+class UnknownFormat;
+class FormatError;
+struct FormatLimits;
 class FormatType;
 class FormatInterface;
 class FCurveFormatInterface;
 class ContainerInterface;
 class FormatFactory;
+template<class T>
+class SimpleListNode;
 class Reader;
 class Writer;
 

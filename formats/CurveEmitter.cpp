@@ -1,0 +1,112 @@
+#include "formats/CurveEmitter.h"
+
+#include "FCurveLib/DisplayProperties.h"
+#include "FCurveLib/FCurve.h"
+#include "FCurveLib/FCurveContainer.h"
+#include "FCurveLib/FormatInterface.h"
+#include "FCurveLib/InterpolatorFactory.h"
+#include "FCurveLib/Rectangle.h"
+#include "model/Access.h"
+
+#include <string>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+namespace {
+
+using PropertyCall = void (FormatInterface::*)(const char* key, const char* value);
+
+// Editor properties have calls of their own, or are no business of files.
+template<class Part>
+void emitProperties(const Part& part, FormatInterface& target, PropertyCall call) {
+    for (auto property = part.beginProperties(); property != part.endProperties(); ++property) {
+        if (IsEditorKeyString(property->first.c_str())) continue;
+        (target.*call)(property->first.c_str(), property->second.c_str());
+    }
+}
+
+void emitTangent(const Tangent& tangent, FormatInterface& target) {
+    target.tangentType(tangent.getType());
+    target.tangentWeighted(tangent.isWeighted());
+    target.tangentWeightLocked(tangent.isWeightLocked());
+    target.tangentVector(tangent.getX(), tangent.getY());
+    emitProperties(tangent, target, &FormatInterface::tangentProperty);
+}
+
+void emitSegment(const Segment& segment, FormatInterface& target, std::string& expression) {
+    const Interpolator* const interpolator = Access::interpolator(segment);
+    if (interpolator) {
+        InterpolatorFactory::getExpression(*interpolator, expression);
+    } else {
+        expression = "0";
+    }
+    target.startSegment(expression.c_str());
+    emitProperties(segment, target, &FormatInterface::segmentProperty);
+    target.startOutTangent();
+    emitTangent(*Access::outTangent(segment), target);
+    target.finishOutTangent();
+    target.startInTangent();
+    emitTangent(*Access::inTangent(segment), target);
+    target.finishInTangent();
+    target.finishSegment();
+}
+
+void emitKeyframe(const Keyframe& key, FormatInterface& target) {
+    target.startKeyframe();
+    target.keyframePosition(key.getX(), key.getY());
+    target.keyframeLocked(*key.getProperty("fc_lock") != '\0');
+    target.keyframeBreakdown(key.isBreakdown());
+    target.keyframeTangentsUnified(key.isTangentsUnified());
+    emitProperties(key, target, &FormatInterface::keyframeProperty);
+    target.finishKeyframe();
+}
+
+void emitDisplay(const FCurve& curve, FormatInterface& target) {
+    target.curveVisible(IsVisible(curve));
+    target.curveLocked(IsLocked(curve));
+    target.curveShowVelocity(IsVelocityVisible(curve));
+    target.curveShowAcceleration(IsAccelerationVisible(curve));
+    target.curveShowDiscontinuities(IsDiscontinuityVisible(curve));
+    if (HasGridSettings(curve)) {
+        Rectangle<double> grid;
+        GetGridSettings(curve, grid);
+        target.curveGrid(grid.x, grid.y, grid.width, grid.height);
+    }
+    target.curveTangentScale(GetTangentScale(curve));
+}
+
+} // namespace
+
+bool emitCurve(const FCurve& curve, FormatInterface& target) {
+    if (!target.startCurve(curve.getName())) return true;
+    emitDisplay(curve, target);
+    emitProperties(curve, target, &FormatInterface::curveProperty);
+
+    target.startSegmentContainer();
+    std::string expression; // one buffer for all segments
+    for (const Segment& segment : curve) {
+        emitSegment(segment, target, expression);
+        if (const Keyframe* const key = Access::rightKey(segment)) emitKeyframe(*key, target);
+    }
+    target.finishSegmentContainer();
+    return target.finishCurve();
+}
+
+void emitContainer(const FCurveContainer& container, FormatInterface& target) {
+    target.startCurveContainer();
+    for (auto property = container.beginProperties(); property != container.endProperties(); ++property) {
+        target.containerProperty(property->first.c_str(), property->second.c_str());
+    }
+    for (const FCurve& curve : container) {
+        if (!emitCurve(curve, target)) break;
+    }
+    target.finishCurveContainer();
+}
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,220 @@
+#include "FCurveLib/FCurveFormatInterface.h"
+
+#include "FCurveLib/DisplayProperties.h"
+#include "FCurveLib/FCurve.h"
+#include "FCurveLib/Interpolator.h"
+#include "FCurveLib/InterpolatorFactory.h"
+#include "FCurveLib/Rectangle.h"
+#include "FCurveLib/Segment.h"
+#include "FCurveLib/Tangent.h"
+#include "formats/Text.h"
+#include "model/Access.h"
+
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+using Private::orEmpty;
+
+FCurveFormatInterface::FCurveFormatInterface() = default;
+FCurveFormatInterface::~FCurveFormatInterface() = default;
+
+void FCurveFormatInterface::setCurve(std::shared_ptr<FCurve> curve) {
+    m_curve = std::move(curve);
+    m_firstPending = true;
+    m_segment.reset();
+    m_tangent.reset();
+    m_keyPending = false;
+    m_unsettled.clear();
+}
+
+// --- curve -----------------------------------------------------------------------------------------------------------
+
+bool FCurveFormatInterface::startCurve(const char* name) {
+    if (m_curve) m_curve->setName(name);
+    return true;
+}
+
+bool FCurveFormatInterface::finishCurve() {
+    if (m_curve) {
+        addPendingKey();
+        leave();
+        for (const std::shared_ptr<Tangent>& tangent : m_unsettled) {
+            const std::uint8_t type = tangent->getType();
+            Access::setTypeRaw(*tangent, Tangent::Fixed); // so that setting the type is a change
+            tangent->setType(type);
+        }
+    }
+    setCurve(nullptr);
+    return true;
+}
+
+void FCurveFormatInterface::curveVisible(bool visible) {
+    if (m_curve) SetVisible(*m_curve, visible);
+}
+void FCurveFormatInterface::curveLocked(bool locked) {
+    if (m_curve) SetLocked(*m_curve, locked);
+}
+void FCurveFormatInterface::curveShowVelocity(bool show) {
+    if (m_curve) SetVelocityVisible(*m_curve, show);
+}
+void FCurveFormatInterface::curveShowAcceleration(bool show) {
+    if (m_curve) SetAccelerationVisible(*m_curve, show);
+}
+void FCurveFormatInterface::curveShowDiscontinuities(bool show) {
+    if (m_curve) SetDiscontinuityVisible(*m_curve, show);
+}
+void FCurveFormatInterface::curveGrid(double x, double y, double width, double height) {
+    if (m_curve) SetGridSettings(*m_curve, Rectangle<double>(x, y, width, height));
+}
+void FCurveFormatInterface::curveTangentScale(double scale) {
+    if (m_curve) SetTangentScale(*m_curve, scale);
+}
+void FCurveFormatInterface::curveProperty(const char* key, const char* value) {
+    if (m_curve) m_curve->setProperty(key, value);
+}
+
+// --- segments --------------------------------------------------------------------------------------------------------
+
+void FCurveFormatInterface::startSegmentContainer() {
+    addPendingKey();
+    leave();
+    m_firstPending = true;
+}
+
+void FCurveFormatInterface::startSegment(const char* expression) {
+    if (!m_curve) return;
+    std::shared_ptr<Interpolator> interpolator = InterpolatorFactory::create(orEmpty(expression));
+    if (m_keyPending) {
+        addKey(std::move(interpolator));
+    } else if (m_firstPending) {
+        Segment& first = *m_curve->begin();
+        Access::setInterpolatorRaw(first, std::move(interpolator));
+        enter(first);
+        m_firstPending = false;
+    } else {
+        Access::setInterpolatorRaw(*m_segment, std::move(interpolator));
+    }
+}
+
+void FCurveFormatInterface::finishSegment() {
+    m_tangent.reset();
+    if (!m_segment) return;
+    Keyframe* const left = Access::leftKey(*m_segment);
+    if (left && std::strcmp(left->getProperty("fc_isUnified"), "1") == 0) Access::setUnifiedRaw(*left, true);
+}
+
+void FCurveFormatInterface::segmentProperty(const char* key, const char* value) {
+    if (m_segment) Access::properties(*m_segment).set(key, value);
+}
+
+void FCurveFormatInterface::enter(Segment& segment) {
+    m_segment = segment.getShared();
+    m_tangent.reset();
+    m_inGiven = false;
+    m_outGiven = false;
+}
+
+// The current segment is complete, its right key included.
+void FCurveFormatInterface::leave() {
+    if (!m_segment) return;
+    if (!m_outGiven) settle(*Access::outTangent(*m_segment));
+    if (!m_inGiven) settle(*Access::inTangent(*m_segment));
+    m_segment.reset();
+    m_tangent.reset();
+}
+
+// A handle was not given. Flat ones, new tangents' Fixed included, are known here; the other types look at keys to
+// come.
+void FCurveFormatInterface::settle(Tangent& tangent) {
+    if (tangent.getType() > Tangent::Flat) {
+        m_unsettled.push_back(tangent.getShared());
+        return;
+    }
+    const Keyframe* const left = Access::leftKey(*m_segment);
+    const Keyframe* const right = Access::rightKey(*m_segment);
+    if (!left || !right) return;
+    const double third = (right->getX() - left->getX()) / 3.0;
+    Access::setHandleRaw(tangent, tangent.isInTangent() ? -third : third, 0.0);
+}
+
+// Joins a new segment, from the collected key on.
+void FCurveFormatInterface::addKey(std::shared_ptr<Interpolator> interpolator) {
+    m_keyPending = false;
+    m_firstPending = false;
+    Segment* added = Access::appendRaw(*m_curve, m_key, interpolator);
+    leave(); // deliberate: after the key before which the segment ends is there
+    if (!added) {
+        added = &*m_curve->insertSegment(m_key, interpolator);
+        Access::setInterpolatorRaw(*added, std::move(interpolator));
+    }
+    enter(*added);
+}
+
+// A key that no segment followed.
+void FCurveFormatInterface::addPendingKey() {
+    if (!m_curve || !m_keyPending) return;
+    addKey(InterpolatorFactory::create("constant()"));
+    finishSegment();
+}
+
+// --- tangents --------------------------------------------------------------------------------------------------------
+
+void FCurveFormatInterface::startInTangent() {
+    m_tangent = m_segment ? m_segment->getInTangent() : nullptr;
+}
+void FCurveFormatInterface::startOutTangent() {
+    m_tangent = m_segment ? m_segment->getOutTangent() : nullptr;
+}
+
+void FCurveFormatInterface::tangentVector(double x, double y) {
+    if (!m_tangent || !std::isfinite(x) || !std::isfinite(y)) return;
+    const bool across = m_tangent->isInTangent() ? x > 0.0 : x < 0.0;
+    Access::setHandleRaw(*m_tangent, across ? 0.0 : x, y);
+    (m_tangent->isInTangent() ? m_inGiven : m_outGiven) = true;
+}
+void FCurveFormatInterface::tangentType(unsigned char type) {
+    if (m_tangent && type <= Tangent::Plateau) Access::setTypeRaw(*m_tangent, type);
+}
+void FCurveFormatInterface::tangentWeightLocked(bool locked) {
+    if (m_tangent) Access::setWeightLockedRaw(*m_tangent, locked);
+}
+void FCurveFormatInterface::tangentWeighted(bool weighted) {
+    if (m_tangent) Access::setWeightedRaw(*m_tangent, weighted);
+}
+void FCurveFormatInterface::tangentProperty(const char* key, const char* value) {
+    if (m_tangent) Access::properties(*m_tangent).set(key, value);
+}
+
+// --- keyframes -------------------------------------------------------------------------------------------------------
+
+void FCurveFormatInterface::startKeyframe() {
+    addPendingKey();
+    m_key.set(0.0, 0.0);
+    m_key.setTangentsUnified(false);
+    m_key.setBreakdown(false);
+    m_key.clearProperties();
+    m_keyPending = true;
+}
+void FCurveFormatInterface::keyframePosition(double x, double y) {
+    m_key.set(x, y);
+}
+void FCurveFormatInterface::keyframeTangentsUnified(bool unified) {
+    m_key.setTangentsUnified(unified);
+}
+void FCurveFormatInterface::keyframeBreakdown(bool breakdown) {
+    m_key.setBreakdown(breakdown);
+}
+void FCurveFormatInterface::keyframeLocked(bool locked) {
+    SetLocked(m_key, locked);
+}
+void FCurveFormatInterface::keyframeProperty(const char* key, const char* value) {
+    m_key.setProperty(key, value);
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,102 @@
+#include "FCurveLib/FormatFactory.h"
+
+#include "FCurveLib/ArrayStreamAdaptor.h"
+#include "FCurveLib/Exception.h"
+#include "formats/Registration.h"
+#include "formats/Text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::orEmpty;
+
+namespace {
+
+constexpr int headerSize = 1024;
+
+template<class T>
+typename SimpleListNode<T>::iterator begin() {
+    Private::registerFormats();
+    return SimpleListNode<T>::begin();
+}
+
+template<class T>
+typename SimpleListNode<T>::iterator find(const char* name) {
+    return std::find_if(begin<T>(), SimpleListNode<T>::end(), [name](const T& format) {
+        return std::strcmp(format.getFormatType().getFormatName(), orEmpty(name)) == 0;
+    });
+}
+
+template<class T>
+T* get(const char* name) {
+    const auto found = find<T>(name);
+    return found == SimpleListNode<T>::end() ? nullptr : &*found;
+}
+
+bool recognises(Reader& reader, Stream& stream, Stream& header) {
+    header.setPosition(0);
+    stream.setPosition(0);
+    try {
+        return reader.canRead(stream, header);
+    } catch (const Exception&) {
+        return false;
+    }
+}
+
+} // namespace
+
+Reader* FormatFactory::getReader(const char* name) {
+    return get<Reader>(name);
+}
+Reader* FormatFactory::getReader(const FormatType& type) {
+    return get<Reader>(type.getFormatName());
+}
+Writer* FormatFactory::getWriter(const char* name) {
+    return get<Writer>(name);
+}
+Writer* FormatFactory::getWriter(const FormatType& type) {
+    return get<Writer>(type.getFormatName());
+}
+
+Reader* FormatFactory::getReader(Stream& stream) {
+    stream.setPosition(0);
+    ArrayStream<headerSize> header;
+    const int size = std::min(stream.getSize(), headerSize);
+    if (size > 0) {
+        char bytes[headerSize];
+        stream.readData(bytes, size);
+        header.writeData(bytes, size);
+    }
+
+    Reader* found = nullptr;
+    for (auto reader = begin<Reader>(); !found && reader != SimpleListNode<Reader>::end(); ++reader) {
+        if (recognises(*reader, stream, header)) found = &*reader;
+    }
+    stream.setPosition(0);
+    return found;
+}
+
+FormatFactory::ReaderTypeIterator FormatFactory::beginReaderTypes() {
+    return ReaderTypeIterator(begin<Reader>());
+}
+FormatFactory::ReaderTypeIterator FormatFactory::endReaderTypes() {
+    return ReaderTypeIterator(SimpleListNode<Reader>::end());
+}
+FormatFactory::ReaderTypeIterator FormatFactory::findReaderType(const char* name) {
+    return ReaderTypeIterator(find<Reader>(name));
+}
+FormatFactory::WriterTypeIterator FormatFactory::beginWriterTypes() {
+    return WriterTypeIterator(begin<Writer>());
+}
+FormatFactory::WriterTypeIterator FormatFactory::endWriterTypes() {
+    return WriterTypeIterator(SimpleListNode<Writer>::end());
+}
+FormatFactory::WriterTypeIterator FormatFactory::findWriterType(const char* name) {
+    return WriterTypeIterator(find<Writer>(name));
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

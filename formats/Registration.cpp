@@ -1,0 +1,29 @@
+#include "formats/Registration.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+namespace {
+bool g_begun = false; // a plain flag, set while the library is loaded: registration itself comes back here
+}
+
+Registered registerFormats() {
+    if (g_begun) return {};
+    g_begun = true;
+
+    // The one that is constructed last is asked first, so the weakest recogniser stands at the top. This order is what
+    // decides when two readers could both accept the same data.
+
+    return {};
+}
+
+namespace {
+[[maybe_unused]] const Registered g_atLoad = registerFormats();
+}
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,36 @@
+#pragma once
+
+// Small helpers on texts that the formats share.
+
+#include "FCurveLib/Export.h"
+
+#include <string>
+#include <string_view>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+inline const char* orEmpty(const char* text) noexcept {
+    return text ? text : "";
+}
+
+// Appends the shortest text that reads back to the same bits, in the C locale. Precondition: finite.
+void appendNumber(std::string& text, double number);
+// Appends the number as an output stream formats a double by default: six significant digits. Precondition: finite.
+void appendShortNumber(std::string& text, double number);
+
+// Reads a text that is a decimal number as a whole: [+-] digits [. digits] [e [+-] digits], digits on one side of the
+// point at least. No white space, no "inf", no "nan", no hexadecimal. Numbers too small for a double become a zero of
+// their sign; false for those too large, as for any other text.
+bool parseNumber(std::string_view text, double& number) noexcept;
+
+// A foreign text for a message to people: in double quotes, cut to a readable length, anything but printable ASCII
+// replaced by '?'.
+std::string quoted(std::string_view text);
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

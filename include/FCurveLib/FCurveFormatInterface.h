@@ -1,0 +1,99 @@
+#pragma once
+
+#include "FCurveLib/Export.h"
+#include "FCurveLib/FormatInterface.h"
+#include "FCurveLib/Forward.h"
+#include "FCurveLib/Keyframe.h"
+
+#include <memory>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+/// Builds one curve from the calls of a FormatInterface.
+///
+/// The curve becomes what the calls say, to the last bit: handles are kept as given, whatever the tangent types would
+/// compute. A tangent whose handle is not given gets the one that its type computes. Calls that no document of the
+/// stated order would make lead to the nearest sensible curve, and never fail:
+///  - Non-finite positions and handles and unknown tangent types are ignored; a handle that points across its key is
+///    cut to x = 0.
+///  - A key that does not come after all the others is inserted where it belongs (FCurve::insertSegment, which
+///    recomputes the handles next to it). One at exactly the x of another is dropped; its segment takes the place of
+///    the other's.
+///  - A key before the first segment leaves the curve's leading segment as it is. A key that no segment follows gets a
+///    "constant()" one.
+///  - A segment without a key of its own replaces the interpolator of the one before it.
+///  - Calls without a curve, a segment or a tangent to speak of have no effect.
+///
+/// The curve's name and properties are set through its setters and told to its observers. Keys, segments and tangents
+/// are built silently; whoever builds a curve that is observed calls FCurve::notifyChanged() afterwards.
+/// Linear in the number of keys when they come in order.
+class FCURVELIB_API FCurveFormatInterface : public FormatInterface {
+public:
+    FCurveFormatInterface();
+    FCurveFormatInterface(const FCurveFormatInterface&) = delete;
+    FCurveFormatInterface& operator=(const FCurveFormatInterface&) = delete;
+    ~FCurveFormatInterface() override;
+
+    /// The curve to build, normally an empty one; null for none.
+    void setCurve(std::shared_ptr<FCurve> curve);
+    /// Empty before setCurve and after finishCurve.
+    const std::shared_ptr<FCurve>& getCurve() const noexcept { return m_curve; }
+
+    bool startCurve(const char* name) override;
+    /// Completes the curve and lets go of it.
+    bool finishCurve() override;
+    void curveVisible(bool visible) override;
+    void curveLocked(bool locked) override;
+    void curveShowVelocity(bool show) override;
+    void curveShowAcceleration(bool show) override;
+    void curveShowDiscontinuities(bool show) override;
+    void curveGrid(double x, double y, double width, double height) override;
+    void curveTangentScale(double scale) override;
+    void curveProperty(const char* key, const char* value) override;
+
+    void startSegmentContainer() override;
+    /// The interpolator comes from InterpolatorFactory::create: one shared instance for each built-in kind.
+    void startSegment(const char* expression) override;
+    /// A key whose property "fc_isUnified" is "1" becomes a key with unified tangents; neither its handles nor the
+    /// property change.
+    void finishSegment() override;
+    void segmentProperty(const char* key, const char* value) override;
+
+    void startInTangent() override;
+    void startOutTangent() override;
+    void tangentVector(double x, double y) override;
+    void tangentType(unsigned char type) override;
+    void tangentWeightLocked(bool locked) override;
+    void tangentWeighted(bool weighted) override;
+    void tangentProperty(const char* key, const char* value) override;
+
+    void startKeyframe() override;
+    void keyframePosition(double x, double y) override;
+    void keyframeTangentsUnified(bool unified) override;
+    void keyframeBreakdown(bool breakdown) override;
+    void keyframeLocked(bool locked) override;
+    void keyframeProperty(const char* key, const char* value) override;
+
+private:
+    void enter(Segment& segment);
+    void leave();
+    void settle(Tangent& tangent);
+    void addKey(std::shared_ptr<Interpolator> interpolator);
+    void addPendingKey();
+
+    std::shared_ptr<FCurve> m_curve;
+    bool m_firstPending = true;
+    std::shared_ptr<Segment> m_segment; // the current one; empty before the first
+    std::shared_ptr<Tangent> m_tangent; // the current one; empty outside tangents
+    bool m_inGiven = false;             // whether the current segment's handles were
+    bool m_outGiven = false;
+    Keyframe m_key; // free: collects the data of the current key
+    bool m_keyPending = false;
+    std::vector<std::shared_ptr<Tangent>>
+        m_unsettled; // of automatic types, without a handle: wait for their neighbours
+};
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

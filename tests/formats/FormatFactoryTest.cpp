@@ -1,0 +1,177 @@
+#include "support/CallRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+using namespace Test;
+
+namespace {
+
+FormatType type(const char* name) {
+    return {name, "Title", "ext"};
+}
+
+// A reader that knows a format by its first bytes.
+struct BeginsWith : Reader {
+    std::string magic;
+    int asked = 0;
+    std::string header;
+
+    BeginsWith(const char* name, std::string bytes) : Reader(type(name)), magic(std::move(bytes)) {}
+
+    void readCurves(Stream&, FormatInterface&) override {}
+    void readCurve(Stream&, FormatInterface&) override {}
+    bool canRead(Stream& stream, Stream& head) override {
+        ++asked;
+        header.assign(static_cast<std::size_t>(head.getSize()), '\0');
+        head.readData(header.data(), head.getSize());
+        if (stream.getPosition() != 0) return false;
+        stream.setPosition(stream.getSize()); // a reader may leave both where it likes
+        return header.compare(0, magic.size(), magic) == 0;
+    }
+};
+
+struct NullWriter : Writer {
+    std::vector<Stream*> streams;
+
+    explicit NullWriter(const char* name) : Writer(type(name)) {}
+
+private:
+    void newStream(Stream* stream) override { streams.push_back(stream); }
+};
+
+MemoryStream bytes(const std::string& text) {
+    MemoryStream stream;
+    stream.writeData(text.data(), static_cast<int>(text.size()));
+    return stream;
+}
+
+template<class Iterator>
+std::vector<std::string> names(Iterator begin, Iterator end) {
+    std::vector<std::string> result;
+    for (; begin != end; ++begin) result.emplace_back(begin->getFormatName());
+    return result;
+}
+
+std::vector<std::string> readerNames() {
+    return names(FormatFactory::beginReaderTypes(), FormatFactory::endReaderTypes());
+}
+
+} // namespace
+
+TEST(FormatType, HoldsThreeTexts) {
+    FormatType format("name", "Title", "ext");
+    format.setTitle("Other");
+    format.setExtension(nullptr);
+    EXPECT_STREQ(format.getFormatName(), "name");
+    EXPECT_STREQ(format.getTitle(), "Other");
+    EXPECT_STREQ(format.getExtension(), "");
+    EXPECT_STREQ(FormatType(nullptr, nullptr, nullptr).getFormatName(), "");
+}
+
+TEST(FormatFactory, ListsReadersNewestFirstForAsLongAsTheyLive) {
+    const std::vector<std::string> builtIn = readerNames();
+    auto expected = [&](std::vector<std::string> own) {
+        own.insert(own.end(), builtIn.begin(), builtIn.end());
+        return own;
+    };
+    const BeginsWith a("a", "");
+    auto b = std::make_unique<BeginsWith>("b", "");
+    const BeginsWith c("c", "");
+    EXPECT_EQ(readerNames(), expected({"c", "b", "a"}));
+    EXPECT_EQ(SimpleListNode<Reader>::first(), &c);
+    EXPECT_EQ(c.next(), b.get());
+
+    b.reset();
+    EXPECT_EQ(readerNames(), expected({"c", "a"}));
+    EXPECT_EQ(c.next(), &a);
+    const BeginsWith d("d", "");
+    EXPECT_EQ(readerNames(), expected({"d", "c", "a"}));
+
+    // backward, from the end
+    std::vector<std::string> reversed;
+    for (auto i = FormatFactory::endReaderTypes(); i != FormatFactory::beginReaderTypes();) {
+        reversed.insert(reversed.begin(), (--i)->getFormatName());
+    }
+    EXPECT_EQ(reversed, readerNames());
+}
+
+TEST(FormatFactory, FindsByExactNameTheNewestFirst) {
+    BeginsWith older("twin", "");
+    BeginsWith newer("twin", "");
+    NullWriter writer("twin");
+    EXPECT_EQ(FormatFactory::getReader("twin"), &newer);
+    EXPECT_EQ(FormatFactory::getReader(type("twin")), &newer);
+    EXPECT_EQ(FormatFactory::getWriter("twin"), &writer);
+    EXPECT_EQ(FormatFactory::getWriter(type("twin")), &writer);
+    EXPECT_EQ(&*FormatFactory::findReaderType("twin"), &newer.getFormatType());
+    EXPECT_EQ(&*FormatFactory::findWriterType("twin"), &writer.getFormatType());
+
+    for (const char* name : {"Twin", "twi", "twin ", "", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(FormatFactory::getReader(name), nullptr);
+        EXPECT_EQ(FormatFactory::getWriter(name), nullptr);
+        EXPECT_TRUE(FormatFactory::findReaderType(name) == FormatFactory::endReaderTypes());
+        EXPECT_TRUE(FormatFactory::findWriterType(name) == FormatFactory::endWriterTypes());
+    }
+}
+
+TEST(FormatFactory, RecognisesByContentTheNewestFirst) {
+    BeginsWith last("last", "MAG");
+    BeginsWith hit("hit", "MAGIC");
+    BeginsWith miss("miss", "OTHER");
+    MemoryStream stream = bytes("MAGIC word");
+    EXPECT_EQ(FormatFactory::getReader(stream), &hit);
+    EXPECT_EQ(stream.getPosition(), 0);
+    EXPECT_EQ(miss.asked, 1);
+    EXPECT_EQ(last.asked, 0);
+
+    // The header: 1024 bytes, zeros behind a shorter stream.
+    EXPECT_EQ(hit.header, std::string("MAGIC word") + std::string(1014, '\0'));
+    MemoryStream large = bytes(std::string(1023, 'a') + "bc");
+    EXPECT_EQ(FormatFactory::getReader(large), nullptr);
+    EXPECT_EQ(hit.header, std::string(1023, 'a') + "b");
+}
+
+TEST(FormatFactory, EmptyStreamIsUnknownAndStaysAtItsBeginning) {
+    BeginsWith reader("reader", "x");
+    MemoryStream empty;
+    EXPECT_EQ(FormatFactory::getReader(empty), nullptr);
+    EXPECT_EQ(reader.header, std::string(1024, '\0'));
+    const auto container = FCurveContainer::create();
+    EXPECT_THROW(ReadCurves(empty, *container), UnknownFormat);
+    EXPECT_EQ(empty.getPosition(), 0);
+}
+
+TEST(FormatFactory, ARecogniserThatReadsPastTheEndDoesNotHideTheOthers) {
+    BeginsWith hit("hit", "MAGIC");
+    struct Greedy : BeginsWith {
+        Greedy() : BeginsWith("greedy", "") {}
+        bool canRead(Stream& stream, Stream&) override {
+            char buffer[64];
+            stream.readData(buffer, 64);
+            return true;
+        }
+    } const greedy;
+    MemoryStream stream = bytes("MAGIC");
+    EXPECT_EQ(FormatFactory::getReader(stream), &hit);
+}
+
+TEST(Writer, LinksNestAndTellOfEveryChange) {
+    NullWriter writer("links");
+    MemoryStream outer;
+    MemoryStream inner;
+    {
+        const Writer::StreamLink first(writer, outer);
+        EXPECT_EQ(writer.getStream(), &outer);
+        {
+            const Writer::StreamLink second(writer, inner);
+            EXPECT_EQ(writer.getStream(), &inner);
+        }
+        EXPECT_EQ(writer.getStream(), &outer);
+    }
+    EXPECT_EQ(writer.getStream(), nullptr);
+    EXPECT_EQ(writer.streams, (std::vector<Stream*>{&outer, &inner, &outer, nullptr}));
+}

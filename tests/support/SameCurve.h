@@ -1,0 +1,78 @@
+#pragma once
+
+// Compares curves to the last bit, through public getters alone.
+
+#include "FCurveLib/FCurveLib.h"
+
+#include <cstring>
+#include <iterator>
+#include <string>
+
+namespace Test {
+
+using namespace VEM_FN::FCurveLib;
+
+namespace SameCurve {
+
+inline bool bits(const Vector2D<double>& a, const Vector2D<double>& b) {
+    return std::memcmp(&a.x, &b.x, sizeof a.x) == 0 && std::memcmp(&a.y, &b.y, sizeof a.y) == 0;
+}
+
+template<class Part>
+std::string properties(const Part& a, const Part& b) {
+    if (a.sizeProperties() != b.sizeProperties()) return "number of properties";
+    for (auto i = a.beginProperties(), j = b.beginProperties(); i != a.endProperties(); ++i, ++j) {
+        if (*i != *j) return "property " + i->first;
+    }
+    return "";
+}
+
+inline std::string tangent(const Tangent& a, const Tangent& b) {
+    if (!bits(a.get(), b.get())) return "handle";
+    if (a.getType() != b.getType()) return "type";
+    if (a.isWeighted() != b.isWeighted()) return "weighted";
+    if (a.isWeightLocked() != b.isWeightLocked()) return "weight lock";
+    return properties(a, b);
+}
+
+inline std::string key(const Keyframe& a, const Keyframe& b) {
+    if (!bits(a.get(), b.get())) return "position";
+    if (a.isBreakdown() != b.isBreakdown()) return "breakdown";
+    if (a.isTangentsUnified() != b.isTangentsUnified()) return "unified";
+    return properties(a, b);
+}
+
+inline std::string expression(const Segment& segment) {
+    const auto interpolator = segment.getInterpolator();
+    return interpolator ? interpolator->getExpression() : "(none)";
+}
+
+inline std::string segment(const Segment& a, const Segment& b) {
+    if (expression(a) != expression(b)) return "interpolator " + expression(a) + " and " + expression(b);
+    std::string difference = tangent(*a.getOutTangent(), *b.getOutTangent());
+    if (!difference.empty()) return "out tangent: " + difference;
+    difference = tangent(*a.getInTangent(), *b.getInTangent());
+    if (!difference.empty()) return "in tangent: " + difference;
+    if (a.getRightKey()) {
+        difference = key(*a.getRightKey(), *b.getRightKey());
+        if (!difference.empty()) return "right key: " + difference;
+    }
+    return properties(a, b);
+}
+
+} // namespace SameCurve
+
+/// An empty text for equal curves, otherwise the first difference.
+inline std::string Difference(const FCurve& a, const FCurve& b) {
+    if (std::string(a.getName()) != b.getName()) return "name";
+    if (a.size() != b.size()) return "size";
+    std::string difference = SameCurve::properties(a, b);
+    if (!difference.empty()) return "curve: " + difference;
+    for (auto i = a.begin(), j = b.begin(); i != a.end(); ++i, ++j) {
+        difference = SameCurve::segment(*i, *j);
+        if (!difference.empty()) return "segment " + std::to_string(std::distance(a.begin(), i)) + ": " + difference;
+    }
+    return "";
+}
+
+} // namespace Test

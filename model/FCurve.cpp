@@ -189,7 +189,6 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
     if (before.m_leftKey && before.m_leftKey->getX() == x) return Access::iteratorAt(*this, before);
 
     Private::Edit edit(this);
-    Private::Edit unheard(nullptr); // the new key's own tangents are part of the addition
     const auto own = Access::copyKey(key);
     const auto segment = Access::makeSegment(*this, own, std::move(interpolator));
     m_segments.insert(x, segment);
@@ -202,10 +201,13 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
     own->m_right = segment.get();
     Access::exchangeInTangents(before, *segment);
 
-    Private::UpdateTangents(own.get(), own.get(), unheard);
     Keyframe* previous = Access::leftKey(before);
     Private::UpdateTangents(previous, previous, edit);
     Private::UpdateTangents(next, next, edit);
+    // The new key's tangents are part of the addition. They come last: nothing that must be told of depends on them any
+    // more.
+    Private::Edit unheard(nullptr);
+    Private::UpdateTangents(own.get(), own.get(), unheard);
 
     Private::Deliver(this, *segment, [&](FCurveObserver& observer) { observer.segmentAdded(*this, *segment); });
     edit.notify();

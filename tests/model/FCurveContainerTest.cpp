@@ -1,0 +1,88 @@
+#include "support/Recorder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace Test;
+
+namespace {
+
+struct Counter : ContainerObserver {
+    void containerChanged(FCurveContainer& container) override {
+        ++calls;
+        if (reaction) reaction(container);
+    }
+    std::function<void(FCurveContainer&)> reaction;
+    int calls = 0;
+};
+
+TEST(FCurveContainer, HoldsEachCurveOnceAndInOrder) {
+    const auto container = FCurveContainer::create();
+    Counter counter;
+    container->subscribe(counter);
+    const auto a = FCurve::create(), b = FCurve::create();
+    EXPECT_EQ(&*container->addCurve(a), a.get());
+    container->addCurve(a);
+    EXPECT_EQ(counter.calls, 1);
+    container->insertCurve(container->begin(), b);
+    EXPECT_EQ(&*container->insertCurve(container->begin(), a), a.get()) << "the element at the end; it does not move";
+    EXPECT_TRUE(container->addCurve(nullptr) == container->end());
+    EXPECT_EQ(counter.calls, 2);
+    ASSERT_EQ(container->size(), 2u);
+    EXPECT_EQ(&*container->begin(), b.get());
+
+    EXPECT_EQ(&*container->removeCurve(container->begin()), a.get());
+    EXPECT_TRUE(container->removeCurve(container->begin()) == container->end());
+    EXPECT_TRUE(container->empty());
+    container->addCurve(a);
+    EXPECT_EQ(counter.calls, 5);
+    container->clear();
+    container->clear();
+    EXPECT_EQ(counter.calls, 7) << "clear tells also when there was nothing";
+}
+
+TEST(FCurveContainer, PropertiesAndSwitches) {
+    const auto container = FCurveContainer::create();
+    Counter counter;
+    container->subscribe(counter);
+    EXPECT_TRUE(container->setProperty("a", "b"));
+    EXPECT_FALSE(container->setProperty("a", "b"));
+    container->clearProperties();
+    container->clearProperties();
+    EXPECT_EQ(counter.calls, 2);
+    {
+        FCurveContainer::Switch own(*container);
+        container->notifyChanged();
+        EXPECT_TRUE(own.blockedNotification());
+    }
+    {
+        FCurveContainer::Switch everywhere;
+        const auto curve = CurveThrough({{0, 0}});
+        container->addCurve(curve);
+        EXPECT_TRUE(everywhere.blockedNotification());
+    }
+    EXPECT_EQ(counter.calls, 2);
+    container->notifyChanged();
+    EXPECT_EQ(counter.calls, 3);
+}
+
+TEST(FCurveContainer, MayBeEmptiedOrDestroyedInsideACallback) {
+    for (const bool destroy : {false, true}) {
+        auto container = FCurveContainer::create();
+        FCurveContainer& reference = *container;
+        container->addCurve(FCurve::create());
+        Counter counter;
+        counter.reaction = [&](FCurveContainer& c) {
+            if (!c.empty()) c.clear();
+            if (destroy) container.reset();
+        };
+        container->subscribe(counter);
+        const std::weak_ptr<FCurveContainer> weak = container;
+        reference.addCurve(FCurve::create());
+        EXPECT_EQ(weak.expired(), destroy);
+        EXPECT_EQ(counter.calls, 2);
+    }
+}
+
+} // namespace

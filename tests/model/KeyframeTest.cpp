@@ -1,0 +1,159 @@
+#include "support/Invariants.h"
+#include "support/Recorder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+using namespace Test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+TEST(Keyframe, OutsideACurveMovesFreelyAndRelatesToNothing) {
+    const auto key = Keyframe::create(1, 2);
+    Recorder global;
+    FCurve::subscribeGlobal(global);
+    key->set(1e12, -5);
+    key->setBreakdown(true);
+    key->setTangentsUnified(true);
+    key->setProperty("a", "b");
+    EXPECT_EQ(key->get(), Vector2D<double>(1e12, -5));
+    EXPECT_THAT(global.heard, IsEmpty());
+    EXPECT_FALSE(key->getLeftSegment() || key->getRightSegment() || key->getInTangent() || key->getOutTangent()
+                 || key->getOwningCurve());
+}
+
+TEST(Keyframe, StaysBetweenItsNeighbours) {
+    struct Row {
+        std::vector<Vector2D<double>> points;
+        int key;
+        double x;
+        double expected;
+    } const rows[] = {
+        {{{0, 0}, {1, 0}, {2, 0}}, 1, 5, 2 - 0.001},
+        {{{0, 0}, {1, 0}, {2, 0}}, 1, -3, 0.001},
+        {{{0, 0}, {1, 0}, {2, 0}}, 0, -3, -3},
+        {{{0, 0}, {1, 0}, {2, 0}}, 2, 99, 99},
+        {{{0, 0}, {1, 0}, {2, 0}}, 1, 1.5, 1.5},
+        // Keys may have been inserted closer than the separation: then there is no room to move that way.
+        {{{0, 0}, {0.0005, 0}, {0.0008, 0}}, 1, -1, 0.0005},
+        {{{0, 0}, {0.0005, 0}, {0.0008, 0}}, 1, 1, 0.0005},
+        // At such abscissae the separation vanishes in the rounding; the order must not.
+        {{{1e17, 0}, {2e17, 0}}, 0, 3e17, 1e17},
+        {{{1e17, 0}, {2e17, 0}}, 1, 0, 2e17},
+    };
+    for (const Row& row : rows) {
+        const auto curve = CurveThrough(row.points);
+        KeyAt(*curve, row.key)->set(row.x, 7);
+        EXPECT_EQ(KeyAt(*curve, row.key)->get(), Vector2D<double>(row.expected, 7)) << row.x;
+        EXPECT_EQ(Fault(*curve), "");
+    }
+}
+
+TEST(Keyframe, IgnoresNonFiniteCoordinates) {
+    const auto curve = CurveThrough({{0, 0}, {1, 1}});
+    const auto key = KeyAt(*curve, 1);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+        key->set(bad, 0);
+        key->set(0.5, bad);
+        key->setX(bad);
+        key->setY(bad);
+    }
+    key->set(1, 1);
+    EXPECT_EQ(key->get(), Vector2D<double>(1, 1));
+    EXPECT_THAT(recorder.heard, IsEmpty());
+    EXPECT_EQ(Keyframe::create(1, NAN)->get(), Vector2D<double>());
+}
+
+// Keys at 0 and 10 with breakdown keys between, a moved key at 20, breakdown keys and a key at 40 behind it.
+TEST(Keyframe, TakesBreakdownKeysAlongInProportion) {
+    struct Row {
+        double to;
+        std::vector<double> expected;
+    } const rows[] = {
+        {25, {0, 10 * 25.0 / 20, 15 * 25.0 / 20, 25, 25 + 5 * 15.0 / 20, 40}},
+        {16, {0, 8, 12, 16, 16 + 5 * 24.0 / 20, 40}},
+    };
+    for (const Row& row : rows) {
+        const auto curve = CurveThrough({{0, 0}, {10, 1}, {15, 2}, {20, 3}, {25.5, 4}, {40, 5}});
+        KeyAt(*curve, 4)->set(25, 4);
+        for (const int i : {1, 2, 4}) KeyAt(*curve, i)->setBreakdown(true);
+        KeyAt(*curve, 3)->set(row.to, 3);
+        const double limit =
+            row.to > 25 - 0.001 ? 25 - 0.001 : row.to; // the next key, though a breakdown, is a neighbour
+        std::vector<double> expected = row.expected;
+        if (limit != row.to) {
+            expected = {0, 10 * limit / 20, 15 * limit / 20, limit, 40 - 15 * (40 - limit) / 20, 40};
+        }
+        for (int i = 0; i < 6; ++i)
+            EXPECT_NEAR(KeyAt(*curve, i)->getX(), expected[static_cast<std::size_t>(i)], 1e-12) << i;
+        EXPECT_EQ(Fault(*curve), "");
+    }
+}
+
+TEST(Keyframe, BreakdownKeysMayPassTheMovedKeysOldPlace) {
+    const auto curve = CurveThrough({{0, 0}, {9, 0}, {10, 0}});
+    KeyAt(*curve, 1)->setBreakdown(true);
+    KeyAt(*curve, 2)->set(100, 0);
+    EXPECT_NEAR(KeyAt(*curve, 1)->getX(), 90, 1e-12);
+    KeyAt(*curve, 2)->set(95, 0);
+    EXPECT_NEAR(KeyAt(*curve, 1)->getX(), 85.5, 1e-12);
+}
+
+TEST(Keyframe, BreakdownRunAtTheEndMovesByTheSameDistance) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}, {11, 0}, {13, 0}});
+    KeyAt(*curve, 2)->setBreakdown(true);
+    KeyAt(*curve, 3)->setBreakdown(true);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    KeyAt(*curve, 1)->set(6, 0);
+    EXPECT_EQ(KeyAt(*curve, 2)->getX(), 7);
+    EXPECT_EQ(KeyAt(*curve, 3)->getX(), 9);
+    ASSERT_GE(recorder.heard.size(), 3u);
+    recorder.heard.resize(3);
+    EXPECT_THAT(recorder.heard, ElementsAre("key 1 moved", "key 2 moved", "key 3 moved"));
+}
+
+TEST(Keyframe, TellsOfTheKeyFirstAndThenOfTangentsFromLeftToRight) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}, {20, 0}, {30, 0}});
+    Recorder recorder;
+    curve->subscribe(recorder);
+    KeyAt(*curve, 1)->setX(12);
+    EXPECT_THAT(recorder.take(),
+                ElementsAre("key 1 moved", "tangent 0.out", "tangent 1.in", "tangent 1.out", "tangent 2.in"));
+    KeyAt(*curve, 1)->setY(5); // flat handles do not depend on values
+    EXPECT_THAT(recorder.take(), ElementsAre("key 1 moved"));
+}
+
+TEST(Keyframe, FlagsAndPropertiesTellOnlyChanges) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}});
+    const auto key = KeyAt(*curve, 1);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    key->setBreakdown(true);
+    key->setBreakdown(true);
+    key->setTangentsUnified(true);
+    key->setTangentsUnified(true);
+    key->setProperty("a", "1");
+    key->setProperty("a", "1");
+    key->setProperty("b", nullptr);
+    key->setProperty("b", "2");
+    key->clearProperties();
+    EXPECT_EQ(key->sizeProperties(), 0u);
+    EXPECT_THAT(recorder.heard,
+                ElementsAre("key 1 breakdown", "key 1 unified", "key 1 a=1", "key 1 b=2", "key 1 a=", "key 1 b="));
+}
+
+TEST(Keyframe, FirstAndLastKeyHaveBothTangents) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}});
+    EXPECT_EQ(KeyAt(*curve, 0)->getInTangent(), curve->begin()->getInTangent());
+    EXPECT_EQ(KeyAt(*curve, 1)->getOutTangent(), std::prev(curve->end())->getOutTangent());
+}
+
+} // namespace

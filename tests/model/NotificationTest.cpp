@@ -1,0 +1,240 @@
+#include "support/Invariants.h"
+#include "support/Recorder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <stdexcept>
+
+using namespace Test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// Calls back from curveChanged, which every edit reaches through the defaults.
+struct Reacting : FCurveObserver {
+    explicit Reacting(std::function<void(FCurve&)> r = nullptr) : reaction(std::move(r)) {}
+    void curveChanged(FCurve& curve) override {
+        ++calls;
+        if (reaction) reaction(curve);
+    }
+    std::function<void(FCurve&)> reaction;
+    int calls = 0;
+};
+
+TEST(Notification, EveryEditReachesCurveChangedOnce) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}, {20, 0}});
+    const auto key = KeyAt(*curve, 1);
+    const std::function<void()> edits[] = {
+        [&] { key->setY(1); },
+        [&] { key->setBreakdown(true); },
+        [&] { key->setTangentsUnified(true); },
+        [&] { key->setProperty("a", "b"); },
+        [&] { key->getOutTangent()->setWeightLocked(true); },
+        [&] { key->getOutTangent()->setProperty("a", "b"); },
+        [&] { key->getRightSegment()->setInterpolator(Constant::create()); },
+        [&] { key->getRightSegment()->setProperty("a", "b"); },
+        [&] { curve->setName("x"); },
+        [&] { curve->setProperty("a", "b"); },
+        [&] { curve->notifyChanged(); },
+        [&] { curve->clear(); },
+    };
+    Reacting observer;
+    curve->subscribe(observer);
+    curve->subscribe(observer); // has no further effect
+    int expected = 0;
+    for (const auto& edit : edits) {
+        edit();
+        EXPECT_EQ(observer.calls, ++expected);
+    }
+    AddKey(*curve, 0, 0);
+    AddKey(*curve, 30, 0);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    AddKey(*curve, 10, 0);
+    EXPECT_THAT(recorder.take(), ElementsAre("added 1", "tangent 0.out", "tangent 2.in"));
+    curve->removeSegment(curve->findSegment(10));
+    EXPECT_THAT(recorder.take(), ElementsAre("removed", "tangent 0.out", "tangent 1.in"));
+}
+
+TEST(Notification, ChangeTypeDecidesWhatNotifyChangedSendsAndNothingElse) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}});
+    Recorder recorder;
+    curve->subscribe(recorder);
+    for (const auto type : {FCurve::BeginChange, FCurve::StepChange, FCurve::EndChange, FCurve::OrdinaryChange,
+                            static_cast<FCurve::ChangeType>(9)}) {
+        FCurve::setChangeType(type);
+        curve->notifyChanged();
+        KeyAt(*curve, 1)->setY(type + 1.0);
+    }
+    FCurve::setChangeType(FCurve::OrdinaryChange);
+    EXPECT_THAT(recorder.heard, ElementsAre("begin", "key 1 moved", "step", "key 1 moved", "end", "key 1 moved",
+                                            "curve", "key 1 moved", "curve", "key 1 moved"));
+}
+
+TEST(Notification, SwitchesSuppressRememberAndRestore) {
+    const auto curve = CurveThrough({{0, 0}, {10, 0}});
+    const auto key = KeyAt(*curve, 1);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    std::optional<FCurve::Switch> outer(std::in_place, *curve);
+    EXPECT_FALSE(outer->blockedNotification());
+    key->setY(1);
+    EXPECT_TRUE(outer->blockedNotification());
+    {
+        FCurve::Switch inner(*curve);
+        EXPECT_FALSE(inner.blockedNotification());
+        FCurve::Switch everywhere;
+        key->setY(2);
+        EXPECT_TRUE(everywhere.blockedNotification());
+        EXPECT_FALSE(inner.blockedNotification()) << "the library's switch comes first";
+    }
+    EXPECT_TRUE(outer->blockedNotification());
+    outer.reset();
+    EXPECT_THAT(recorder.heard, IsEmpty()) << "what was suppressed is not sent afterwards";
+    key->setY(3);
+    EXPECT_THAT(recorder.take(), ElementsAre("key 1 moved"));
+
+    curve->unsubscribe(recorder);
+    FCurve::Switch unheard(*curve);
+    key->setY(4);
+    EXPECT_TRUE(unheard.blockedNotification()) << "also when nobody is subscribed";
+}
+
+TEST(Notification, SwitchKeepsItsCurveAlive) {
+    auto curve = FCurve::create();
+    const std::weak_ptr<FCurve> weak = curve;
+    {
+        FCurve::Switch guard(*curve);
+        curve.reset();
+        EXPECT_FALSE(weak.expired());
+    }
+    EXPECT_TRUE(weak.expired());
+}
+
+TEST(Notification, ObserversMayComeAndGoDuringADelivery) {
+    const auto curve = CurveThrough({{0, 0}});
+    Recorder leaver, arrival;
+    auto dying = std::make_unique<Reacting>();
+    bool reacted = false;
+    Reacting first([&](FCurve& c) {
+        if (reacted) return;
+        reacted = true;
+        c.unsubscribe(leaver);
+        dying.reset();
+        c.subscribe(arrival);
+    });
+    Reacting last;
+    curve->subscribe(first);
+    curve->subscribe(leaver);
+    curve->subscribe(*dying);
+    curve->subscribe(last);
+    FCurve::subscribeGlobal(leaver);
+    curve->notifyChanged();
+    EXPECT_EQ(last.calls, 1);
+    EXPECT_THAT(leaver.take(), ElementsAre("curve")) << "still subscribed globally, after the curve's own";
+    EXPECT_THAT(arrival.heard, IsEmpty()) << "reached from the next delivery on";
+    FCurve::unsubscribeGlobal(leaver);
+    curve->notifyChanged();
+    EXPECT_THAT(leaver.heard, IsEmpty());
+    EXPECT_THAT(arrival.heard, ElementsAre("curve"));
+}
+
+TEST(Notification, ReentrantEditsAreDelivered) {
+    const auto curve = CurveThrough({{0, 0}, {1, 0}, {2, 0}});
+    const auto key = KeyAt(*curve, 1);
+    Reacting observer([&](FCurve& c) {
+        if (c.size() > 2) c.removeSegment(std::next(c.begin()));
+    });
+    curve->subscribe(observer);
+    key->setY(5);
+    EXPECT_EQ(curve->size(), 2u);
+    EXPECT_EQ(key->getOwningCurve(), nullptr);
+    EXPECT_EQ(Fault(*curve), "");
+}
+
+// Whatever is taken away inside the callback, the edit that is being told of must end well.
+TEST(Notification, AnythingMayBeDestroyedInsideACallback) {
+    const std::function<void(FCurve&)> edits[] = {
+        [](FCurve& c) { KeyAt(c, 1)->set(1.5, 1); },
+        [](FCurve& c) { KeyAt(c, 1)->setTangentsUnified(true); },
+        [](FCurve& c) { KeyAt(c, 1)->setProperty("a", "b"); },
+        [](FCurve& c) { KeyAt(c, 1)->clearProperties(); },
+        [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setType(Tangent::Linear); },
+        [](FCurve& c) { *KeyAt(c, 1)->getInTangent() = *KeyAt(c, 1)->getOutTangent(); },
+        [](FCurve& c) { c.begin()->setInterpolator(nullptr); },
+        [](FCurve& c) { c.insertSegment(*Keyframe::create(7, 8), nullptr); },
+        [](FCurve& c) { c.removeSegment(std::next(c.begin())); },
+        [](FCurve& c) { c.setName("n"); },
+        [](FCurve& c) { c.setProperty("a", "b"); },
+        [](FCurve& c) { c.clearProperties(); },
+        [](FCurve& c) { c.clear(); },
+        [](FCurve& c) {
+            c = *CurveThrough({{9, 9}});
+        },
+        [](FCurve& c) {
+            c.swap(*CurveThrough({{9, 9}}));
+        },
+    };
+    for (const auto& edit : edits) {
+        for (const bool destroy : {false, true}) {
+            auto curve = CurveThrough({{0, 0}, {1, 3}, {2, 0}});
+            curve->setProperty("x", "1");
+            KeyAt(*curve, 1)->getOutTangent()->setWeightLocked(true);
+            KeyAt(*curve, 1)->setProperty("x", "1");
+            KeyAt(*curve, 1)->setProperty("y", "1");
+            FCurve& reference = *curve;
+            auto second = std::make_unique<Reacting>();
+            Reacting first([&](FCurve& c) {
+                second.reset();
+                if (c.size() > 1) c.clear();
+                if (destroy) curve.reset();
+            });
+            curve->subscribe(first);
+            curve->subscribe(*second);
+            const std::weak_ptr<FCurve> weak = curve;
+            edit(reference);
+            EXPECT_GT(first.calls, 0);
+            EXPECT_EQ(weak.expired(), destroy);
+        }
+    }
+}
+
+TEST(Notification, AnObserversExceptionPassesThroughAndLeavesAllSound) {
+    const auto curve = CurveThrough({{0, 0}, {1, 0}});
+    Reacting thrower([](FCurve&) { throw std::runtime_error("no"); });
+    Reacting other;
+    curve->subscribe(thrower);
+    curve->subscribe(other);
+    EXPECT_THROW(KeyAt(*curve, 1)->setY(4), std::runtime_error);
+    EXPECT_EQ(KeyAt(*curve, 1)->getY(), 4);
+    EXPECT_EQ(other.calls, 0);
+    curve->unsubscribe(thrower);
+    KeyAt(*curve, 1)->setY(5);
+    EXPECT_EQ(other.calls, 1);
+    EXPECT_EQ(Fault(*curve), "");
+}
+
+TEST(Notification, SubjectsAndObserversDieInAnyOrder) {
+    auto curve = FCurve::create();
+    auto container = FCurveContainer::create();
+    {
+        struct Both : FCurveObserver, ContainerObserver {
+        } both;
+        curve->subscribe(both);
+        FCurve::subscribeGlobal(both);
+        container->subscribe(both);
+    }
+    curve->notifyChanged();
+    container->notifyChanged();
+    Recorder recorder;
+    curve->subscribe(recorder);
+    curve.reset();
+    Recorder copy(recorder);
+    EXPECT_THAT(copy.heard, IsEmpty());
+}
+
+} // namespace

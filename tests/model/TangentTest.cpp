@@ -1,0 +1,259 @@
+#include "support/Recorder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <ostream>
+
+using namespace Test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr double kSteepest = 5729577.948511148;
+
+void ExpectHandle(const std::shared_ptr<Tangent>& tangent, double x, double y, const char* what = "") {
+    EXPECT_NEAR(tangent->getX(), x, 1e-12 * (1 + std::fabs(x))) << what;
+    EXPECT_NEAR(tangent->getY(), y, 1e-12 * (1 + std::fabs(y))) << what;
+}
+
+// Four keys; the table looks at key 1 (an inner one), at key 0 (the first) and at key 3 (the last).
+const std::vector<Vector2D<double>> kPoints = {{0, 0}, {3, 5}, {9, 7}, {12, 1}};
+
+TEST(Tangent, TypesComputeTheirHandles) {
+    struct Row {
+        Tangent::Type type;
+        int key;
+        Vector2D<double> in;
+        Vector2D<double> out;
+    } const rows[] = {
+        {Tangent::Fixed, 1, {-1, 0}, {2, 0}},
+        {Tangent::Flat, 1, {-1, 0}, {2, 0}},
+        {Tangent::Linear, 1, {-1, -5.0 / 3}, {2, 2.0 / 3}},
+        {Tangent::Smooth, 1, {-1, -7.0 / 9}, {2, 14.0 / 9}},
+        {Tangent::SmoothContinued, 1, {-1, -7.0 / 9}, {2, 14.0 / 9}},
+        {Tangent::Smooth, 2, {-2, 2 * 4.0 / 9}, {1, -4.0 / 9}},
+        {Tangent::Plateau, 2, {-2, 0}, {1, 0}}, // the highest key
+        {Tangent::Plateau, 1, {-1, -7.0 / 9}, {2, 14.0 / 9}},
+        {Tangent::Linear, 0, {-1, 0}, {1, 5.0 / 3}},
+        {Tangent::Smooth, 0, {-1, 0}, {1, 5.0 / 3}},
+        {Tangent::SmoothContinued, 0, {-1, -5.0 / 3}, {1, 5.0 / 3}},
+        {Tangent::SmoothContinued, 3, {-1, 2}, {1, -2}},
+        {Tangent::Smooth, 3, {-1, 2}, {1, 0}},
+    };
+    for (const Row& row : rows) {
+        const auto curve = CurveThrough(kPoints);
+        const auto key = KeyAt(*curve, row.key);
+        key->getInTangent()->setType(row.type);
+        key->getOutTangent()->setType(row.type);
+        const std::string what = "type " + std::to_string(row.type) + " key " + std::to_string(row.key);
+        ExpectHandle(key->getInTangent(), row.in.x, row.in.y, what.c_str());
+        ExpectHandle(key->getOutTangent(), row.out.x, row.out.y, what.c_str());
+        // Moving a key away and back recomputes to the same handle.
+        KeyAt(*curve, 2)->set(9.5, 3);
+        KeyAt(*curve, 2)->set(9, 7);
+        ExpectHandle(key->getInTangent(), row.in.x, row.in.y, what.c_str());
+        ExpectHandle(key->getOutTangent(), row.out.x, row.out.y, what.c_str());
+    }
+}
+
+TEST(Tangent, ClampedGoesFlatWhenANeighbourIsNearTheHandlesOwnY) {
+    const auto curve = CurveThrough({{0, 0.01}, {3, 5}, {6, 7}});
+    const auto out = KeyAt(*curve, 1)->getOutTangent();
+    ASSERT_EQ(out->getY(), 0);
+    out->setType(Tangent::Clamped);
+    ExpectHandle(out, 1, 0);
+
+    const auto far = CurveThrough({{0, 1}, {3, 5}, {6, 7}});
+    const auto smooth = KeyAt(*far, 1)->getOutTangent();
+    smooth->setType(Tangent::Clamped);
+    ExpectHandle(smooth, 1, 1);
+}
+
+TEST(Tangent, PlateauNeverRisesAboveItsSegment) {
+    const auto curve = CurveThrough({{-3, -5}, {0, 0}, {3, 1}});
+    const auto key = KeyAt(*curve, 1);
+    key->getOutTangent()->setType(Tangent::Plateau); // slope 1 along (-3, -5) to (3, 1): exactly up to the next key
+    ExpectHandle(key->getOutTangent(), 1, 1);
+    KeyAt(*curve, 0)->setY(-11); // slope 2 would reach height 2
+    ExpectHandle(key->getOutTangent(), 1, 0);
+}
+
+TEST(Tangent, UnweightedHandlesReachAThirdAndKeepTheirSlope) {
+    const auto curve = CurveThrough({{0, 0}, {3, 5}});
+    const auto out = KeyAt(*curve, 0)->getOutTangent();
+    const auto in = KeyAt(*curve, 1)->getInTangent();
+    const struct {
+        double x, y, expectedX, expectedY;
+    } rows[] = {
+        {5, 10, 1, 2},         {0, 2, 1, kSteepest}, {0, -2, 1, -kSteepest},
+        {-4, 2, 1, kSteepest}, {0, 0, 1, 0},         {1e-3, 7e-3, 1, 7},
+    };
+    for (const auto& row : rows) {
+        out->set(row.x, row.y);
+        ExpectHandle(out, row.expectedX, row.expectedY);
+        in->set(-row.x, row.y);
+        ExpectHandle(in, -row.expectedX, row.expectedY);
+    }
+    out->set(2, 3);
+    KeyAt(*curve, 1)->setX(6);
+    ExpectHandle(out, 2, 3, "the third grows with the span, the slope stays");
+}
+
+TEST(Tangent, WeightedHandlesStayAsSet) {
+    const auto curve = CurveThrough({{0, 0}, {3, 5}});
+    const auto out = KeyAt(*curve, 0)->getOutTangent();
+    const auto in = KeyAt(*curve, 1)->getInTangent();
+    out->setWeighted(true);
+    in->setWeighted(true);
+    out->set(-1, 1);
+    ExpectHandle(out, 0, 1, "a handle never points across its key");
+    in->set(1, 1);
+    ExpectHandle(in, 0, 1);
+    out->set(3, 4);
+    EXPECT_DOUBLE_EQ(out->getWeight(), 5);
+    out->setWeight(10);
+    ExpectHandle(out, 6, 8);
+    out->setWeight(0);
+    EXPECT_NEAR(out->getWeight(), 1e-05, 1e-17);
+    out->setWeight(-3);
+    EXPECT_NEAR(out->getWeight(), 1e-05, 1e-17);
+    out->set(0, 0);
+    out->setWeight(2);
+    ExpectHandle(out, 2, 0, "a handle without direction becomes flat");
+
+    out->set(3, 4);
+    out->setWeightLocked(true);
+    out->set(10, 0);
+    ExpectHandle(out, 5, 0, "locked: the length stays");
+    out->setWeight(1);
+    ExpectHandle(out, 5, 0);
+    out->setAngle(std::atan2(3, 4));
+    ExpectHandle(out, 4, 3);
+    KeyAt(*curve, 1)->setX(30);
+    ExpectHandle(out, 4, 3);
+
+    out->setWeighted(false);
+    ExpectHandle(out, 10, 7.5, "unweighted again: a third, same slope");
+}
+
+TEST(Tangent, AnglesOfOneLineAreEqual) {
+    const auto curve = CurveThrough({{0, 0}, {3, 0}, {6, 0}});
+    const auto in = KeyAt(*curve, 1)->getInTangent();
+    const auto out = KeyAt(*curve, 1)->getOutTangent();
+    in->set(-1, -1);
+    out->set(1, 1);
+    EXPECT_DOUBLE_EQ(in->getAngle(), out->getAngle());
+    for (const double angle : {0.3, -1.2}) {
+        in->setAngle(angle);
+        out->setAngle(angle);
+        EXPECT_NEAR(in->getAngle(), angle, 1e-12);
+        EXPECT_NEAR(out->getAngle(), angle, 1e-12);
+        EXPECT_LT(in->getX(), 0);
+        EXPECT_GT(out->getX(), 0);
+    }
+    out->setAngle(3); // points across the key: turned by half a turn
+    EXPECT_NEAR(out->getAngle(), 3 - std::acos(-1.0), 1e-12);
+}
+
+TEST(Tangent, UnifiedFixedTangentsFollowEachOther) {
+    const auto curve = CurveThrough({{0, 0}, {3, 0}, {9, 0}});
+    const auto key = KeyAt(*curve, 1);
+    const auto in = key->getInTangent();
+    const auto out = key->getOutTangent();
+    out->set(2, 4);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    key->setTangentsUnified(true);
+    ExpectHandle(in, -1, -2, "switching on aligns the in tangent");
+    EXPECT_THAT(recorder.take(), ElementsAre("key 1 unified", "tangent 1.in"));
+
+    in->set(-1, 1);
+    ExpectHandle(out, 2, -2);
+    EXPECT_THAT(recorder.take(), ElementsAre("tangent 1.in", "tangent 1.out"));
+
+    in->setWeighted(true);
+    in->set(-3, -4);
+    EXPECT_THAT(recorder.take(), ElementsAre("tangent 1.in weighted", "tangent 1.in", "tangent 1.out"));
+    ExpectHandle(out, 2, 2 * 4.0 / 3);
+    out->set(2, 0);
+    ExpectHandle(in, -5, 0, "the weighted side keeps its weight");
+
+    out->setType(Tangent::Linear); // towards (9, 0): flat
+    KeyAt(*curve, 2)->setY(6);
+    ExpectHandle(in, -5 / std::sqrt(2.0), -5 / std::sqrt(2.0), "a fixed side follows an automatic one");
+    in->set(-1, 0);
+    ExpectHandle(out, 2, 2, "but not the reverse");
+}
+
+TEST(Tangent, SettersIgnoreWhatIsNotFiniteOrUnknown) {
+    const auto curve = CurveThrough({{0, 0}, {3, 5}});
+    const auto out = KeyAt(*curve, 0)->getOutTangent();
+    Recorder recorder;
+    curve->subscribe(recorder);
+    for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+        out->set(bad, 1);
+        out->set(1, bad);
+        out->setAngle(bad);
+        out->setWeight(bad);
+    }
+    out->setType(7);
+    out->setType(255);
+    out->set(1, 5e-08);            // within the tolerance of the stored handle
+    out->set(1e-07 * 1.01, 1e308); // the slope is beyond every double
+    EXPECT_THAT(recorder.heard, IsEmpty());
+    EXPECT_EQ(out->get(), Vector2D<double>(1, 0));
+    EXPECT_EQ(out->getType(), Tangent::Fixed);
+}
+
+TEST(Tangent, RecomputingLargeValuesIsIdempotent) {
+    const auto curve = CurveThrough({{0, 1e12}, {3.1, -7e12}, {9.7, 4e12}, {17, 5e12}});
+    for (int i = 0; i < 4; ++i) {
+        KeyAt(*curve, i)->getInTangent()->setType(i % 2 ? Tangent::Plateau : Tangent::Smooth);
+        KeyAt(*curve, i)->getOutTangent()->setType(i % 2 ? Tangent::Smooth : Tangent::Plateau);
+    }
+    KeyAt(*curve, 2)->getOutTangent()->setType(Tangent::Fixed);
+    KeyAt(*curve, 2)->getOutTangent()->set(1, 1.234e12);
+    Recorder recorder;
+    curve->subscribe(recorder);
+    KeyAt(*curve, 2)->set(9.7, 4.5e12);
+    KeyAt(*curve, 2)->set(9.7, 4e12);
+    recorder.take();
+    for (int i = 0; i < 4; ++i) {
+        const auto key = KeyAt(*curve, i);
+        key->getInTangent()->setY(key->getInTangent()->getY());
+        key->getOutTangent()->setY(key->getOutTangent()->getY());
+    }
+    EXPECT_THAT(recorder.heard, IsEmpty());
+}
+
+TEST(Tangent, AssignmentCopiesWithoutRecomputing) {
+    const auto curve = CurveThrough({{0, 0}, {3, 5}, {9, 9}});
+    const auto from = KeyAt(*curve, 0)->getOutTangent();
+    from->setWeighted(true);
+    from->set(7, 8);
+    from->setProperty("a", "1");
+    const auto to = KeyAt(*curve, 1)->getInTangent();
+    to->setProperty("b", "2");
+    Recorder recorder;
+    curve->subscribe(recorder);
+    *to = *from;
+    EXPECT_EQ(to->get(), Vector2D<double>(-7, -8)) << "through the key, so that the slope stays";
+    EXPECT_TRUE(to->isWeighted() && to->isInTangent());
+    EXPECT_THAT(recorder.take(),
+                ElementsAre("tangent 1.in", "tangent 1.in weighted", "tangent 1.in b=", "tangent 1.in a=1"));
+    *to = *from;
+    EXPECT_THAT(recorder.heard, IsEmpty());
+}
+
+TEST(Tangent, WithoutASegmentKeepsWhatIsSet) {
+    const auto tangent = Tangent::create(nullptr, false);
+    tangent->set(5, 10);
+    EXPECT_EQ(tangent->get(), Vector2D<double>(5, 10));
+    EXPECT_FALSE(tangent->getOwningSegment() || tangent->getOwningKeyframe() || tangent->getOwningCurve()
+                 || tangent->getOppositeTangent());
+}
+
+} // namespace

@@ -1,10 +1,12 @@
 #include "interp/DefaultParser.h"
 
+#include "FCurveLib/DefaultFallbackParser.h"
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 std::unique_ptr<FallbackExpressionParser> Private::MakeDefaultParser() {
-    return nullptr;
+    return std::make_unique<DefaultFallbackParser>();
 }
 
 } // namespace v19

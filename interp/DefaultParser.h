@@ -9,7 +9,7 @@ inline namespace v19 {
 
 namespace Private {
 
-// A new parser of the kind that InterpolatorFactory uses when the host sets none; empty if the library has none.
+// A new parser of the kind that InterpolatorFactory uses when the host sets none.
 std::unique_ptr<FallbackExpressionParser> MakeDefaultParser();
 
 } // namespace Private

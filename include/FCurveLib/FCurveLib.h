@@ -8,6 +8,7 @@
 #include "FCurveLib/ConstantNext.h"
 #include "FCurveLib/ContainerInterface.h"
 #include "FCurveLib/ContainerObserver.h"
+#include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/DisplayProperties.h"
 #include "FCurveLib/Exception.h"
 #include "FCurveLib/Export.h"

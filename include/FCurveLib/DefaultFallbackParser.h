@@ -1,0 +1,183 @@
+#pragma once
+
+#include "FCurveLib/Exception.h"
+#include "FCurveLib/Export.h"
+#include "FCurveLib/FallbackExpressionParser.h"
+#include "FCurveLib/Forward.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+/// The formula language: turns a text such as "sin(x*0.1)*10 + 3*x**2" into an interpolator.
+///
+///     sum      = product { ("+" | "-") product } .
+///     product  = signed { ("*" | "/" | "%") signed } .
+///     signed   = [ "+" | "-" ] power ...              signs may be repeated: --x is x
+///     power    = primary [ "**" signed ] .            2**3**2 is 2**9, -2**2 is -(2**2)
+///     primary  = number | name | name "(" [ argument { "," argument } ] ")" | "(" sum ")" .
+///     argument = sum | string .
+///
+/// Names: x is the abscissa in frames, pi and e are the constants. Functions: sin, cos, tan, asin, acos, atan
+/// (radians), exp, log (natural), ceil, floor, round (halves away from zero), abs, sqrt. % is the remainder with the
+/// sign of the dividend. Names are case-sensitive; white space may stand between any two tokens; numbers are written
+/// with a decimal point whatever the locale, and may have an exponent; strings stand in double quotes and contain no
+/// double quote.
+///
+/// Every other name is looked up with the makers. The parser's own give the kinds that repeat a curve, "cycle()",
+/// "cycle_offset()" and "mirror()", to be used inside formulas: "cycle() + 2*x".
+///
+/// Outside the domain of a function the value is what the arithmetic of doubles gives: NaN or an infinity.
+///
+/// The interpolators
+/// -----------------
+/// Values are those of the same expression written in C++ with doubles, operators applied in the order of the grammar;
+/// the parts without x are computed while parsing. The first and the second derivative follow the rules of calculus,
+/// and are exact but for rounding. Where there is no rule, that is at the jumps of floor, ceil, round and %, at the
+/// kink of abs, and where a rule asks for 0 * infinity, they are the numeric ones of Interpolator. An infinite slope is
+/// reported as 9999999 or -9999999. Extents are found by at least 64 looks, one per 0.1 frames up to 4096, and by
+/// following the derivative to the extrema between them; something that happens between two looks can be missed. NaN
+/// does not count for extents. A formula uses tangents if something in it does; its clone is deep.
+class FCURVELIB_API DefaultFallbackParser : public FallbackExpressionParser {
+public:
+    /// \name Make
+    /// A parser of the language above. Copies share the makers.
+    /// @{
+    DefaultFallbackParser();
+    DefaultFallbackParser(const DefaultFallbackParser&);
+    DefaultFallbackParser& operator=(const DefaultFallbackParser&);
+    ~DefaultFallbackParser() override;
+    /// @}
+
+    /// \name Limits: a text beyond them is an error. Parsing takes time and memory linear in the text.
+    /// @{
+
+    /// In bytes.
+    static constexpr std::size_t getMaxLength() noexcept { return 65536; }
+    /// Of parentheses, arguments, signs and powers within each other.
+    static constexpr std::size_t getMaxDepth() noexcept { return 256; }
+    /// @}
+
+    /// \name Parse
+    /// Any number of threads may parse at once as long as none sets the callback or changes the makers (the makers
+    /// are then called from several threads).
+    /// @{
+
+    /// An interpolator with the text as its expression; an empty pointer for a text that is not understood, after the
+    /// error callback has been told why. Null counts as the empty text. Throws nothing but std::bad_alloc and what the
+    /// callback throws. A text that is nothing but a call that a maker answers gives the maker's interpolator itself,
+    /// or a clone of one that the maker holds on to.
+    std::shared_ptr<Interpolator> parse(const char* expression) override;
+
+    /// The same, but throws ParseError or one of the classes derived from it, and does not call the error callback.
+    std::shared_ptr<Interpolator> parseOrThrow(const char* expression) const;
+    /// @}
+
+    /// \name Names of the host's own
+    /// A maker is asked for every name that the language does not define: makeName for a bare name, makeFunction for
+    /// one with parentheses, with the parsed arguments. The maker added last is asked first. What it returns is one
+    /// operand of the formula, evaluated and differentiated by its own operations; a NumberInterp counts as that
+    /// number.
+    ///
+    ///     parser.addMaker(std::make_shared<NoiseMaker>());
+    ///     InterpolatorFactory::setParserFallback(&parser);
+    ///
+    /// A maker that throws fails the text; std::bad_alloc passes through.
+    /// @{
+
+    /// Empty pointers, and makers that are there already, are ignored.
+    void addMaker(std::shared_ptr<InterpMaker> maker);
+    /// Nothing happens for one that is not there.
+    void removeMaker(const InterpMaker& maker);
+    /// @}
+
+    /// \name Failures
+    /// Why a text is no formula. what() names the class.
+    /// @{
+
+    class FCURVELIB_API ParseError : public Exception {
+    public:
+        /// The message is for users, in full sentences; the position counts bytes from the begin of the text.
+        ParseError(std::string message, std::size_t position);
+        ParseError(const ParseError&) noexcept;
+        ParseError& operator=(const ParseError&) noexcept;
+        ~ParseError() override;
+
+        const char* what() const noexcept override;
+        const char* getMessage() const noexcept { return m_message->c_str(); }
+        /// Where the token that could not be understood begins; the text's length where it ended too early.
+        std::size_t getPosition() const noexcept { return m_position; }
+
+    private:
+        std::shared_ptr<const std::string> m_message; // shared: copies of exceptions must not throw
+        std::size_t m_position;
+    };
+
+    /// Another token than the only possible one: "sin 1", "(1 2)", "sin(1, 2)".
+    class FCURVELIB_API UnexpectedToken : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~UnexpectedToken() override;
+        const char* what() const noexcept override;
+    };
+    /// The text ends where an operand is expected: "1 +", "sin(", "".
+    class FCURVELIB_API UnexpectedEnd : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~UnexpectedEnd() override;
+        const char* what() const noexcept override;
+    };
+    /// Something else than a number, a name or an opening parenthesis where an operand is expected: "1 + * 2".
+    class FCURVELIB_API PrimitiveExpected : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~PrimitiveExpected() override;
+        const char* what() const noexcept override;
+    };
+    /// Characters that are no token: "1 # 2", a string without end, a number that no double can hold.
+    class FCURVELIB_API ErrorToken : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~ErrorToken() override;
+        const char* what() const noexcept override;
+    };
+    /// A parenthesis without its counterpart: "(1 + 2", "1 + 2)".
+    class FCURVELIB_API UnbalancedParens : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~UnbalancedParens() override;
+        const char* what() const noexcept override;
+    };
+    /// Something follows the whole expression: "1 2".
+    class FCURVELIB_API ExtraTokens : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~ExtraTokens() override;
+        const char* what() const noexcept override;
+    };
+    /// A name that neither the language nor a maker knows.
+    class FCURVELIB_API UnrecognizedName : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~UnrecognizedName() override;
+        const char* what() const noexcept override;
+    };
+    /// A function that neither the language nor a maker knows, or not with these arguments.
+    class FCURVELIB_API UnrecognizedFunction : public ParseError {
+    public:
+        using ParseError::ParseError;
+        ~UnrecognizedFunction() override;
+        const char* what() const noexcept override;
+    };
+    /// @}
+
+private:
+    std::vector<std::shared_ptr<InterpMaker>> m_makers; // asked from back to front
+};
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,120 @@
+#include "interp/Formula.h"
+
+#include "FCurveLib/Segment.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+namespace {
+
+Jet Differentiate(const FormulaProgram& program, double x, const Segment& segment) {
+    return program.run<Jet>(x, [&](const Interpolator& leaf) -> Jet {
+        return {leaf.eval(x, segment), leaf.getFirstDerivative(x, segment), leaf.getSecondDerivative(x, segment)};
+    });
+}
+
+// The lowest and the highest of some values; NaN until there is one.
+struct Extents {
+    double low = std::numeric_limits<double>::quiet_NaN();
+    double high = std::numeric_limits<double>::quiet_NaN();
+
+    void fold(double y) noexcept {
+        low = std::fmin(low, y); // deliberate: fmin and fmax prefer any number to NaN
+        high = std::fmax(high, y);
+    }
+};
+
+// What extents see of a formula at one x.
+struct Look {
+    double x;
+    double y;
+    double slope;
+};
+
+// How far y moves from a to b beyond what the slopes let expect: most at a jump.
+double SurpriseBetween(const Look& a, const Look& b) noexcept {
+    return std::abs(b.y - a.y - (a.slope + b.slope) / 2.0 * (b.x - a.x));
+}
+
+} // namespace
+
+Formula::Formula(FormulaProgram program, const std::string& expression) : m_program(std::move(program)) {
+    setExpression(expression.c_str());
+}
+
+double Formula::eval(double x, const Segment& segment) const {
+    return m_program.run<double>(x, [&](const Interpolator& leaf) { return leaf.eval(x, segment); });
+}
+
+std::shared_ptr<Interpolator> Formula::clone() {
+    return std::shared_ptr<Interpolator>(new Formula(*this));
+}
+
+bool Formula::usesTangents() const {
+    const auto& leaves = m_program.leaves();
+    return std::any_of(leaves.begin(), leaves.end(), [](const auto& leaf) { return leaf->usesTangents(); });
+}
+
+double Formula::getFirstDerivative(double x, const Segment& segment) const {
+    constexpr double verticalSlope = 9999999.0;
+    const double slope = Differentiate(m_program, x, segment).d1;
+    if (std::isnan(slope)) return Interpolator::getFirstDerivative(x, segment);
+    return std::isinf(slope) ? std::copysign(verticalSlope, slope) : slope;
+}
+
+double Formula::getSecondDerivative(double x, const Segment& segment) const {
+    const double derivative = Differentiate(m_program, x, segment).d2;
+    return std::isnan(derivative) ? Interpolator::getSecondDerivative(x, segment) : derivative;
+}
+
+void Formula::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
+    Extents extents;
+    extents.fold(eval(x0, segment));
+    extents.fold(eval(x1, segment));
+
+    const double begin = std::fmin(x0, x1);
+    const double span = std::fmax(x0, x1) - begin;
+    if (span > 0.0 && std::isfinite(span)) {
+        constexpr double step = 0.1;
+        constexpr double minLooks = 64.0;
+        constexpr double maxLooks = 4096.0;
+        const int looks = static_cast<int>(std::clamp(std::ceil(span / step), minLooks, maxLooks));
+
+        // Where the slope changes its sign, or y its height out of line with the slopes, halve the way to the extremum
+        // or the jump down to the resolution of doubles.
+        const auto lookAt = [&](double x) {
+            const Jet jet = Differentiate(m_program, x, segment);
+            extents.fold(jet.v);
+            return Look{x, jet.v, jet.d1};
+        };
+        Look left = lookAt(begin);
+        for (int i = 1; i <= looks; ++i) {
+            const Look right = lookAt(begin + span * i / looks);
+            Look a = left;
+            Look b = right;
+            const bool turns = a.slope * b.slope < 0.0;
+            if (turns || SurpriseBetween(a, b) > 0.25 * std::abs(b.y - a.y))
+                for (int bit = 0; bit < 53; ++bit) {
+                    const Look middle = lookAt(a.x + (b.x - a.x) / 2.0);
+                    const bool goLeft =
+                        turns ? a.slope * middle.slope < 0.0 : SurpriseBetween(a, middle) > SurpriseBetween(middle, b);
+                    (goLeft ? b : a) = middle;
+                }
+            left = right;
+        }
+    }
+    minY = extents.low;
+    maxY = extents.high;
+}
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,41 @@
+#include "Columns.h"
+
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+#include <FCurveLib/Interpolator.h>
+#include <FCurveLib/Segment.h>
+
+namespace fcurvetool {
+
+void addColumnOptions(CLI::App& command, ColumnOptions& options) {
+    command.add_flag("--velocity", options.velocity, "Also each curve's first derivative (value per frame)");
+    command.add_flag("--acceleration", options.acceleration, "Also its second derivative");
+}
+
+std::vector<std::string> columnNames(const std::vector<NamedCurve>& curves, const ColumnOptions& options) {
+    std::vector<std::string> names;
+    for (const NamedCurve& named : curves) {
+        names.push_back(named.name);
+        if (options.velocity) names.push_back(named.name + " velocity");
+        if (options.acceleration) names.push_back(named.name + " acceleration");
+    }
+    return names;
+}
+
+void evaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
+                     std::vector<std::string>& cells) {
+    cells.clear();
+    for (const NamedCurve& named : curves) {
+        const VEM_FN::FCurveLib::FCurve& curve = *named.curve;
+        const auto segment = curve.findSegment(frame);
+        const auto interpolator = segment->getInterpolator();
+        cells.push_back(toText(curve.eval(frame)));
+        if (options.velocity)
+            cells.push_back(toText(interpolator ? interpolator->getFirstDerivative(frame, *segment) : 0.0));
+        if (options.acceleration)
+            cells.push_back(toText(interpolator ? interpolator->getSecondDerivative(frame, *segment) : 0.0));
+    }
+}
+
+} // namespace fcurvetool

@@ -1,0 +1,137 @@
+#include "Commands.h"
+#include "Input.h"
+#include "Output.h"
+#include "Table.h"
+#include "Text.h"
+#include "Trace.h"
+
+#include <CLI/CLI.hpp>
+#include <FCurveLib/DisplayProperties.h>
+#include <FCurveLib/Interpolator.h>
+#include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Segment.h>
+
+#include <cstddef>
+#include <map>
+
+namespace fcurvetool {
+
+using namespace VEM_FN::FCurveLib;
+
+namespace {
+
+constexpr std::size_t kLongestExpression = 40;
+
+std::string expressionOf(const Segment& segment) {
+    const auto interpolator = segment.getInterpolator();
+    return interpolator ? shorten(toPrintable(interpolator->getExpression()), kLongestExpression) : "none";
+}
+
+/// Lowest and highest value between the curve's keys.
+Extent findExtent(const FCurve& curve) {
+    // Kinds without a closed form of their extents look at every tenth frame, which takes as long as the segment is.
+    constexpr double kLongSegment = 1e5;
+    constexpr int kLooks = 10000;
+    Extent extent = kNoExtent;
+    for (const Segment& segment : curve) {
+        const auto left = segment.getLeftKey();
+        const auto right = segment.getRightKey();
+        if (left) extent.include(left->getY());
+        if (!left || !right) continue;
+        const double x0 = left->getX();
+        const double x1 = right->getX();
+        const auto interpolator = segment.getInterpolator();
+        if (!interpolator) {
+            extent.include(0.0);
+        } else if (x1 - x0 < kLongSegment) {
+            double low = 0.0;
+            double high = 0.0;
+            interpolator->getRangeExtents(segment, x0, x1, low, high);
+            extent.include(low);
+            extent.include(high);
+        } else {
+            for (int i = 0; i <= kLooks; ++i) extent.include(interpolator->eval(x0 + (x1 - x0) * i / kLooks, segment));
+        }
+    }
+    return extent;
+}
+
+/// The interpolators between the keys, each with the number of segments that it serves, the most used first.
+std::string listInterpolators(const FCurve& curve) {
+    std::map<std::string, std::size_t> counts;
+    for (const Segment& segment : curve)
+        if (segment.getLeftKey() && segment.getRightKey()) ++counts[expressionOf(segment)];
+    std::multimap<std::size_t, std::string, std::greater<>> ranks;
+    for (const auto& [expression, count] : counts) ranks.emplace(count, expression);
+    constexpr std::size_t kMost = 4;
+    std::string text;
+    std::size_t listed = 0;
+    for (const auto& [count, expression] : ranks) {
+        if (listed++ == kMost) {
+            text += ", " + std::to_string(ranks.size() - kMost) + " more";
+            break;
+        }
+        text += (text.empty() ? "" : ", ") + expression + " x " + std::to_string(count);
+    }
+    return text.empty() ? "-" : text;
+}
+
+std::string listFlags(const FCurve& curve) {
+    std::string text;
+    const auto add = [&text](bool isSet, const char* flag) {
+        if (isSet) text += (text.empty() ? "" : " ") + std::string(flag);
+    };
+    add(!IsVisible(curve), "hidden");
+    add(IsLocked(curve), "locked");
+    add(!IsEditable(curve), "read-only");
+    return text;
+}
+
+void describe(const Document& document, Output& output) {
+    output.write(document.name + ": " + document.format.getTitle() + ", " + std::to_string(document.curves->size())
+                 + (document.curves->size() == 1 ? " curve\n" : " curves\n"));
+    if (document.curves->empty()) return;
+    Table table;
+    for (const char* heading : {"#"}) table.addColumn(heading, Table::Align::Right);
+    table.addColumn("name", Table::Align::Left);
+    for (const char* heading : {"keys", "first", "last", "lowest", "highest"})
+        table.addColumn(heading, Table::Align::Right);
+    for (const char* heading : {"before", "after", "interpolators", "flags"})
+        table.addColumn(heading, Table::Align::Left);
+    std::size_t number = 0;
+    for (const FCurve& curve : *document.curves) {
+        const auto first = curve.begin()->getRightKey();
+        const auto& trailing = *std::prev(curve.end());
+        const Extent extent = findExtent(curve);
+        const auto orNone = [](bool exists, double value) { return exists ? toBriefText(value) : std::string("-"); };
+        table.addRow({std::to_string(++number), toPrintable(curve.getName()), std::to_string(curve.size() - 1),
+                      first ? toBriefText(first->getX()) : "-",
+                      first ? toBriefText(trailing.getLeftKey()->getX()) : "-", orNone(!extent.empty(), extent.low),
+                      orNone(!extent.empty(), extent.high), expressionOf(*curve.begin()), expressionOf(trailing),
+                      listInterpolators(curve), listFlags(curve)});
+    }
+    output.write(table.text());
+}
+
+} // namespace
+
+void addInfo(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("info", "Describe the curves in files");
+    auto options = std::make_shared<InputOptions>();
+    command->add_option("FILE", options->files, "Files to describe")->required()->type_name("");
+    addFormatOption(*command, *options);
+    command->footer(
+        "For each curve: its number and name; how many keys; frames of the first and the last one; lowest\n"
+        "and highest value between them; interpolators before the first key, after the last key and between\n"
+        "the keys, these with the number of segments.");
+    command->callback([options] {
+        Output output("-");
+        for (std::size_t i = 0; i < options->files.size(); ++i) {
+            if (i > 0) output.write("\n");
+            describe(readDocument(options->files[i], options->format), output);
+        }
+        output.finish();
+    });
+}
+
+} // namespace fcurvetool

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace fcurvetool {
+
+/// The tool's commands. Each of these functions, in a source of its own (Command*.cpp), adds one to the command line
+/// with its options and what it does. To add a command: write such a source, declare its function here, call it in
+/// main.cpp.
+void addInfo(CLI::App& app);
+void addEval(CLI::App& app);
+void addSample(CLI::App& app);
+void addPlot(CLI::App& app);
+void addConvert(CLI::App& app);
+void addFormats(CLI::App& app);
+
+} // namespace fcurvetool

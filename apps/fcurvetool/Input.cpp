@@ -1,0 +1,190 @@
+#include "Input.h"
+
+#include "Failure.h"
+#include "Progress.h"
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+#include <FCurveLib/ContainerInterface.h>
+#include <FCurveLib/Exception.h>
+#include <FCurveLib/FormatExceptions.h>
+#include <FCurveLib/FormatFactory.h>
+#include <FCurveLib/MemoryStream.h>
+#include <FCurveLib/ReadWrite.h>
+#include <FCurveLib/Reader.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <limits>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace fcurvetool {
+
+using namespace VEM_FN::FCurveLib;
+
+namespace {
+
+/// All bytes of a file: it may be a pipe, which the library's readers, who go back and forth, could not read.
+MemoryStream load(const std::string& path, const std::string& name) {
+    struct Closer {
+        void operator()(std::FILE* file) const {
+            if (file != stdin) std::fclose(file);
+        }
+    };
+    const std::unique_ptr<std::FILE, Closer> file(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));
+    const auto fail = [&name](int error) {
+        throw Failure(name + ": cannot be read: " + std::generic_category().message(error));
+    };
+    if (!file) fail(errno);
+    MemoryStream bytes;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get());
+        if (count == 0) break;
+        if (count > static_cast<std::size_t>(std::numeric_limits<int>::max() - bytes.getSize()))
+            throw Failure(name + ": longer than 2 GiB");
+        bytes.writeData(piece.data(), static_cast<int>(count));
+    }
+    if (std::ferror(file.get()) != 0) fail(errno);
+    bytes.setPosition(0);
+    return bytes;
+}
+
+/// The names of the formats that can be read, in the order in which they are asked.
+std::string readableFormats() {
+    std::string names;
+    for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it) {
+        if (!names.empty()) names += ", ";
+        names += it->getFormatName();
+    }
+    return names;
+}
+
+std::string describe(const std::string& name, const FormatError& error) {
+    std::string text = name;
+    if (error.line() > 0) text += ":" + std::to_string(error.line()) + ":" + std::to_string(error.column());
+    text += ": ";
+    text += *error.message() != '\0' ? toPrintable(error.message()) : error.what();
+    return text;
+}
+
+std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
+    std::vector<NamedCurve> curves;
+    std::set<std::string> taken;
+    for (const Document& document : documents) {
+        std::size_t number = 0;
+        for (FCurve& curve : *document.curves) {
+            ++number;
+            std::string name = toPrintable(curve.getName());
+            if (name.empty()) name = "curve " + std::to_string(number);
+            if (documents.size() > 1) name = stem(document.name) + ": " + name;
+            std::string unique = name;
+            for (int i = 2; !taken.insert(unique).second; ++i) unique = name + " (" + std::to_string(i) + ")";
+            curves.push_back({curve.getShared(), std::move(unique)});
+        }
+    }
+    return curves;
+}
+
+/// The curves that a --curve means: those of that name; else the one of that number; else those that fit the pattern.
+std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted) {
+    std::vector<std::size_t> found;
+    const auto collect = [&](const auto& fits) {
+        for (std::size_t i = 0; i < curves.size(); ++i)
+            if (fits(curves[i])) found.push_back(i);
+    };
+    collect([&](const NamedCurve& named) { return named.curve->getName() == wanted || named.name == wanted; });
+    if (!found.empty()) return found;
+    if (const auto number = parseNumber(wanted);
+        number && *number >= 1.0 && *number <= static_cast<double>(curves.size()) && *number == std::floor(*number)) {
+        return {static_cast<std::size_t>(*number) - 1};
+    }
+    collect([&](const NamedCurve& named) {
+        return matchesGlob(wanted, named.curve->getName()) || matchesGlob(wanted, named.name);
+    });
+    return found;
+}
+
+} // namespace
+
+void addFormatOption(CLI::App& command, InputOptions& options) {
+    command
+        .add_option("--format", options.format,
+                    "Read the input as this format instead of recognising it (see: fcurvetool formats)")
+        ->type_name("NAME");
+}
+
+void addCurveOption(CLI::App& command, InputOptions& options) {
+    command
+        .add_option("-c,--curve", options.curves,
+                    "Only this curve: a name, a number as `info` counts them, or a pattern with * and ?; repeatable")
+        ->type_name("WHICH")
+        ->expected(1)
+        ->take_all();
+}
+
+Document readDocument(const std::string& path, const std::string& format) {
+    Document document{path == "-" ? "<stdin>" : toPrintable(path), {}, FCurveContainer::create()};
+    Reader* forced = nullptr;
+    if (!format.empty()) {
+        forced = FormatFactory::getReader(format.c_str());
+        if (!forced)
+            throw UsageError("--format: there is no format \"" + toPrintable(format) + "\" to read (there are "
+                             + readableFormats() + ")");
+    }
+    const Progress progress("reading " + document.name);
+    MemoryStream bytes = load(path, document.name);
+    if (bytes.getSize() == 0) throw Failure(document.name + ": empty");
+    try {
+        if (forced) {
+            ContainerInterface target(*document.curves);
+            forced->readCurves(bytes, target);
+            document.format = forced->getFormatType();
+        } else {
+            document.format = ReadCurves(bytes, *document.curves);
+        }
+    } catch (const UnknownFormat&) {
+        throw Failure(document.name + ": in none of the formats that can be read (" + readableFormats() + ")");
+    } catch (const FormatError& error) {
+        throw Failure(describe(document.name, error));
+    } catch (const Exception& error) {
+        throw Failure(document.name + ": " + error.what());
+    }
+    return document;
+}
+
+std::vector<NamedCurve> readCurves(const InputOptions& options) {
+    std::vector<Document> documents;
+    for (const std::string& file : options.files) documents.push_back(readDocument(file, options.format));
+    std::vector<NamedCurve> curves = nameCurves(documents);
+    if (options.curves.empty()) return curves;
+
+    std::vector<NamedCurve> chosen;
+    std::set<std::size_t> taken;
+    for (const std::string& wanted : options.curves) {
+        const std::vector<std::size_t> found = findCurves(curves, wanted);
+        if (found.empty()) {
+            std::string names;
+            for (std::size_t i = 0; i < curves.size() && i < 8; ++i) names += (i > 0 ? ", " : "") + curves[i].name;
+            if (curves.size() > 8) names += ", ...";
+            throw Failure(documents.front().name + ": no curve \"" + toPrintable(wanted) + "\" ("
+                          + (names.empty() ? "there are none" : "there are " + names) + ")");
+        }
+        for (const std::size_t index : found)
+            if (taken.insert(index).second) chosen.push_back(curves[index]);
+    }
+    return chosen;
+}
+
+std::string stem(const std::string& path) {
+    return path == "-" || path == "<stdin>" ? "standard input" : std::filesystem::path(path).stem().string();
+}
+
+} // namespace fcurvetool

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "NamedCurve.h"
+
+#include <FCurveLib/FCurveContainer.h>
+#include <FCurveLib/FormatType.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace fcurvetool {
+
+/// What the commands have in common: files, their format, which of their curves.
+struct InputOptions {
+    std::vector<std::string> files;
+    std::string format;              ///< empty: recognised by content
+    std::vector<std::string> curves; ///< names, numbers from 1, or patterns with * and ?; empty: all
+};
+
+/// Adds --format, and the option --curve.
+void addFormatOption(CLI::App& command, InputOptions& options);
+void addCurveOption(CLI::App& command, InputOptions& options);
+
+/// What a file holds.
+struct Document {
+    std::string name; ///< for messages; printable
+    VEM_FN::FCurveLib::FormatType format;
+    std::shared_ptr<VEM_FN::FCurveLib::FCurveContainer> curves;
+};
+
+/// Reads a file, or standard input for "-". Failure says file, line and column of what is wrong.
+Document readDocument(const std::string& path, const std::string& format);
+
+/// Reads the files and picks their curves, in the order of the files if --curve was not given, else in the order of
+/// --curve. No curve comes twice, and no two have the same name: of several files the curves' names begin with the
+/// file's, and further curves of one name get numbers. Failure where a --curve fits none.
+std::vector<NamedCurve> readCurves(const InputOptions& options);
+
+/// The file's name without folders and extension.
+std::string stem(const std::string& path);
+
+} // namespace fcurvetool

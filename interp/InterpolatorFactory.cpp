@@ -1,5 +1,6 @@
 #include "FCurveLib/InterpolatorFactory.h"
 
+#include "FCurveLib/Bezier.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
 #include "FCurveLib/Linear.h"
@@ -23,6 +24,7 @@ using Registry = std::map<std::string, std::shared_ptr<Interpolator>, std::less<
 
 // Every built-in kind; its expression is its key.
 constexpr std::shared_ptr<Interpolator> (*builtInKinds[])() = {
+    &Bezier::create,
     &Constant::create,
     &ConstantNext::create,
     &Linear::create,

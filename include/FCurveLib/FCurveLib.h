@@ -4,12 +4,15 @@
 /// Everything.
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
+#include "FCurveLib/Bezier.h"
+#include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
 #include "FCurveLib/ContainerInterface.h"
 #include "FCurveLib/ContainerObserver.h"
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/DisplayProperties.h"
+#include "FCurveLib/Evaluation.h"
 #include "FCurveLib/Exception.h"
 #include "FCurveLib/Export.h"
 #include "FCurveLib/FCurve.h"

@@ -1,0 +1,81 @@
+#include "FCurveLib/Evaluation.h"
+
+#include "FCurveLib/Interpolator.h"
+#include "FCurveLib/Tolerance.h"
+#include "model/Access.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+
+namespace {
+
+using Derivative = double (Interpolator::*)(double x, const Segment& segment) const;
+
+double Differentiate(const Segment& segment, double x, Derivative derivative) {
+    const Interpolator* const interpolator = Access::interpolator(segment);
+    return interpolator ? (interpolator->*derivative)(x, segment) : 0.0;
+}
+
+// The segment for x; of the two that meet at a key, the one on its left.
+const Segment& FindSegmentLeft(const FCurve& curve, double x) {
+    const Segment& segment = Access::findSegment(curve, x);
+    const Keyframe* const key = Access::leftKey(segment);
+    return key && NearEqual(x, key->getX()) ? *Access::leftSegment(*key) : segment;
+}
+
+} // namespace
+
+double EvalSegment(double x, const Segment& segment) {
+    const Interpolator* const interpolator = Access::interpolator(segment);
+    return interpolator ? interpolator->eval(x, segment) : 0.0;
+}
+
+double EvalInInterior(double x, const FCurve& curve) {
+    const Segment& leading = Access::firstSegment(curve);
+    const Keyframe* const first = Access::rightKey(leading);
+    if (!first) return EvalSegment(x, leading);
+    const Keyframe* const last = Access::leftKey(Access::lastSegment(curve));
+    if (first == last) return first->getY();
+
+    if (x >= last->getX()) return EvalSegment(last->getX(), *Access::leftSegment(*last));
+    if (x < first->getX()) return EvalSegment(first->getX(), *Access::rightSegment(*first));
+    // For NaN findSegment would give the leading segment.
+    return EvalSegment(x, x >= first->getX() ? Access::findSegment(curve, x) : *Access::rightSegment(*first));
+}
+
+double GetFirstDerivative(const FCurve& curve, double x) {
+    return Differentiate(Access::findSegment(curve, x), x, &Interpolator::getFirstDerivative);
+}
+
+double GetFirstDerivativeLeft(const FCurve& curve, double x) {
+    return Differentiate(FindSegmentLeft(curve, x), x, &Interpolator::getFirstDerivative);
+}
+
+double GetFirstDerivativeRight(const FCurve& curve, double x) {
+    return GetFirstDerivative(curve, x);
+}
+
+double GetSecondDerivative(const FCurve& curve, double x) {
+    return Differentiate(Access::findSegment(curve, x), x, &Interpolator::getSecondDerivative);
+}
+
+double GetSecondDerivativeLeft(const FCurve& curve, double x) {
+    return Differentiate(FindSegmentLeft(curve, x), x, &Interpolator::getSecondDerivative);
+}
+
+double GetSecondDerivativeRight(const FCurve& curve, double x) {
+    return GetSecondDerivative(curve, x);
+}
+
+std::shared_ptr<Tangent> GetOpposingTangent(Tangent& tangent) {
+    return tangent.getOppositeTangent();
+}
+
+std::shared_ptr<const Tangent> GetOpposingTangent(const Tangent& tangent) {
+    return tangent.getOppositeTangent();
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

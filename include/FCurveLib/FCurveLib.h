@@ -40,6 +40,7 @@
 #include "FCurveLib/ReadWrite.h"
 #include "FCurveLib/Reader.h"
 #include "FCurveLib/Rectangle.h"
+#include "FCurveLib/Sampling.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/SegmentMap.h"
 #include "FCurveLib/SharedFromThis.h"

@@ -1,0 +1,80 @@
+#include "FCurveLib/Sampling.h"
+
+#include "tools/CurveWalk.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+using Points = std::vector<Vector2D<double>>;
+
+namespace {
+
+// The distance from x to the next double above it.
+double GapAbove(double x) noexcept {
+    return std::nextafter(x, std::numeric_limits<double>::infinity()) - x;
+}
+
+// How many samples there are at most from start to end; 0 where sampling is refused.
+//
+// A rounded sum moves x by at least the step less half a gap between doubles, and the gaps are widest at one of the
+// ends. So a positive least move proves that the sum never stalls, and bounds the number of samples.
+std::size_t CountSamples(double start, double end, double step) noexcept {
+    constexpr double limit = 2147483647.0 - 1.0; // one less than allowed, for the rounding of the quotient
+    if (!(start <= end)) return 0;
+    const double leastMove = step - 0.5 * std::max(GapAbove(start), GapAbove(end));
+    if (!(leastMove > 0.0)) return 0;
+    const double moves = (0.5 * end - 0.5 * start) / (0.5 * leastMove); // halves, so that nothing overflows
+    if (!(moves < limit)) return 0;
+    return static_cast<std::size_t>(moves) + 1;
+}
+
+template<class Value>
+void SampleRunningSum(double start, double end, double step, const Value& value, Points& out) {
+    out.clear();
+    const std::size_t count = CountSamples(start, end, step);
+    if (count == 0) return;
+    out.reserve(count);
+    // deliberate: accumulated, not start + i * step, so that drift decides about the last sample
+    for (double x = start; x <= end; x += step) out.push_back({x, value(x)});
+}
+
+} // namespace
+
+void SampleCurve(const FCurve& curve, double start, double end, double step, Points& out) {
+    Private::CurveWalk walk(curve);
+    SampleRunningSum(
+        start, end, step, [&](double x) { return walk.eval(x); }, out);
+}
+
+void SampleCurveExtrapolated(const FCurve& curve, double start, double end, double step, double margin, Points& out) {
+    Private::CurveWalk walk(curve);
+    const double ys = walk.eval(start);
+    const double ye = walk.eval(end);
+    SampleRunningSum(
+        start - margin, end + margin, step,
+        [&](double x) { return x < start || x > end ? (x - start) * ((ye - ys) / (end - start)) + ys : walk.eval(x); },
+        out);
+}
+
+void SampleCurveInterior(const FCurve& curve, double step, Points& out) {
+    out.clear();
+    if (curve.size() == 1) return;
+    const double first = Access::rightKey(Access::firstSegment(curve))->getX();
+    if (curve.size() == 2) {
+        out.push_back({first, curve.eval(first)});
+        return;
+    }
+    const double last = Access::leftKey(Access::lastSegment(curve))->getX();
+    const double start = std::floor(first / step) * step;
+    const double end = std::ceil(last / step) * step;
+    if (start < end) SampleCurve(curve, start, end, step, out);
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

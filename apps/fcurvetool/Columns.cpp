@@ -3,8 +3,7 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
-#include <FCurveLib/Interpolator.h>
-#include <FCurveLib/Segment.h>
+#include <FCurveLib/Evaluation.h>
 
 namespace fcurvetool {
 
@@ -25,16 +24,13 @@ std::vector<std::string> columnNames(const std::vector<NamedCurve>& curves, cons
 
 void evaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
                      std::vector<std::string>& cells) {
+    namespace fc = VEM_FN::FCurveLib;
     cells.clear();
     for (const NamedCurve& named : curves) {
-        const VEM_FN::FCurveLib::FCurve& curve = *named.curve;
-        const auto segment = curve.findSegment(frame);
-        const auto interpolator = segment->getInterpolator();
+        const fc::FCurve& curve = *named.curve;
         cells.push_back(toText(curve.eval(frame)));
-        if (options.velocity)
-            cells.push_back(toText(interpolator ? interpolator->getFirstDerivative(frame, *segment) : 0.0));
-        if (options.acceleration)
-            cells.push_back(toText(interpolator ? interpolator->getSecondDerivative(frame, *segment) : 0.0));
+        if (options.velocity) cells.push_back(toText(fc::GetFirstDerivative(curve, frame)));
+        if (options.acceleration) cells.push_back(toText(fc::GetSecondDerivative(curve, frame)));
     }
 }
 

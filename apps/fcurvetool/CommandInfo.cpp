@@ -6,6 +6,7 @@
 #include "Trace.h"
 
 #include <CLI/CLI.hpp>
+#include <FCurveLib/BezierInterpBase.h>
 #include <FCurveLib/DisplayProperties.h>
 #include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Keyframe.h>
@@ -43,7 +44,7 @@ Extent findExtent(const FCurve& curve) {
         const auto interpolator = segment.getInterpolator();
         if (!interpolator) {
             extent.include(0.0);
-        } else if (x1 - x0 < kLongSegment) {
+        } else if (x1 - x0 < kLongSegment || dynamic_cast<const BezierInterpBase*>(interpolator.get())) {
             double low = 0.0;
             double high = 0.0;
             interpolator->getRangeExtents(segment, x0, x1, low, high);

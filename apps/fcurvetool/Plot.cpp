@@ -7,6 +7,7 @@
 #include "Ticks.h"
 #include "Trace.h"
 
+#include <FCurveLib/DisplayProperties.h>
 #include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Keyframe.h>
 #include <FCurveLib/Segment.h>
@@ -249,13 +250,14 @@ private:
 
     template<class Visit>
     void forEachHandle(std::size_t index, const Visit& visit) const {
-        forEachKey(index, [&visit](const Keyframe& key) {
+        const double scale = VEM_FN::FCurveLib::GetTangentScale(*m_curves[index].curve);
+        forEachKey(index, [&visit, scale](const Keyframe& key) {
             const auto visitOne = [&](const std::shared_ptr<const Segment>& segment,
                                       const std::shared_ptr<const Tangent>& tangent) {
                 if (!segment || !tangent) return;
                 const auto interpolator = segment->getInterpolator();
                 if (interpolator && interpolator->usesTangents())
-                    visit(key, Sample{key.getX() + tangent->getX(), key.getY() + tangent->getY()});
+                    visit(key, Sample{key.getX() + scale * tangent->getX(), key.getY() + scale * tangent->getY()});
             };
             visitOne(key.getLeftSegment(), key.getInTangent());
             visitOne(key.getRightSegment(), key.getOutTangent());
@@ -492,6 +494,10 @@ private:
             std::vector<Pixel> pixels;
             pixels.reserve(stroke.samples.size());
             for (const Sample& sample : stroke.samples) pixels.push_back(toPixel(panel, sample));
+            const auto isAt = [&pixels](const Pixel& pixel) {
+                return std::hypot(pixel.x - pixels.front().x, pixel.y - pixels.front().y) < kTolerance;
+            };
+            if (std::all_of(pixels.begin(), pixels.end(), isAt)) continue;
             (stroke.place == Place::BetweenKeys ? between : outside) += toPathData(simplify(pixels, kTolerance));
         }
         std::string jumps;

@@ -4,6 +4,7 @@
 // reference count touched per evaluation costs more than the evaluation.
 
 #include "FCurveLib/FCurve.h"
+#include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
@@ -53,6 +54,10 @@ struct Access {
     // The iterator at a segment of the curve.
     static FCurve::iterator iteratorAt(FCurve& c, Segment& s) noexcept {
         return FCurve::iterator(SegmentMapIterator(&s, &c.m_segments));
+    }
+    // The position of the curve in the container; its end if the curve is not there.
+    static FCurveContainer::iterator find(FCurveContainer& container, const FCurve& curve) noexcept {
+        return container.find(&curve);
     }
 
     static ObserverSet<FCurveObserver>& observers(FCurve& c) noexcept { return c.m_observers; }

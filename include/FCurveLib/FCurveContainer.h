@@ -95,6 +95,8 @@ public:
     /// @}
 
 private:
+    friend struct Private::Access;
+
     FCurveContainer() noexcept;
     FCurveContainer(const FCurveContainer&) = delete;
     FCurveContainer& operator=(const FCurveContainer&) = delete;

@@ -77,16 +77,31 @@ class SimpleListNode;
 class Reader;
 class Writer;
 
-class HitRecord;
-class ConstHitRecord;
-class HitRecordIterator;
-class ConstHitRecordIterator;
+template<class Parts>
+class BasicHitRecord;
+template<class Parts>
+class BasicHitRecordIterator;
+template<class Filter, class Iterator>
+class FilterIterator;
+namespace Private {
+struct MutableParts;
+struct ConstParts;
+} // namespace Private
+using HitRecord = BasicHitRecord<Private::MutableParts>;
+using ConstHitRecord = BasicHitRecord<Private::ConstParts>;
+using HitRecordIterator = BasicHitRecordIterator<Private::MutableParts>;
+using ConstHitRecordIterator = BasicHitRecordIterator<Private::ConstParts>;
+struct CompareRecord;
 class Selection;
 class SelectionObserver;
+class SelectionExaminer;
+class SelectionSnapshot;
 
 namespace Private {
 struct Access;
 struct CurveLink;
+class KeptPlace;
+class SelectionState;
 class Edit;
 class SegmentMap;
 class SegmentMapIterator;

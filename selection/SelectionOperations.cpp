@@ -1,0 +1,73 @@
+#include "FCurveLib/SelectionOperations.h"
+
+#include "FCurveLib/Selection.h"
+#include "selection/KeptPlace.h"
+#include "selection/SelectionState.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+using Private::KeptSegment;
+using Private::SelectionState;
+
+namespace {
+
+void changeCompletely(const Selection& selection, FCurve& curve, bool select) {
+    const auto state = SelectionState::of(selection);
+    const auto kept = curve.getShared();
+    SelectionState::change(state, curve, select);
+
+    for (Segment* segment = &*curve.begin(); segment;) {
+        const KeptSegment place(*segment);
+        SelectionState::change(state, *segment, select);
+        // Observers may take the segment out of the curve, or a key away from it, at each of these.
+        if (Keyframe* key = place.isIn(curve) ? Access::rightKey(*segment) : nullptr)
+            SelectionState::change(state, *key, select);
+        if (place.isIn(curve) && Access::rightKey(*segment))
+            SelectionState::change(state, *Access::inTangent(*segment), select);
+        if (place.isIn(curve) && Access::leftKey(*segment))
+            SelectionState::change(state, *Access::outTangent(*segment), select);
+        const Keyframe* key = Access::rightKey(place.resolve(curve));
+        segment = key ? Access::rightSegment(const_cast<Keyframe&>(*key)) : nullptr;
+    }
+}
+
+} // namespace
+
+void SelectCurveCompletely(Selection& selection, FCurve& curve) {
+    changeCompletely(selection, curve, true);
+}
+void DeselectCurveCompletely(Selection& selection, FCurve& curve) {
+    changeCompletely(selection, curve, false);
+}
+
+void DeselectSelectedParts(Selection& selection) {
+    SelectionState::clear(selection, true);
+}
+
+void GetSelected(Selection& selection, std::set<HitRecord, CompareRecord>& parts) {
+    for (const HitRecord& part : selection) parts.insert(part);
+}
+
+void GetSelectedCurves(Selection& selection, std::set<HitRecord, CompareRecord>& curves) {
+    for (FCurve& curve : *selection.getCurves())
+        if (selection.isSelected(curve)) curves.insert(HitRecord(curve.getShared()));
+}
+
+void NotifyCurveChanges(Selection& selection) {
+    const auto curves = selection.getCurves();
+    Private::KeptCurve place;
+    for (auto curve = curves->begin(); curve != curves->end();) {
+        if (Private::SelectionFilter::isSelectedValue(curve->getProperty(Private::SelectionFilter::key))) {
+            place.hold(*curves, curve);
+            place.get()->notifyChanged();
+            curve = place.next(*curves);
+        } else {
+            ++curve;
+        }
+    }
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

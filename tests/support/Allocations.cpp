@@ -1,0 +1,29 @@
+#include "tests/support/Allocations.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+std::atomic<std::size_t> g_allocations{0};
+} // namespace
+
+void* operator new(std::size_t size) {
+    ++g_allocations;
+    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace fcurvelib_test {
+
+std::size_t allocationsSoFar() noexcept {
+    return g_allocations;
+}
+
+} // namespace fcurvelib_test

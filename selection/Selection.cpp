@@ -41,6 +41,7 @@ template<class Part>
 void SelectionState::change(const std::shared_ptr<SelectionState>& state, Part& part, bool select) {
     const char* present = part.getProperty(SelectionFilter::key);
     if (select ? SelectionFilter::isSelectedValue(present) : *present == '\0') return;
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): observers may destroy the Selection that holds it
     const std::shared_ptr<SelectionState> kept = state;
     const HitRecord record = recordOf(part);
     if (!part.setProperty(SelectionFilter::key, select ? SelectionFilter::value : "")) return;

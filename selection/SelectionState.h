@@ -51,8 +51,8 @@ public:
     // observers, except the record of deselectHeld.
     template<class Part>
     static void change(const std::shared_ptr<SelectionState>& state, Part& part, bool select);
-    static void change(const std::shared_ptr<SelectionState>& state, const HitRecord& part, bool select);
-    void deselectHeld(const HitRecord& part);
+    static void change(const std::shared_ptr<SelectionState>& state, const HitRecord& record, bool select);
+    void deselectHeld(const HitRecord& record);
 
     // Deselects what the walk over the container shows as selected, except curves if partsOnly.
     static void clear(const Selection& selection, bool partsOnly);

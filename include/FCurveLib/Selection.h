@@ -40,8 +40,8 @@ private:
     const Selection* m_selection = nullptr;
 };
 
-/// Accepts records of one type, or of two.
-template<HitRecordTypes::Type type, HitRecordTypes::Type orType = type>
+/// Accepts records of any of the types.
+template<HitRecordTypes::Type... types>
 struct TypeFilter {
     bool operator()(const HitRecord& record) const noexcept { return matches(record.getType()); }
     bool operator()(const ConstHitRecord& record) const noexcept { return matches(record.getType()); }
@@ -52,7 +52,7 @@ struct TypeFilter {
     }
 
 private:
-    static constexpr bool matches(HitRecordTypes::Type t) noexcept { return t == type || t == orType; }
+    static constexpr bool matches(HitRecordTypes::Type t) noexcept { return ((t == types) || ...); }
 };
 
 struct CurveFilter : TypeFilter<HitRecordTypes::CURVE> {};

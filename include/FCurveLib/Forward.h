@@ -63,6 +63,18 @@ template<int N>
 class ArrayStream;
 class Stream_streambuf;
 class Stream_iostream;
+class DynamicBinaryPolicy;
+class LittleEndianBinaryPolicy;
+class BigEndianBinaryPolicy;
+class SwapBinaryPolicy;
+class NoSwapBinaryPolicy;
+template<class Policy>
+class BinaryIO;
+class IFFType;
+template<class Policy>
+class IFFWriter;
+template<class Policy>
+class IFFReader;
 
 class UnknownFormat;
 class FormatError;

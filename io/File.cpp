@@ -98,7 +98,7 @@ File::File(const char* path, Access access, unsigned flags)
 }
 
 File::~File() {
-    close();
+    if (m_handle) close();
     if (m_temporary) fileCalls.removePath(m_pathname.c_str());
 }
 
@@ -256,13 +256,11 @@ bool File::sync() noexcept {
     return errno == EINVAL || errno == ENOSYS || errno == ENOTSUP; // nothing to ask on this kind of file system
 }
 
-// Closes once; the File is of no use then. Returns whether the system took every byte, at closing too.
+// Closes; the File is of no use then. Returns whether the system took every byte, at closing too.
 bool File::close() noexcept {
-    if (!m_handle) return !m_lost;
     const bool flushed = flush();
     const bool closed = fileCalls.closeHandle(m_handle) == 0; // not repeated: the descriptor is gone in any case
     m_handle = nullptr;
-    if (!closed) m_lost = true;
     return flushed && closed;
 }
 

@@ -45,6 +45,7 @@
 #include "FCurveLib/ReadWrite.h"
 #include "FCurveLib/Reader.h"
 #include "FCurveLib/Rectangle.h"
+#include "FCurveLib/SafeFileSave.h"
 #include "FCurveLib/Sampling.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/SegmentMap.h"

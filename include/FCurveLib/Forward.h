@@ -63,6 +63,7 @@ template<int N>
 class ArrayStream;
 class Stream_streambuf;
 class Stream_iostream;
+class SafeFileSave;
 class DynamicBinaryPolicy;
 class LittleEndianBinaryPolicy;
 class BigEndianBinaryPolicy;

@@ -1,0 +1,439 @@
+// Every call of the C library behind the files fails at its first, second, ... use, for as long as there is a next one.
+// This program compiles the sources of the streams itself, in order to reach the table of those calls.
+
+#include "FCurveLib/FileStream.h"
+#include "FCurveLib/IFF.h"
+#include "FCurveLib/SafeFileSave.h"
+#include "io/FileCalls.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <csignal>
+#include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace VEM_FN::FCurveLib;
+using Private::FileCalls;
+namespace fs = std::filesystem;
+
+namespace {
+
+const FileCalls kReal = Private::fileCalls;
+
+enum class Way {
+    Once,  // one use fails
+    Stays, // it and all later ones
+    Short, // a transfer stops half-way, without an error
+    Kill,  // the process is killed instead of the call
+};
+
+// What fails now, and what was seen.
+struct Fault {
+    const char* call = nullptr; // null: any
+    int use = 0;                // from 1 on
+    Way way = Way::Once;
+    int error = 0;
+
+    int uses = 0;
+    bool happened = false;
+
+    bool isDue(const char* name) {
+        if (call && std::strcmp(call, name) != 0) return false;
+        ++uses;
+        const bool due = way == Way::Stays ? uses >= use : uses == use;
+        happened |= due;
+        return due;
+    }
+};
+Fault fault;
+
+// Stands in for one call of the table.
+template<auto Member>
+struct Instead;
+
+template<class Result, class... Arguments, Result (*FileCalls::*Member)(Arguments...)>
+struct Instead<Member> {
+    static inline const char* name = nullptr;
+
+    static Result call(Arguments... arguments) {
+        if (!fault.isDue(name)) return (kReal.*Member)(arguments...);
+        if (fault.way == Way::Kill) ::raise(SIGKILL);
+        if constexpr (std::is_same_v<Result, std::size_t>) {
+            if (fault.way == Way::Short) return transferHalf(arguments...);
+        }
+        // What fails to close is closed all the same.
+        if (std::strncmp(name, "close", 5) == 0) (kReal.*Member)(arguments...);
+        errno = fault.error;
+        if constexpr (std::is_pointer_v<Result>) {
+            return nullptr;
+        } else {
+            return static_cast<Result>(std::is_unsigned_v<Result> ? 0 : -1);
+        }
+    }
+
+    template<class Buffer>
+    static std::size_t transferHalf(Buffer buffer, std::size_t count, std::FILE* handle) {
+        return (kReal.*Member)(buffer, (count + 1) / 2, handle);
+    }
+};
+
+template<auto Member>
+const char* instead(const char* name) {
+    Instead<Member>::name = name;
+    Private::fileCalls.*Member = &Instead<Member>::call;
+    return name;
+}
+
+const char* const kCalls[] = {
+    instead<&FileCalls::openPath>("openPath"),
+    instead<&FileCalls::openTemporary>("openTemporary"),
+    instead<&FileCalls::changeSize>("changeSize"),
+    instead<&FileCalls::wrap>("wrap"),
+    instead<&FileCalls::closeDescriptor>("closeDescriptor"),
+    instead<&FileCalls::dropBuffer>("dropBuffer"),
+    instead<&FileCalls::read>("read"),
+    instead<&FileCalls::write>("write"),
+    instead<&FileCalls::flush>("flush"),
+    instead<&FileCalls::seek>("seek"),
+    instead<&FileCalls::tell>("tell"),
+    instead<&FileCalls::sync>("sync"),
+    instead<&FileCalls::closeHandle>("closeHandle"),
+    instead<&FileCalls::statusOfPath>("statusOfPath"),
+    instead<&FileCalls::statusOfHandle>("statusOfHandle"),
+    instead<&FileCalls::removePath>("removePath"),
+    instead<&FileCalls::renamePath>("renamePath"),
+};
+
+// Interrupted, these are simply called again.
+bool isRepeated(const std::string& call) {
+    static const char* const repeated[] = {"openPath", "openTemporary", "changeSize", "read", "write", "flush", "sync"};
+    return std::find(std::begin(repeated), std::end(repeated), call) != std::end(repeated);
+}
+
+std::ptrdiff_t openDescriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+// The what() of the exception that comes out; empty when none does.
+std::string outcomeOf(const std::function<void()>& work) {
+    try {
+        work();
+        return "";
+    } catch (const Exception& exception) {
+        std::string text = exception.what();
+        return text.substr(text.find("FCurveLib::") + 11);
+    }
+}
+
+class FileFaults : public testing::Test {
+protected:
+    TempFolder m_folder;
+    std::string m_path = m_folder.file("file");
+    std::string m_working = m_path + ".tmp";
+
+    // Lets every call fail at every use, in every way. prepare() makes the folder, work() is what may fail,
+    // judge() looks at what is left; each is done anew for each failure.
+    void failEverywhere(const std::function<void()>& prepare, const std::function<void()>& work,
+                        const std::function<void(const std::string& outcome)>& judge) {
+        int failures = 0;
+        for (const char* const call : kCalls) {
+            for (const Way way : {Way::Once, Way::Stays, Way::Short}) {
+                for (const int error : {ENOSPC, EACCES, EIO, EINTR}) {
+                    const bool transfers = std::strcmp(call, "read") == 0 || std::strcmp(call, "write") == 0;
+                    if (way == Way::Short && (!transfers || error != ENOSPC)) continue;
+                    if (way == Way::Stays && error == EINTR) continue; // no system interrupts for ever
+                    bool again = true;
+                    for (int use = 1; again; ++use) {
+                        SCOPED_TRACE(std::string(call) + ", use " + std::to_string(use) + ", way "
+                                     + std::to_string(static_cast<int>(way)) + ", " + std::strerror(error));
+                        clear();
+                        prepare();
+                        const std::ptrdiff_t descriptors = openDescriptors();
+                        fault = Fault{call, use, way, error};
+                        const std::string outcome = outcomeOf(work);
+                        again = fault.happened;
+                        const bool harmless = !again || way == Way::Short || (error == EINTR && isRepeated(call));
+                        fault = Fault();
+                        failures += again;
+
+                        ASSERT_EQ(openDescriptors(), descriptors) << "a descriptor leaks";
+                        if (harmless) {
+                            ASSERT_EQ(outcome, "");
+                        }
+                        m_harmless = harmless;
+                        m_call = call;
+                        judge(outcome);
+                        if (HasFatalFailure() || HasNonfatalFailure()) return;
+                    }
+                }
+            }
+        }
+        EXPECT_GT(failures, 20) << "the work does not use what should fail";
+    }
+
+    void clear() {
+        for (const auto& entry : fs::directory_iterator(m_folder.path())) fs::remove(entry.path());
+    }
+
+    std::vector<std::string> names() const {
+        std::vector<std::string> all;
+        for (const auto& entry : fs::directory_iterator(m_folder.path())) {
+            all.push_back(entry.path().filename().string());
+        }
+        return all;
+    }
+
+    bool m_harmless = false; // nothing failed, or nothing that anybody may notice
+    std::string m_call;      // which call failed
+
+    ~FileFaults() override { fault = Fault(); }
+};
+
+// Longer than two buffers. Compared as a whole: a difference would fill the log.
+const std::string kText = [] {
+    std::string text;
+    for (int number = 0; text.size() < 140000; ++number) text += std::to_string(number) + '\n';
+    return text;
+}();
+
+void writeText(Stream& stream) {
+    for (std::size_t at = 0; at < kText.size(); at += 1234) {
+        stream.writeData(kText.data() + at, static_cast<int>(std::min<std::size_t>(1234, kText.size() - at)));
+    }
+}
+
+const char* outcomeOfOpening(int error) {
+    switch (error) {
+    case ENOENT:
+        return "File::FileDoesntExist";
+    case EACCES:
+        return "File::AccessError";
+    case EEXIST:
+        return "File::FileExists";
+    default:
+        return "File::CantOpen";
+    }
+}
+
+} // namespace
+
+TEST_F(FileFaults, OpeningRaisesByTheSystemsError) {
+    struct Row {
+        const char* call;
+        std::function<void()> open;
+    };
+    writeWholeFile(m_path, "old");
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder.path());
+    const Row rows[] = {
+        {"openPath", [this] { File file(m_path.c_str()); }},
+        {"wrap", [this] { File file(m_path.c_str(), File::Read); }},
+        {"dropBuffer", [this] { FileStream file(m_path.c_str(), FileStream::Write, 0); }},
+        {"openTemporary", [] { File file; }},
+        {"wrap", [] { FileStream file; }},
+    };
+    for (const Row& row : rows) {
+        for (const int error : {ENOENT, EACCES, EEXIST, ENOSPC, EMFILE, EROFS, ENOMEM}) {
+            fault = Fault{row.call, 1, Way::Once, error};
+            EXPECT_EQ(outcomeOf(row.open), outcomeOfOpening(error)) << row.call << ' ' << std::strerror(error);
+        }
+    }
+    for (const int error : {EACCES, EINVAL, EIO, ENOENT}) {
+        fault = Fault{"changeSize", 1, Way::Once, error};
+        const std::string outcome = outcomeOf([this] { File(m_path.c_str(), File::Write, File::Truncate); });
+        EXPECT_EQ(outcome, error == EACCES || error == EINVAL ? "File::AccessError" : "File::CantOpen");
+    }
+    EXPECT_EQ(names(), std::vector<std::string>{"file"});
+    fs::current_path(before);
+    EXPECT_EQ(readWholeFile(m_path), "old");
+}
+
+TEST_F(FileFaults, AFileReadsAndWritesOrSaysWhy) {
+    std::string back;
+    bool flushed = false;
+    failEverywhere([this] { writeWholeFile(m_path, "what was there before"); },
+                   [&] {
+                       back.clear();
+                       FileStream file(m_path.c_str(), FileStream::ReadWrite, FileStream::Truncate);
+                       writeText(file);
+                       file.setPosition(0);
+                       back.resize(kText.size());
+                       file.readData(back.data(), 1000);
+                       for (std::size_t at = 1000; at < back.size(); at += 500) {
+                           file.readData(back.data() + at,
+                                         static_cast<int>(std::min<std::size_t>(500, back.size() - at)));
+                       }
+                       file.setPosition(7);
+                       char byte;
+                       file.readData(&byte, 1);
+                       if (file.getPosition() != 8) throw Exception();
+                       file.writeData("X", 1);
+                       flushed = file.flush();
+                   },
+                   [&](const std::string& outcome) {
+                       const std::string onDisk = readWholeFile(m_path);
+                       if (outcome.empty()) {
+                           std::string edited = kText;
+                           edited[8] = 'X';
+                           EXPECT_TRUE(back == kText);
+                           EXPECT_TRUE(flushed || !m_harmless);
+                           EXPECT_TRUE(onDisk == edited || (!flushed && onDisk == kText));
+                       } else if (outcome == "Exception" || outcome == "File::EndOfFile") {
+                           EXPECT_TRUE(onDisk == kText.substr(0, onDisk.size())) << "not an unbroken beginning";
+                           EXPECT_EQ(outcome, m_call == "read" ? "File::EndOfFile" : "Exception");
+                       } else {
+                           EXPECT_TRUE(m_call == "openPath" || m_call == "wrap" || m_call == "dropBuffer"
+                                       || m_call == "changeSize")
+                               << outcome;
+                       }
+                   });
+}
+
+TEST_F(FileFaults, ATemporaryFileGoes) {
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder.path());
+    failEverywhere([] {},
+                   [] {
+                       FileStream file;
+                       writeText(file);
+                       file.setPosition(1000);
+                       char byte;
+                       file.readData(&byte, 1);
+                       if (!file.flush()) throw Exception();
+                   },
+                   [&](const std::string&) { EXPECT_EQ(names().empty(), m_call != "removePath" || m_harmless); });
+    fs::current_path(before);
+}
+
+TEST_F(FileFaults, ChunksNestOrSayWhy) {
+    bool flushed = false;
+    std::string whole;
+    const auto work = [&] {
+        FileStream file(m_path.c_str());
+        BinaryIO<LittleEndianBinaryPolicy> io;
+        const IFFWriter outer(file, io, "Crvs");
+        for (int child = 0; child < 3; ++child) {
+            const IFFWriter inner(file, io, "Text");
+            writeText(file);
+            inner.patchSize();
+        }
+        outer.patchSize();
+        file.setPosition(0);
+        const IFFReader reader(file, io);
+        while (file.getPosition() < reader.getPayloadEnd()) IFFReader(file, io).skip();
+        if (!reader.validateSize()) throw Exception();
+        flushed = file.flush();
+    };
+    work();
+    whole = readWholeFile(m_path);
+    failEverywhere([] {}, work,
+                   [&](const std::string& outcome) {
+                       EXPECT_TRUE(!outcome.empty() || !flushed || readWholeFile(m_path) == whole);
+                       EXPECT_TRUE(flushed || !m_harmless);
+                   });
+}
+
+TEST_F(FileFaults, ASaveKeepsTheOldTargetOrInstallsTheNewOne) {
+    failEverywhere([this] { writeWholeFile(m_path, "old"); },
+                   [this] {
+                       SafeFileSave save(m_path.c_str());
+                       writeText(*save.getStream());
+                       save.finish();
+                   },
+                   [this](const std::string& outcome) {
+                       const bool there = fs::exists(m_path);
+                       const std::string found = readWholeFile(there ? m_path : m_working);
+                       if (outcome.empty()) {
+                           EXPECT_TRUE(m_harmless || m_call == "tell" || m_call == "removePath") << "unnoticed";
+                           EXPECT_TRUE(there && found == kText);
+                           EXPECT_FALSE(fs::exists(m_working));
+                       } else if (m_call == "renamePath") {
+                           EXPECT_EQ(outcome, "SafeFileSave::CantFinish");
+                           EXPECT_TRUE(!there && found == kText) << "the new document is in neither place";
+                       } else {
+                           EXPECT_TRUE(there && found == "old");
+                           const bool unknownWhose = m_call == "statusOfPath" || m_call == "statusOfHandle";
+                           EXPECT_EQ(fs::exists(m_working), unknownWhose);
+                       }
+                   });
+}
+
+TEST_F(FileFaults, ASaveOfANewTargetIsWholeOrNothing) {
+    failEverywhere([] {},
+                   [this] {
+                       SafeFileSave save(m_path.c_str());
+                       writeText(*save.getStream());
+                       save.finish();
+                   },
+                   [this](const std::string& outcome) {
+                       const bool unknownWhose = m_call == "statusOfPath" || m_call == "statusOfHandle";
+                       if (outcome.empty() || unknownWhose) {
+                           EXPECT_TRUE(m_harmless || m_call == "tell" || unknownWhose) << "unnoticed";
+                           EXPECT_TRUE(readWholeFile(m_path) == kText);
+                       } else {
+                           EXPECT_TRUE(names().empty());
+                       }
+                   });
+}
+
+TEST_F(FileFaults, AnAbandonedSaveKeepsTheOldTarget) {
+    failEverywhere(
+        [this] { writeWholeFile(m_path, "old"); }, [this] { writeText(*SafeFileSave(m_path.c_str()).getStream()); },
+        [this](const std::string&) {
+            EXPECT_EQ(readWholeFile(m_path), "old");
+            const bool stays = m_call == "statusOfPath" || m_call == "statusOfHandle" || m_call == "removePath";
+            EXPECT_EQ(fs::exists(m_working), stays && !m_harmless);
+        });
+}
+
+// Kills a save in place of each of its calls, one after another.
+TEST_F(FileFaults, AKilledSaveLeavesWhatTheHeaderSays) {
+    for (const bool existed : {true, false}) {
+        bool killed = true;
+        int kills = 0;
+        int missing = 0;
+        for (int use = 1; killed; ++use) {
+            clear();
+            if (existed) writeWholeFile(m_path, "old");
+            const pid_t saver = ::fork();
+            ASSERT_NE(saver, -1);
+            if (saver == 0) {
+                fault = Fault{nullptr, use, Way::Kill, 0};
+                SafeFileSave save(m_path.c_str());
+                writeText(*save.getStream());
+                save.finish();
+                ::_exit(0);
+            }
+            int status = 0;
+            ASSERT_EQ(::waitpid(saver, &status, 0), saver);
+            killed = WIFSIGNALED(status);
+            kills += killed;
+
+            const std::string found = readWholeFile(m_path);
+            if (!killed) {
+                EXPECT_TRUE(found == kText);
+                EXPECT_FALSE(fs::exists(m_working));
+            } else if (!existed) {
+                EXPECT_TRUE(found == kText.substr(0, found.size()));
+            } else if (fs::exists(m_path)) {
+                EXPECT_EQ(found, "old");
+            } else {
+                ++missing;
+                EXPECT_TRUE(readWholeFile(m_working) == kText);
+            }
+        }
+        EXPECT_GE(kills, 10);
+        EXPECT_EQ(missing, existed ? 1 : 0) << "there is one moment without a target";
+    }
+}

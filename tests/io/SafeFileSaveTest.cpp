@@ -1,0 +1,184 @@
+#include "FCurveLib/SafeFileSave.h"
+
+#include "support/NotRoot.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace VEM_FN::FCurveLib;
+namespace fs = std::filesystem;
+
+namespace {
+
+class SafeFileSaveTest : public testing::Test {
+protected:
+    TempFolder m_folder;
+    std::string m_target = m_folder.file("a.fcrvx");
+
+    static void write(SafeFileSave& save, const std::string& bytes) {
+        save.getStream()->writeData(bytes.data(), static_cast<int>(bytes.size()));
+    }
+
+    // The folder's files, "name=content" each.
+    std::set<std::string> contents() const {
+        std::set<std::string> all;
+        for (const auto& entry : fs::directory_iterator(m_folder.path())) {
+            all.insert(entry.path().filename().string() + '=' + readWholeFile(entry.path()));
+        }
+        return all;
+    }
+};
+
+using Contents = std::set<std::string>;
+
+// Files of this process may not grow beyond size for as long as it lives: a disk that fills up.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t size) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit = {size, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before;
+};
+
+} // namespace
+
+TEST_F(SafeFileSaveTest, ANewTargetIsWrittenInPlace) {
+    SafeFileSave save(m_target.c_str());
+    EXPECT_EQ(save.getStream()->getPathname(), m_target);
+    EXPECT_EQ(save.getStream()->getAccess(), FileStream::ReadWrite);
+    write(save, "new");
+    save.finish();
+    EXPECT_EQ(save.getStream(), nullptr);
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=new"}));
+    writeWholeFile(m_target, "changed since");
+    EXPECT_NO_THROW(save.finish()) << "a second call does nothing";
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=changed since"}));
+}
+
+TEST_F(SafeFileSaveTest, AnExistingTargetIsReplaced) {
+    writeWholeFile(m_target, "old");
+    writeWholeFile(m_target + ".tmp", "left by a crash");
+    {
+        SafeFileSave save(m_target.c_str());
+        SafeFileSave other(m_target.c_str());
+        EXPECT_EQ(save.getStream()->getPathname(), m_target + ".tmp2");
+        EXPECT_EQ(other.getStream()->getPathname(), m_target + ".tmp3");
+        write(save, "new");
+        EXPECT_EQ(readWholeFile(m_target), "old");
+        save.finish();
+        EXPECT_EQ(readWholeFile(m_target), "new");
+        write(other, "newer");
+        other.finish();
+    }
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=newer", "a.fcrvx.tmp=left by a crash"}));
+}
+
+TEST_F(SafeFileSaveTest, AnUnfinishedSaveLeavesWhatWasThere) {
+    { write(*std::make_unique<SafeFileSave>(m_target.c_str()), "part"); }
+    EXPECT_EQ(contents(), Contents{});
+    writeWholeFile(m_target, "old");
+    { write(*std::make_unique<SafeFileSave>(m_target.c_str()), "part"); }
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=old"}));
+}
+
+TEST_F(SafeFileSaveTest, AConstructorThatRaisesMakesNothing) {
+    EXPECT_THROW(SafeFileSave((m_folder.file("missing") + "/a").c_str()), File::FileDoesntExist);
+    EXPECT_THROW(SafeFileSave(nullptr), File::FileDoesntExist);
+    EXPECT_THROW(SafeFileSave((m_target + std::string(300, 'x')).c_str()), File::CantOpen);
+    EXPECT_EQ(contents(), Contents{});
+
+    writeWholeFile(m_target, "old");
+    fs::permissions(m_folder.path(), fs::perms(0555));
+    const NotRoot user;
+    if (!user.permissionsAreAsked()) GTEST_SKIP() << "root may do everything here";
+    EXPECT_THROW(SafeFileSave(m_target.c_str()), File::AccessError);
+    EXPECT_THROW(SafeFileSave(m_folder.file("new").c_str()), File::AccessError);
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=old"}));
+}
+
+TEST_F(SafeFileSaveTest, AReadOnlyTargetIsReplaced) {
+    writeWholeFile(m_target, "old");
+    fs::permissions(m_target, fs::perms::owner_read);
+    SafeFileSave save(m_target.c_str());
+    write(save, "new");
+    save.finish();
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=new"}));
+}
+
+TEST_F(SafeFileSaveTest, ADirectoryIsNotReplaced) {
+    fs::create_directory(m_target);
+    SafeFileSave save(m_target.c_str());
+    write(save, "new");
+    try {
+        save.finish();
+        FAIL() << "no exception";
+    } catch (const Exception& exception) {
+        EXPECT_STREQ(exception.what(), "VEM_FN::FCurveLib::SafeFileSave::CantFinish");
+    }
+    EXPECT_TRUE(fs::is_directory(m_target));
+    EXPECT_EQ(readWholeFile(m_target + ".tmp"), "new");
+    EXPECT_NO_THROW(save.finish());
+}
+
+TEST_F(SafeFileSaveTest, AFullDiskKeepsTheOldTarget) {
+    const std::string large(300000, 'x');
+    for (const std::size_t length : {std::size_t{60000}, large.size()}) { // lost when flushing; lost while writing
+        for (const bool existed : {true, false}) {
+            fs::remove(m_target);
+            if (existed) writeWholeFile(m_target, "old");
+            SafeFileSave save(m_target.c_str());
+            {
+                const FullDisk full(50000);
+                EXPECT_NO_THROW(write(save, large.substr(0, length)));
+                EXPECT_THROW(save.finish(), SafeFileSave::CantFinish);
+            }
+            EXPECT_EQ(contents(), existed ? Contents{"a.fcrvx=old"} : Contents{});
+        }
+    }
+}
+
+TEST_F(SafeFileSaveTest, TheSecondOfTwoSavesOfANewTargetSurvives) {
+    for (const bool finish : {true, false}) {
+        fs::remove(m_target);
+        {
+            SafeFileSave first(m_target.c_str());
+            SafeFileSave second(m_target.c_str());
+            write(first, "first");
+            write(second, "second");
+            second.finish();
+            if (finish) {
+                EXPECT_THROW(first.finish(), SafeFileSave::CantFinish) << "its file has been replaced";
+            }
+        }
+        EXPECT_EQ(contents(), (Contents{"a.fcrvx=second"}));
+    }
+}
+
+TEST_F(SafeFileSaveTest, AWorkingFileThatIsGoneLeavesTheTarget) {
+    writeWholeFile(m_target, "old");
+    SafeFileSave save(m_target.c_str());
+    write(save, "new");
+    fs::remove(m_target + ".tmp");
+    EXPECT_THROW(save.finish(), SafeFileSave::CantFinish);
+    EXPECT_EQ(contents(), (Contents{"a.fcrvx=old"}));
+}

@@ -35,9 +35,9 @@ struct Access {
     static FCurve* curve(Segment& s) noexcept { return s.m_curve ? s.m_curve->curve : nullptr; }
 
     static const Segment* leftSegment(const Keyframe& k) noexcept { return k.m_left; }
-    static const Segment* rightSegment(const Keyframe& k) noexcept { return k.m_right; }
+    static const Segment* rightSegment(const Keyframe& k) noexcept { return k.m_right.get(); }
     static Segment* leftSegment(Keyframe& k) noexcept { return k.m_left; }
-    static Segment* rightSegment(Keyframe& k) noexcept { return k.m_right; }
+    static Segment* rightSegment(Keyframe& k) noexcept { return k.m_right.get(); }
 
     static FCurve* curve(Keyframe& k) noexcept { return k.m_right ? curve(*k.m_right) : nullptr; }
     static FCurve* curve(Tangent& t) noexcept {
@@ -77,8 +77,8 @@ struct Access {
     static void exchangeInTangents(Segment& a, Segment& b) noexcept;
     static void copyTangent(Tangent& to, const Tangent& from);
     static void detach(Segment& s) noexcept;
-    // Takes every segment out of its chain, for whoever still holds parts of it.
-    static void release(SegmentMap& segments) noexcept;
+    // Takes every segment of a chain out of it, for whoever still holds parts of it.
+    static void release(std::shared_ptr<Segment> leading) noexcept;
 
     // --- rebuild a stored or copied curve to the last bit: nothing is recomputed, limited or notified
     // ------------------ Appends a key behind the last one, with the flags and properties of the given key. Returns the

@@ -93,6 +93,7 @@ TangentSite SiteOf(const Tangent& tangent, Segment* segment) noexcept {
     Keyframe* own = site.isIn ? Access::rightKey(*segment) : Access::leftKey(*segment);
     if (!own) return site;
     site.own = PositionOf(own);
+    if (site.type <= Tangent::Linear) return site; // looks no further than its own segment
     site.before = PositionOf(PreviousKey(*own));
     site.after = PositionOf(NextKey(*own));
     return site;
@@ -140,6 +141,30 @@ void UpdateTangents(Keyframe* first, Keyframe* last, Edit& edit) {
         UpdateTangent(*Access::outTangent(*right), right, edit);
         if (key == last) break;
     }
+}
+
+namespace {
+
+void UpdateIfSmooth(Tangent& tangent, Segment* segment, Edit& edit) {
+    if (tangent.getType() > Tangent::Linear) UpdateTangent(tangent, segment, edit);
+}
+
+} // namespace
+
+void UpdateBeforeChange(Keyframe* key, Edit& edit) {
+    if (!key) return;
+    Segment* left = Access::leftSegment(*key);
+    Segment* right = Access::rightSegment(*key);
+    UpdateIfSmooth(*Access::inTangent(*left), left, edit);
+    UpdateTangent(*Access::outTangent(*right), right, edit);
+}
+
+void UpdateAfterChange(Keyframe* key, Edit& edit) {
+    if (!key) return;
+    Segment* left = Access::leftSegment(*key);
+    Segment* right = Access::rightSegment(*key);
+    UpdateTangent(*Access::inTangent(*left), left, edit);
+    UpdateIfSmooth(*Access::outTangent(*right), right, edit);
 }
 
 void AlignTangents(Keyframe& key, Edit& edit) {

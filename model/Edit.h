@@ -77,8 +77,13 @@ void StoreHandle(Tangent& tangent, Segment* segment, const Vector2D<double>& han
 void EditHandle(Tangent& tangent, Segment* segment, double x, double y, Edit& edit);
 // Recomputes the tangent from its type.
 void UpdateTangent(Tangent& tangent, Segment* segment, Edit& edit);
-// Recomputes both tangents of every key from first to last, from left to right. Null first: nothing.
+// Recomputes both tangents of every key from first to last, from left to right.
 void UpdateTangents(Keyframe* first, Keyframe* last, Edit& edit);
+// Recomputes what depends on the segment on one side of a key that stayed where it was: the tangent on that side, and
+// the other one if its type looks at both neighbours. Most tangents do not, and their parts are then left alone: in a
+// long curve they are not in the cache. Null key: nothing.
+void UpdateBeforeChange(Keyframe* key, Edit& edit); // the change lies on the key's right
+void UpdateAfterChange(Keyframe* key, Edit& edit);  // on its left
 // Brings the tangents of a key that has just been unified into line.
 void AlignTangents(Keyframe& key, Edit& edit);
 

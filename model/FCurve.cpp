@@ -5,7 +5,6 @@
 #include "model/Access.h"
 #include "model/Edit.h"
 
-#include <limits>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -16,9 +15,6 @@ using Private::Access;
 namespace {
 
 FCurve::ChangeType g_changeType = FCurve::OrdinaryChange;
-
-// The abscissa of the leading entry, which lies before every key.
-constexpr double kLeadingX = -std::numeric_limits<double>::infinity();
 
 } // namespace
 
@@ -69,16 +65,16 @@ std::shared_ptr<Keyframe> Access::copyKey(const Keyframe& key) {
 }
 
 Segment* Access::appendRaw(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator) {
-    Segment& before = *c.m_segments.last();
-    if (before.m_leftKey && !(before.m_leftKey->getX() < key.getX())) return nullptr;
+    const SegmentMap::Place place = c.m_segments.locate(key.getX());
+    Segment& before = *place.segment;
+    if (place.isAt || before.m_rightKey) return nullptr;
     const auto own = copyKey(key);
-    auto segment = makeSegment(c, own, std::move(interpolator));
-    Segment* result = segment.get();
-    c.m_segments.insert(own->getX(), std::move(segment));
+    const auto segment = makeSegment(c, own, std::move(interpolator));
+    c.m_segments.insert(place, own->getX(), segment.get());
     before.m_rightKey = own;
     own->m_left = &before;
-    own->m_right = result;
-    return result;
+    own->m_right = segment;
+    return segment.get();
 }
 
 void Access::exchangeInTangents(Segment& a, Segment& b) noexcept {
@@ -91,13 +87,16 @@ void Access::detach(Segment& s) noexcept {
     s.m_rightKey.reset();
 }
 
-void Access::release(SegmentMap& segments) noexcept {
-    for (Segment* segment = segments.first(); segment;) {
-        const std::shared_ptr<Keyframe> key = std::move(segment->m_rightKey);
-        Segment* next = key ? key->m_right : nullptr;
-        if (key) key->m_left = key->m_right = nullptr;
+void Access::release(std::shared_ptr<Segment> leading) noexcept {
+    for (std::shared_ptr<Segment> segment = std::move(leading); segment;) {
+        const std::shared_ptr<Keyframe> key = segment->m_rightKey;
+        std::shared_ptr<Segment> next;
+        if (key) {
+            next = std::move(key->m_right);
+            key->m_left = nullptr;
+        }
         detach(*segment);
-        segment = next;
+        segment = std::move(next);
     }
 }
 
@@ -113,11 +112,12 @@ void Access::copyTangent(Tangent& to, const Tangent& from) {
 
 FCurve::FCurve() : m_link(std::make_shared<Private::CurveLink>()) {
     m_link->curve = this;
-    m_segments.insert(kLeadingX, Access::makeSegment(*this, nullptr, Constant::create()));
+    m_leading = Access::makeSegment(*this, nullptr, Constant::create());
+    m_segments.insertLeading(m_leading.get());
 }
 
 FCurve::~FCurve() {
-    Access::release(m_segments);
+    Access::release(std::move(m_leading));
     m_link->curve = nullptr;
     if (m_identity) m_identity->curve = nullptr;
 }
@@ -164,6 +164,7 @@ void FCurve::swap(FCurve& other) {
 void FCurve::exchange(FCurve& other) noexcept {
     m_name.swap(other.m_name);
     m_properties.swap(other.m_properties);
+    m_leading.swap(other.m_leading);
     m_segments.swap(other.m_segments);
     m_link.swap(other.m_link);
     m_link->curve = this;
@@ -172,9 +173,11 @@ void FCurve::exchange(FCurve& other) noexcept {
 
 void FCurve::clear() {
     Private::SegmentMap segments;
-    segments.insert(kLeadingX, Access::makeSegment(*this, nullptr, Constant::create()));
+    auto leading = Access::makeSegment(*this, nullptr, Constant::create());
+    segments.insertLeading(leading.get());
     m_segments.swap(segments);
-    Access::release(segments);
+    m_leading.swap(leading);
+    Access::release(std::move(leading));
     notifyChanged();
 }
 
@@ -185,25 +188,26 @@ bool FCurve::CompareKeys::operator()(const Keyframe* a, const Keyframe* b) const
 
 FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Interpolator> interpolator) {
     const double x = key.getX();
-    Segment& before = *m_segments.lookUp(x);
-    if (before.m_leftKey && before.m_leftKey->getX() == x) return Access::iteratorAt(*this, before);
+    const Private::SegmentMap::Place place = m_segments.locate(x);
+    Segment& before = *place.segment;
+    if (place.isAt) return Access::iteratorAt(*this, before);
 
     Private::Edit edit(this);
     const auto own = Access::copyKey(key);
     const auto segment = Access::makeSegment(*this, own, std::move(interpolator));
-    m_segments.insert(x, segment);
+    m_segments.insert(place, x, segment.get());
 
     Keyframe* next = Access::rightKey(before);
     segment->m_rightKey = std::move(before.m_rightKey);
     if (next) next->m_left = segment.get();
     before.m_rightKey = own;
     own->m_left = &before;
-    own->m_right = segment.get();
+    own->m_right = segment;
     Access::exchangeInTangents(before, *segment);
 
     Keyframe* previous = Access::leftKey(before);
-    Private::UpdateTangents(previous, previous, edit);
-    Private::UpdateTangents(next, next, edit);
+    Private::UpdateBeforeChange(previous, edit);
+    Private::UpdateAfterChange(next, edit);
     // The new key's tangents are part of the addition. They come last: nothing that must be told of depends on them any
     // more.
     Private::Edit unheard(nullptr);
@@ -221,19 +225,20 @@ FCurve::iterator FCurve::removeSegment(iterator position) {
     Private::Edit edit(this);
     Keyframe& key = *found->m_leftKey;
     Segment& before = *key.m_left;
-    const std::shared_ptr<Segment> removed = m_segments.erase(key.getX());
+    m_segments.erase(key.getX());
+    const std::shared_ptr<Segment> removed = std::move(key.m_right);
     Keyframe* next = Access::rightKey(*removed);
     before.m_rightKey = removed->m_rightKey;
     if (next) next->m_left = &before;
-    key.m_left = key.m_right = nullptr;
+    key.m_left = nullptr;
     Access::exchangeInTangents(before, *removed);
     Access::detach(*removed);
 
     Keyframe* previous = Access::leftKey(before);
-    Private::UpdateTangents(previous, previous, edit);
-    Private::UpdateTangents(next, next, edit);
+    Private::UpdateBeforeChange(previous, edit);
+    Private::UpdateAfterChange(next, edit);
 
-    const std::shared_ptr<Segment> after = next ? next->m_right->getShared() : nullptr;
+    const std::shared_ptr<Segment> after = next ? next->m_right : nullptr;
     Private::Deliver(this, *removed, [&](FCurveObserver& observer) { observer.segmentRemoved(*this, *removed); });
     edit.notify();
     return after && after->m_curve == m_link ? Access::iteratorAt(*this, *after) : end();

@@ -89,9 +89,9 @@ void Keyframe::set(double x, double y) {
         if (!run.empty()) last = run.back();
         moveRun(run, anchor, delta < 0.0);
     }
-    if (Keyframe* previous = Private::PreviousKey(*first)) first = previous;
-    if (Keyframe* next = Private::NextKey(*last)) last = next;
+    Private::UpdateBeforeChange(Private::PreviousKey(*first), edit);
     Private::UpdateTangents(first, last, edit);
+    Private::UpdateAfterChange(Private::NextKey(*last), edit);
     edit.notify();
 }
 
@@ -144,7 +144,7 @@ std::shared_ptr<const Segment> Keyframe::getLeftSegment() const noexcept {
     return const_cast<Keyframe*>(this)->getLeftSegment();
 }
 std::shared_ptr<Segment> Keyframe::getRightSegment() noexcept {
-    return m_right ? m_right->getShared() : nullptr;
+    return m_right;
 }
 std::shared_ptr<const Segment> Keyframe::getRightSegment() const noexcept {
     return const_cast<Keyframe*>(this)->getRightSegment();

@@ -119,9 +119,9 @@ private:
     static void internalSet(const std::vector<Keyframe*>& keys, double delta, double span, double pivot,
                             Private::Edit& edit);
 
-    // Raw, because the owning curve clears them before it lets a segment go.
-    Segment* m_left = nullptr;
-    Segment* m_right = nullptr;
+    Segment* m_left = nullptr; // raw: the owning curve clears it before it lets the segment go
+    std::shared_ptr<Segment>
+        m_right; // owned: the curve's chain; the owning curve takes it out before it lets the key go
     Vector2D<double> m_position;
     PropertyMap m_properties;
     bool m_breakdown = false;

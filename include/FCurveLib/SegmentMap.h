@@ -51,6 +51,7 @@ private:
 /// The ordered map of a curve: segments by the x of the key at which they start; the leading one, which starts at none,
 /// comes first.
 ///
+/// It owns nothing: the curve holds the leading segment, each key the segment that starts at it.
 /// Segments are nodes of their own, chained through their keys, so that iterators survive every edit around them.
 /// Beside the chain stands an index in two levels: blocks of at most blockSize contiguous abscissae with their
 /// segments, and the contiguous first abscissae of the blocks. A look-up reads contiguous numbers only; an insertion
@@ -79,25 +80,34 @@ public:
     /// Number of the entry that starts at x. Precondition: there is one.
     std::size_t indexOf(double x) const noexcept;
 
-    /// Adds an entry. Precondition: the map has no entry at x. Throws std::bad_alloc and then changes nothing.
-    void insert(double x, std::shared_ptr<Segment> segment);
+    /// Where an abscissa belongs: the entry that find() gives, and whether it starts at exactly that abscissa. Good
+    /// until the map changes.
+    struct Place {
+        std::size_t block;
+        std::size_t slot;
+        Segment* segment;
+        bool isAt;
+    };
+    Place locate(double x) const noexcept;
+
+    /// Adds the first entry, the leading one. Precondition: the map is empty.
+    void insertLeading(Segment* segment);
+    /// Adds an entry behind the place where x belongs. Precondition: the map has no entry at x. Throws std::bad_alloc
+    /// and then changes nothing.
+    void insert(const Place& place, double x, Segment* segment);
     /// Takes the entry at x out. Precondition: there is one.
-    std::shared_ptr<Segment> erase(double x) noexcept;
+    void erase(double x) noexcept;
     /// Gives the entry at oldX another abscissa that leaves the order as it is. Precondition: there is one.
     void rekey(double oldX, double newX) noexcept;
 
-    /// \name Evaluation's short way, see SegmentMap.cpp
-    /// @{
-    static constexpr std::size_t blockSize = 256;
-    /// @}
-
 private:
+    static constexpr std::size_t blockSize = 128;
     struct Block;
 
     std::size_t findBlock(double x) const noexcept;
 
     std::vector<double> m_firstX; // of each block; -infinity for the first
-    std::vector<Block> m_blocks;
+    std::vector<std::unique_ptr<Block>> m_blocks;
     std::size_t m_size = 0;
 };
 

@@ -134,7 +134,7 @@ public:
 
     /// Writes what is held back, then goes to position, at most getSize(). Raises EndOfFile past that, the base
     /// Exception for a negative position and when flushing, asking for the size or seeking fails. The position is
-    /// unchanged when it raises.
+    /// unchanged when it raises. A position among the bytes that were read ahead is taken without asking for anything.
     void setPosition(int position);
 
     /// The length that the file system reports for the path name: not of the open file, should it have been renamed or

@@ -16,7 +16,8 @@ inline namespace v19 {
 /// standard streams' operators on any of them. A host may derive its own: the contracts below are what the library's
 /// readers and writers rely on.
 ///
-/// One object must not be used by two threads at once; separate objects are independent.
+/// Buffers must not overlap the stream's own storage. One object must not be used by two threads at once; separate
+/// objects are independent.
 class FCURVELIB_API Stream {
 public:
     /// What the exceptions of the streams in memory derive from (a FileStream raises those of File).
@@ -32,7 +33,7 @@ public:
     /// A count of 0 always succeeds, at the end too (buffer may then be null).
     virtual void readData(void* buffer, int count) = 0;
 
-    /// Writes count bytes at the position and advances. buffer must not lie in the stream's own storage.
+    /// Writes count bytes at the position and advances.
     virtual void writeData(const void* buffer, int count) = 0;
 
     virtual int getPosition() const = 0;

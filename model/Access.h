@@ -55,6 +55,9 @@ struct Access {
     static FCurve::iterator iteratorAt(FCurve& c, Segment& s) noexcept {
         return FCurve::iterator(SegmentMapIterator(&s, &c.m_segments));
     }
+    static FCurve::const_iterator iteratorAt(const FCurve& c, const Segment& s) noexcept {
+        return FCurve::const_iterator(SegmentMapIterator(const_cast<Segment*>(&s), &c.m_segments));
+    }
     // The position of the curve in the container; its end if the curve is not there.
     static FCurveContainer::iterator find(FCurveContainer& container, const FCurve& curve) noexcept {
         return container.find(&curve);

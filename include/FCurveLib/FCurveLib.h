@@ -33,6 +33,7 @@
 #include "FCurveLib/HitRecord.h"
 #include "FCurveLib/HitRecordIterator.h"
 #include "FCurveLib/IFF.h"
+#include "FCurveLib/IndexLookup.h"
 #include "FCurveLib/InterpMaker.h"
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/InterpolatorFactory.h"

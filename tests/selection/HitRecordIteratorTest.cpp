@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace fcurvelib_test;
+using namespace Test;
 
 // The order of the walk, written down a second time: by curve and segment, without an iterator.
 Names expectedNames(const FCurveContainer& container) {

@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace fcurvelib_test;
+using namespace Test;
 
 struct HitRecordTest : testing::Test {
     std::shared_ptr<FCurve> curve = makeCurve("a", 2, bent());

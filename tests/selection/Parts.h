@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-namespace fcurvelib_test {
+namespace Test {
 
 using namespace VEM_FN::FCurveLib;
 using Names = std::vector<std::string>;
@@ -121,4 +121,4 @@ public:
     Names heard;
 };
 
-} // namespace fcurvelib_test
+} // namespace Test

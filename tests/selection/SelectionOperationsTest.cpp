@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace fcurvelib_test;
+using namespace Test;
 using testing::IsEmpty;
 
 struct SelectionOperationsTest : testing::Test {

@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace fcurvelib_test;
+using namespace Test;
 using testing::IsEmpty;
 
 // Does something when it is called.

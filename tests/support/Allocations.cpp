@@ -20,10 +20,10 @@ void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
-namespace fcurvelib_test {
+namespace Test {
 
 std::size_t allocationsSoFar() noexcept {
     return g_allocations;
 }
 
-} // namespace fcurvelib_test
+} // namespace Test

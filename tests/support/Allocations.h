@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace fcurvelib_test {
+namespace Test {
 
 std::size_t allocationsSoFar() noexcept;
 
@@ -16,4 +16,4 @@ std::size_t allocationsOf(const Act& act) {
     return allocationsSoFar() - before;
 }
 
-} // namespace fcurvelib_test
+} // namespace Test

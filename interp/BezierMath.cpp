@@ -203,14 +203,15 @@ void Private::MakeBezierMonotonic(double x0, double y0, double& x1, double& y1, 
     const BezierArgs given = BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
     BezierArgs p = given;
     MakeBezierMonotonic(p);
+    const double width = x3 - x0;
     // Rounded towards the key: a length that the sum rounded up could fold again.
     if (p.outX != given.outX) {
-        x1 = x0 + p.outX;
+        x1 = p.outX == width ? x3 : x0 + p.outX;
         if (x1 - x0 > p.outX) x1 = std::nextafter(x1, x0);
         y1 = y0 + p.outY;
     }
     if (p.inX != given.inX) {
-        x2 = x3 + p.inX;
+        x2 = -p.inX == width ? x0 : x3 + p.inX;
         if (x2 - x3 < p.inX) x2 = std::nextafter(x2, x3);
         y2 = y3 + p.inY;
     }

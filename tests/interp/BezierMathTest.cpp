@@ -1,0 +1,527 @@
+// The internal mathematics of Bezier segments, against an oracle in long double that finds t by bisection.
+//
+// FCURVELIB_ORACLE_SAMPLES sets how many abscissae are compared per row (200000 for a thorough run).
+
+#include "interp/BezierMath.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace VEM_FN::FCurveLib;
+using namespace VEM_FN::FCurveLib::Private;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int defaultSamples = 100;
+#else
+constexpr int defaultSamples = 1000;
+#endif
+
+int OracleSamples() {
+    const char* const text = std::getenv("FCURVELIB_ORACLE_SAMPLES");
+    return text ? std::max(1, std::atoi(text)) : defaultSamples;
+}
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+// --- the oracle ------------------------------------------------------------------------------------------------------
+
+using Exact = long double;
+
+struct Oracle {
+    explicit Oracle(const BezierArgs& args) : p(args), width(Exact(p.x3) - p.x0), rise(Exact(p.y3) - p.y0) {
+        for (int i = 0; i <= 256; ++i) {
+            const Exact y = offsetY(i / Exact(256));
+            low = std::min(low, y);
+            high = std::max(high, y);
+        }
+    }
+
+    static Exact bernstein(Exact t, Exact b1, Exact b2, Exact b3) {
+        const Exact u = 1 - t;
+        return 3 * u * u * t * b1 + 3 * u * t * t * b2 + t * t * t * b3;
+    }
+    Exact offsetX(Exact t) const { return bernstein(t, p.outX, width + p.inX, width); }
+    Exact offsetY(Exact t) const { return bernstein(t, p.outY, rise + p.inY, rise); }
+    Exact range() const { return high - low; }
+
+    // The t at which the offset from the left key is reached.
+    Exact t(Exact offset) const {
+        Exact from = 0;
+        Exact to = 1;
+        for (int i = 0; i < LDBL_MANT_DIG + 8; ++i) {
+            const Exact middle = (from + to) / 2;
+            (offsetX(middle) < offset ? from : to) = middle;
+        }
+        return (from + to) / 2;
+    }
+
+    Exact y(double x) const { return p.y0 + offsetY(t(Exact(x) - p.x0)); }
+
+    // By how much the oracle's own rounding may move its answer: much where the curve is vertical.
+    Exact doubt(double x) const {
+        const Exact offset = Exact(x) - p.x0;
+        const Exact noise = 8 * LDBL_EPSILON * width;
+        return std::abs(offsetY(t(offset + noise)) - offsetY(t(offset - noise)));
+    }
+
+    BezierArgs p;
+    Exact width;
+    Exact rise;
+    Exact low = 0;
+    Exact high = 0;
+};
+
+// The largest error of EvalBezierY in units of the value range, over samples at equal and at random distances; the
+// text tells where it is.
+double WorstError(const BezierArgs& p, std::mt19937_64& random, std::string& where) {
+    const Oracle oracle(p);
+    std::uniform_real_distribution<double> anywhere(p.x0, p.x3);
+    const int samples = OracleSamples();
+    Exact worst = 0;
+    for (int i = 0; i < samples; ++i) {
+        const double x = i % 2 ? anywhere(random) : p.x0 + (p.x3 - p.x0) * i / samples;
+        const double y = EvalBezierY(x, p);
+        Exact error = std::abs(y - oracle.y(x));
+        // The value itself is a double: half a unit in its last place is no error.
+        error -= DBL_EPSILON * std::abs(Exact(y)) / 2;
+        if (error / oracle.range() > Exact(1e-11)) error -= oracle.doubt(x);
+        if (!(error / oracle.range() <= worst)) {
+            worst = error / oracle.range();
+            where = "x0 " + std::to_string(p.x0) + " width " + std::to_string(p.x3 - p.x0) + " handles "
+                    + std::to_string(p.outX / (p.x3 - p.x0)) + " " + std::to_string(-p.inX / (p.x3 - p.x0)) + " at "
+                    + std::to_string((x - p.x0) / (p.x3 - p.x0));
+        }
+    }
+    return static_cast<double>(worst);
+}
+
+// --- polynomials -----------------------------------------------------------------------------------------------------
+
+TEST(BezierMath, SolveQuadratic) {
+    struct Row {
+        double a, b, c;
+        std::vector<double> roots;
+    };
+    const Row rows[] = {
+        {1, -3, 2, {1, 2}}, {-1, 3, -2, {1, 2}},    {2, 4, -6, {-3, 1}},        {1, 0, -4, {-2, 2}},
+        {1, -2, 1, {1}},    {1, -2, 1 + 1e-8, {1}}, // a negative discriminant near zero counts as zero
+        {1, 0, 1, {}},      {0, 2, -3, {1.5}},      {1e-8, 2, -3, {1.5}},       // a near zero
+        {0, 0, 5, {}},      {1, 0, 0, {0}},         {1, 1e9, 1, {-1e9, -1e-9}}, // the small root keeps its digits
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.a << " t^2 + " << row.b << " t + " << row.c);
+        double roots[2] = {nan, nan};
+        const int count = SolveQuadratic(row.a, row.b, row.c, roots);
+        ASSERT_EQ(count, static_cast<int>(row.roots.size()));
+        for (int i = 0; i < count; ++i)
+            EXPECT_NEAR(roots[i], row.roots[static_cast<std::size_t>(i)], 1e-15 * std::abs(roots[i]) + 1e-24);
+    }
+}
+
+TEST(BezierMath, SolveCubic) {
+    struct Row {
+        std::vector<double> roots; // of the polynomial, with multiplicity
+        int count;
+        std::vector<double> found;
+    };
+    const Row rows[] = {
+        {{1, 2, 3}, 3, {1, 2, 3}},
+        {{-7, 0.25, 100}, 3, {-7, 0.25, 100}},
+        {{0, 0, 0}, 1, {0}},
+        {{2, 2, 2}, 1, {2}},
+        {{1, 1 + 3e-8, 4}, 2, {1, 4}}, // roots equal within the tolerance count once
+        {{-4, 1, 1 + 3e-8}, 2, {-4, 1}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.roots));
+        const double p = row.roots[0];
+        const double q = row.roots[1];
+        const double r = row.roots[2];
+        double roots[3] = {nan, nan, nan};
+        const int count = SolveCubic(-(p + q + r), p * q + p * r + q * r, -p * q * r, roots);
+        ASSERT_EQ(count, row.count);
+        for (int i = 0; i < count; ++i) EXPECT_NEAR(roots[i], row.found[static_cast<std::size_t>(i)], 1e-6);
+    }
+    // (t - k)(t^2 + 1), one real root of either sign and size
+    for (const double k : {-1e6, -2.0, -1e-3, 0.0, 0.5, 3.0, 1e6}) {
+        double roots[3] = {nan, nan, nan};
+        ASSERT_EQ(SolveCubic(-k, 1, -k, roots), 1) << k;
+        EXPECT_NEAR(roots[0], k, 1e-9 * std::max(1.0, std::abs(k)));
+    }
+}
+
+// --- the parameter ---------------------------------------------------------------------------------------------------
+
+TEST(BezierMath, SolveBezierT) {
+    struct Row {
+        double x0, x1, x2, x3, x, t;
+    };
+    const Row rows[] = {
+        {0, 1, 2, 3, 1.5, 0.5},
+        {0, 0, 3, 3, 1.5, 0.5},
+        {0, 3, 0, 3, 1.5, 0.5}, // vertical in the middle
+        {0, 1, 2, 3, 0, 0},     // at the keys
+        {0, 1, 2, 3, 3, 1},
+        {0, 1, 2, 3, -7, 0}, // beyond the keys
+        {0, 1, 2, 3, 7, 1},
+        {0, 1, 2, 3, -infinity, 0},
+        {0, 1, 2, 3, infinity, 1},
+        {0, 5, 5, 5, 4.375, 0.5},
+        {0, 0, 0, 8, 1, 0.5},       // x(t) = 8 t^3
+        {0, 0, 0, 8e-9, 1e-9, 0.5}, // a span below the tolerance
+        {1e7, 1e7, 1e7, 1e7 + 8, 1e7 + 1, 0.5},
+        {2, 2, 2, 2, 2, 0}, // no span at all
+        {2, 2, 2, 2, 3, 1},
+        {2, 2, 2, 2, 1, 0},
+    };
+    for (const Row& row : rows)
+        EXPECT_NEAR(SolveBezierT(row.x, row.x0, row.x1, row.x2, row.x3), row.t, 1e-15)
+            << row.x0 << ' ' << row.x1 << ' ' << row.x2 << ' ' << row.x3 << " at " << row.x;
+    EXPECT_TRUE(std::isnan(SolveBezierT(nan, 0, 1, 2, 3)));
+}
+
+// x(t) = w / 2 (1 + (2 t - 1)^3): the one vertical place whose t is known in closed form, t = (1 + cbrt(2 x / w - 1))
+// / 2.
+TEST(BezierMath, ParameterIsExactWhereTheCurveIsVertical) {
+    for (const double width : {0.001, 1.0, 3.0, 1e6}) {
+        std::vector<double> xs;
+        double below = width / 2.0;
+        double above = below;
+        for (int i = 0; i < 50; ++i) {
+            xs.push_back(below);
+            xs.push_back(above);
+            below = std::nextafter(below, 0.0);
+            above = std::nextafter(above, width);
+        }
+        for (double off = 1e-15; off < 0.4; off *= 1.7) xs.push_back(width * (0.5 + off));
+        for (const double x : xs) {
+            const Exact t = (1 + std::cbrt((2 * Exact(x) - Exact(width)) / Exact(width))) / 2;
+            ASSERT_NEAR(SolveBezierT(x, 0, width, 0, width), static_cast<double>(t), 1e-12)
+                << "width " << width << " x " << x;
+        }
+    }
+}
+
+TEST(BezierMath, RepairFindsTheRootFromAnyGuess) {
+    std::mt19937_64 random(7);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int i = 0; i < 2000; ++i) {
+        const double width = std::pow(10.0, 9.0 * unit(random) - 3.0);
+        const BezierArgs p{0, 0, width, 1, width * unit(random), 0.3, -width * unit(random), -0.2};
+        const double x = width * unit(random);
+        const double t = static_cast<double>(Oracle(p).t(x));
+        for (const double guess : {0.0, 1e-9, 0.5, 1.0, unit(random), nan})
+            ASSERT_NEAR(RepairBezierPlace(x, p, guess).t, t, 1e-11) << "guess " << guess << " row " << i;
+    }
+}
+
+// --- values ----------------------------------------------------------------------------------------------------------
+
+TEST(BezierMath, ValueWhereTheClosedFormFails) {
+    const BezierArgs flat{0, 0, 1000, 100, 250, 0, -416.66666, 0};
+    EXPECT_NEAR(EvalBezierY(0.1, flat), 0.0000053, 5e-8);
+    EXPECT_NEAR(EvalBezierY(500, flat), 59.186280, 5e-7);
+    const BezierArgs steps = BezierArgs::FromPoints(0, 0, 25, 0, 58.333333, 100, 100, 100);
+    EXPECT_NEAR(EvalBezierY(25, steps), 21.9507, 5e-5);
+    // What the check is for: there the closed form alone takes another root.
+    EXPECT_NEAR(ClosedFormBezierT(0.1, 250, 583.33334, 1000), 1.0, 1e-9);
+}
+
+class BezierValue : public testing::TestWithParam<double> {
+protected:
+    BezierValue() : random(static_cast<std::mt19937_64::result_type>(1e4 * GetParam())) {}
+
+    double between(double low, double high) { return std::uniform_real_distribution<double>(low, high)(random); }
+
+    // Compares one row: a segment that starts at the given key, of the parameter's width, with handles in that unit.
+    void check(double start, double out, double in) {
+        if (start + width == start || (start > 1e6 && width < 1.0)) return;
+        const double exactWidth = start + width - start;
+        checkExactly({start, 0, start + width, 1, exactWidth * out, between(-1, 1), -exactWidth * in, between(-1, 1)});
+    }
+    void checkExactly(const BezierArgs& p) {
+        std::string where;
+        EXPECT_LE(WorstError(p, random, where), 1e-11) << where;
+    }
+
+    const double width = GetParam();
+    const std::vector<double> starts{0.0, 17.3, 1e5, 1e7};
+    std::mt19937_64 random;
+};
+
+TEST_P(BezierValue, RandomWeightedHandles) {
+    for (const double start : starts)
+        for (int i = 0; i < 4; ++i) check(start, between(0, 1), between(0, 1));
+}
+
+TEST_P(BezierValue, HandlesNearThirds) {
+    for (const double start : starts)
+        for (double off = 1e-3; off > 0.9e-12; off /= 10.0) {
+            check(start, (1.0 + off * between(-1, 1)) / 3.0, (1.0 + off * between(-1, 1)) / 3.0);
+            check(start, (1.0 + off) / 3.0, 1.0 / 3.0);
+        }
+}
+
+TEST_P(BezierValue, HandlesThatSumToTwoThirdsRounded) {
+    for (const double start : starts) {
+        if (start + width == start || (start > 1e6 && width < 1.0)) continue;
+        for (int i = 0; i < 3; ++i) {
+            const double out = between(0.05, 0.6) * width;
+            const double in = 2.0 / 3.0 * width - out;
+            checkExactly({start, 0, start + width, 1, std::round(out * 1e6) / 1e6, between(-1, 1),
+                          -std::round(in * 1e6) / 1e6, between(-1, 1)});
+            checkExactly({start, 0, start + width, 1, static_cast<float>(out), between(-1, 1),
+                          -static_cast<double>(static_cast<float>(in)), between(-1, 1)});
+        }
+    }
+}
+
+TEST_P(BezierValue, VeryShortZeroAndFullSpanHandles) {
+    for (const double start : starts)
+        for (const double out : {0.0, 1e-12, 1e-7, 1e-3, 0.999, 1.0 - 1e-9, 1.0})
+            for (const double in : {0.0, 1e-9, 1e-5, 0.5, 1.0}) check(start, out, in);
+}
+
+INSTANTIATE_TEST_SUITE_P(Widths, BezierValue, testing::Values(1e-3, 0.02, 1.0, 24.0, 1e3, 1e6));
+
+TEST(BezierMath, FlatIsFlatAndKeysAreKeysToTheLastBit) {
+    std::mt19937_64 random(5);
+    std::uniform_real_distribution<double> value(-1e3, 1e3);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int i = 0; i < 300; ++i) {
+        const double x0 = value(random);
+        const double x3 = x0 + 10.0 * unit(random) + 0.001;
+        const double width = x3 - x0;
+        const double y = value(random);
+        const BezierArgs flat{x0, y, x3, y, width * unit(random), 0, -width * unit(random), 0};
+        for (int j = 0; j <= 50; ++j) ASSERT_EQ(EvalBezierY(x0 + j * width / 50, flat), y);
+
+        const BezierArgs any{x0, y, x3, value(random), width * unit(random), value(random), 0, value(random)};
+        EXPECT_EQ(EvalBezierY(x0, any), any.y0);
+        EXPECT_EQ(EvalBezierY(x3, any), any.y3);
+        EXPECT_EQ(EvalBezierY(-infinity, any), any.y0);
+        EXPECT_EQ(EvalBezierY(infinity, any), any.y3);
+        EXPECT_TRUE(std::isnan(EvalBezierY(nan, any)));
+        // No jump next to a key.
+        EXPECT_NEAR(EvalBezierY(std::nextafter(x0, x3), any), any.y0, 2e-4 * 1e3);
+    }
+}
+
+TEST(BezierMath, FiniteInputGivesFiniteValues) {
+    const double numbers[] = {0.0, 1e-300, 1e-8, 1.0, 1e8, 1e150, -1.0, -1e-8, -1e150};
+    for (const double width : {0.0, 1e-300, 1e-3, 1.0, 1e150, -1.0})
+        for (const double out : numbers)
+            for (const double in : numbers)
+                for (const double part : {0.0, 1e-12, 0.3, 0.5, 0.9, 1.0, 2.0, -1.0}) {
+                    BezierArgs p{1.0, 2.0, 1.0 + width, 3.0, out, 0.5, in, 0.25};
+                    ASSERT_TRUE(std::isfinite(EvalBezierY(1.0 + part * width, p)))
+                        << width << ' ' << out << ' ' << in << ' ' << part;
+                    MakeBezierMonotonic(p);
+                    ASSERT_TRUE(std::isfinite(EvalBezierY(1.0 + part * width, p)))
+                        << width << ' ' << out << ' ' << in << ' ' << part;
+                }
+}
+
+// --- derivatives -----------------------------------------------------------------------------------------------------
+
+TEST(BezierMath, DerivativesAgreeWithDifferencesOfTheOracle) {
+    std::mt19937_64 random(11);
+    const auto between = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    for (const double width : {0.001, 1.0, 1e3, 1e6})
+        for (int row = 0; row < 20; ++row) {
+            const double start = row % 2 ? 0.0 : 1234.5;
+            const BezierArgs p{start,
+                               0,
+                               start + width,
+                               1,
+                               width * between(0.05, 0.9),
+                               between(-1, 1),
+                               -width * between(0.05, 0.9),
+                               between(-1, 1)};
+            const Oracle oracle(p);
+            for (int i = 0; i < 20; ++i) {
+                const double x = p.x0 + (p.x3 - p.x0) * between(0.05, 0.95);
+                const BezierPlace at = SolveBezier(x, p);
+                const Exact h = Exact(1e-5) * oracle.width;
+                const Exact offset = Exact(x) - p.x0;
+                const Exact lo = oracle.offsetY(oracle.t(offset - h));
+                const Exact mid = oracle.offsetY(oracle.t(offset));
+                const Exact hi = oracle.offsetY(oracle.t(offset + h));
+                const double slope = static_cast<double>((hi - lo) / (2 * h));
+                const double second = static_cast<double>((hi - 2 * mid + lo) / (h * h));
+                // Differences at h lose about h^2 of the fourth derivative, which is large where x'(t) is small.
+                const Exact u = 1 - oracle.t(offset);
+                const double speed =
+                    static_cast<double>((oracle.offsetX(1 - u + Exact(1e-6)) - oracle.offsetX(1 - u - Exact(1e-6)))
+                                        / Exact(2e-6) / oracle.width);
+                if (speed < 0.2) continue;
+                EXPECT_NEAR(BezierSlope(at, p), slope, 1e-5 / width) << "row " << row;
+                EXPECT_NEAR(BezierSecond(at, p), second, 1e-3 / (width * width)) << "row " << row;
+            }
+        }
+}
+
+TEST(BezierMath, VerticalSlopesAreSentinels) {
+    struct Row {
+        double rise, outX, outY, inX, inY, t, slope, second;
+    };
+    const Row rows[] = {
+        // width 3
+        {1, 0, 2, -1, 0, 0, verticalSlope, -verticalSlope},
+        {1, 0, -2, -1, 0, 0, -verticalSlope, verticalSlope},
+        {1, 1, 0, 0, 2, 1, -verticalSlope, -verticalSlope},
+        {1, 3, 0, -3, 0, 0.5, verticalSlope, 0}, // vertical in the middle
+        {-1, 3, 0, -3, 0, 0.5, -verticalSlope, 0},
+        {0, 0, 0, -1, 0, 0, verticalSlope, 0}, // a zero handle counts as vertical
+        {1, 1, 1e-9, -1, 0, 0, 0, 2.0 / 3.0},  // flat within the tolerance
+        {3, 1, 1, -1, -1, 0.3, 1, 0},
+    };
+    for (const Row& row : rows) {
+        const BezierArgs p{0, 5, 3, 5 + row.rise, row.outX, row.outY, row.inX, row.inY};
+        SCOPED_TRACE(testing::Message() << "out " << row.outX << ", " << row.outY);
+        EXPECT_NEAR(BezierSlope({row.t, 1 - row.t}, p), row.slope, 1e-12);
+        EXPECT_NEAR(BezierSecond({row.t, 1 - row.t}, p), row.second, 1e-8);
+    }
+}
+
+// --- extents ---------------------------------------------------------------------------------------------------------
+
+TEST(BezierMath, ExtentsAreNeverSmallerThanDenseSamplingAndTight) {
+    std::mt19937_64 random(13);
+    const auto between = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    for (const double scale : {1e-200, 1e-12, 1.0, 1e12, 1e200})
+        for (int row = 0; row < 40; ++row) {
+            const double base = row % 3 ? 0.0 : between(-10, 10);
+            const BezierArgs p{0,
+                               scale * base,
+                               3,
+                               scale * (base + between(-1, 1)),
+                               between(0, 3),
+                               scale * between(-4, 4),
+                               -between(0, 3),
+                               scale * between(-4, 4)};
+            const double x0 = row % 2 ? 0.0 : between(0, 1.5);
+            const double x1 = row % 4 < 2 ? 3.0 : between(1.5, 3);
+            const BezierPlace from = SolveBezier(x0, p);
+            const BezierPlace to = SolveBezier(x1, p);
+            double low = 0.0;
+            double high = 0.0;
+            BezierExtents(from, to, p, low, high);
+            double lowest = EvalBezierY(x1, p);
+            double highest = lowest;
+            for (int i = 0; i < 3000; ++i) {
+                // Equal distances in t come nearer to the extremes than in x.
+                const double t = from.t + i * (to.t - from.t) / 3000;
+                for (const double y : {BezierY({t, 1 - t}, p), EvalBezierY(x0 + i * (x1 - x0) / 3000, p)}) {
+                    lowest = std::min(lowest, y);
+                    highest = std::max(highest, y);
+                }
+            }
+            EXPECT_LE(low, lowest) << "row " << row;
+            EXPECT_GE(high, highest) << "row " << row;
+            EXPECT_NEAR(low, lowest, 2e-6 * (high - low)) << "row " << row; // 3000 samples see that much
+            EXPECT_NEAR(high, highest, 2e-6 * (high - low)) << "row " << row;
+        }
+
+    double low = 0.0;
+    double high = 0.0;
+    BezierExtents({0, 1}, {1, 0}, {0, 0, 3, 0, 1, 4, -1, 4}, low, high); // y = 12 t u
+    EXPECT_EQ(low, 0.0);
+    EXPECT_NEAR(high, 3.0, 1e-14);
+}
+
+// --- folds -----------------------------------------------------------------------------------------------------------
+
+TEST(BezierMath, MonotonicRows) {
+    struct Row {
+        double x1, y1, x2, y2;             // between (0, 0) and (3, 3)
+        double newX1, newY1, newX2, newY2; // where the correction puts them
+    };
+    const double r5 = std::sqrt(5.0);
+    const Row rows[] = {
+        {1, 1, 2, 2, 1, 1, 2, 2},
+        {3, 1, 0, 2, 3, 1, 0, 2},                                              // just not folding
+        {3.3, 1, 2.7, 3, 3.3, 1, 2.7, 3},                                      // past the key, without a fold
+        {6, 4, -6, 0, 3, 2, 0, 2},                                             // both: held to the far keys
+        {9, 3, 1.5, 3, 2.25 + 0.75 * r5, 0.75 + 0.25 * r5, 1.5, 3},            // out
+        {1.5, 0, -6, 0, 1.5, 0, 0.75 - 0.75 * r5, 3 - (2.25 + 0.75 * r5) / 3}, // in
+        {9, 3, 3, 3, 3, 1, 3, 3},                                              // in handle of no length
+        {0, 0, -3, 0, 0, 0, 0, 1.5},                                           // out handle of no length
+        {-1, 5, 2, 2, 0, 0, 2, 2},                                             // pointing away: no length
+        {1, 1, 4, 5, 1, 1, 3, 3},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << "(" << row.x1 << ", " << row.y1 << ") (" << row.x2 << ", " << row.y2 << ")");
+        double x1 = row.x1;
+        double y1 = row.y1;
+        double x2 = row.x2;
+        double y2 = row.y2;
+        MakeBezierMonotonic(0, 0, x1, y1, x2, y2, 3, 3);
+        EXPECT_NEAR(x1, row.newX1, 1e-14);
+        EXPECT_NEAR(y1, row.newY1, 1e-14);
+        EXPECT_NEAR(x2, row.newX2, 1e-14);
+        EXPECT_NEAR(y2, row.newY2, 1e-14);
+    }
+}
+
+TEST(BezierMath, MonotonicLeavesNoFoldAtAnySpan) {
+    std::mt19937_64 random(17);
+    const auto between = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    for (double width = 1e-3; width < 2e6; width *= 10.0)
+        for (int row = 0; row < 400; ++row) {
+            const double x0 = row % 4 ? 0.0 : between(-1000, 1000);
+            const double x3 = x0 + width;
+            const double reach = row % 5 ? 3.0 : row % 2 ? 1.001 : 50.0;
+            const double givenX1 = x0 + width * between(0, reach);
+            const double givenX2 = x3 - width * between(0, reach);
+            const double givenY1 = between(-5, 5);
+            const double givenY2 = between(-5, 5);
+            double x1 = givenX1;
+            double x2 = givenX2;
+            double y1 = givenY1;
+            double y2 = givenY2;
+            MakeBezierMonotonic(x0, 0, x1, y1, x2, y2, x3, 1);
+
+            // x'(t) >= 0, exactly: its Bernstein coefficients are not negative, or the middle one does not outweigh.
+            const Exact first = Exact(x1) - x0;
+            const Exact middle = Exact(x2) - x1;
+            const Exact last = Exact(x3) - x2;
+            const Exact ulp = Exact(DBL_EPSILON) * std::max(std::abs(x0), std::abs(x3)); // of a key's own abscissa
+            ASSERT_GE(first, 0);
+            ASSERT_GE(last, 0);
+            if (first == x3 - Exact(x0) || last == x3 - Exact(x0))
+                ASSERT_GE(middle, -std::sqrt(first * last) - ulp) << "width " << width << " row " << row;
+            else
+                ASSERT_TRUE(middle >= 0 || middle * middle <= first * last) << "width " << width << " row " << row;
+
+            // Each handle keeps its slope, and is only ever shortened.
+            ASSERT_LE(x1, givenX1);
+            ASSERT_GE(x2, givenX2);
+            const double coarse = 1e-12 + 8.0 * static_cast<double>(ulp) / width;
+            if (first > 0) {
+                ASSERT_NEAR(static_cast<double>(y1 / first) * (givenX1 - x0), givenY1, 10 * coarse * reach);
+            }
+            if (last > 0) {
+                ASSERT_NEAR(static_cast<double>((1 - y2) / last) * (x3 - givenX2), 1 - givenY2, 10 * coarse * reach);
+            }
+        }
+}
+
+} // namespace

@@ -1,0 +1,97 @@
+#include "support/Museum.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace Test {
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+TEST(EvalSegment, AsksTheInterpolatorAlsoOutsideTheSpan) {
+    const auto curve = MakeCurve({{0, 0, {}, {}, "linear()"}, {2, 4}});
+    auto segment = ++curve->begin();
+    EXPECT_EQ(EvalSegment(1, *segment), 2.0);
+    EXPECT_EQ(EvalSegment(3, *segment), 6.0);
+    segment->setInterpolator(nullptr);
+    EXPECT_EQ(EvalSegment(1, *segment), 0.0);
+}
+
+TEST(EvalInInterior, HoldsXBetweenTheKeys) {
+    // The end segments would give 1000 x.
+    const auto curve = MakeCurve(
+        {{1, 5, {}, {}, "linear()"}, {2, 7, {}, {}, "constant_next()"}, {4, -3, {}, {}, "1000 * x"}}, "1000 * x");
+    struct Row {
+        double x, y;
+    };
+    const Row rows[] = {{-infinity, 5}, {0, 5}, {1, 5}, {1.5, 6}, {2, -3}, {3, -3}, {4, -3}, {5, -3}, {infinity, -3}};
+    for (const Row& row : rows) EXPECT_EQ(EvalInInterior(row.x, *curve), row.y) << row.x;
+    EXPECT_EQ(curve->eval(4), 4000.0);
+    // At the last key the segment before it answers, with whatever it makes of that x.
+    (*--(--curve->end())).setInterpolator(InterpolatorFactory::create("x + 10"));
+    EXPECT_EQ(EvalInInterior(4, *curve), 14.0);
+    EXPECT_EQ(EvalInInterior(99, *curve), 14.0);
+    EXPECT_TRUE(std::isnan(EvalInInterior(nan, *curve)));
+    (*--(--curve->end())).setInterpolator(nullptr);
+    EXPECT_EQ(EvalInInterior(4, *curve), 0.0);
+}
+
+TEST(EvalInInterior, FewKeys) {
+    const auto one = MakeCurve({{1, 5, {}, {}, "1000 * x"}}, "1000 * x");
+    const auto empty = MakeCurve({}, "10 * x");
+    for (const double x : {-3.0, 1.0, 7.0}) {
+        EXPECT_EQ(EvalInInterior(x, *one), 5.0);
+        EXPECT_EQ(EvalInInterior(x, *empty), 10 * x);
+    }
+    EXPECT_EQ(EvalInInterior(3, *FCurve::create()), 0.0);
+}
+
+TEST(EvalInInterior, NaNReachesNoCycle) {
+    const auto curve = MakeCurve({{0, 0}, {1, 4}, {3, -1, {}, {}, "cycle()"}}, "cycle()");
+    EXPECT_TRUE(std::isnan(EvalInInterior(nan, *curve)));
+}
+
+TEST(Derivatives, SidesAtAKey) {
+    const auto curve =
+        MakeCurve({{0, 0, {}, {}, "linear()"}, {2, 4, {}, {}, "constant()"}, {3, 0, {}, {}, "x * x * x"}});
+    struct Row {
+        double x, plain, left, secondPlain, secondLeft;
+    };
+    const Row rows[] = {
+        {-1, 0, 0, 0, 0},       {0, 2, 0, 0, 0},        {1, 2, 2, 0, 0},   {2, 0, 2, 0, 0},     {2 + 5e-8, 0, 2, 0, 0},
+        {2 - 5e-8, 2, 2, 0, 0}, {2 + 5e-7, 0, 0, 0, 0}, {3, 27, 0, 18, 0}, {4, 48, 48, 24, 24},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.x);
+        EXPECT_NEAR(GetFirstDerivative(*curve, row.x), row.plain, 1e-9);
+        EXPECT_NEAR(GetFirstDerivativeRight(*curve, row.x), row.plain, 1e-9);
+        EXPECT_NEAR(GetFirstDerivativeLeft(*curve, row.x), row.left, 1e-9);
+        EXPECT_NEAR(GetSecondDerivative(*curve, row.x), row.secondPlain, 1e-6);
+        EXPECT_NEAR(GetSecondDerivativeRight(*curve, row.x), row.secondPlain, 1e-6);
+        EXPECT_NEAR(GetSecondDerivativeLeft(*curve, row.x), row.secondLeft, 1e-6);
+    }
+    for (Segment& segment : *curve) segment.setInterpolator(nullptr);
+    for (const double x : {-1.0, 0.0, 2.0, 5.0}) {
+        EXPECT_EQ(GetFirstDerivative(*curve, x), 0.0);
+        EXPECT_EQ(GetFirstDerivativeLeft(*curve, x), 0.0);
+        EXPECT_EQ(GetSecondDerivativeLeft(*curve, x), 0.0);
+    }
+}
+
+TEST(GetOpposingTangent, IsTheOtherOneAtTheKey) {
+    const auto curve = MakeCurve({{0, 0}, {2, 4}});
+    Segment& middle = *++curve->begin();
+    const auto key = middle.getRightKey();
+    EXPECT_EQ(GetOpposingTangent(*key->getOutTangent()), key->getInTangent());
+    EXPECT_EQ(GetOpposingTangent(*key->getInTangent()), key->getOutTangent());
+    const Tangent& constant = *key->getInTangent();
+    EXPECT_EQ(GetOpposingTangent(constant), key->getOutTangent());
+    EXPECT_FALSE(GetOpposingTangent(*Tangent::create(nullptr, false)));
+    EXPECT_FALSE(GetOpposingTangent(*(*curve->begin()).getOutTangent())); // the leading segment lacks that key
+}
+
+} // namespace
+} // namespace Test

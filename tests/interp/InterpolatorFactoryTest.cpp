@@ -1,0 +1,174 @@
+#include "FCurveLib/FCurveLib.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace VEM_FN::FCurveLib;
+
+std::string TextOf(const Interpolator& interpolator) {
+    std::string text = "untouched";
+    InterpolatorFactory::getExpression(interpolator, text);
+    return text;
+}
+
+// A host's parser: understands texts that begin with '@'.
+class AtParser : public FallbackExpressionParser {
+public:
+    std::shared_ptr<Interpolator> parse(const char* expression) override {
+        parsed.emplace_back(expression);
+        if (*expression == '@') return NumberInterp::create(42);
+        if (*expression == '=') return InterpolatorFactory::create(expression + 1);
+        if (getErrorCallback()) getErrorCallback()->error({"no @", "AtParser::NoAt", expression, 0});
+        return nullptr;
+    }
+    std::vector<std::string> parsed;
+};
+
+class Listener : public FallbackExpressionParser::ErrorCallback {
+public:
+    void error(const FallbackExpressionParser::Error& error) const override {
+        heard.push_back(std::string(error.type) + " in " + error.expression);
+    }
+    mutable std::vector<std::string> heard;
+};
+
+class InterpolatorFactoryTest : public testing::Test {
+protected:
+    ~InterpolatorFactoryTest() override {
+        InterpolatorFactory::setParserFallback(nullptr);
+        InterpolatorFactory::setErrorCallback(nullptr);
+    }
+    Segment segment;
+};
+
+TEST_F(InterpolatorFactoryTest, NumbersNeedNoParser) {
+    AtParser parser;
+    InterpolatorFactory::setParserFallback(&parser);
+    struct Row {
+        const char* text;
+        double number;
+    };
+    const Row rows[] = {
+        {"2.5", 2.5},         {"-2.5", -2.5},  {"+2.5", 2.5},  {" \t\n 2.5\r\v\f ", 2.5}, {"- 3", -3}, {".5", 0.5},
+        {"5.", 5.0},          {"1e3", 1000.0}, {"1E-3", 1e-3}, {"-1.5e+2", -150.0},       {"0", 0.0},  {"007", 7.0},
+        {"4.9e-324", 5e-324}, {"0.1", 0.1},
+    };
+    for (const Row& row : rows) {
+        const auto made = InterpolatorFactory::create(row.text);
+        ASSERT_TRUE(dynamic_cast<const NumberInterp*>(made.get())) << row.text;
+        EXPECT_EQ(made->eval(7, segment), row.number) << row.text;
+        EXPECT_STREQ(made->getExpression(), row.text);
+        EXPECT_NE(made, InterpolatorFactory::create(row.text));
+    }
+    EXPECT_TRUE(std::signbit(InterpolatorFactory::create("-0")->eval(0, segment)));
+    EXPECT_TRUE(parser.parsed.empty());
+
+    for (const char* text : {"inf", "-inf", "nan", "infinity", "1e999", "-1e999", "1e", "1e+",  "0x10", "1 2",
+                             "--2", "+-2",  "1,5", ".",        "-",     "",       " ",  "2.5x", "e5",   "1_000"})
+        EXPECT_TRUE(dynamic_cast<const UnknownExpression*>(InterpolatorFactory::create(text).get())) << text;
+    EXPECT_EQ(parser.parsed.size(), 20u);
+}
+
+TEST_F(InterpolatorFactoryTest, BuiltInKindsAreSharedAndKeepTheirText) {
+    std::vector<std::string> texts;
+    for (auto kind = InterpolatorFactory::begin(); kind != InterpolatorFactory::end(); ++kind) {
+        const auto& [text, prototype] = *kind;
+        EXPECT_EQ(prototype->getExpression(), text);
+        EXPECT_EQ(InterpolatorFactory::create(text.c_str()), prototype);
+        std::string spaced = " ";
+        for (const char c : text) spaced += c == '(' || c == ')' ? std::string("\t") + c + "\n" : std::string(1, c);
+        EXPECT_EQ(InterpolatorFactory::create(spaced.c_str()), prototype) << spaced;
+        EXPECT_EQ(prototype->getExpression(), text) << "the shared text was rewritten";
+        texts.push_back(text);
+    }
+    EXPECT_TRUE(std::is_sorted(texts.begin(), texts.end()));
+    for (const char* text : {"bezier()", "constant()", "constant_next()", "linear()"})
+        EXPECT_EQ(std::count(texts.begin(), texts.end(), text), 1) << text;
+
+    EXPECT_TRUE(dynamic_cast<const Linear*>(InterpolatorFactory::create("linear()").get()));
+    EXPECT_NE(Linear::create(), InterpolatorFactory::create("linear()"));
+    for (const char* text : {"Linear()", "linear", "linear(", "linear)", "linear()()", "linear() x", "li near()",
+                             "linear(1)", "()", "nothing()", "linear().", "(linear())"}) {
+        const auto made = InterpolatorFactory::create(text);
+        EXPECT_TRUE(dynamic_cast<const UnknownExpression*>(made.get())) << text;
+        EXPECT_STREQ(made->getExpression(), text);
+    }
+}
+
+TEST_F(InterpolatorFactoryTest, WhatNobodyUnderstandsKeepsItsText) {
+    const auto unknown = InterpolatorFactory::create("(((");
+    EXPECT_TRUE(dynamic_cast<const UnknownExpression*>(unknown.get()));
+    EXPECT_EQ(TextOf(*unknown), "(((");
+    EXPECT_EQ(unknown->eval(3, segment), 0.0);
+    const auto clone = unknown->clone();
+    EXPECT_NE(clone, unknown);
+    EXPECT_EQ(TextOf(*clone), "(((");
+
+    EXPECT_STREQ(InterpolatorFactory::create(nullptr)->getExpression(), "");
+    EXPECT_EQ(TextOf(*InterpolatorFactory::create("")), "constant()");
+    EXPECT_EQ(TextOf(*UnknownExpression::create(nullptr)), "constant()");
+    EXPECT_EQ(TextOf(*Linear::create()), "linear()");
+}
+
+TEST_F(InterpolatorFactoryTest, FallbackParserAndCallback) {
+    AtParser parser;
+    Listener before;
+    Listener after;
+    InterpolatorFactory::setErrorCallback(&before);
+    InterpolatorFactory::setParserFallback(&parser);
+    EXPECT_EQ(parser.getErrorCallback(), &before);
+    InterpolatorFactory::setErrorCallback(&after);
+    EXPECT_EQ(parser.getErrorCallback(), &after);
+
+    const auto made = InterpolatorFactory::create(" linear()@");
+    EXPECT_TRUE(dynamic_cast<const UnknownExpression*>(made.get()));
+    const auto understood = InterpolatorFactory::create("@ me");
+    EXPECT_EQ(understood->eval(0, segment), 42.0);
+    EXPECT_STREQ(understood->getExpression(), "@ me");
+    EXPECT_EQ(parser.parsed, (std::vector<std::string>{" linear()@", "@ me"}));
+    EXPECT_EQ(after.heard, (std::vector<std::string>{"AtParser::NoAt in  linear()@"}));
+    EXPECT_TRUE(before.heard.empty());
+
+    // A shared instance keeps its text also when a parser hands it out.
+    EXPECT_EQ(InterpolatorFactory::create("=linear()"), InterpolatorFactory::create("linear()"));
+    EXPECT_STREQ(InterpolatorFactory::create("linear()")->getExpression(), "linear()");
+
+    // Back to the default parser, which takes the callback over.
+    InterpolatorFactory::setParserFallback(nullptr);
+    after.heard.clear();
+    EXPECT_TRUE(dynamic_cast<const UnknownExpression*>(InterpolatorFactory::create("@ me").get()));
+    ASSERT_EQ(after.heard.size(), 1u);
+    EXPECT_EQ(after.heard[0].find("VEM_FN::FCurveLib::DefaultFallbackParser::"), 0u) << after.heard[0];
+    InterpolatorFactory::setErrorCallback(nullptr);
+    InterpolatorFactory::create("@ me");
+    EXPECT_EQ(after.heard.size(), 1u);
+}
+
+TEST_F(InterpolatorFactoryTest, ManyThreadsCreateAtOnce) {
+    const std::vector<std::string> texts{"linear()", " bezier ( ) ", "2.5", "x * x", "(((", "constant()"};
+    const auto createAll = [&] {
+        std::vector<double> values;
+        for (int i = 0; i < 50; ++i)
+            for (const std::string& text : texts) {
+                const auto made = InterpolatorFactory::create(text.c_str());
+                values.push_back(made->eval(3, segment));
+            }
+        return values;
+    };
+    std::vector<std::vector<double>> results(8);
+    std::vector<std::thread> threads;
+    threads.reserve(results.size());
+    for (auto& result : results) threads.emplace_back([&] { result = createAll(); });
+    for (auto& thread : threads) thread.join();
+    for (const auto& result : results) EXPECT_EQ(result, createAll());
+}
+
+} // namespace

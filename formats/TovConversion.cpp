@@ -1,0 +1,333 @@
+#include "FCurveLib/TovConversion.h"
+
+#include "FCurveLib/BezierInterpBase.h"
+#include "FCurveLib/DisplayProperties.h"
+#include "FCurveLib/InterpolatorFactory.h"
+#include "FCurveLib/NumberInterp.h"
+#include "FCurveLib/Tolerance.h"
+#include "FCurveLib/UnknownExpression.h"
+#include "formats/Text.h"
+#include "formats/old/Handles.h"
+#include "model/Access.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <ostream>
+#include <string_view>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace TovConversion {
+
+using Private::Access;
+
+namespace {
+
+// The part of the curve between two neighbouring keys, as the older system can have it.
+struct Span {
+    TovKey::InterpType interp = TovKey::Constant;
+    double startY = 0.0;
+    double endY = 0.0; // of a constant span without meaning: it ends in a step to whatever comes
+    Vector2D<double> out;
+    Vector2D<double> in;
+};
+
+bool isFinite(const Vector2D<double>& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y);
+}
+
+// Whether two values are the same but for the rounding of whoever computed them.
+bool isSame(double a, double b) {
+    return Near(a, b, std::max(GetEpsilon(), 1e-12 * std::max(std::abs(a), std::abs(b))));
+}
+
+template<class Part, class IsKept>
+bool losesProperties(const Part& part, IsKept isKept) {
+    return std::any_of(part.beginProperties(), part.endProperties(),
+                       [&](const auto& property) { return !isKept(property.first); });
+}
+
+bool isEditorState(const std::string& key) {
+    return IsEditorKeyString(key.c_str());
+}
+
+bool isEditorStateOfNoFile(const std::string& key) {
+    constexpr std::string_view inFiles[] = {"fc_vis", "fc_lock", "fc_vel", "fc_acc", "fc_disc", "fc_grid", "fc_scal"};
+    return isEditorState(key) && std::find(std::begin(inFiles), std::end(inFiles), key) == std::end(inFiles);
+}
+
+bool losesSettings(const Tangent& tangent, const Segment& segment) {
+    const Keyframe* const left = Access::leftKey(segment);
+    const Keyframe* const right = Access::rightKey(segment);
+    if (losesProperties(tangent, isEditorState)) return true;
+    if (tangent.isInTangent() ? !right : !left) return false;
+    const bool weighted = left && right && Private::isWeightedHandle(tangent.getX(), right->getX() - left->getX());
+    return tangent.getType() != Tangent::Fixed || tangent.isWeightLocked() || tangent.isWeighted() != weighted;
+}
+
+bool losesSettings(const Segment& segment) {
+    return losesProperties(segment, isEditorState) || losesSettings(*Access::inTangent(segment), segment)
+           || losesSettings(*Access::outTangent(segment), segment);
+}
+
+bool losesSettings(const Keyframe& key) {
+    return losesProperties(key, isEditorState) || key.isBreakdown() || key.isTangentsUnified();
+}
+
+bool losesName(std::string_view name) {
+    for (std::size_t quote = name.find('"'); quote != std::string_view::npos; quote = name.find('"', quote + 1))
+        if (Private::endsName(name.substr(quote + 1))) return true;
+    return false;
+}
+
+// A conversion under way.
+class Converter {
+public:
+    explicit Converter(TovCurve& target) : m_target(target) {}
+
+    std::uint32_t lossFlags() const { return m_flags; }
+
+    void convert(const FCurve& curve) {
+        if (losesName(curve.getName()) || losesProperties(curve, isEditorStateOfNoFile)) lose(TovCurve::PropertyLoss);
+        for (const Segment& segment : curve) take(segment);
+        for (std::size_t i = 0; i < m_keys.size(); ++i) joinSpans(i);
+        addKeys(Access::inTangent(Access::firstSegment(curve))->get(),
+                Access::outTangent(Access::lastSegment(curve))->get());
+    }
+
+private:
+    void lose(TovCurve::LossFlag flag) { m_flags |= flag; }
+
+    // --- segments ----------------------------------------------------------------------------------------------------
+
+    void take(const Segment& segment) {
+        if (losesSettings(segment)) lose(TovCurve::PropertyLoss);
+        std::string expression = "0";
+        const Interpolator* const interpolator = Access::interpolator(segment);
+        if (interpolator) InterpolatorFactory::getExpression(*interpolator, expression);
+
+        const Keyframe* const left = Access::leftKey(segment);
+        const Keyframe* const right = Access::rightKey(segment);
+        if (right) {
+            if (losesSettings(*right)) lose(TovCurve::PropertyLoss);
+            m_keys.push_back(right);
+            m_before.push_back({});
+        }
+        if (left && right) {
+            m_spans.push_back(makeSpan(segment, interpolator, expression));
+        } else if (expression != "constant()") {
+            lose(TovCurve::UnsupportedExtensions);
+        }
+    }
+
+    Span makeSpan(const Segment& segment, const Interpolator* interpolator, const std::string& expression) {
+        const Vector2D<double>& left = Access::leftKey(segment)->get();
+        const Vector2D<double>& right = Access::rightKey(segment)->get();
+        Span span;
+        span.startY = left.y;
+        span.endY = right.y;
+        span.out = Access::outTangent(segment)->get();
+        span.in = Access::inTangent(segment)->get();
+
+        if (expression == "constant()") return span;
+        if (expression == "linear()") {
+            span.interp = TovKey::Linear;
+            return span;
+        }
+        if (const auto* const bezier = dynamic_cast<const BezierInterpBase*>(interpolator)) {
+            if (makeBezier(segment, *bezier, expression == "bezier()", span)) return span;
+        }
+
+        lose(TovCurve::UnsupportedInterpolation);
+        if (!interpolator || dynamic_cast<const NumberInterp*>(interpolator)
+            || dynamic_cast<const UnknownExpression*>(interpolator)) {
+            span.startY = interpolator ? interpolator->eval(left.x, segment) : 0.0;
+        } else if (expression == "constant_next()") {
+            span.startY = right.y;
+        } else if (expression != "cycle()" && expression != "cycle_offset()" && expression != "mirror()") {
+            followFormula(segment, *interpolator, span);
+        }
+        return span;
+    }
+
+    // False, and no change, where the control points are not finite.
+    bool makeBezier(const Segment& segment, const BezierInterpBase& bezier, bool usesHandles, Span& span) {
+        Vector2D<double> p0, p1, p2, p3;
+        bezier.getBezierArgs(segment, p0.x, p0.y, p1.x, p1.y, p2.x, p2.y, p3.x, p3.y);
+        const Vector2D<double> out{p1.x - p0.x, p1.y - p0.y};
+        const Vector2D<double> in{p2.x - p3.x, p2.y - p3.y};
+        if (!std::isfinite(p0.y) || !std::isfinite(p3.y) || !isFinite(out) || !isFinite(in)) return false;
+
+        span.interp = TovKey::Bezier;
+        if (!usesHandles) {
+            span.startY = p0.y;
+            span.endY = p3.y;
+            span.out = out;
+            span.in = in;
+            lose(TovCurve::SynthesizedBezier);
+            return true;
+        }
+        // Unchanged handles keep their bits, which a sum and a difference would not.
+        if (p1.x != p0.x + span.out.x || p1.y != p0.y + span.out.y) {
+            span.out = out;
+            lose(TovCurve::ShiftedTangents);
+        }
+        if (p2.x != p3.x + span.in.x || p2.y != p3.y + span.in.y) {
+            span.in = in;
+            lose(TovCurve::ShiftedTangents);
+        }
+        return true;
+    }
+
+    void followFormula(const Segment& segment, const Interpolator& interpolator, Span& span) {
+        const double leftX = Access::leftKey(segment)->getX();
+        const double rightX = Access::rightKey(segment)->getX();
+        const double third = (rightX - leftX) / 3.0;
+        const double startY = interpolator.eval(leftX, segment);
+        const double endY = interpolator.eval(rightX, segment);
+        const Vector2D<double> out{third, third * interpolator.getFirstDerivative(leftX, segment)};
+        const Vector2D<double> in{-third, -third * interpolator.getFirstDerivative(rightX, segment)};
+        if (!std::isfinite(startY) || !std::isfinite(endY) || !isFinite(out) || !isFinite(in)) {
+            span.interp = TovKey::Linear;
+            return;
+        }
+        span = {TovKey::Bezier, startY, endY, out, in};
+        lose(TovCurve::SynthesizedBezier);
+    }
+
+    // --- keys --------------------------------------------------------------------------------------------------------
+
+    // The key that the older curve has in front of another, to bridge a step; absent where it has no width.
+    struct Bridge {
+        double width = 0.0;
+        double y = 0.0;
+    };
+
+    // Decides about the key between two spans.
+    void joinSpans(std::size_t i) {
+        const Vector2D<double>& key = m_keys[i]->get();
+        Span* const before = i > 0 ? &m_spans[i - 1] : nullptr;
+        Span* const after = i < m_spans.size() ? &m_spans[i] : nullptr;
+
+        // Outside its keys the curve holds their values.
+        if (after && isSame(after->startY, key.y)) after->startY = key.y;
+        const double y = after ? after->startY : key.y;
+        if (y != key.y) lose(TovCurve::ShiftedKeyframes);
+
+        if (before && before->interp == TovKey::Constant) return;
+        const double endY = before && !isSame(before->endY, key.y) ? before->endY : key.y;
+        if (isSame(endY, y)) return;
+
+        lose(TovCurve::HealedDiscontinuities);
+        const double room = before ? key.x - m_keys[i - 1]->getX() : HUGE_VAL;
+        const double width = std::min(Keyframe::getMinSeparation(), room / 2.0);
+        const double bridgeX = key.x - width;
+        if (!(bridgeX < key.x) || !(bridgeX > key.x - room)) return; // so far out that doubles have no place between
+        m_before[i] = {width, endY};
+        if (before && before->interp == TovKey::Bezier) {
+            const double ratio = (room - width) / room;
+            before->out.x *= ratio;
+            before->in.x *= ratio;
+            lose(TovCurve::ShiftedTangents);
+        }
+    }
+
+    void addKeys(const Vector2D<double>& firstLeft, const Vector2D<double>& lastRight) {
+        for (std::size_t i = 0; i < m_keys.size(); ++i) {
+            const Vector2D<double>& position = m_keys[i]->get();
+            const Span* const after = i < m_spans.size() ? &m_spans[i] : nullptr;
+            TovKey key;
+            key.setLocation({position.x, after ? after->startY : position.y});
+            key.setLeftTangent(i > 0 ? m_spans[i - 1].in : firstLeft);
+            key.setRightTangent(after ? after->out : lastRight);
+            key.setInterp(after ? after->interp : TovKey::Constant);
+            key.setLocked(*m_keys[i]->getProperty("fc_lock") != '\0');
+            if (m_before[i].width > 0.0) addBridge(m_before[i], key);
+            m_target.addKeyframe(key);
+        }
+    }
+
+    void addBridge(const Bridge& bridge, TovKey& to) {
+        const Vector2D<double> third{bridge.width / 3.0, (to.getLocation().y - bridge.y) / 3.0};
+        TovKey key(to);
+        key.setLocation({to.getLocation().x - bridge.width, bridge.y});
+        key.setInterp(TovKey::Linear);
+        key.setRightTangent(third);
+        to.setLeftTangent({-third.x, -third.y});
+        m_target.addKeyframe(key);
+    }
+
+    TovCurve& m_target;
+    std::uint32_t m_flags = 0;
+    std::vector<const Keyframe*> m_keys;
+    std::vector<Bridge> m_before; // of each key
+    std::vector<Span> m_spans;    // behind each key but the last
+};
+
+const char* wordOf(TovKey::InterpType interp) {
+    constexpr const char* words[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
+    return interp < std::size(words) ? words[interp] : ""; // deliberate: no word for what is no kind
+}
+
+} // namespace
+
+bool TovKey::isSnapped() const noexcept {
+    return NearEqual(m_location.x, std::floor(m_location.x + 0.5));
+}
+
+TovCurve::TovCurve(const FCurve& curve) : m_name(curve.getName()) {
+    Converter converter(*this);
+    converter.convert(curve);
+    m_lossFlags = converter.lossFlags();
+}
+TovCurve::TovCurve(const TovCurve&) = default;
+TovCurve::TovCurve(TovCurve&&) noexcept = default;
+TovCurve& TovCurve::operator=(const TovCurve&) = default;
+TovCurve& TovCurve::operator=(TovCurve&&) noexcept = default;
+TovCurve::~TovCurve() = default;
+
+void TovCurve::setName(const char* name) {
+    m_name = Private::orEmpty(name);
+}
+
+void TovCurve::addKeyframe(const TovKey& key) {
+    if (!isFinite(key.getLocation()) || !isFinite(key.getLeftTangent()) || !isFinite(key.getRightTangent())) return;
+    m_keys.insert(m_keys.end(), key);
+}
+
+std::ostream& operator<<(std::ostream& out, const TovCurve& curve) {
+    constexpr const char* losses[] = {
+        "// unsupported interpolation\n", "// unsupported extensions\n", "// shifted keyframes\n",
+        "// shifted tangents\n",          "// healed discontinuities\n", "// synthesized bezier segment\n",
+        "// property data loss\n",
+    };
+    for (std::size_t bit = 0; bit < std::size(losses); ++bit)
+        if (curve.getLossFlags() & (1U << bit)) out << losses[bit];
+    if (curve.getLossFlags() == 0) out << "// no conversion loss\n";
+
+    out << "fcurve {\n    name \"" << curve.getName() << "\"\n    extensions constant constant\n";
+    const char* incoming = wordOf(TovKey::Unknown);
+    for (auto key = curve.begin(); key != curve.end(); ++key) {
+        const Vector2D<double>& location = key->getLocation();
+        const Vector2D<double>& left = key->getLeftTangent();
+        const Vector2D<double>& right = key->getRightTangent();
+        const char* const own = wordOf(key->getInterp());
+        const char* const outgoing = std::next(key) == curve.end() ? wordOf(TovKey::Unknown) : own;
+        out << "    keyframe {\n        " << location.x << ' ' << location.y << "\n        interp " << own
+            << "\n        tangents smooth " << left.x << ' ' << left.y << ' ' << incoming << ' ' << right.x << ' '
+            << right.y << ' ' << outgoing << '\n';
+        if (key->isSnapped()) out << "        snapped\n";
+        if (key->isLocked()) out << "        locked\n";
+        out << "    }\n";
+        incoming = own;
+    }
+    return out << "}\n";
+}
+
+} // namespace TovConversion
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "FCurveLib/Export.h"
+
+#include <cmath>
+#include <string_view>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+// What the text of the older curve system does not say, decided alike by whoever writes and whoever reads it.
+
+// Whether the tangent of a handle is weighted: an unweighted one reaches a third of its span in x. The tolerance lets
+// handles through that were rounded to six digits.
+inline bool isWeightedHandle(double handleX, double span) noexcept {
+    return std::abs(std::abs(handleX) - span / 3.0) > 1e-5 * span;
+}
+
+// Names stand between quotation marks and may hold some: one ends at the first that is followed by this word.
+constexpr std::string_view wordAfterName = "extensions";
+
+inline bool isOldSpace(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// Whether the text behind a quotation mark shows that it ends a name.
+inline bool endsName(std::string_view behind) noexcept {
+    while (!behind.empty() && isOldSpace(behind.front())) behind.remove_prefix(1);
+    return behind.substr(0, wordAfterName.size()) == wordAfterName;
+}
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -4,6 +4,7 @@
 /// Everything.
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
+#include "FCurveLib/Baking.h"
 #include "FCurveLib/Bezier.h"
 #include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/BinaryIO.h"
@@ -17,6 +18,7 @@
 #include "FCurveLib/Exception.h"
 #include "FCurveLib/ExceptionFormatter.h"
 #include "FCurveLib/Export.h"
+#include "FCurveLib/Extents.h"
 #include "FCurveLib/FCurve.h"
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/FCurveFormatInterface.h"
@@ -56,6 +58,7 @@
 #include "FCurveLib/SelectionOperations.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/SimpleListNode.h"
+#include "FCurveLib/Smoothing.h"
 #include "FCurveLib/Stream.h"
 #include "FCurveLib/StreamIostream.h"
 #include "FCurveLib/Tangent.h"

@@ -1,0 +1,88 @@
+#include "tools/BezierCut.h"
+
+#include "FCurveLib/Bezier.h"
+#include "FCurveLib/BezierInterpBase.h"
+#include "model/Access.h"
+
+#include <algorithm>
+#include <cmath>
+#include <typeinfo>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private {
+
+BezierArgs BezierArgsOf(const Segment& segment) {
+    const Interpolator& interpolator = *Access::interpolator(segment);
+    if (typeid(interpolator) == typeid(Bezier)) {
+        const Vector2D<double>& left = Access::leftKey(segment)->get();
+        const Vector2D<double>& right = Access::rightKey(segment)->get();
+        const Vector2D<double>& out = Access::outTangent(segment)->get();
+        const Vector2D<double>& in = Access::inTangent(segment)->get();
+        BezierArgs args{left.x, left.y, right.x, right.y, out.x, out.y, in.x, in.y};
+        MakeBezierMonotonic(args);
+        return args;
+    }
+    double x0 = 0.0, y0 = 0.0, x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0, x3 = 0.0, y3 = 0.0;
+    static_cast<const BezierInterpBase&>(interpolator).getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
+    return BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+}
+
+BezierCut CutBezierArgs(const BezierArgs& p, double x) {
+    // The place to the last bits, not only as closely as an evaluation needs it: both halves inherit its error.
+    const BezierPlace at = RepairBezierPlace(x, p, SolveBezier(x, p).t);
+    const double t = at.t;
+    const double u = at.u;
+
+    // First differences of the control points. The cut's tangent direction, B'(t) / 3, is their quadratic in t.
+    const Vector2D<double> first{p.outX, p.outY};
+    const Vector2D<double> middle{p.x3 - p.x0 + p.inX - p.outX, p.y3 - p.y0 + p.inY - p.outY};
+    const Vector2D<double> last{-p.inX, -p.inY};
+    const Vector2D<double> direction = u * u * first + 2.0 * t * u * middle + t * t * last;
+
+    BezierCut cut;
+    cut.y = BezierY(at, p);
+    cut.leftOut = t * first;
+    cut.leftIn = -t * direction;
+    cut.rightOut = u * direction;
+    cut.rightIn = -u * last;
+    // Where the curve is vertical, rounding must not turn a handle across its key.
+    cut.leftIn.x = std::min(cut.leftIn.x, 0.0);
+    cut.rightOut.x = std::max(cut.rightOut.x, 0.0);
+    return cut;
+}
+
+std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x) {
+    const Interpolator* interpolator = Access::interpolator(segment);
+    if (!interpolator || typeid(*interpolator) != typeid(Bezier)) return std::nullopt;
+    const Keyframe* left = Access::leftKey(segment);
+    const Keyframe* right = Access::rightKey(segment);
+    if (left && right) return CutBezierArgs(BezierArgsOf(segment), x);
+    if (!left && !right) return std::nullopt;
+
+    // The straight line from the only key: thirds of the way on it up to the cut, the present handle beyond.
+    const Keyframe& key = left ? *left : *right;
+    const Vector2D<double> handle = (left ? Access::outTangent(segment) : Access::inTangent(segment))->get();
+    const double reach = std::max(left ? handle.x : -handle.x, Keyframe::getMinSeparation());
+    const double slope = (left ? handle.y : -handle.y) / reach;
+    const double third = std::abs(x - key.getX()) / 3.0;
+    const Vector2D<double> along{third, third * slope};
+
+    BezierCut cut;
+    cut.y = interpolator->eval(x, segment);
+    cut.leftOut = left ? along : -handle;
+    cut.leftIn = left ? -along : handle;
+    cut.rightOut = left ? handle : along;
+    cut.rightIn = left ? -handle : -along;
+    return cut;
+}
+
+void SetCutHandle(Tangent& tangent, const Vector2D<double>& handle, double span) {
+    constexpr double rounding = 1e-12;
+    if (std::abs(std::abs(handle.x) - span / 3.0) > rounding * span) Access::setWeightedRaw(tangent, true);
+    Access::setHandleRaw(tangent, handle.x, handle.y);
+}
+
+} // namespace Private
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

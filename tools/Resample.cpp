@@ -1,0 +1,215 @@
+#include "tools/Resample.h"
+
+#include "FCurveLib/Constant.h"
+#include "FCurveLib/ConstantNext.h"
+#include "FCurveLib/Interpolator.h"
+#include "FCurveLib/Linear.h"
+#include "FCurveLib/NumberInterp.h"
+#include "FCurveLib/Tolerance.h"
+#include "FCurveLib/UnknownExpression.h"
+#include "tools/BezierCut.h"
+#include "tools/HandleKeeper.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <typeinfo>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private {
+
+namespace {
+
+using Points = std::vector<Vector2D<double>>;
+
+// Where an end of the range meets the curve: on a key, or inside a segment that it cuts.
+struct Border {
+    Keyframe* key = nullptr;
+    Segment* cut = nullptr;
+    bool exact = false; // the key stands at the sample's x to the last bit
+};
+
+Border FindBorder(FCurve& curve, double x, double tolerance) {
+    Segment& segment = Access::findSegment(curve, x);
+    Keyframe* left = Access::leftKey(segment);
+    Keyframe* right = Access::rightKey(segment);
+    if (left && x - left->getX() <= tolerance) return {left, nullptr, left->getX() == x};
+    if (right && right->getX() - x <= tolerance) return {right, nullptr, false};
+    return {nullptr, &segment, false};
+}
+
+// Whether the segment's values may depend on the value of its right key.
+bool ReadsRightKey(const Segment& segment) {
+    const Interpolator* interpolator = Access::interpolator(segment);
+    if (!interpolator) return false;
+    if (typeid(*interpolator) == typeid(Constant)) return !Access::leftKey(segment);
+    return typeid(*interpolator) != typeid(NumberInterp) && typeid(*interpolator) != typeid(UnknownExpression);
+}
+
+class Replacement {
+public:
+    Replacement(FCurve& curve, const Points& samples, Borders borders)
+        : m_curve(curve), m_samples(samples), m_borders(borders) {}
+
+    void run() {
+        const std::size_t last = m_samples.size() - 1;
+        const double tolerance = std::min({GetEpsilon(), 0.25 * (m_samples[1].x - m_samples[0].x),
+                                           0.25 * (m_samples[last].x - m_samples[last - 1].x)});
+        m_start = FindBorder(m_curve, m_samples.front().x, tolerance);
+        m_end = FindBorder(m_curve, m_samples.back().x, tolerance);
+        for (const auto& sample : m_samples) m_scale = std::max(m_scale, std::abs(sample.y));
+
+        remember();
+        Segment& after = makeEnd();
+        Segment& before = *(m_start.key ? Access::rightSegment(*m_start.key) : m_start.cut);
+        auto it = Access::iteratorAt(m_curve, before);
+        for (++it; &*it != &after;) it = m_curve.removeSegment(it);
+        makeStart();
+        for (std::size_t i = 1; i < last; ++i) insert(m_samples[i].x, m_samples[i].y, m_linear);
+        restore(after);
+    }
+
+private:
+    void remember() {
+        if (m_start.key) {
+            m_handles.keepLeftOf(m_start.key);
+        } else {
+            const Segment& cut = *m_start.cut;
+            m_leftCut = CutBezierSegment(cut, m_samples.front().x);
+            m_valueAtCut = m_curve.eval(m_samples.front().x);
+            Access::copyTangent(m_leftIn, *Access::inTangent(cut));
+            m_handles.keep(*Access::outTangent(*m_start.cut));
+            m_handles.keepLeftOf(Access::leftKey(*m_start.cut));
+        }
+        if (m_end.key) {
+            m_handles.keepRightOf(m_end.key);
+        } else {
+            const Segment& cut = *m_end.cut;
+            m_rightCut = CutBezierSegment(cut, m_samples.back().x);
+            m_rightInterpolator = cut.getInterpolator();
+            m_rightProperties = Access::properties(*m_end.cut);
+            Access::copyTangent(m_rightOut, *Access::outTangent(cut));
+            m_handles.keep(*Access::inTangent(*m_end.cut));
+            m_handles.keepRightOf(Access::rightKey(*m_end.cut));
+        }
+    }
+
+    // The key at the last sample; returns the segment that starts there.
+    Segment& makeEnd() {
+        const Vector2D<double>& sample = m_samples.back();
+        if (m_end.key) {
+            if (m_end.exact || m_borders == Borders::Follow) m_end.key->setY(sample.y);
+            return *Access::rightSegment(*m_end.key);
+        }
+        Segment& segment = insert(sample.x, sample.y, m_rightInterpolator);
+        Access::properties(segment) = m_rightProperties;
+        Access::copyTangent(*Access::outTangent(segment), m_rightOut);
+        m_handles.keep(*Access::outTangent(segment));
+        return segment;
+    }
+
+    // The key at the first sample, and the linear segment that starts there.
+    void makeStart() {
+        const Vector2D<double>& sample = m_samples.front();
+        const Segment& outside = m_start.key ? *Access::leftSegment(*m_start.key) : *m_start.cut;
+        const bool bound = m_borders == Borders::Keep && ReadsRightKey(outside);
+        const double held = m_start.key ? m_start.key->getY() : m_valueAtCut;
+        const double rounding = (m_start.key && !m_start.exact ? 1e-6 : 1e-12) * m_scale;
+        const bool jumps = bound && std::abs(sample.y - held) > rounding;
+
+        Segment* segment = nullptr;
+        if (m_start.key) {
+            segment = Access::rightSegment(*m_start.key);
+            segment->setInterpolator(m_linear);
+            Access::properties(*segment).clear();
+            if (!bound) m_start.key->setY(sample.y);
+        } else {
+            segment = &insert(sample.x, bound ? held : sample.y, m_linear);
+            Access::copyTangent(*Access::inTangent(*m_start.cut), m_leftIn);
+            m_handles.keep(*Access::inTangent(*m_start.cut));
+        }
+        if (jumps) makeJump(*segment);
+    }
+
+    void makeJump(Segment& segment) {
+        Keyframe& key = *Access::leftKey(segment);
+        const double next = m_samples[1].x;
+        const double x = key.getX() + std::min(Keyframe::getMinSeparation(), 0.5 * (next - key.getX()));
+        if (!(x > key.getX() && x < next)) { // so far from frame 0 that no double lies between
+            key.setY(m_samples.front().y);
+            return;
+        }
+        segment.setInterpolator(ConstantNext::create());
+        insert(x, m_samples.front().y, m_linear);
+    }
+
+    void restore(Segment& after) {
+        m_handles.restore();
+        if (m_leftCut) {
+            Segment& before = *m_start.cut;
+            SetCutHandle(*Access::outTangent(before), m_leftCut->leftOut, spanOf(before));
+            SetCutHandle(*Access::inTangent(before), m_leftCut->leftIn, spanOf(before));
+        }
+        if (m_rightCut) {
+            SetCutHandle(*Access::outTangent(after), m_rightCut->rightOut, spanOf(after));
+            SetCutHandle(*Access::inTangent(after), m_rightCut->rightIn, spanOf(after));
+        }
+    }
+
+    // NaN for a segment that lacks a key: whatever the length of its handle, it needs no weight.
+    static double spanOf(const Segment& segment) {
+        const Keyframe* left = Access::leftKey(segment);
+        const Keyframe* right = Access::rightKey(segment);
+        return left && right ? right->getX() - left->getX() : std::numeric_limits<double>::quiet_NaN();
+    }
+
+    Segment& insert(double x, double y, const std::shared_ptr<Interpolator>& interpolator) {
+        return *m_curve.insertSegment(FreeKey(x, y), interpolator);
+    }
+
+    FCurve& m_curve;
+    const Points& m_samples;
+    const Borders m_borders;
+    const std::shared_ptr<Interpolator> m_linear = Linear::create();
+
+    Border m_start, m_end;
+    double m_scale = 0.0;      // the largest of the samples' values
+    double m_valueAtCut = 0.0; // of the curve as it was
+    std::optional<BezierCut> m_leftCut, m_rightCut;
+    Tangent m_leftIn, m_rightOut; // what the cut segments' tangents inside the range were
+    std::shared_ptr<Interpolator> m_rightInterpolator;
+    PropertyMap m_rightProperties;
+    HandleKeeper m_handles;
+};
+
+} // namespace
+
+Keyframe FreeKey(double x, double y) {
+    Keyframe key;
+    key.set(x, y);
+    return key;
+}
+
+void KeepUsableSamples(Points& samples) {
+    double reached = -std::numeric_limits<double>::infinity();
+    const auto unusable = [&](const Vector2D<double>& sample) {
+        if (!std::isfinite(sample.x) || !std::isfinite(sample.y) || !(sample.x > reached)) return true;
+        reached = sample.x;
+        return false;
+    };
+    samples.erase(std::remove_if(samples.begin(), samples.end(), unusable), samples.end());
+}
+
+bool ReplaceBySamples(FCurve& curve, Points samples, Borders borders) {
+    KeepUsableSamples(samples);
+    if (samples.size() < 2) return false;
+    Replacement(curve, samples, borders).run();
+    return true;
+}
+
+} // namespace Private
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

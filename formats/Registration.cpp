@@ -1,5 +1,7 @@
 #include "formats/Registration.h"
 
+#include "FCurveLib/XMLFormat.h"
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -15,7 +17,9 @@ Registered registerFormats() {
 
     // The one that is constructed last is asked first, so the weakest recogniser stands at the top. This order is what
     // decides when two readers could both accept the same data.
+    static XMLFormat::XMLReader xmlReader;
 
+    static XMLFormat::XMLWriter xmlWriter;
     return {};
 }
 

@@ -68,3 +68,4 @@
 #include "FCurveLib/UnknownExpression.h"
 #include "FCurveLib/Vector2D.h"
 #include "FCurveLib/Writer.h"
+#include "FCurveLib/XMLFormat.h"

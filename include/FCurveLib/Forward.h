@@ -89,6 +89,10 @@ template<class T>
 class SimpleListNode;
 class Reader;
 class Writer;
+namespace XMLFormat {
+class XMLReader;
+class XMLWriter;
+} // namespace XMLFormat
 
 template<class Parts>
 class BasicHitRecord;

@@ -1,0 +1,42 @@
+#pragma once
+
+// What reader and writer agree about: version, tags, attributes, and how texts travel in attributes.
+
+#include "FCurveLib/Export.h"
+
+#include <string>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace XMLFormat {
+
+constexpr unsigned kMajor = 1;
+constexpr unsigned kMinor = 0;
+
+namespace Tag {
+constexpr const char* root = "fcurvelib";
+constexpr const char* container = "container";
+constexpr const char* curve = "curve";
+constexpr const char* property = "property";
+constexpr const char* segment = "segment";
+constexpr const char* out = "out";
+constexpr const char* in = "in";
+constexpr const char* key = "key";
+} // namespace Tag
+
+// By Tangent::Type.
+constexpr const char* kTangentTypes[] = {"fixed", "flat", "linear", "smooth", "smoothContinued", "clamped", "plateau"};
+
+// Appends a text as an attribute's value. XML 1.0 has no room for all that a text may hold, so a backslash escapes:
+// "\xHH" is the byte HH, used for each byte that belongs to no character which XML allows (control characters, U+FFFE
+// and U+FFFF, anything that is not UTF-8), and "\\" is the backslash itself.
+void appendEscaped(std::string& out, const char* text);
+
+// The reverse, into result (markup is Expat's). False for a backslash that escapes nothing and for a zero byte.
+bool unescape(const char* value, std::string& result);
+
+} // namespace XMLFormat
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,72 @@
+#include "FCurveLib/XMLFormat.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace XMLFormat {
+
+const FormatType& GetFormatType() {
+    static const FormatType type("xml", "XML", "fcrvx");
+    return type;
+}
+
+XMLError::XMLError(const std::string& message, std::uint64_t line, std::uint64_t column, const std::string& name)
+    : FormatError(message, line, column), m_name(name.empty() ? nullptr : std::make_shared<const std::string>(name)) {}
+XMLError::XMLError(const XMLError&) noexcept = default;
+XMLError& XMLError::operator=(const XMLError&) noexcept = default;
+XMLError::~XMLError() = default;
+const char* XMLError::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::XMLError";
+}
+const char* XMLError::name() const noexcept {
+    return m_name ? m_name->c_str() : "";
+}
+
+ParseError::ParseError(int code, const std::string& message, std::uint64_t line, std::uint64_t column)
+    : XMLError(message, line, column), m_code(code) {}
+ParseError::ParseError(const ParseError&) noexcept = default;
+ParseError& ParseError::operator=(const ParseError&) noexcept = default;
+ParseError::~ParseError() = default;
+const char* ParseError::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::ParseError";
+}
+
+const char* DoctypeRefused::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::DoctypeRefused";
+}
+const char* UnexpectedTag::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::UnexpectedTag";
+}
+const char* MissingTag::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::MissingTag";
+}
+const char* UnexpectedText::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::UnexpectedText";
+}
+const char* BadAttribute::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::BadAttribute";
+}
+
+UnsupportedVersion::UnsupportedVersion(unsigned major, unsigned supported, std::uint64_t line, std::uint64_t column)
+    : XMLError("The document has version " + std::to_string(major) + " of the format; version "
+                   + std::to_string(supported) + " can be read.",
+               line, column, "version"),
+      m_major(major), m_supported(supported) {}
+UnsupportedVersion::UnsupportedVersion(const UnsupportedVersion&) noexcept = default;
+UnsupportedVersion& UnsupportedVersion::operator=(const UnsupportedVersion&) noexcept = default;
+UnsupportedVersion::~UnsupportedVersion() = default;
+const char* UnsupportedVersion::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::UnsupportedVersion";
+}
+
+const char* LimitExceeded::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::LimitExceeded";
+}
+const char* NotFinite::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::NotFinite";
+}
+
+} // namespace XMLFormat
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

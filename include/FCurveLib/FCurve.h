@@ -184,9 +184,9 @@ private:
     bool notifyInteractive();
     void exchange(FCurve& other) noexcept;
 
-    std::string m_name;
+    Private::SegmentMap m_segments;     // finds in the chain of segments
     std::shared_ptr<Segment> m_leading; // owns the chain: a segment owns its keys, a key the segment that starts at it
-    Private::SegmentMap m_segments;     // finds in it
+    std::string m_name;
     std::shared_ptr<Private::CurveLink> m_link;     // held by the segments of m_segments; travels with them
     std::shared_ptr<Private::CurveLink> m_identity; // held by segments that were made by hand for this curve; stays
     PropertyMap m_properties;

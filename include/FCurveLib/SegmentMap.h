@@ -53,9 +53,9 @@ private:
 ///
 /// It owns nothing: the curve holds the leading segment, each key the segment that starts at it.
 /// Segments are nodes of their own, chained through their keys, so that iterators survive every edit around them.
-/// Beside the chain stands an index in two levels: blocks of at most blockSize contiguous abscissae with their
-/// segments, and the contiguous first abscissae of the blocks. A look-up reads contiguous numbers only; an insertion
-/// shifts at most one block and, once per split, the list of blocks.
+/// Beside the chain stands an index in two levels: blocks of at most blockSize contiguous pairs of abscissa and
+/// segment, and the contiguous first abscissae of all blocks but the head, which most curves never outgrow. A look-up
+/// reads contiguous numbers only; an insertion shifts at most one block and, once per split, the list of blocks.
 class FCURVELIB_API SegmentMap {
 public:
     SegmentMap() noexcept;
@@ -102,12 +102,20 @@ public:
 
 private:
     static constexpr std::size_t blockSize = 128;
-    struct Block;
+    struct Slot {
+        double x;
+        Segment* segment;
+    };
+    using Block = std::vector<Slot>;
 
+    // Blocks are counted from the head, which is number 0.
     std::size_t findBlock(double x) const noexcept;
+    Block& blockAt(std::size_t i) noexcept { return i == 0 ? m_head : m_rest[i - 1]; }
+    const Block& blockAt(std::size_t i) const noexcept { return i == 0 ? m_head : m_rest[i - 1]; }
 
-    std::vector<double> m_firstX; // of each block; -infinity for the first
-    std::vector<std::unique_ptr<Block>> m_blocks;
+    Block m_head;
+    std::vector<double> m_firstX; // of each of the other blocks
+    std::vector<Block> m_rest;
     std::size_t m_size = 0;
 };
 

@@ -1,0 +1,246 @@
+// Evaluation, building and memory of whole curves, against K: the Bezier kernel alone.
+
+#include "FCurveLib/FCurveLib.h"
+#include "interp/BezierMath.h"
+
+#include <benchmark/benchmark.h>
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+#include <vector>
+
+using namespace VEM_FN::FCurveLib;
+
+namespace {
+
+class Random {
+public:
+    explicit Random(unsigned seed) : m_engine(seed) {}
+    double between(double low, double high) { return std::uniform_real_distribution<double>(low, high)(m_engine); }
+    std::mt19937_64& engine() { return m_engine; }
+
+private:
+    std::mt19937_64 m_engine;
+};
+
+// Handles of 0.15 to 0.45 of the span: the cubic has three terms, and its closed form takes the long way.
+double HandleShare(Random& random) {
+    return random.between(0.15, 0.45);
+}
+
+std::vector<Keyframe> RisingKeys(std::size_t count, Random& random) {
+    std::vector<Keyframe> keys(count);
+    Vector2D<double> at;
+    for (Keyframe& key : keys) {
+        key.set(at);
+        at.x += random.between(1, 10);
+        at.y += random.between(0, 5);
+    }
+    return keys;
+}
+
+std::shared_ptr<FCurve> BezierCurve(std::size_t count, Random& random) {
+    auto curve = FCurve::create();
+    const auto bezier = Bezier::create();
+    for (const Keyframe& key : RisingKeys(count, random)) curve->insertSegment(key, bezier);
+    for (Segment& segment : *curve) {
+        const auto left = segment.getLeftKey();
+        const auto right = segment.getRightKey();
+        if (!left || !right) continue;
+        const double span = right->getX() - left->getX();
+        const double rise = right->getY() - left->getY();
+        segment.getOutTangent()->setWeighted(true);
+        segment.getInTangent()->setWeighted(true);
+        segment.getOutTangent()->set(span * HandleShare(random), rise * random.between(0, 0.5));
+        segment.getInTangent()->set(-span * HandleShare(random), -rise * random.between(0, 0.5));
+    }
+    return curve;
+}
+
+double LastX(const FCurve& curve) {
+    return std::prev(curve.end())->getLeftKey()->getX();
+}
+
+constexpr std::size_t kLooks = 1 << 16;
+
+std::vector<double> RandomAbscissae(double end, Random& random) {
+    std::vector<double> xs(kLooks);
+    for (double& x : xs) x = random.between(0, end);
+    return xs;
+}
+
+void CountEvaluations(benchmark::State& state, std::size_t perIteration) {
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(perIteration));
+}
+
+void BezierKernel(benchmark::State& state) {
+    Random random(1);
+    std::vector<Private::BezierArgs> segments(kLooks);
+    std::vector<double> xs(kLooks);
+    Vector2D<double> at;
+    for (std::size_t i = 0; i < kLooks; ++i) {
+        const double span = random.between(1, 10);
+        const double rise = random.between(0, 5);
+        segments[i] = {at.x,
+                       at.y,
+                       at.x + span,
+                       at.y + rise,
+                       span * HandleShare(random),
+                       rise * random.between(0, 0.5),
+                       -span * HandleShare(random),
+                       -rise * random.between(0, 0.5)};
+        xs[i] = at.x + span * random.between(0, 1);
+        at = at + Vector2D<double>(span, rise);
+    }
+    for (auto _ : state) {
+        double sum = 0;
+        for (std::size_t i = 0; i < kLooks; ++i) sum += Private::EvalBezierY(xs[i], segments[i]);
+        benchmark::DoNotOptimize(sum);
+    }
+    CountEvaluations(state, kLooks);
+}
+BENCHMARK(BezierKernel);
+
+void EvalRandomX(benchmark::State& state) {
+    Random random(2);
+    const auto curve = BezierCurve(static_cast<std::size_t>(state.range(0)), random);
+    const auto xs = RandomAbscissae(LastX(*curve), random);
+    for (auto _ : state) {
+        double sum = 0;
+        for (const double x : xs) sum += curve->eval(x);
+        benchmark::DoNotOptimize(sum);
+    }
+    CountEvaluations(state, kLooks);
+}
+BENCHMARK(EvalRandomX)->Arg(10)->Arg(1000)->Arg(100000);
+
+void EvalPlayback(benchmark::State& state) {
+    Random random(3);
+    const auto curve = BezierCurve(static_cast<std::size_t>(state.range(0)), random);
+    auto xs = RandomAbscissae(LastX(*curve), random);
+    std::sort(xs.begin(), xs.end());
+    for (auto _ : state) {
+        double sum = 0;
+        for (const double x : xs) sum += curve->eval(x);
+        benchmark::DoNotOptimize(sum);
+    }
+    CountEvaluations(state, kLooks);
+}
+BENCHMARK(EvalPlayback)->Arg(1000);
+
+// 10 000 curves of 50 keys: all of them at one frame, then at the next.
+void EvalPose(benchmark::State& state) {
+    Random random(4);
+    std::vector<std::shared_ptr<FCurve>> curves;
+    for (int i = 0; i < 10000; ++i) curves.push_back(BezierCurve(50, random));
+    double frame = 0;
+    for (auto _ : state) {
+        double sum = 0;
+        for (const auto& curve : curves) sum += curve->eval(frame);
+        benchmark::DoNotOptimize(sum);
+        frame = frame < 200 ? frame + 1 : 0.5;
+    }
+    CountEvaluations(state, curves.size());
+}
+BENCHMARK(EvalPose);
+
+enum Order { Ascending, Descending, Shuffled };
+
+void Build(benchmark::State& state, Order order) {
+    Random random(5);
+    auto keys = RisingKeys(static_cast<std::size_t>(state.range(0)), random);
+    std::vector<const Keyframe*> sequence;
+    for (const Keyframe& key : keys) sequence.push_back(&key);
+    if (order == Descending) std::reverse(sequence.begin(), sequence.end());
+    if (order == Shuffled) std::shuffle(sequence.begin(), sequence.end(), random.engine());
+    const auto bezier = Bezier::create();
+    for (auto _ : state) {
+        auto curve = FCurve::create();
+        for (const Keyframe* key : sequence) curve->insertSegment(*key, bezier);
+        state.PauseTiming();
+        curve.reset();
+        state.ResumeTiming();
+    }
+    CountEvaluations(state, sequence.size());
+}
+BENCHMARK_CAPTURE(Build, ascending, Ascending)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Build, descending, Descending)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Build, random, Shuffled)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// Insertions at random places of a curve that has that many keys already; a thousand of them barely make it larger.
+void InsertInto(benchmark::State& state) {
+    Random random(6);
+    const auto curve = BezierCurve(static_cast<std::size_t>(state.range(0)), random);
+    const double end = LastX(*curve);
+    const auto bezier = Bezier::create();
+    constexpr std::size_t count = 1000;
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::vector<Keyframe> keys(count);
+        for (Keyframe& key : keys) key.set(random.between(0, end), 1);
+        state.ResumeTiming();
+        for (const Keyframe& key : keys) benchmark::DoNotOptimize(curve->insertSegment(key, bezier));
+        state.PauseTiming();
+        for (const Keyframe& key : keys) curve->removeSegment(curve->findSegment(key.getX()));
+        state.ResumeTiming();
+    }
+    CountEvaluations(state, count);
+}
+BENCHMARK(InsertInto)->Arg(10000)->Arg(1000000);
+
+void DragKey(benchmark::State& state) {
+    Random random(7);
+    const auto curve = BezierCurve(static_cast<std::size_t>(state.range(0)), random);
+    const auto key = curve->findSegment(LastX(*curve) / 2)->getLeftKey();
+    const Vector2D<double> home = key->get();
+    double step = 0;
+    for (auto _ : state) {
+        step = step < 0.5 ? step + 1e-3 : 0;
+        key->set(home.x + step, home.y + step);
+    }
+    CountEvaluations(state, 1);
+}
+BENCHMARK(DragKey)->Arg(1000)->Arg(100000);
+
+void Polyline(benchmark::State& state) {
+    Random random(8);
+    const auto curve = BezierCurve(1000, random);
+    std::vector<Vector2D<double>> points;
+    for (auto _ : state)
+        for (const Segment& segment : *curve) {
+            const auto left = segment.getLeftKey();
+            const auto right = segment.getRightKey();
+            if (left && right)
+                segment.getInterpolator()->computePolyline(segment, left->getX(), right->getX(), 32, points);
+        }
+    CountEvaluations(state, 999 * 32);
+}
+BENCHMARK(Polyline);
+
+// Bytes that a key costs, default tangents, no properties: what the heap holds more after building than before.
+void BytesPerKey(benchmark::State& state) {
+    const auto count = static_cast<std::size_t>(state.range(0));
+    Random random(9);
+    const auto keys = RisingKeys(count, random);
+    const auto bezier = Bezier::create();
+    double bytes = 0;
+    for (auto _ : state) {
+        const auto held = [] {
+            const struct mallinfo2 info = mallinfo2();
+            return static_cast<double>(info.uordblks + info.hblkhd);
+        };
+        const double before = held();
+        auto curve = FCurve::create();
+        for (const Keyframe& key : keys) curve->insertSegment(key, bezier);
+        bytes = (held() - before) / static_cast<double>(count);
+        benchmark::DoNotOptimize(curve);
+    }
+    state.counters["bytes/key"] = bytes;
+}
+BENCHMARK(BytesPerKey)->Arg(1000000)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+} // namespace

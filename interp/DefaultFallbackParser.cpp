@@ -3,6 +3,7 @@
 #include "FCurveLib/InterpMaker.h"
 #include "FCurveLib/Interpolator.h"
 #include "interp/FormulaCompiler.h"
+#include "interp/RepeatMaker.h"
 
 #include <algorithm>
 #include <string_view>
@@ -11,7 +12,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-DefaultFallbackParser::DefaultFallbackParser() = default;
+DefaultFallbackParser::DefaultFallbackParser() : m_makers{std::make_shared<Private::RepeatMaker>()} {}
 DefaultFallbackParser::DefaultFallbackParser(const DefaultFallbackParser&) = default;
 DefaultFallbackParser& DefaultFallbackParser::operator=(const DefaultFallbackParser&) = default;
 DefaultFallbackParser::~DefaultFallbackParser() = default;

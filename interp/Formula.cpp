@@ -1,10 +1,11 @@
 #include "interp/Formula.h"
 
 #include "FCurveLib/Segment.h"
+#include "interp/BezierMath.h"
+#include "interp/Extents.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -19,17 +20,6 @@ Jet Differentiate(const FormulaProgram& program, double x, const Segment& segmen
         return {leaf.eval(x, segment), leaf.getFirstDerivative(x, segment), leaf.getSecondDerivative(x, segment)};
     });
 }
-
-// The lowest and the highest of some values; NaN until there is one.
-struct Extents {
-    double low = std::numeric_limits<double>::quiet_NaN();
-    double high = std::numeric_limits<double>::quiet_NaN();
-
-    void fold(double y) noexcept {
-        low = std::fmin(low, y); // deliberate: fmin and fmax prefer any number to NaN
-        high = std::fmax(high, y);
-    }
-};
 
 // What extents see of a formula at one x.
 struct Look {
@@ -63,7 +53,6 @@ bool Formula::usesTangents() const {
 }
 
 double Formula::getFirstDerivative(double x, const Segment& segment) const {
-    constexpr double verticalSlope = 9999999.0;
     const double slope = Differentiate(m_program, x, segment).d1;
     if (std::isnan(slope)) return Interpolator::getFirstDerivative(x, segment);
     return std::isinf(slope) ? std::copysign(verticalSlope, slope) : slope;

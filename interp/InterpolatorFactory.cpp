@@ -3,8 +3,18 @@
 #include "FCurveLib/Bezier.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
+#include "FCurveLib/Cycle.h"
+#include "FCurveLib/CycleOffset.h"
+#include "FCurveLib/Ease.h"
+#include "FCurveLib/EaseIn.h"
+#include "FCurveLib/EaseOut.h"
 #include "FCurveLib/Linear.h"
+#include "FCurveLib/Match.h"
+#include "FCurveLib/MatchIn.h"
+#include "FCurveLib/MatchOut.h"
+#include "FCurveLib/Mirror.h"
 #include "FCurveLib/NumberInterp.h"
+#include "FCurveLib/Spline.h"
 #include "FCurveLib/UnknownExpression.h"
 #include "interp/DefaultParser.h"
 
@@ -24,10 +34,9 @@ using Registry = std::map<std::string, std::shared_ptr<Interpolator>, std::less<
 
 // Every built-in kind; its expression is its key.
 constexpr std::shared_ptr<Interpolator> (*builtInKinds[])() = {
-    &Bezier::create,
-    &Constant::create,
-    &ConstantNext::create,
-    &Linear::create,
+    &Bezier::create,  &Constant::create, &ConstantNext::create, &Cycle::create,  &CycleOffset::create,
+    &Ease::create,    &EaseIn::create,   &EaseOut::create,      &Linear::create, &Match::create,
+    &MatchIn::create, &MatchOut::create, &Mirror::create,       &Spline::create,
 };
 
 const Registry& GetRegistry() {

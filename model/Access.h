@@ -95,6 +95,10 @@ struct Access {
     static void setInterpolatorRaw(Segment& s, std::shared_ptr<Interpolator> i) noexcept {
         s.m_interpolator = std::move(i);
     }
+    static void setTangentsRaw(Segment& s, std::shared_ptr<Tangent> in, std::shared_ptr<Tangent> out) noexcept {
+        s.m_inTangent = std::move(in);
+        s.m_outTangent = std::move(out);
+    }
     static PropertyMap& properties(Keyframe& k) noexcept { return k.m_properties; }
     static PropertyMap& properties(Segment& s) noexcept { return s.m_properties; }
     static PropertyMap& properties(Tangent& t) noexcept { return t.m_properties; }

@@ -1,0 +1,29 @@
+#include "FCurveLib/Ease.h"
+
+#include "model/Access.h"
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+
+Ease::Ease() {
+    setExpression("ease()");
+}
+
+std::shared_ptr<Interpolator> Ease::create() {
+    return std::shared_ptr<Interpolator>(new Ease);
+}
+
+std::shared_ptr<Interpolator> Ease::clone() {
+    return std::shared_ptr<Interpolator>(new Ease(*this));
+}
+
+Ease::Heights Ease::getHeights(const Segment& segment) const {
+    const double left = Access::leftKey(segment)->getY();
+    const double right = Access::rightKey(segment)->getY();
+    return {left, right, 0.0, 0.0};
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

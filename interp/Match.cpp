@@ -1,0 +1,267 @@
+#include "FCurveLib/Match.h"
+
+#include "interp/BezierMath.h"
+#include "interp/Formula.h"
+#include "interp/Kinds.h"
+#include "interp/TwoPoints.h"
+#include "model/Access.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <type_traits>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+using Private::Kind;
+
+namespace {
+
+enum class Quantity { Value, Slope };
+enum class Side { Left, Right };
+
+double End(Quantity quantity, const Segment& segment, Side side);
+
+// --- what a neighbour contributes ------------------------------------------------------------------------------------
+// Below, the neighbour lies on the given side of the key at which it meets the match segment.
+
+const Segment* Beside(const Keyframe& key, Side side) noexcept {
+    return side == Side::Left ? Access::leftSegment(key) : Access::rightSegment(key);
+}
+bool IsOpen(const Segment& segment) noexcept {
+    return !Access::leftKey(segment) || !Access::rightKey(segment);
+}
+
+double Own(Quantity quantity, double x, const Interpolator& interpolator, const Segment& segment) {
+    return quantity == Quantity::Value ? interpolator.eval(x, segment) : interpolator.getFirstDerivative(x, segment);
+}
+double FlatAt(Quantity quantity, const Keyframe& key) noexcept {
+    return quantity == Quantity::Value ? key.getY() : 0.0;
+}
+
+// The slope of a chord that is broken into (a, b) and (c, d); one key may be both b and c.
+double ChordSlope(const Keyframe& a, const Keyframe& b, const Keyframe& c, const Keyframe& d) noexcept {
+    return ((b.getY() - a.getY()) + (d.getY() - c.getY())) / ((b.getX() - a.getX()) + (d.getX() - c.getX()));
+}
+
+// Whether a match on that side of a key is flat there.
+bool IsFlatEnd(Kind match, Side side) noexcept {
+    return match == (side == Side::Left ? Kind::MatchIn : Kind::MatchOut);
+}
+
+double BesideMatch(Quantity quantity, Kind neighbour, const Keyframe& key, Side side) noexcept {
+    const Segment* const left = Access::leftSegment(key);
+    const Segment* const right = Access::rightSegment(key);
+    const Keyframe* const previous = left ? Access::leftKey(*left) : nullptr;
+    const Keyframe* const next = right ? Access::rightKey(*right) : nullptr;
+    if (quantity == Quantity::Value || IsFlatEnd(neighbour, side) || !previous || !next) return FlatAt(quantity, key);
+    return ChordSlope(*previous, key, key, *next);
+}
+
+// A host's kind, on a copy of the segment from which nothing else can be reached.
+double Isolated(Quantity quantity, const Interpolator& interpolator, const Segment& segment, double x) {
+    // Without owners: they live as long as the call.
+    const auto borrow = [](auto* part) {
+        return std::shared_ptr<std::decay_t<decltype(*part)>>(std::shared_ptr<void>(), part);
+    };
+    const auto copy = [&](const Keyframe* key, Keyframe& target) {
+        if (key) target.set(key->get());
+        return key ? borrow(&target) : nullptr;
+    };
+    Keyframe left;
+    Keyframe right;
+    Segment isolated(nullptr, copy(Access::leftKey(segment), left), nullptr, copy(Access::rightKey(segment), right));
+    Access::setTangentsRaw(isolated, borrow(const_cast<Tangent*>(Access::inTangent(segment))),
+                           borrow(const_cast<Tangent*>(Access::outTangent(segment))));
+    return Own(quantity, x, interpolator, isolated);
+}
+
+// Whether the curve goes on at its other end.
+bool Wraps(const Interpolator* interpolator) noexcept {
+    if (!interpolator) return false;
+    switch (Private::KindOf(*interpolator)) {
+    case Kind::Cycle:
+    case Kind::CycleOffset:
+        return true;
+    case Kind::Formula: {
+        const auto& leaves = static_cast<const Private::Formula*>(interpolator)->program().leaves();
+        return std::any_of(leaves.begin(), leaves.end(), [](const auto& leaf) { return Wraps(leaf.get()); });
+    }
+    default:
+        return false;
+    }
+}
+
+// Whether the interpolator can be asked on this segment without asking a match back.
+bool IsSafe(const Interpolator& interpolator, const Segment& segment) noexcept {
+    switch (Private::KindOf(interpolator)) {
+    case Kind::Local:
+        return true;
+    case Kind::Cycle:
+    case Kind::CycleOffset:
+    case Kind::Mirror:
+        return !IsOpen(segment); // constant there
+    case Kind::Formula: {
+        const auto& leaves = static_cast<const Private::Formula&>(interpolator).program().leaves();
+        return std::all_of(leaves.begin(), leaves.end(), [&](const auto& leaf) { return IsSafe(*leaf, segment); });
+    }
+    default:
+        return false;
+    }
+}
+
+double Contribution(Quantity quantity, const Interpolator& interpolator, const Segment& neighbour, const Keyframe& key,
+                    Side side);
+
+// A Cycle or CycleOffset in the open segment at the key: the curve's other end.
+double AcrossCycle(Quantity quantity, Kind cycle, const Segment& open, const Keyframe& key, Side side) {
+    const FCurve* const curve = Access::curve(open);
+    if (!curve || curve->size() < 3 || (quantity == Quantity::Value && cycle == Kind::CycleOffset))
+        return FlatAt(quantity, key);
+
+    const Segment& leading = Access::firstSegment(*curve);
+    const Segment& trailing = Access::lastSegment(*curve);
+    const Keyframe& first = *Access::rightKey(leading);
+    const Keyframe& last = *Access::leftKey(trailing);
+    const Keyframe& far = side == Side::Left ? last : first;
+    const Segment& farSegment = *Beside(far, side);
+    const Interpolator* const interpolator = Access::interpolator(farSegment);
+    if (!interpolator) return 0.0;
+    const Kind kind = Private::KindOf(*interpolator);
+    if (!Private::IsMatch(kind)) return Contribution(quantity, *interpolator, farSegment, far, side);
+
+    // That end is a match's, too, and depends on the other open segment. If both lead to the other end, the left one is
+    // decided here and the right one follows it, as a period is taken from its start.
+    if (quantity == Quantity::Slope && IsFlatEnd(kind, side)) return 0.0;
+    if (side == Side::Left && Wraps(Access::interpolator(trailing))) {
+        if (quantity == Quantity::Value) return key.getY();
+        return ChordSlope(*Access::leftKey(farSegment), last, first, *Access::rightKey(*Access::rightSegment(first)));
+    }
+    return End(quantity, farSegment, side == Side::Left ? Side::Right : Side::Left);
+}
+
+double InFormula(Quantity quantity, const Private::Formula& formula, const Segment& neighbour, const Keyframe& key,
+                 Side side) {
+    const Private::Jet jet = formula.program().run<Private::Jet>(key.getX(), [&](const Interpolator& leaf) {
+        return Private::Jet{Contribution(Quantity::Value, leaf, neighbour, key, side),
+                            Contribution(Quantity::Slope, leaf, neighbour, key, side), 0.0};
+    });
+    return quantity == Quantity::Value ? jet.v : jet.d1;
+}
+
+double Contribution(Quantity quantity, const Interpolator& interpolator, const Segment& neighbour, const Keyframe& key,
+                    Side side) {
+    if (IsSafe(interpolator, neighbour)) return Own(quantity, key.getX(), interpolator, neighbour);
+    const Kind kind = Private::KindOf(interpolator);
+    switch (kind) {
+    case Kind::Match:
+    case Kind::MatchIn:
+    case Kind::MatchOut:
+        return BesideMatch(quantity, kind, key, side);
+    case Kind::Cycle:
+    case Kind::CycleOffset:
+        return AcrossCycle(quantity, kind, neighbour, key, side);
+    case Kind::Formula:
+        return InFormula(quantity, static_cast<const Private::Formula&>(interpolator), neighbour, key, side);
+    case Kind::Host:
+        return Isolated(quantity, interpolator, neighbour, key.getX());
+    case Kind::Mirror:
+    case Kind::Local:
+        break;
+    }
+    return FlatAt(quantity, key);
+}
+
+// The value or the slope at a match segment's end. Precondition: it has a key there.
+double End(Quantity quantity, const Segment& segment, Side side) {
+    const Keyframe& key = side == Side::Left ? *Access::leftKey(segment) : *Access::rightKey(segment);
+    const Segment* const neighbour = Beside(key, side);
+    if (!neighbour) return FlatAt(quantity, key);
+    const Interpolator* const interpolator = Access::interpolator(*neighbour);
+    if (!interpolator) return 0.0;
+
+    const double found = Contribution(quantity, *interpolator, *neighbour, key, side);
+    const bool vertical = quantity == Quantity::Slope && std::abs(found) == Private::verticalSlope;
+    return std::isfinite(found) && !vertical ? found : FlatAt(quantity, key);
+}
+
+// The value of a segment that lacks a key.
+double OpenValue(const Segment& segment) {
+    if (Access::leftKey(segment)) return End(Quantity::Value, segment, Side::Left);
+    if (Access::rightKey(segment)) return End(Quantity::Value, segment, Side::Right);
+    return 0.0;
+}
+
+} // namespace
+
+// --- the kind --------------------------------------------------------------------------------------------------------
+
+Match::Match() {
+    setExpression("match()");
+}
+Match::Match(const Match& other) = default;
+
+std::shared_ptr<Interpolator> Match::create() {
+    return std::shared_ptr<Interpolator>(new Match);
+}
+
+std::shared_ptr<Interpolator> Match::clone() {
+    return std::shared_ptr<Interpolator>(new Match(*this));
+}
+
+double Match::eval(double x, const Segment& segment) const {
+    return IsOpen(segment) ? OpenValue(segment) : ThirdsInterp::eval(x, segment);
+}
+
+void Match::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
+    if (IsOpen(segment))
+        minY = maxY = OpenValue(segment);
+    else
+        ThirdsInterp::getRangeExtents(segment, x0, x1, minY, maxY);
+}
+
+void Match::computePolyline(const Segment& segment, double x0, double x1, int count,
+                            std::vector<Vector2D<double>>& points) const {
+    if (IsOpen(segment)) {
+        const double y = OpenValue(segment);
+        Private::TwoPoints(points, x0, y, x1, y);
+    } else {
+        ThirdsInterp::computePolyline(segment, x0, x1, count, points);
+    }
+}
+
+Match::Heights Match::getHeights(const Segment& segment) const {
+    double x = 0.0;
+    double out = 0.0;
+    double in = 0.0;
+    getLeftTangent(segment, x, out);
+    getRightTangent(segment, x, in);
+    return {getLeftValue(segment), getRightValue(segment), out, in};
+}
+
+double Match::getLeftValue(const Segment& segment) const {
+    return End(Quantity::Value, segment, Side::Left);
+}
+double Match::getRightValue(const Segment& segment) const {
+    return End(Quantity::Value, segment, Side::Right);
+}
+double Match::getLeftSlope(const Segment& segment) const {
+    return End(Quantity::Slope, segment, Side::Left);
+}
+double Match::getRightSlope(const Segment& segment) const {
+    return End(Quantity::Slope, segment, Side::Right);
+}
+
+void Match::getLeftTangent(const Segment& segment, double& x, double& y) const {
+    x = (Access::rightKey(segment)->getX() - Access::leftKey(segment)->getX()) / 3.0;
+    y = getLeftSlope(segment) * x;
+}
+void Match::getRightTangent(const Segment& segment, double& x, double& y) const {
+    x = (Access::leftKey(segment)->getX() - Access::rightKey(segment)->getX()) / 3.0;
+    y = getRightSlope(segment) * x;
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

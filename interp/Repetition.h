@@ -1,0 +1,53 @@
+#pragma once
+
+#include "FCurveLib/FCurve.h"
+#include "FCurveLib/Interpolator.h"
+#include "FCurveLib/Segment.h"
+#include "interp/Extents.h"
+
+#include <optional>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Private {
+
+// A curve's keyed part, from first to last key, as an open segment's interpolator repeats it.
+class Repetition {
+public:
+    // Nothing for a segment from which there is nothing to repeat: one with no key or two, or of a curve of one key.
+    static std::optional<Repetition> Find(const Segment& segment) noexcept;
+
+    // Forwards again and again, period n lifted by n * offset.
+    double evalCycle(double x, double offset) const;
+    double differentiateCycle(double x, int order) const;
+    Extents cycleExtents(double x0, double x1, double offset) const;
+
+    // To and fro.
+    double evalMirror(double x) const;
+    double differentiateMirror(double x, int order) const;
+    Extents mirrorExtents(double x0, double x1) const;
+
+    // By how much y rises from the first to the last key.
+    double rise() const;
+
+private:
+    Repetition(const FCurve& curve, const Keyframe& first, const Keyframe& last, bool leading) noexcept;
+
+    double distance(double x) const noexcept;
+    double differentiate(double x, bool fromRight, int order) const;
+    void foldPart(Extents& extents, double from, double to, double shift) const;
+
+    const FCurve* m_curve;
+    const Keyframe* m_first;
+    const Keyframe* m_last;
+    double m_begin; // x of the first key
+    double m_end;   // x of the last key
+    double m_span;
+    bool m_leading; // seen from the segment before the first key
+};
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -24,6 +24,18 @@ double Abscissa(const Slot& slot) noexcept {
     return slot.x;
 }
 
+// Asks the cache for what a search of n items may look at next, for the first three of its steps at once: in a scene of
+// many curves they come from memory, and one after the other they would cost more than everything else.
+template<class Item>
+void PrefetchSearch(const Item* items, std::size_t n) noexcept {
+#if defined(__GNUC__)
+    for (std::size_t eighth = 1; eighth < 8; ++eighth) __builtin_prefetch(items + n * eighth / 8);
+#else
+    (void)items;
+    (void)n;
+#endif
+}
+
 // Index of the last of n ascending items that is not above x; 0 when none is, and for NaN.
 // The loop has no branch that depends on x, so random look-ups cost no mispredictions.
 template<class Item>
@@ -87,6 +99,7 @@ std::size_t SegmentMap::findBlock(double x) const noexcept {
 
 Segment* SegmentMap::lookUp(double x) const noexcept {
     const Block& block = blockAt(findBlock(x));
+    PrefetchSearch(block.data(), block.size());
     return block[LastNotAbove(block.data(), block.size(), x)].segment;
 }
 

@@ -119,10 +119,10 @@ private:
     static void internalSet(const std::vector<Keyframe*>& keys, double delta, double span, double pivot,
                             Private::Edit& edit);
 
-    Segment* m_left = nullptr; // raw: the owning curve clears it before it lets the segment go
+    Vector2D<double> m_position; // first: evaluation reads nothing else of a key
+    Segment* m_left = nullptr;   // raw: the owning curve clears it before it lets the segment go
     std::shared_ptr<Segment>
         m_right; // owned: the curve's chain; the owning curve takes it out before it lets the key go
-    Vector2D<double> m_position;
     PropertyMap m_properties;
     bool m_breakdown = false;
     bool m_unified = false;

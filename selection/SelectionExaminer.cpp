@@ -1,0 +1,424 @@
+#include "FCurveLib/SelectionExaminer.h"
+
+#include "FCurveLib/DisplayProperties.h"
+#include "FCurveLib/FCurveObserver.h"
+#include "FCurveLib/Selection.h"
+#include "FCurveLib/Tolerance.h"
+#include "selection/SelectionState.h"
+#include "selection/SummaryTree.h"
+#include "selection/WalkOrder.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+
+namespace {
+
+template<class Part>
+bool isSelected(const Part& part) noexcept {
+    return Private::SelectionFilter::isSelectedValue(part.getProperty(Private::SelectionFilter::key));
+}
+
+// --- what parts have in common ---------------------------------------------------------------------------------------
+
+struct Range {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -std::numeric_limits<double>::infinity();
+
+    void include(double value) noexcept {
+        low = std::min(low, value);
+        high = std::max(high, value);
+    }
+    void merge(const Range& other) noexcept {
+        low = std::min(low, other.low);
+        high = std::max(high, other.high);
+    }
+    Examined<double> examined() const {
+        Examined<double> result;
+        if (low > high) return result;
+        result.include(low + 0.0); // -0, the angle of a flat in tangent, is 0 to whoever reads a panel
+        if (low != high && !NearEqual(high, low)) result.setMixed();
+        return result;
+    }
+};
+
+struct CurveSummary {
+    SelectionExaminer::Curves common;
+
+    void include(const FCurve& curve) {
+        ++common.count;
+        common.name.include(curve.getName());
+        common.visible.include(IsVisible(curve));
+        common.editable.include(IsEditable(curve));
+        common.locked.include(IsLocked(curve));
+        common.velocityVisible.include(IsVelocityVisible(curve));
+        common.accelerationVisible.include(IsAccelerationVisible(curve));
+        common.discontinuityVisible.include(IsDiscontinuityVisible(curve));
+    }
+    void merge(const CurveSummary& other) {
+        common.count += other.common.count;
+        common.name.merge(other.common.name);
+        common.visible.merge(other.common.visible);
+        common.editable.merge(other.common.editable);
+        common.locked.merge(other.common.locked);
+        common.velocityVisible.merge(other.common.velocityVisible);
+        common.accelerationVisible.merge(other.common.accelerationVisible);
+        common.discontinuityVisible.merge(other.common.discontinuityVisible);
+    }
+};
+
+struct SegmentSummary {
+    SelectionExaminer::Segments common;
+
+    void include(const Segment& segment) {
+        ++common.count;
+        const Interpolator* interpolator = Access::interpolator(segment);
+        common.expression.include(interpolator ? interpolator->getExpression() : "");
+    }
+    void merge(const SegmentSummary& other) {
+        common.count += other.common.count;
+        common.expression.merge(other.common.expression);
+    }
+};
+
+struct KeyframeSummary {
+    SelectionExaminer::Keyframes common;
+    Range x;
+    Range y;
+
+    void include(const Keyframe& key) {
+        ++common.count;
+        x.include(key.getX());
+        y.include(key.getY());
+        common.breakdown.include(key.isBreakdown());
+        common.tangentsUnified.include(key.isTangentsUnified());
+        common.locked.include(*key.getProperty("fc_lock") != '\0');
+    }
+    void merge(const KeyframeSummary& other) {
+        common.count += other.common.count;
+        x.merge(other.x);
+        y.merge(other.y);
+        common.breakdown.merge(other.common.breakdown);
+        common.tangentsUnified.merge(other.common.tangentsUnified);
+        common.locked.merge(other.common.locked);
+    }
+};
+
+struct TangentSummary {
+    SelectionExaminer::Tangents common;
+    Range angle;
+    Range weight;
+
+    void include(const Tangent& tangent) {
+        ++common.count;
+        common.type.include(tangent.getType());
+        angle.include(tangent.getAngle());
+        weight.include(tangent.getWeight());
+        common.weighted.include(tangent.isWeighted());
+        common.weightLocked.include(tangent.isWeightLocked());
+    }
+    void merge(const TangentSummary& other) {
+        common.count += other.common.count;
+        common.type.merge(other.common.type);
+        angle.merge(other.angle);
+        weight.merge(other.weight);
+        common.weighted.merge(other.common.weighted);
+        common.weightLocked.merge(other.common.weightLocked);
+    }
+};
+
+struct Summary {
+    CurveSummary curves;
+    SegmentSummary segments;
+    KeyframeSummary keyframes;
+    TangentSummary tangents;
+
+    void merge(const Summary& other) {
+        curves.merge(other.curves);
+        segments.merge(other.segments);
+        keyframes.merge(other.keyframes);
+        tangents.merge(other.tangents);
+    }
+};
+
+// --- which parts count: those in the curve's chain that the walk shows, and that are selected -----------------------
+
+bool isIn(const FCurve& curve, const Segment& segment) noexcept {
+    if (Access::curve(segment) != &curve) return false;
+    const Keyframe* key = Access::leftKey(segment);
+    const Private::SegmentMap& segments = Access::segments(curve);
+    return (key ? segments.lookUp(key->getX()) : segments.first()) == &segment;
+}
+
+bool counts(const FCurve& curve, const Segment& segment) noexcept {
+    return isSelected(segment) && isIn(curve, segment);
+}
+
+bool counts(const FCurve& curve, const Keyframe& key) noexcept {
+    const Segment* left = Access::leftSegment(key);
+    return isSelected(key) && left && Access::curve(*left) == &curve;
+}
+
+bool counts(const FCurve& curve, const Tangent& tangent) {
+    if (!isSelected(tangent)) return false;
+    const std::shared_ptr<const Segment> segment = tangent.getOwningSegment();
+    if (!segment || !isIn(curve, *segment)) return false;
+    if (&tangent == Access::inTangent(*segment)) return Private::ShowsInTangent(*segment);
+    return &tangent == Access::outTangent(*segment) && Private::ShowsOutTangent(*segment);
+}
+
+// --- one observed curve ----------------------------------------------------------------------------------------------
+
+class ExaminedCurve {
+public:
+    explicit ExaminedCurve(FCurve& curve) noexcept : m_address(&curve), m_curve(curve.getShared()) {}
+
+    const FCurve* address() const noexcept { return m_address; } // the curve may be dead
+    std::shared_ptr<FCurve> lock() const noexcept { return m_curve.lock(); }
+
+    bool isStale() const noexcept { return m_isStale; }
+    void setStale() noexcept { m_isStale = true; }
+
+    // Takes in that the part changed, or became or ceased to be one that counts.
+    template<class Part>
+    void update(const FCurve& curve, const Part& part) noexcept {
+        if (m_isStale || isWorthAWalk(curve)) return;
+        try {
+            partsLike(part).put(part, counts(curve, part));
+        } catch (...) { // of memory; the walk will see to it
+            m_isStale = true;
+        }
+    }
+
+    void updateAround(const FCurve& curve, const Segment& segment) noexcept {
+        update(curve, segment);
+        update(curve, *Access::inTangent(segment));
+        update(curve, *Access::outTangent(segment));
+        if (const Keyframe* key = Access::rightKey(segment)) update(curve, *key);
+    }
+
+    void settle(Summary& summary) {
+        const std::shared_ptr<FCurve> curve = lock();
+        if (!curve) return;
+        if (m_isStale) rebuild(*curve);
+        m_updates = 0;
+        if (isSelected(*curve)) summary.curves.include(*curve);
+        summary.segments.merge(m_segments.settle());
+        summary.keyframes.merge(m_keyframes.settle());
+        summary.tangents.merge(m_tangents.settle());
+    }
+
+private:
+    // Many single updates cost more than one walk.
+    bool isWorthAWalk(const FCurve& curve) noexcept {
+        if (++m_updates <= 32 + curve.size() / 4) return false;
+        m_isStale = true;
+        return true;
+    }
+
+    Private::PartSet<Segment, SegmentSummary>& partsLike(const Segment&) noexcept { return m_segments; }
+    Private::PartSet<Keyframe, KeyframeSummary>& partsLike(const Keyframe&) noexcept { return m_keyframes; }
+    Private::PartSet<Tangent, TangentSummary>& partsLike(const Tangent&) noexcept { return m_tangents; }
+
+    void rebuild(const FCurve& curve) {
+        m_segments.clear();
+        m_keyframes.clear();
+        m_tangents.clear();
+        for (const Segment& segment : curve) {
+            if (isSelected(segment)) m_segments.add(segment);
+            const Tangent& out = *Access::outTangent(segment);
+            if (isSelected(out) && Private::ShowsOutTangent(segment)) m_tangents.add(out);
+            const Tangent& in = *Access::inTangent(segment);
+            if (isSelected(in) && Private::ShowsInTangent(segment)) m_tangents.add(in);
+            const Keyframe* key = Access::rightKey(segment);
+            if (key && isSelected(*key)) m_keyframes.add(*key);
+        }
+        m_isStale = false;
+    }
+
+    const FCurve* m_address;
+    std::weak_ptr<FCurve> m_curve;
+    bool m_isStale = true;
+    std::size_t m_updates = 0; // since the last question
+    Private::PartSet<Segment, SegmentSummary> m_segments;
+    Private::PartSet<Keyframe, KeyframeSummary> m_keyframes;
+    Private::PartSet<Tangent, TangentSummary> m_tangents;
+};
+
+} // namespace
+
+// --- the observer ----------------------------------------------------------------------------------------------------
+
+class SelectionExaminer::Observer final : public FCurveObserver, public ContainerObserver, public SelectionObserver {
+public:
+    explicit Observer(Selection& selection) : m_container(selection.getCurves()) {
+        selection.subscribe(*this);
+        selection.getCurves()->subscribe(*this);
+    }
+
+    void invalidate() noexcept {
+        m_listIsStale = true;
+        for (std::size_t i = 0; i < m_curves.size(); ++i) {
+            m_curves[i]->setStale();
+            m_curves.touch(i);
+        }
+    }
+
+    // Brings the answers up to date.
+    void settle() {
+        if (!m_listIsStale && m_curves.isSettled()) return;
+        if (m_listIsStale) {
+            matchList();
+            m_listIsStale = false;
+        }
+        const Summary& all = m_curves.settle(
+            [](Summary& summary, const std::unique_ptr<ExaminedCurve>& curve) { curve->settle(summary); });
+        curves = all.curves.common;
+        segments = all.segments.common;
+        keyframes = all.keyframes.common;
+        keyframes.x = all.keyframes.x.examined();
+        keyframes.y = all.keyframes.y.examined();
+        tangents = all.tangents.common;
+        tangents.angle = all.tangents.angle.examined();
+        tangents.weight = all.tangents.weight.examined();
+    }
+
+    Curves curves;
+    Segments segments;
+    Keyframes keyframes;
+    Tangents tangents;
+
+private:
+    // --- SelectionObserver: also tells what curves are silenced about ------------------------------------------------
+    void selected(const HitRecord& part) override { updateRecord(part); }
+    void deselected(const HitRecord& part) override { updateRecord(part); }
+
+    void updateRecord(const HitRecord& record) {
+        Private::SelectionState::withPart(record, [this](auto& part) {
+            update(part);
+            return true;
+        });
+    }
+
+    // --- ContainerObserver -------------------------------------------------------------------------------------------
+    void containerChanged(FCurveContainer&) override { m_listIsStale = true; }
+
+    // --- FCurveObserver ----------------------------------------------------------------------------------------------
+    void curveChanged(FCurve& curve) override {
+        if (ExaminedCurve* examined = touch(&curve)) examined->setStale();
+    }
+    void tangentIntrinsicChanged(Tangent& tangent, TangentIntrinsicType) override { update(tangent); }
+    void tangentPropertyChanged(Tangent& tangent, const char*, const char*) override { update(tangent); }
+    void keyframeIntrinsicChanged(Keyframe& key, KeyframeIntrinsicType) override { update(key); }
+    void keyframePropertyChanged(Keyframe& key, const char*, const char*) override { update(key); }
+    void segmentPropertyChanged(Segment& segment, const char*, const char*) override { update(segment); }
+    void segmentIntrinsicChanged(Segment& segment, SegmentIntrinsicType) override {
+        // Another interpolator may use tangents, or no longer.
+        if (!Access::inTangent(segment)) return; // made by hand
+        FCurve* curve = Access::curve(segment);
+        if (ExaminedCurve* examined = touch(curve)) examined->updateAround(*curve, segment);
+    }
+    void segmentAdded(FCurve& curve, Segment& segment) override {
+        ExaminedCurve* examined = touch(&curve);
+        if (!examined) return;
+        examined->updateAround(curve, segment);
+        updatePlace(*examined, curve, segment);
+    }
+    void segmentRemoved(FCurve& curve, Segment& segment) override {
+        ExaminedCurve* examined = touch(&curve);
+        if (!examined) return;
+        examined->updateAround(curve, segment);
+        examined->update(curve, *Access::leftKey(segment));
+        updatePlace(*examined, curve, segment);
+    }
+    void curveIntrinsicChanged(FCurve& curve, CurveIntrinsicType) override { touch(&curve); }
+    void curvePropertyChanged(FCurve& curve, const char*, const char*) override { touch(&curve); }
+
+    // The segment that ends where the given one starts, or did: its end is new, and its in tangent another.
+    static void updatePlace(ExaminedCurve& examined, FCurve& curve, const Segment& segment) noexcept {
+        const Keyframe* key = Access::leftKey(segment);
+        const Segment* before = Access::leftSegment(*key);
+        examined.updateAround(curve, before ? *before : Access::findSegment(curve, key->getX()));
+    }
+
+    static FCurve* curveOf(Segment& segment) noexcept { return Access::curve(segment); }
+    static FCurve* curveOf(Keyframe& key) noexcept { return Access::curve(key); }
+    static FCurve* curveOf(Tangent& tangent) noexcept { return Access::curve(tangent); }
+
+    template<class Part>
+    void update(Part& part) noexcept {
+        FCurve* curve = curveOf(part);
+        if (ExaminedCurve* examined = touch(curve)) examined->update(*curve, part);
+    }
+    void update(FCurve& curve) noexcept { touch(&curve); }
+
+    // The observed curve, with its answers marked as out of date; null for a curve that is not observed.
+    ExaminedCurve* touch(const FCurve* curve) noexcept {
+        const auto found = m_numbers.find(curve);
+        if (found == m_numbers.end()) return nullptr;
+        m_curves.touch(found->second);
+        return m_curves[found->second].get();
+    }
+
+    // Observes exactly the curves of the container.
+    void matchList() {
+        const std::shared_ptr<FCurveContainer> container = m_container.lock();
+        for (std::size_t i = m_curves.size(); i-- > 0;) {
+            const std::shared_ptr<FCurve> curve = m_curves[i]->lock();
+            if (curve && container && Access::find(*container, *curve) != container->end()) continue;
+            if (curve) curve->unsubscribe(*this);
+            m_numbers.erase(m_curves[i]->address());
+            m_curves.remove(i);
+            if (i < m_curves.size()) m_numbers[m_curves[i]->address()] = i;
+        }
+        if (!container) return;
+        for (FCurve& curve : *container) {
+            if (m_numbers.count(&curve) != 0) continue;
+            auto examined = std::make_unique<ExaminedCurve>(curve);
+            const auto entry = m_numbers.emplace(&curve, m_curves.size()).first;
+            try {
+                curve.subscribe(*this);
+                m_curves.add(std::move(examined));
+            } catch (...) {
+                m_numbers.erase(entry);
+                throw;
+            }
+        }
+    }
+
+    std::weak_ptr<FCurveContainer> m_container;
+    bool m_listIsStale = true;
+    Private::SummaryTree<std::unique_ptr<ExaminedCurve>, Summary> m_curves;
+    std::unordered_map<const FCurve*, std::size_t> m_numbers;
+};
+
+SelectionExaminer::SelectionExaminer(Selection& selection) : m_observer(std::make_unique<Observer>(selection)) {}
+SelectionExaminer::~SelectionExaminer() = default;
+
+const SelectionExaminer::Curves& SelectionExaminer::getCurves() {
+    m_observer->settle();
+    return m_observer->curves;
+}
+const SelectionExaminer::Segments& SelectionExaminer::getSegments() {
+    m_observer->settle();
+    return m_observer->segments;
+}
+const SelectionExaminer::Keyframes& SelectionExaminer::getKeyframes() {
+    m_observer->settle();
+    return m_observer->keyframes;
+}
+const SelectionExaminer::Tangents& SelectionExaminer::getTangents() {
+    m_observer->settle();
+    return m_observer->tangents;
+}
+
+void SelectionExaminer::invalidate() noexcept {
+    m_observer->invalidate();
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -111,6 +111,8 @@ using ConstHitRecordIterator = BasicHitRecordIterator<Private::ConstParts>;
 struct CompareRecord;
 class Selection;
 class SelectionObserver;
+template<class T>
+class Examined;
 class SelectionExaminer;
 class SelectionSnapshot;
 

@@ -152,8 +152,11 @@ TEST(SelectionExaminer, NeedsAWordAboutWhatNobodyWasTold) {
     EXPECT_EQ(said(examiner), found(*container));
     {
         FCurve::Switch silent(*curve);
+        for (const bool select : {false, true}) {
+            select ? selection.select(keyOf(*curve, 0)) : selection.deselect(keyOf(*curve, 0));
+            EXPECT_EQ(said(examiner), found(*container)) << "the selection tells of this";
+        }
         curve->removeSegment(std::next(curve->begin(), 2));
-        selection.deselect(keyOf(*curve, 0)); // the selection tells of this one
         examiner.getKeyframes();
     }
     curve->notifyChanged();

@@ -1,5 +1,6 @@
 #include "formats/Registration.h"
 
+#include "FCurveLib/HoudiniChanFormat.h"
 #include "FCurveLib/XMLFormat.h"
 
 namespace VEM_FN::FCurveLib {
@@ -17,6 +18,7 @@ Registered registerFormats() {
 
     // The one that is constructed last is asked first, so the weakest recogniser stands at the top. This order is what
     // decides when two readers could both accept the same data.
+    static HoudiniChanFormat::HoudiniChanReader hchanReader; // any list of numbers
     static XMLFormat::XMLReader xmlReader;
 
     static XMLFormat::XMLWriter xmlWriter;

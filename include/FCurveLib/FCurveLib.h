@@ -41,6 +41,7 @@
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/HitRecord.h"
 #include "FCurveLib/HitRecordIterator.h"
+#include "FCurveLib/HoudiniChanFormat.h"
 #include "FCurveLib/IFF.h"
 #include "FCurveLib/IndexLookup.h"
 #include "FCurveLib/InterpMaker.h"

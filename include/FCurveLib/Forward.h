@@ -89,6 +89,9 @@ template<class T>
 class SimpleListNode;
 class Reader;
 class Writer;
+namespace HoudiniChanFormat {
+class HoudiniChanReader;
+}
 namespace XMLFormat {
 class XMLReader;
 class XMLWriter;

@@ -68,6 +68,7 @@
 #include "FCurveLib/SelectionExaminer.h"
 #include "FCurveLib/SelectionObserver.h"
 #include "FCurveLib/SelectionOperations.h"
+#include "FCurveLib/SelectionSnapshot.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/SimpleListNode.h"
 #include "FCurveLib/Smoothing.h"

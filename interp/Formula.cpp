@@ -53,8 +53,8 @@ bool Formula::usesTangents() const {
 }
 
 double Formula::getFirstDerivative(double x, const Segment& segment) const {
-    const double slope = Differentiate(m_program, x, segment).d1;
-    if (std::isnan(slope)) return Interpolator::getFirstDerivative(x, segment);
+    double slope = Differentiate(m_program, x, segment).d1;
+    if (std::isnan(slope)) slope = Interpolator::getFirstDerivative(x, segment);
     return std::isinf(slope) ? std::copysign(verticalSlope, slope) : slope;
 }
 

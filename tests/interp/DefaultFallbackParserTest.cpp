@@ -331,6 +331,8 @@ TEST(FormulaDerivative, AnInfiniteSlopeIsTheVerticalSlope) {
     EXPECT_EQ(Parse("sqrt(x)")->getFirstDerivative(0.0, nowhere), 9999999.0);
     EXPECT_EQ(Parse("-sqrt(x)")->getFirstDerivative(0.0, nowhere), -9999999.0);
     EXPECT_EQ(Parse("acos(x)")->getFirstDerivative(1.0, nowhere), -9999999.0);
+    // Where the numeric derivative stands in for the missing rule of sqrt(x*x) at 0, too.
+    EXPECT_EQ(Parse("sqrt(x*x) + exp(x*1e12)")->getFirstDerivative(0.0, nowhere), 9999999.0);
 }
 
 // --- extents ---------------------------------------------------------------------------------------------------------

@@ -1,0 +1,90 @@
+#pragma once
+
+// What is written comes back, in every format that is written: equal but for the editor's properties that files do not
+// hold, and written again byte for byte.
+
+#include "Require.h"
+#include "support/SameCurve.h"
+
+#include <string>
+#include <vector>
+
+namespace Fuzz {
+
+namespace Survival {
+
+template<class Part>
+void eraseEditorProperties(Part& part) {
+    std::vector<std::string> keys;
+    for (auto property = part.beginProperties(); property != part.endProperties(); ++property)
+        if (IsEditorKeyString(property->first.c_str())) keys.push_back(property->first);
+    for (const std::string& key : keys) part.setProperty(key.c_str(), "");
+}
+
+/// A copy of what files hold of a curve.
+inline std::shared_ptr<FCurve> documentOf(const FCurve& curve) {
+    auto copy = FCurve::createCopy(curve);
+    eraseEditorProperties(*copy);
+    for (Segment& segment : *copy) {
+        if (!segment.getInterpolator()) segment.setInterpolator(InterpolatorFactory::create("0"));
+        eraseEditorProperties(segment);
+        eraseEditorProperties(*segment.getInTangent());
+        eraseEditorProperties(*segment.getOutTangent());
+        if (const auto key = segment.getLeftKey()) eraseEditorProperties(*key);
+    }
+    return copy;
+}
+
+inline std::string difference(const FCurve& a, const FCurve& b) {
+    return Test::Difference(*documentOf(a), *documentOf(b));
+}
+
+inline std::string difference(const FCurveContainer& a, const FCurveContainer& b) {
+    if (a.size() != b.size()) return "number of curves";
+    for (auto i = a.begin(), j = b.begin(); i != a.end(); ++i, ++j) {
+        const std::string found = difference(*i, *j);
+        if (!found.empty()) return found;
+    }
+    return Test::SameCurve::properties(a, b);
+}
+
+inline std::string written(const FCurve& curve, const char* format) {
+    std::string bytes;
+    WriteFCurveToString(curve, format, bytes);
+    return bytes;
+}
+
+inline std::string written(const FCurveContainer& container, const char* format) {
+    MemoryStream stream;
+    WriteCurves(container, stream, format);
+    return BytesOf(stream);
+}
+
+inline std::shared_ptr<FCurve> back(const FCurve&, const std::string& bytes, const char* format) {
+    auto curve = FCurve::create();
+    ReadFCurveFromString(bytes, format, *curve);
+    return curve;
+}
+
+inline std::shared_ptr<FCurveContainer> back(const FCurveContainer&, const std::string& bytes, const char* format) {
+    auto container = FCurveContainer::create();
+    MemoryStream stream = StreamOf(bytes.data(), bytes.size());
+    Require(std::string(ReadCurves(stream, *container).getFormatName()) == format, "output is recognised", format);
+    return container;
+}
+
+} // namespace Survival
+
+/// Of a curve or a container.
+template<class Curves>
+void RequireSurvival(const Curves& curves) {
+    for (auto type = FormatFactory::beginWriterTypes(); type != FormatFactory::endWriterTypes(); ++type) {
+        const char* const format = (*type).getFormatName();
+        const std::string bytes = Survival::written(curves, format);
+        const auto back = Survival::back(curves, bytes, format);
+        RequireNone(Survival::difference(curves, *back), "what is written comes back");
+        Require(Survival::written(*back, format) == bytes, "it is written again byte for byte", format);
+    }
+}
+
+} // namespace Fuzz

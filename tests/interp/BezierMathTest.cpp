@@ -247,7 +247,6 @@ protected:
 
     // Compares one row: a segment that starts at the given key, of the parameter's width, with handles in that unit.
     void check(double start, double out, double in) {
-        if (start + width == start || (start > 1e6 && width < 1.0)) return;
         const double exactWidth = start + width - start;
         checkExactly({start, 0, start + width, 1, exactWidth * out, between(-1, 1), -exactWidth * in, between(-1, 1)});
     }
@@ -275,8 +274,7 @@ TEST_P(BezierValue, HandlesNearThirds) {
 }
 
 TEST_P(BezierValue, HandlesThatSumToTwoThirdsRounded) {
-    for (const double start : starts) {
-        if (start + width == start || (start > 1e6 && width < 1.0)) continue;
+    for (const double start : starts)
         for (int i = 0; i < 3; ++i) {
             const double out = between(0.05, 0.6) * width;
             const double in = 2.0 / 3.0 * width - out;
@@ -285,7 +283,6 @@ TEST_P(BezierValue, HandlesThatSumToTwoThirdsRounded) {
             checkExactly({start, 0, start + width, 1, static_cast<float>(out), between(-1, 1),
                           -static_cast<double>(static_cast<float>(in)), between(-1, 1)});
         }
-    }
 }
 
 TEST_P(BezierValue, VeryShortZeroAndFullSpanHandles) {

@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Input.h"
+#include "Marking.h"
 #include "Output.h"
 #include "Plot.h"
 #include "Progress.h"
@@ -21,6 +22,7 @@ struct PlotCommandOptions {
     std::string size;
     std::string frames;
     std::string values;
+    std::vector<std::string> selected;
     std::string output = "-";
 };
 
@@ -53,6 +55,8 @@ void plot(PlotCommandOptions& options) {
         const auto isHidden = [](const NamedCurve& named) { return !VEM_FN::FCurveLib::IsVisible(*named.curve); };
         curves.erase(std::remove_if(curves.begin(), curves.end(), isHidden), curves.end());
     }
+    options.plot.selection = !options.selected.empty();
+    if (options.plot.selection) selectParts(curves, options.selected);
     if (options.plot.title.empty()) {
         for (const std::string& file : options.input.files)
             options.plot.title += (options.plot.title.empty() ? "" : ", ") + toPrintable(stem(file));
@@ -90,6 +94,12 @@ void addPlot(CLI::App& app) {
     command->add_flag("--velocity", plotOptions.velocity, "Add a panel with the first derivatives");
     command->add_flag("--acceleration", plotOptions.acceleration, "Add a panel with the second derivatives");
     command->add_flag("--separate", plotOptions.separate, "Give each curve panels, and a scale, of its own");
+    command
+        ->add_option("--select", options->selected,
+                     "Highlight a curve, or keys of it, counted from 0: ball, ball:3, ball:3-7; repeatable")
+        ->type_name("WHICH[:FIRST[-LAST]]")
+        ->expected(1)
+        ->take_all();
     addMarks("--keys", plotOptions.keys, "Dots at the keys (auto: where they can be told apart)");
     addMarks("--handles", plotOptions.handles,
              "Tangent handles, where the interpolator uses them (auto: where they can be told apart)");

@@ -93,7 +93,8 @@ std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
     return curves;
 }
 
-/// The curves that a --curve means: those of that name; else the one of that number; else those that fit the pattern.
+} // namespace
+
 std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted) {
     std::vector<std::size_t> found;
     const auto collect = [&](const auto& fits) {
@@ -111,8 +112,6 @@ std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const
     });
     return found;
 }
-
-} // namespace
 
 void addFormatOption(CLI::App& command, InputOptions& options) {
     command

@@ -5,6 +5,7 @@
 #include <FCurveLib/FCurveContainer.h>
 #include <FCurveLib/FormatType.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,6 +41,10 @@ Document readDocument(const std::string& path, const std::string& format);
 /// --curve. No curve comes twice, and no two have the same name: of several files the curves' names begin with the
 /// file's, and further curves of one name get numbers. Failure where a --curve fits none.
 std::vector<NamedCurve> readCurves(const InputOptions& options);
+
+/// What a --curve means, as indices: the curves of that name; else the one of that number, from 1; else those that fit
+/// the pattern.
+std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted);
 
 /// The file's name without folders and extension.
 std::string stem(const std::string& path);

@@ -11,6 +11,7 @@
 #include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Keyframe.h>
 #include <FCurveLib/Segment.h>
+#include <FCurveLib/Selection.h>
 #include <FCurveLib/Tangent.h>
 
 #include <algorithm>
@@ -438,6 +439,7 @@ private:
             if (panel.quantity == Quantity::Value && m_drawHandles[curve.index]) drawHandles(svg, panel, curve);
             svg.close();
             if (panel.quantity == Quantity::Value && m_drawKeys[curve.index]) drawKeys(svg, panel, curve);
+            if (panel.quantity == Quantity::Value && m_options.selection) drawSelectedKeys(svg, panel, curve);
             svg.close();
         }
         svg.close();
@@ -518,7 +520,9 @@ private:
         if (!between.empty())
             svg.leaf("path", {{"class", "line"},
                               {"d", between},
-                              {"stroke-width", m_drawKeys[curve.index] ? 2.0 : 1.5},
+                              {"stroke-width", isCurveSelected(curve.index) ? 4.0
+                                               : m_drawKeys[curve.index]    ? 2.0
+                                                                            : 1.5},
                               {"stroke-linejoin", "round"}});
         m_hasJumps |= !jumps.empty();
         m_hasOutside |= !outside.empty();
@@ -571,6 +575,23 @@ private:
         svg.close();
     }
 
+    bool isCurveSelected(std::size_t index) const {
+        return m_options.selection && m_selection.isSelected(*m_curves[index].curve);
+    }
+
+    /// Rings around selected keys, whether the keys have dots or not.
+    void drawSelectedKeys(Svg& svg, const Panel& panel, const PanelCurve& curve) {
+        svg.open("g", {{"class", "selection"}, {"fill", "none"}, {"stroke", kTextColour}, {"stroke-width", 1.6}});
+        forEachKey(curve.index, [&](const Keyframe& key) {
+            if (!m_selection.isSelected(key)) return;
+            const Pixel at = toPixel(panel, {key.getX(), key.getY()});
+            if (at.y < panel.top - 1.0 || at.y > panel.bottom() + 1.0) return;
+            m_hasSelection = true;
+            svg.leaf("circle", {{"class", "selected"}, {"cx", at.x}, {"cy", at.y}, {"r", 6.5}});
+        });
+        svg.close();
+    }
+
     /// Frames and their title below the lowest panel, and what the marks mean at its right.
     void drawFoot(Svg& svg) const {
         const double bottom = m_panels.back().bottom();
@@ -585,7 +606,8 @@ private:
         const std::vector<std::pair<bool, std::string_view>> marks = {{m_hasKeys, "key"},
                                                                       {m_hasHandles, "tangent handle"},
                                                                       {m_hasOutside, "outside the keys"},
-                                                                      {m_hasJumps, "jump"}};
+                                                                      {m_hasJumps, "jump"},
+                                                                      {m_hasSelection, "selected key"}};
         double x = m_right;
         for (const auto& [drawn, text] : marks)
             if (drawn) x -= estimateTextWidth(text, kTextSize) + 28.0 + 14.0;
@@ -611,6 +633,14 @@ private:
                                   {"height", 5.0},
                                   {"fill", "#ffffff"},
                                   {"stroke", kFaintTextColour}});
+                break;
+            case 4:
+                svg.leaf("circle", {{"cx", x + 14.0},
+                                    {"cy", middle},
+                                    {"r", 6.5},
+                                    {"fill", "none"},
+                                    {"stroke", kTextColour},
+                                    {"stroke-width", 1.6}});
                 break;
             default:
                 svg.leaf("path", {{"d", line},
@@ -642,6 +672,8 @@ private:
     bool m_hasHandles = false;
     bool m_hasOutside = false;
     bool m_hasJumps = false;
+    bool m_hasSelection = false;
+    VEM_FN::FCurveLib::Selection m_selection{nullptr}; // what is selected is asked of the parts themselves
 };
 
 } // namespace

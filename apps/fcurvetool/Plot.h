@@ -21,6 +21,7 @@ struct PlotOptions {
     bool velocity = false;          ///< a panel with the first derivatives below the curves
     bool acceleration = false;      ///< one with the second derivatives
     bool separate = false;          ///< panels of its own for each curve
+    bool selection = false;         ///< highlight what is selected: curves by a wider line, keys by a ring
     Marks keys = Marks::Auto;
     Marks handles = Marks::Auto;
 };

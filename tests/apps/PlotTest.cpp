@@ -125,6 +125,24 @@ std::pair<double, double> Around(const FCurve& curve, double x, double distance)
     return {low, high};
 }
 
+TEST(PlotSelection, RingsSelectedKeysOnlyWhenAsked) {
+    const auto curve = Make({{0, 0}, {10, 4}, {20, -3}, {30, 1}}, "linear()");
+    for (const int index : {1, 3}) GetIndexedKeyframe(*curve, index)->setProperty("fc_sel", "1");
+    PlotOptions options;
+    const auto draw = [&] { return View::ParseXml(drawPlot({{curve, "curve"}}, options)); };
+    EXPECT_EQ(draw().find("circle", "selected").size(), 0U);
+    options.selection = true;
+    options.keys = Marks::Off;
+    const View::Element picture = draw();
+    ASSERT_EQ(picture.find("circle", "selected").size(), 2U);
+    EXPECT_EQ(picture.find("circle", "key").size(), 0U);
+    curve->setProperty("fc_sel", "1");
+    const View::Element selected = draw();
+    ASSERT_FALSE(picture.find("path", "line").empty());
+    EXPECT_GT(selected.find("path", "line").front()->number("stroke-width"),
+              picture.find("path", "line").front()->number("stroke-width"));
+}
+
 } // namespace
 
 class EveryExhibit : public testing::TestWithParam<Exhibit> {};

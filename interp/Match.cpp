@@ -78,16 +78,17 @@ double Isolated(Quantity quantity, const Interpolator& interpolator, const Segme
     return Own(quantity, x, interpolator, isolated);
 }
 
-// Whether the curve goes on at its other end.
-bool Wraps(const Interpolator* interpolator) noexcept {
+// Whether an open segment takes the quantity from the curve's other end.
+bool Wraps(Quantity quantity, const Interpolator* interpolator) noexcept {
     if (!interpolator) return false;
     switch (Private::KindOf(*interpolator)) {
     case Kind::Cycle:
-    case Kind::CycleOffset:
         return true;
+    case Kind::CycleOffset:
+        return quantity == Quantity::Slope;
     case Kind::Formula: {
         const auto& leaves = static_cast<const Private::Formula*>(interpolator)->program().leaves();
-        return std::any_of(leaves.begin(), leaves.end(), [](const auto& leaf) { return Wraps(leaf.get()); });
+        return std::any_of(leaves.begin(), leaves.end(), [=](const auto& leaf) { return Wraps(quantity, leaf.get()); });
     }
     default:
         return false;
@@ -135,7 +136,7 @@ double AcrossCycle(Quantity quantity, Kind cycle, const Segment& open, const Key
     // That end is a match's, too, and depends on the other open segment. If both lead to the other end, the left one is
     // decided here and the right one follows it, as a period is taken from its start.
     if (quantity == Quantity::Slope && IsFlatEnd(kind, side)) return 0.0;
-    if (side == Side::Left && Wraps(Access::interpolator(trailing))) {
+    if (side == Side::Left && Wraps(quantity, Access::interpolator(trailing))) {
         if (quantity == Quantity::Value) return key.getY();
         return ChordSlope(*Access::leftKey(farSegment), last, first, *Access::rightKey(*Access::rightSegment(first)));
     }

@@ -15,6 +15,7 @@ namespace Private {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double most = std::numeric_limits<double>::max();
 
 // distance = n * span + rest, with n whole and 0 <= rest <= span.
 struct Period {
@@ -22,7 +23,8 @@ struct Period {
     double rest;
 
     // Precondition: the distance is finite, the span positive.
-    Period(double distance, double span) noexcept : n(std::floor(distance / span)), rest(distance) {
+    Period(double distance, double span) noexcept
+        : n(std::clamp(std::floor(distance / span), -most, most)), rest(distance) {
         constexpr double exact = 0x1p53;
         if (std::abs(n) >= exact) {
             rest = std::fmod(distance, span);
@@ -31,6 +33,9 @@ struct Period {
             // The remainder of a whole quotient is a double, so the fused operation gives it without any rounding. It
             // is negative where the division rounded up to n: there the period begins.
             rest = std::max(0.0, std::fma(-n, span, distance));
+        } else if (distance < 0.0) { // so near to zero that the quotient underflowed
+            n = -1.0;
+            rest = span;
         }
     }
 };
@@ -52,7 +57,6 @@ std::optional<Repetition> Repetition::Find(const Segment& segment) noexcept {
 
 // From the first key to x, which is finite; between keys at opposite ends of the doubles it may overflow.
 double Repetition::distance(double x) const noexcept {
-    constexpr double most = std::numeric_limits<double>::max();
     return std::clamp(x - m_begin, -most, most);
 }
 

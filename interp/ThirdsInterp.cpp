@@ -34,6 +34,10 @@ BezierPlace PlaceAt(double x, const BezierArgs& p) noexcept {
 
 } // namespace
 
+BezierArgs ExactArgsOf(const ThirdsInterp& interpolator, const Segment& segment) {
+    return ArgsOf(segment, interpolator.getHeights(segment));
+}
+
 ThirdsInterp::ThirdsInterp() = default;
 ThirdsInterp::ThirdsInterp(const ThirdsInterp& other) = default;
 

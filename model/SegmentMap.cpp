@@ -106,6 +106,7 @@ Segment* SegmentMap::lookUp(double x) const noexcept {
 SegmentMap::Place SegmentMap::locate(double x) const noexcept {
     const std::size_t b = findBlock(x);
     const Block& block = blockAt(b);
+    PrefetchSearch(block.data(), block.size());
     const std::size_t slot = LastNotAbove(block.data(), block.size(), x);
     return {b, slot, block[slot].segment, block[slot].x == x};
 }

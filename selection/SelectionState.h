@@ -17,6 +17,10 @@ public:
 
     static const std::shared_ptr<SelectionState>& of(const Selection& selection) noexcept { return selection.m_state; }
 
+    static const std::shared_ptr<FCurveContainer>& curvesOf(const Selection& selection) noexcept {
+        return selection.m_curves;
+    }
+
     // Calls observe(observer) for each observer. The caller keeps the state alive.
     template<class Observe>
     void deliver(const Observe& observe) {

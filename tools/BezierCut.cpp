@@ -2,6 +2,7 @@
 
 #include "FCurveLib/Bezier.h"
 #include "FCurveLib/BezierInterpBase.h"
+#include "FCurveLib/ThirdsInterp.h"
 #include "model/Access.h"
 
 #include <algorithm>
@@ -23,14 +24,40 @@ BezierArgs BezierArgsOf(const Segment& segment) {
         MakeBezierMonotonic(args);
         return args;
     }
+    if (const auto* thirds = dynamic_cast<const ThirdsInterp*>(&interpolator)) return ExactArgsOf(*thirds, segment);
     double x0 = 0.0, y0 = 0.0, x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0, x3 = 0.0, y3 = 0.0;
     static_cast<const BezierInterpBase&>(interpolator).getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
     return BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
 }
 
+namespace {
+
+// The place to the last bit, not only as closely as an evaluation needs it: both halves inherit its error.
+BezierPlace ExactPlace(const BezierArgs& p, double x) {
+    BezierPlace best = RepairBezierPlace(x, p, SolveBezier(x, p).t);
+    BezierArgs fromKey = p; // x counted from the left key
+    fromKey.x0 = 0.0;
+    fromKey.x3 = p.x3 - p.x0;
+    double miss = BezierX(best, fromKey) - (x - p.x0);
+    for (int step = 0; step < 3 && miss != 0.0; ++step) {
+        const double middle = fromKey.x3 + p.inX - p.outX;
+        const double speed =
+            3.0 * (best.u * best.u * p.outX + 2.0 * best.t * best.u * middle - best.t * best.t * p.inX);
+        const double t = best.t - miss / speed;
+        if (!(t > 0.0 && t < 1.0)) break;
+        const BezierPlace next{t, 1.0 - t};
+        const double nextMiss = BezierX(next, fromKey) - (x - p.x0);
+        if (!(std::abs(nextMiss) < std::abs(miss))) break;
+        best = next;
+        miss = nextMiss;
+    }
+    return best;
+}
+
+} // namespace
+
 BezierCut CutBezierArgs(const BezierArgs& p, double x) {
-    // The place to the last bits, not only as closely as an evaluation needs it: both halves inherit its error.
-    const BezierPlace at = RepairBezierPlace(x, p, SolveBezier(x, p).t);
+    const BezierPlace at = ExactPlace(p, x);
     const double t = at.t;
     const double u = at.u;
 

@@ -7,6 +7,8 @@ inline namespace v19 {
 
 namespace Private {
 
+struct BezierArgs;
+
 /// Base of the Bezier kinds whose handles always reach a third of the segment in x: then the parameter runs evenly with
 /// x, and y is a cubic polynomial of x. A kind says only where its handles point in y.
 class FCURVELIB_API ThirdsInterp : public BezierInterpBase {
@@ -38,6 +40,9 @@ protected:
     ThirdsInterp(const ThirdsInterp& other);
 
 private:
+    /// The control points with all their digits, which getBezierArgs loses far from 0.
+    friend BezierArgs ExactArgsOf(const ThirdsInterp& interpolator, const Segment& segment);
+
     /// Precondition: the segment has both keys.
     virtual Heights getHeights(const Segment& segment) const = 0;
 };

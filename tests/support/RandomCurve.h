@@ -79,9 +79,11 @@ private:
     double positive() { return std::ldexp(std::uniform_real_distribution<double>(0.5, 1.0)(m_random), below(40) - 20); }
 
     std::string expression() {
-        static const char* const expressions[] = {"constant()", "linear()", "bezier()",   "spline()",
-                                                  "cycle()",    "2.5",      "sin(x) * 2", "((( < & >",
-                                                  "mirror()",   "-1e-300",  "ease()",     "x ** 2"};
+        static const char* const expressions[] = {"constant()",     "constant_next()", "linear()",      "bezier()",
+                                                  "spline()",       "ease()",          "easein()",      "easeout()",
+                                                  "match()",        "matchin()",       "matchout()",    "cycle()",
+                                                  "cycle_offset()", "mirror()",        "2.5",           "-1e-300",
+                                                  " sin( x ) * 2",  "x ** 2",          "cycle() + 2*x", "((( < & >"};
         return expressions[below(static_cast<int>(std::size(expressions)))];
     }
 

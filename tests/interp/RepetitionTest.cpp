@@ -1,0 +1,235 @@
+// Cycle, CycleOffset and Mirror, and the same as parts of formulas.
+
+#include "support/Allocations.h"
+#include "support/Museum.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace Test {
+namespace {
+
+const double infinity = std::numeric_limits<double>::infinity();
+
+// Keys (first, y0), ..., each kind linear but for the last one's, before and after them the given kind.
+std::shared_ptr<FCurve> Lines(const std::vector<Vector2D<double>>& points, const char* ends) {
+    std::vector<Key> keys;
+    for (const auto& point : points) keys.push_back({point.x, point.y, {}, {}, "linear()"});
+    keys.back().interpolator = ends;
+    return MakeCurve(keys, ends);
+}
+
+TEST(Repetition, RepeatsLiftsAndReflects) {
+    const auto row = [](const char* kind, double x, double expected) {
+        const auto flat = Lines({{0, 0}, {1, 1}, {2, 0.5}}, kind);
+        EXPECT_NEAR(flat->eval(x), expected, 1e-15) << kind << " at " << x;
+        EXPECT_NEAR(flat->eval(x), EvalSegment(x, *flat->findSegment(x)), 0.0);
+    };
+    row("cycle()", 2.5, 0.5);
+    row("cycle()", 3, 1);
+    row("cycle()", 2, 0); // the start of the next period
+    row("cycle()", 4, 0);
+    row("cycle()", -0.5, 0.75);
+    row("cycle()", -2, 0);
+    row("cycle_offset()", 3, 1.5);
+    row("cycle_offset()", 2, 0.5);
+    row("cycle_offset()", 6.5, 2);
+    row("cycle_offset()", -0.5, 0.25);
+    row("cycle_offset()", -4, -1);
+    row("mirror()", 2, 0.5);
+    row("mirror()", 2.5, 0.75);
+    row("mirror()", 4, 0);
+    row("mirror()", 4.25, 0.25);
+    row("mirror()", -0.25, 0.25);
+    row("mirror()", -2.5, 0.75);
+    row("cycle() + 2*x", 3, 7);
+    row("mirror()*cycle_offset()", 2.5, 0.75);
+}
+
+TEST(Repetition, OnSegmentsWithoutAnythingToRepeatIsConstant) {
+    for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"}) {
+        EXPECT_EQ(MakeCurve({}, kind)->eval(3), 0.0);
+        const auto single = MakeCurve({{2, 5, {}, {}, kind}}, kind);
+        for (const double x : {-7.0, 2.0, 7.0}) EXPECT_EQ(single->eval(x), 5.0);
+        const auto interior = MakeCurve({{2, 5, {}, {}, kind}, {4, 9}});
+        for (const double x : {2.0, 3.9}) EXPECT_EQ(interior->eval(x), 5.0);
+        EXPECT_EQ(GetFirstDerivative(*interior, 3), 0.0);
+    }
+}
+
+// A curve with jumps, corners and bends, of which every place has another value.
+std::shared_ptr<FCurve> Rough(const char* kind, double first = -1.3) {
+    return MakeCurve({{first, 2, {}, {}, "linear()"},
+                      {first + 2, -1, {}, {}, "bezier()"},
+                      {first + 2.7, 4, {}, {}, "constant_next()"},
+                      {first + 5.1, 3, {}, {}, "sin(x)+x"},
+                      {first + 7.3, 8, {}, {}, kind}},
+                     kind);
+}
+
+TEST(Repetition, AgreesWithTheKeyedPartCountedOutInLongDoubles) {
+    std::mt19937_64 random(5);
+    for (const double reach : {30.0, 1e4, 1e7})
+        for (int i = 0; i < 2000; ++i) {
+            const double x = std::uniform_real_distribution<double>(-reach, reach)(random);
+            const auto plain = Rough("constant()");
+            const double first = -1.3;
+            const double last = first + 7.3;
+            if (x >= first && x <= last) continue;
+            const long double span = last - first;
+            const long double n = std::floor((static_cast<long double>(x) - first) / span);
+            const long double phase = (static_cast<long double>(x) - first) - n * span;
+            const bool odd = std::fmod(n, 2.0L) != 0.0L;
+            const double ulps = 4 * std::numeric_limits<double>::epsilon() * std::abs(x);
+            // The keyed part around the place, as far as x can tell where it is.
+            const auto expect = [&](double value, double at, double lift) {
+                double low = infinity;
+                double high = -infinity;
+                for (const double u : {at - ulps, at, at + ulps}) {
+                    low = std::min(low, EvalInInterior(u, *plain));
+                    high = std::max(high, EvalInInterior(u, *plain));
+                }
+                const double slack = 1e-12 + 4e-16 * std::abs(lift);
+                EXPECT_GE(value, low + lift - slack) << x;
+                EXPECT_LE(value, high + lift + slack) << x;
+            };
+            const auto forwards = static_cast<double>(first + phase);
+            expect(Rough("cycle()")->eval(x), forwards, 0.0);
+            const double rise = EvalInInterior(last, *plain) - EvalInInterior(first, *plain);
+            expect(Rough("cycle_offset()")->eval(x), forwards, static_cast<double>(n) * rise);
+            expect(Rough("mirror()")->eval(x), odd ? static_cast<double>(last - phase) : forwards, 0.0);
+        }
+}
+
+TEST(Repetition, IsExactAtBoundariesAndFarAway) {
+    // A saw from 0 to 3 over 3 frames: the value of a cycle is the phase.
+    const auto saw = Lines({{0, 0}, {1, 1}, {3, 3}}, "cycle()");
+    for (const double n : {1.0, -1.0, 1e6, -1e6, 1e12, 0x1p48})
+        for (const double phase : {0.0, 0.25, 1.0, 2.5}) EXPECT_EQ(saw->eval(n * 3 + phase), phase) << n;
+    EXPECT_EQ(saw->eval(std::nextafter(6.0, 0.0)), std::nextafter(6.0, 0.0) - 3);
+    EXPECT_EQ(saw->eval(std::nextafter(0.0, -1.0)), 3.0);
+
+    // Spans that are no sums of powers of two: the phase, and so a slope of 1, is wrong by ulps of x at most.
+    const auto tenths = Lines({{0.1, 0}, {0.2, 0.1}, {0.4, 0.3}}, "mirror()");
+    const double span = 0.4 - 0.1;
+    for (const double n : {1e6, 1e6 + 1, -1e6}) {
+        const double x = 0.1 + n * span + 0.07;
+        const double expected = std::fmod(std::abs(n), 2.0) == 0.0 ? 0.07 : span - 0.07;
+        EXPECT_NEAR(tenths->eval(x), expected, 4 * std::numeric_limits<double>::epsilon() * std::abs(x)) << n;
+    }
+    EXPECT_EQ(Lines({{0.1, 0}, {0.2, 0.1}, {0.4, 0.3}}, "cycle()")->eval(0.4), 0.0);
+
+    for (const char* kind : {"cycle()", "cycle_offset()", "mirror()", "cycle() - mirror()"})
+        for (const double x :
+             {1e300, -1e300, std::numeric_limits<double>::max(), -std::numeric_limits<double>::max()}) {
+            const auto curve = Lines({{0.1, 0}, {0.2, 0.7}, {0.4, 0.3}}, kind);
+            EXPECT_TRUE(std::isfinite(curve->eval(x))) << kind << " at " << x;
+            EXPECT_TRUE(std::isfinite(GetFirstDerivative(*curve, x))) << kind;
+        }
+    for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"})
+        for (const double x : {infinity, -infinity, std::nan("")})
+            EXPECT_TRUE(std::isnan(Rough(kind)->eval(x)) && std::isnan(GetFirstDerivative(*Rough(kind), x))) << kind;
+
+    // Keys at the ends of the doubles.
+    const double most = std::numeric_limits<double>::max();
+    for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"}) {
+        const auto curve = Lines({{-most / 4, 0}, {0, 1}, {most / 4, 0.5}}, kind);
+        EXPECT_TRUE(std::isfinite(curve->eval(most)) && std::isfinite(curve->eval(-most))) << kind;
+    }
+}
+
+TEST(Repetition, DerivativesAreThoseOfTheKeyedPart) {
+    // Slopes 1 over [0, 1], -2 over [1, 3]; at a joint the one on the right counts.
+    const struct {
+        const char* kind;
+        double x, slope;
+    } rows[] = {
+        {"cycle()", 3, 1},    {"cycle()", 3.5, 1},    {"cycle()", 4, -2},  {"cycle()", 6, 1},
+        {"cycle()", -3, 1},   {"cycle()", -2.5, 1},   {"cycle()", -2, -2}, {"mirror()", 3, 2},
+        {"mirror()", 4, 2},   {"mirror()", 5, -1},    {"mirror()", 6, 1},  {"mirror()", 7, -2},
+        {"mirror()", -1, -1}, {"mirror()", -0.5, -1}, {"mirror()", -2, 2}, {"mirror()", -3, 2},
+        {"mirror()", -4, -2}, {"mirror()", -5, -2},   {"mirror()", -6, 1}, {"cycle_offset()", 4, -2},
+    };
+    for (const auto& row : rows) {
+        const auto curve = Lines({{0, 0}, {1, 1}, {3, -3}}, row.kind);
+        EXPECT_EQ(GetFirstDerivative(*curve, row.x), row.slope) << row.kind << " at " << row.x;
+        EXPECT_EQ(GetSecondDerivative(*curve, row.x), 0.0);
+    }
+    // Where the leading segment ends, its own side counts.
+    EXPECT_EQ(GetFirstDerivativeLeft(*Lines({{0, 0}, {1, 1}, {3, -3}}, "cycle()"), 0), -2.0);
+    EXPECT_EQ(GetFirstDerivativeLeft(*Lines({{0, 0}, {1, 1}, {3, -3}}, "mirror()"), 0), -1.0);
+
+    const auto bent = Rough("mirror()");
+    for (const double x : {6.3, 9.77, 14.2, -2.2, -5.9, -20.02}) {
+        const double h = 1e-4;
+        EXPECT_NEAR(GetFirstDerivative(*bent, x), (bent->eval(x + h) - bent->eval(x - h)) / (2 * h), 1e-6) << x;
+        EXPECT_NEAR(GetSecondDerivative(*bent, x),
+                    (bent->eval(x + h) - 2 * bent->eval(x) + bent->eval(x - h)) / (h * h), 1e-4)
+            << x;
+    }
+}
+
+TEST(Repetition, ExtentsHoldWhatDenseSamplingFinds) {
+    std::mt19937 random(11);
+    for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"}) {
+        const auto curve = Rough(kind);
+        for (int i = 0; i < 150; ++i) {
+            const bool trailing = i % 2 == 0;
+            const double length = std::uniform_real_distribution<double>(0, i % 3 == 0 ? 3 : 40)(random);
+            const double from = std::uniform_real_distribution<double>(0, 40)(random);
+            const double x0 = trailing ? 6 + from : -1.3 - from - length;
+            const double x1 = x0 + length;
+            const Segment& segment = trailing ? *std::prev(curve->end()) : *curve->begin();
+            double sampledLow = infinity;
+            double sampledHigh = -infinity;
+            for (int s = 0; s <= 4000; ++s) {
+                const double y = EvalSegment(std::min(x0 + (x1 - x0) * s / 4000, x1), segment);
+                sampledLow = std::min(sampledLow, y);
+                sampledHigh = std::max(sampledHigh, y);
+            }
+            double low = 0.0;
+            double high = 0.0;
+            segment.getInterpolator()->getRangeExtents(segment, i % 5 ? x0 : x1, i % 5 ? x1 : x0, low, high);
+            // A jump's far side belongs to the extents even where no sample meets it.
+            const double step = (x1 - x0) / 4000;
+            EXPECT_LE(low, sampledLow + 1e-12);
+            EXPECT_GE(low, sampledLow - 20 * step - 1e-9) << kind << " " << x0 << " " << x1;
+            EXPECT_GE(high, sampledHigh - 1e-12);
+            EXPECT_LE(high, sampledHigh + 20 * step + 1e-9) << kind << " " << x0 << " " << x1;
+        }
+        // A range of 1e15 periods is no more work than one.
+        double low = 0.0;
+        double high = 0.0;
+        const Segment& segment = *std::prev(curve->end());
+        segment.getInterpolator()->getRangeExtents(segment, 10, 1e16, low, high);
+        if (kind == std::string("cycle_offset()"))
+            EXPECT_NEAR(high, curve->eval(1e16), 20);
+        else
+            EXPECT_EQ(high, [&] {
+                double whole = -infinity;
+                double ignored = 0.0;
+                segment.getInterpolator()->getRangeExtents(segment, 10, 30, ignored, whole);
+                return whole;
+            }());
+    }
+}
+
+TEST(Repetition, AllocatesNothing) {
+    for (const char* kind : {"cycle()", "cycle_offset()", "mirror()", "cycle() + 2*x"}) {
+        const auto curve = Rough(kind);
+        EXPECT_EQ(allocationsOf([&] {
+                      for (int i = -50; i < 50; ++i)
+                          static_cast<void>(curve->eval(i * 0.77) + GetFirstDerivative(*curve, i * 0.77));
+                  }),
+                  0U);
+    }
+}
+
+} // namespace
+} // namespace Test

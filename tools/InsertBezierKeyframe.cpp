@@ -1,0 +1,290 @@
+#include "FCurveLib/InsertBezierKeyframe.h"
+
+#include "FCurveLib/Bezier.h"
+#include "FCurveLib/BezierInterpBase.h"
+#include "FCurveLib/Constant.h"
+#include "FCurveLib/ConstantNext.h"
+#include "FCurveLib/Linear.h"
+#include "FCurveLib/Match.h"
+#include "FCurveLib/MatchIn.h"
+#include "FCurveLib/MatchOut.h"
+#include "FCurveLib/Spline.h"
+#include "model/Edit.h"
+#include "tools/BezierCut.h"
+#include "tools/HandleKeeper.h"
+#include "tools/QuietEdit.h"
+#include "tools/Resample.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <typeinfo>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+using Private::BezierCut;
+
+namespace {
+
+bool HasBothKeys(const Segment& segment) noexcept {
+    return Access::leftKey(segment) && Access::rightKey(segment);
+}
+
+double ValueAt(const Segment& segment, double x) {
+    const Interpolator* interpolator = Access::interpolator(segment);
+    return interpolator ? interpolator->eval(x, segment) : 0.0;
+}
+
+bool IsBezierShaped(const Segment& segment) {
+    return dynamic_cast<const BezierInterpBase*>(Access::interpolator(segment)) != nullptr;
+}
+bool IsSpline(const Segment& segment) {
+    const Interpolator* interpolator = Access::interpolator(segment);
+    return interpolator && typeid(*interpolator) == typeid(Spline);
+}
+bool IsStraight(const Segment& segment) {
+    const Interpolator* interpolator = Access::interpolator(segment);
+    if (!interpolator) return false;
+    const std::type_info& kind = typeid(*interpolator);
+    return kind == typeid(Linear) || kind == typeid(Constant) || kind == typeid(ConstantNext);
+}
+
+bool IsRoomFor(double x, const Segment& segment) {
+    const Keyframe* left = Access::leftKey(segment);
+    const Keyframe* right = Access::rightKey(segment);
+    return std::isfinite(x) && !(left && x - left->getX() < Keyframe::getMinSeparation())
+           && !(right && right->getX() - x < Keyframe::getMinSeparation()) && std::isfinite(ValueAt(segment, x));
+}
+
+// --- the insertion ---------------------------------------------------------------------------------------------------
+
+class Insertion {
+public:
+    Insertion(FCurve& curve, double x, Segment& segment) : m_curve(curve), m_x(x), m_segment(segment) {}
+
+    Segment& run() {
+        const double y = ValueAt(m_segment, m_x);
+        const bool bezierShaped = IsBezierShaped(m_segment);
+        m_left = m_right = m_segment.getInterpolator();
+        if (bezierShaped) cut(y);
+        for (Segment* neighbour : {segmentBefore(), segmentAfter()})
+            if (neighbour && IsSpline(*neighbour) && HasBothKeys(*neighbour)) turnIntoBezier(*neighbour);
+
+        m_handles.keepLeftOf(Access::leftKey(m_segment));
+        m_handles.keepRightOf(Access::rightKey(m_segment));
+        Segment& after = *m_curve.insertSegment(Private::FreeKey(m_x, y), m_right);
+        Access::setInterpolatorRaw(m_segment, m_left);
+        if (m_cut) Access::setUnifiedRaw(*Access::leftKey(after), true);
+        if (m_cut) {
+            target(*Access::outTangent(m_segment), m_cut->leftOut, m_segment);
+            target(*Access::inTangent(m_segment), m_cut->leftIn, m_segment);
+            target(*Access::outTangent(after), m_cut->rightOut, after);
+            target(*Access::inTangent(after), m_cut->rightIn, after);
+        }
+        // Tangents around the key that shape nothing may follow it.
+        for (const auto& kept : m_handles.kept()) {
+            const auto segment = kept.tangent->getOwningSegment();
+            const Interpolator* interpolator = Access::interpolator(*segment);
+            if (interpolator && interpolator->usesTangents()) target(*kept.tangent, kept.handle, *segment);
+        }
+        reachTargets();
+        return after;
+    }
+
+    // Whether halves with the shape of the segment were found. For kinds that are not Bezier-shaped: not known.
+    bool keepsShape() const noexcept { return m_keepsShape; }
+
+private:
+    // Prepares the cut of a Bezier-shaped segment: the halves' interpolators and handles.
+    void cut(double y) {
+        const Keyframe* left = Access::leftKey(m_segment);
+        const Keyframe* right = Access::rightKey(m_segment);
+        m_keepsShape = true;
+        m_cut = Private::CutBezierSegment(m_segment, m_x);
+        if (m_cut || (!left && !right)) return;
+        if (left && right)
+            cutBetween(*left, *right);
+        else
+            cutOutside(left ? *left : *right, y, left != nullptr);
+    }
+
+    // Halves of "bezier()". A match need not pass through its keys, and there only a match can draw that end; beside a
+    // half of "bezier()" it is the same cubic again.
+    void cutBetween(const Keyframe& left, const Keyframe& right) {
+        const Private::BezierArgs args = Private::BezierArgsOf(m_segment);
+        const double rounding = 1e-14 * std::max(std::abs(args.y0), std::abs(args.y3));
+        const bool leftMeets = std::abs(args.y0 - left.getY()) <= rounding;
+        const bool rightMeets = std::abs(args.y3 - right.getY()) <= rounding;
+        if (!leftMeets && !rightMeets) {
+            m_keepsShape = false;
+            return;
+        }
+        m_cut = Private::CutBezierArgs(args, m_x);
+        const std::type_info& kind = typeid(*Access::interpolator(m_segment));
+        if (leftMeets)
+            m_left = Bezier::create();
+        else if (kind == typeid(MatchIn))
+            m_left = Match::create();
+        if (rightMeets)
+            m_right = Bezier::create();
+        else if (kind == typeid(MatchOut))
+            m_right = Match::create();
+    }
+
+    // Outside the keys these kinds are flat. A match may be so at another height than the key's.
+    void cutOutside(const Keyframe& key, double y, bool afterKey) {
+        std::shared_ptr<Interpolator>& between = afterKey ? m_left : m_right;
+        if (y != key.getY()) {
+            between = afterKey ? MatchOut::create() : MatchIn::create();
+            return;
+        }
+        between = Bezier::create();
+        const Vector2D<double> third(std::abs(m_x - key.getX()) / 3.0, 0.0);
+        m_cut = BezierCut{y, third, -third, third, -third};
+    }
+
+    void turnIntoBezier(Segment& spline) {
+        const Private::BezierArgs args = Private::BezierArgsOf(spline);
+        Access::setInterpolatorRaw(spline, Bezier::create());
+        for (Tangent* tangent : {Access::outTangent(spline), Access::inTangent(spline)})
+            Access::setTypeRaw(*tangent, Tangent::Fixed);
+        const double span = args.x3 - args.x0;
+        Private::SetCutHandle(*Access::outTangent(spline), {args.outX, args.outY}, span);
+        Private::SetCutHandle(*Access::inTangent(spline), {args.inX, args.inY}, span);
+    }
+
+    // A tangent that has to have a handle now, and whenever it is recomputed.
+    struct Target {
+        Tangent* tangent;
+        Segment* segment;
+        Vector2D<double> handle;
+    };
+
+    void target(Tangent& tangent, const Vector2D<double>& handle, Segment& segment) {
+        m_targets.push_back({&tangent, &segment, handle});
+    }
+
+    void reachTargets() {
+        const auto setHandles = [this] {
+            for (const Target& t : m_targets) Access::setHandleRaw(*t.tangent, t.handle.x, t.handle.y);
+        };
+        for (const Target& t : m_targets)
+            if (HasBothKeys(*t.segment))
+                Private::SetCutHandle(*t.tangent, t.handle,
+                                      Access::rightKey(*t.segment)->getX() - Access::leftKey(*t.segment)->getX());
+        setHandles();
+        for (const Target& t : m_targets) {
+            Private::Edit unheard(nullptr);
+            Private::UpdateTangent(*t.tangent, t.segment, unheard);
+            if (t.tangent->get() == t.handle) continue;
+            Access::setTypeRaw(*t.tangent, Tangent::Fixed);
+            setHandles(); // the update may have reached others
+        }
+    }
+
+    Segment* segmentBefore() const {
+        Keyframe* key = Access::leftKey(m_segment);
+        return key ? Access::leftSegment(*key) : nullptr;
+    }
+    Segment* segmentAfter() const {
+        Keyframe* key = Access::rightKey(m_segment);
+        return key ? Access::rightSegment(*key) : nullptr;
+    }
+
+    FCurve& m_curve;
+    const double m_x;
+    Segment& m_segment; // the one that is cut; afterwards its left half
+    std::optional<BezierCut> m_cut;
+    std::shared_ptr<Interpolator> m_left, m_right; // of the halves
+    bool m_keepsShape = false;
+    Private::HandleKeeper m_handles;
+    std::vector<Target> m_targets;
+};
+
+// --- the preview -----------------------------------------------------------------------------------------------------
+
+void CopyShape(const Segment& from, Segment& to) {
+    Access::setInterpolatorRaw(to, from.getInterpolator());
+    Access::copyTangent(*Access::inTangent(to), *Access::inTangent(from));
+    Access::copyTangent(*Access::outTangent(to), *Access::outTangent(from));
+}
+
+// A curve of the keys near a segment, with the shape that the curve has there.
+std::shared_ptr<FCurve> CopyAround(const Segment& segment) {
+    constexpr int reach = 4;
+    const Segment* from = &segment;
+    for (int i = 0; i < reach && Access::leftKey(*from); ++i) from = Access::leftSegment(*Access::leftKey(*from));
+    auto copy = FCurve::create();
+    const FCurve::Switch quiet(*copy);
+    Segment* to = &*copy->begin();
+    CopyShape(*from, *to);
+    bool passed = from == &segment;
+    for (int i = 0; i <= reach && Access::rightKey(*from);) {
+        const Keyframe& key = *Access::rightKey(*from);
+        to = Access::appendRaw(*copy, key, nullptr);
+        from = Access::rightSegment(key);
+        CopyShape(*from, *to);
+        passed = passed || from == &segment;
+        if (passed) ++i;
+    }
+    return copy;
+}
+
+} // namespace
+
+KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
+    const Segment& segment = Access::findSegment(curve, x);
+    if (!IsRoomFor(x, segment)) return {};
+    KeyframeInsertion result;
+    const bool local = IsBezierShaped(segment) || IsStraight(segment);
+    const auto before = local ? CopyAround(segment) : FCurve::createCopy(curve);
+    const auto after = FCurve::createCopy(*before);
+    const FCurve::Switch quiet(*after);
+    Insertion insertion(*after, x, Access::findSegment(*after, x));
+    insertion.run();
+
+    // Compared over the segment and its neighbours; outside the keys as far beyond x as x is beyond them.
+    const Keyframe* left = Access::leftKey(segment);
+    const Keyframe* right = Access::rightKey(segment);
+    double from = left ? left->getX() : right ? 2.0 * x - right->getX() : x - 1.0;
+    double to = right ? right->getX() : left ? 2.0 * x - left->getX() : x + 1.0;
+    if (left && Access::leftKey(*Access::leftSegment(*left)))
+        from = Access::leftKey(*Access::leftSegment(*left))->getX();
+    if (right && Access::rightKey(*Access::rightSegment(*right)))
+        to = Access::rightKey(*Access::rightSegment(*right))->getX();
+    constexpr int places = 1000;
+    double range = 0.0;
+    for (int i = 0; i < places; ++i) {
+        const double place = from + (to - from) * (static_cast<double>(i) + 0.5) / places;
+        const double y = before->eval(place);
+        if (!std::isfinite(y)) continue;
+        range = std::max(range, std::abs(y));
+        const double change = std::abs(after->eval(place) - y);
+        result.error = std::isfinite(change) ? std::max(result.error, change) : change;
+    }
+    if (IsStraight(segment) || insertion.keepsShape())
+        result.outcome = KeyframeInsertion::KeepsShape;
+    else
+        result.outcome =
+            result.error <= 1e-9 * range ? KeyframeInsertion::KeepsExpression : KeyframeInsertion::ChangesShape;
+    return result;
+}
+
+FCurve::iterator InsertBezierKeyframe(FCurve& curve, double x) {
+    Segment& segment = Access::findSegment(curve, x);
+    if (!IsRoomFor(x, segment)) return curve.end();
+    std::shared_ptr<Segment> added;
+    Private::QuietEdit(curve, [&] {
+        added = Insertion(curve, x, segment).run().getShared();
+        return true;
+    });
+    // An observer may have taken it out again.
+    return Access::curve(*added) == &curve ? Access::iteratorAt(curve, *added) : curve.end();
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

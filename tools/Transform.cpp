@@ -1,0 +1,271 @@
+#include "FCurveLib/Transform.h"
+
+#include "FCurveLib/Bezier.h"
+#include "FCurveLib/Constant.h"
+#include "FCurveLib/ConstantNext.h"
+#include "FCurveLib/Cycle.h"
+#include "FCurveLib/CycleOffset.h"
+#include "FCurveLib/Ease.h"
+#include "FCurveLib/EaseIn.h"
+#include "FCurveLib/EaseOut.h"
+#include "FCurveLib/Extents.h"
+#include "FCurveLib/FCurve.h"
+#include "FCurveLib/InterpolatorFactory.h"
+#include "FCurveLib/Linear.h"
+#include "FCurveLib/Match.h"
+#include "FCurveLib/MatchIn.h"
+#include "FCurveLib/MatchOut.h"
+#include "FCurveLib/Mirror.h"
+#include "FCurveLib/NumberInterp.h"
+#include "FCurveLib/Rectangle.h"
+#include "FCurveLib/Spline.h"
+#include "FCurveLib/Tolerance.h"
+#include "FCurveLib/UnknownExpression.h"
+#include "interp/Formula.h"
+#include "model/Access.h"
+#include "tools/FormulaImage.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <typeinfo>
+#include <unordered_map>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+using Private::Access;
+using Private::AffineMap;
+
+namespace {
+
+using InterpolatorPtr = std::shared_ptr<Interpolator>;
+
+template<class... Kinds>
+bool IsOneOf(const Interpolator& interpolator) {
+    return ((typeid(interpolator) == typeid(Kinds)) || ...);
+}
+
+// The kind that has the mirrored shape between two keys; empty for a kind without counterpart.
+const char* Counterpart(const Interpolator& interpolator) {
+    const std::type_info& kind = typeid(interpolator);
+    if (kind == typeid(Constant)) return "constant_next()";
+    if (kind == typeid(ConstantNext)) return "constant()";
+    if (kind == typeid(EaseIn)) return "easeout()";
+    if (kind == typeid(EaseOut)) return "easein()";
+    if (kind == typeid(MatchIn)) return "matchout()";
+    if (kind == typeid(MatchOut)) return "matchin()";
+    return nullptr;
+}
+
+// Abscissae at which to compare a segment with its image: places that are no simple fractions, so that no jump is
+// likely to hide there.
+std::array<double, 16> PlacesIn(const Segment& segment) {
+    const Keyframe* left = Access::leftKey(segment);
+    const Keyframe* right = Access::rightKey(segment);
+    std::array<double, 16> places{};
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const double step = static_cast<double>(i) + 0.5 + 0.0317 * static_cast<double>(i % 5);
+        if (left && right)
+            places[i] = left->getX() + (right->getX() - left->getX()) * step / static_cast<double>(places.size());
+        else
+            places[i] = (left ? left->getX() : right ? right->getX() : -40.0) + (right ? -7.3 : 7.3) * step;
+    }
+    return places;
+}
+
+class Transformation {
+public:
+    Transformation(FCurve& curve, const AffineMap& x, const AffineMap& y)
+        : m_curve(curve), m_x(x), m_y(y), m_reversed(x.scale < 0.0) {}
+
+    // The image, a curve of its own; empty if keys would collide.
+    std::shared_ptr<FCurve> run(std::vector<std::string>& kept) {
+        auto image = FCurve::create();
+        const FCurve::Switch quiet(*image); // the observers of all curves need not hear of a curve in the making
+        image->setName(m_curve.getName());
+        Access::properties(*image) = Access::properties(m_curve);
+
+        Segment* to = &*image->begin();
+        const Segment* from = m_reversed ? &Access::lastSegment(m_curve) : &Access::firstSegment(m_curve);
+        for (;;) {
+            mapSegment(*from, *to);
+            const Keyframe* key = m_reversed ? Access::leftKey(*from) : Access::rightKey(*from);
+            if (!key) break;
+            Keyframe mapped(*key);
+            const Vector2D<double> position(m_x(key->getX()), m_y(key->getY()));
+            if (!std::isfinite(position.x) || !std::isfinite(position.y)) return nullptr;
+            mapped.set(position);
+            to = Access::appendRaw(*image, mapped, nullptr);
+            if (!to) return nullptr;
+            from = m_reversed ? Access::leftSegment(*key) : Access::rightSegment(*key);
+        }
+        checkImages(kept);
+        return image;
+    }
+
+private:
+    // A pair of segments whose image has to be compared with the original once the new curve is complete.
+    struct Check {
+        const Segment* from;
+        Segment* to;
+    };
+
+    void mapSegment(const Segment& from, Segment& to) {
+        Access::properties(to) = Access::properties(const_cast<Segment&>(from));
+        const Tangent& in = *Access::inTangent(from);
+        const Tangent& out = *Access::outTangent(from);
+        mapTangent(m_reversed ? out : in, *Access::inTangent(to), from);
+        mapTangent(m_reversed ? in : out, *Access::outTangent(to), from);
+        Access::setInterpolatorRaw(to, mapInterpolator(from, to));
+    }
+
+    void mapTangent(const Tangent& from, Tangent& to, const Segment& segment) const {
+        Access::copyTangent(to, from);
+        Vector2D<double> handle = from.get();
+        const bool runsOn = !(Access::leftKey(segment) && Access::rightKey(segment))
+                            && (from.isInTangent() ? Access::rightKey(segment) : Access::leftKey(segment));
+        if (runsOn && std::abs(m_x.scale) != 1.0) {
+            // Outside the keys a Bezier segment follows the handle's direction, and takes a handle shorter than 0.001
+            // frames for one of that length. So the image may need another length for the same line.
+            constexpr double least = Keyframe::getMinSeparation();
+            const double side = from.isInTangent() ? -1.0 : 1.0;
+            const double reach = std::max(side * handle.x, least);
+            const double mapped = std::abs(m_x.scale) * reach;
+            if (side * handle.x < least || mapped < least) {
+                handle.x = side * reach;
+                if (mapped < least) handle = (least / mapped) * handle;
+            }
+        }
+        Access::setHandleRaw(to, m_x.scale * handle.x + 0.0, m_y.scale * handle.y + 0.0); // + 0.0: no negative zero
+    }
+
+    InterpolatorPtr mapInterpolator(const Segment& from, Segment& to) {
+        InterpolatorPtr original = from.getInterpolator();
+        if (!original) return m_y.offset == 0.0 ? nullptr : NumberInterp::create(m_y.offset);
+        const Interpolator& kind = *original;
+        const bool between = Access::leftKey(from) && Access::rightKey(from);
+
+        if (const char* counterpart = Counterpart(kind))
+            return m_reversed && between ? InterpolatorFactory::create(counterpart) : original;
+        if (IsOneOf<Bezier, Linear, Spline, Ease, Match, Cycle, CycleOffset, Mirror>(kind)) return original;
+        if (m_x.isIdentity() && m_y.isIdentity()) return original;
+        if (IsOneOf<NumberInterp>(kind)) return mapNumber(static_cast<const NumberInterp&>(kind), original);
+
+        m_checks.push_back({&from, &to});
+        return IsOneOf<Private::Formula>(kind) ? textImage(original) : original;
+    }
+
+    InterpolatorPtr mapNumber(const NumberInterp& number, const InterpolatorPtr& original) {
+        const double value = m_y(number.getNumber());
+        if (value == number.getNumber() || !std::isfinite(value)) return original;
+        InterpolatorPtr& image = m_images[original.get()];
+        if (!image) image = NumberInterp::create(value);
+        return image;
+    }
+
+    // What the rewritten text makes; the original where it makes nothing. One object serves all segments that share the
+    // original.
+    InterpolatorPtr textImage(const InterpolatorPtr& original) {
+        InterpolatorPtr& image = m_images[original.get()];
+        if (image) return image;
+        image = original;
+        if (m_y.scale == 0.0) {
+            image = NumberInterp::create(m_y.offset);
+            return image;
+        }
+        const std::string text = Private::FormulaImage(original->getExpression(), m_x, m_y);
+        if (text.empty()) return image;
+        InterpolatorPtr made = InterpolatorFactory::create(text.c_str());
+        if (typeid(*made) != typeid(UnknownExpression)) image = std::move(made);
+        return image;
+    }
+
+    void checkImages(std::vector<std::string>& kept) {
+        for (const Check& check : m_checks) {
+            const InterpolatorPtr original = check.from->getInterpolator();
+            if (hasImage(check)) continue;
+            if (check.to->getInterpolator() == original && typeid(*original) != typeid(UnknownExpression)) {
+                Access::setInterpolatorRaw(*check.to, textImage(original));
+                if (hasImage(check)) continue;
+            }
+            Access::setInterpolatorRaw(*check.to, original);
+            std::string expression = original->getExpression();
+            if (std::find(kept.begin(), kept.end(), expression) == kept.end()) kept.push_back(std::move(expression));
+        }
+    }
+
+    bool hasImage(const Check& check) const {
+        const Interpolator& original = *Access::interpolator(*check.from);
+        const Interpolator& image = *Access::interpolator(*check.to);
+        const auto places = PlacesIn(*check.from);
+        std::array<double, 16> expected{};
+        double scale = std::abs(m_y.offset);
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            expected[i] = m_y(original.eval(places[i], *check.from));
+            if (std::isfinite(expected[i])) scale = std::max(scale, std::abs(expected[i]));
+        }
+        // Loose, and with two misses allowed: rounding may decide on which side of a jump or pole a place lies.
+        int misses = 0;
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const double value = image.eval(m_x(places[i]), *check.to);
+            const bool same = value == expected[i] || (std::isnan(value) && std::isnan(expected[i]))
+                              || std::abs(value - expected[i]) <= 1e-6 * scale;
+            if (!same) ++misses;
+        }
+        return misses <= 2;
+    }
+
+    FCurve& m_curve;
+    const AffineMap m_x;
+    const AffineMap m_y;
+    const bool m_reversed;
+    std::unordered_map<const Interpolator*, InterpolatorPtr> m_images;
+    std::vector<Check> m_checks;
+};
+
+} // namespace
+
+TransformResult TransformCurve(FCurve& curve, const Vector2D<double>& scale, const Vector2D<double>& offset) {
+    TransformResult result;
+    const AffineMap x{scale.x, offset.x};
+    const AffineMap y{scale.y, offset.y};
+    if (NearZero(x.scale)) return result;
+    for (const double number : {x.scale, x.offset, y.scale, y.offset})
+        if (!std::isfinite(number)) return result;
+
+    const auto image = Transformation(curve, x, y).run(result.kept);
+    if (!image) return {};
+    const FCurve::Switch quiet(*image);
+    curve.swap(*image);
+    result.transformed = true;
+    return result;
+}
+
+TransformResult FlipCurve(FCurve& curve, FlipType type, double cx, double cy) {
+    const auto value = static_cast<std::int32_t>(type);
+    Vector2D<double> scale(1.0, 1.0);
+    Vector2D<double> offset;
+    if ((value & ~2) == 0) {
+        scale.x = -1.0;
+        offset.x = cx + cx;
+    }
+    if (value >= 1 && value < 3) {
+        scale.y = -1.0;
+        offset.y = cy + cy;
+    }
+    return TransformCurve(curve, scale, offset);
+}
+
+TransformResult FlipCurveAboutCentroid(FCurve& curve, FlipType type) {
+    Rectangle<double> extents;
+    GetInteriorExtents(curve, extents);
+    const double cx = (extents.width + extents.x + extents.x) * 0.5;
+    const double cy = (extents.height + extents.y + extents.y) * 0.5;
+    return FlipCurve(curve, type, cx, cy);
+}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

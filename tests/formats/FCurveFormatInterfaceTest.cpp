@@ -1,5 +1,4 @@
 #include "support/CallRecorder.h"
-#include "support/RandomCurve.h"
 #include "support/SameCurve.h"
 
 #include <gtest/gtest.h>
@@ -48,56 +47,7 @@ std::string handle(const Tangent& tangent) {
     return numbers.calls[0].substr(sizeof "tangentVector");
 }
 
-// A writer that builds what it is told to write.
-class BuildingWriter : public Writer {
-public:
-    FCurveFormatInterface builder;
-
-    BuildingWriter() : Writer(FormatType("builder", "", "")) {}
-
-    bool startCurve(const char* name) override { return builder.startCurve(name); }
-    bool finishCurve() override { return builder.finishCurve(); }
-    void curveVisible(bool visible) override { builder.curveVisible(visible); }
-    void curveLocked(bool locked) override { builder.curveLocked(locked); }
-    void curveShowVelocity(bool show) override { builder.curveShowVelocity(show); }
-    void curveShowAcceleration(bool show) override { builder.curveShowAcceleration(show); }
-    void curveShowDiscontinuities(bool show) override { builder.curveShowDiscontinuities(show); }
-    void curveGrid(double x, double y, double w, double h) override { builder.curveGrid(x, y, w, h); }
-    void curveTangentScale(double scale) override { builder.curveTangentScale(scale); }
-    void curveProperty(const char* key, const char* value) override { builder.curveProperty(key, value); }
-    void startSegmentContainer() override { builder.startSegmentContainer(); }
-    void startSegment(const char* expression) override { builder.startSegment(expression); }
-    void finishSegment() override { builder.finishSegment(); }
-    void segmentProperty(const char* key, const char* value) override { builder.segmentProperty(key, value); }
-    void startInTangent() override { builder.startInTangent(); }
-    void startOutTangent() override { builder.startOutTangent(); }
-    void tangentVector(double x, double y) override { builder.tangentVector(x, y); }
-    void tangentType(unsigned char type) override { builder.tangentType(type); }
-    void tangentWeightLocked(bool locked) override { builder.tangentWeightLocked(locked); }
-    void tangentWeighted(bool weighted) override { builder.tangentWeighted(weighted); }
-    void tangentProperty(const char* key, const char* value) override { builder.tangentProperty(key, value); }
-    void startKeyframe() override { builder.startKeyframe(); }
-    void keyframePosition(double x, double y) override { builder.keyframePosition(x, y); }
-    void keyframeTangentsUnified(bool unified) override { builder.keyframeTangentsUnified(unified); }
-    void keyframeBreakdown(bool breakdown) override { builder.keyframeBreakdown(breakdown); }
-    void keyframeLocked(bool locked) override { builder.keyframeLocked(locked); }
-    void keyframeProperty(const char* key, const char* value) override { builder.keyframeProperty(key, value); }
-};
-
 } // namespace
-
-TEST(FCurveFormatInterface, RebuildsWhatTheEmitterTellsToTheLastBit) {
-    BuildingWriter writer;
-    MemoryStream stream;
-    for (unsigned seed = 0; seed < 300; ++seed) {
-        const auto curve = RandomCurve(seed).make();
-        const auto rebuilt = FCurve::create();
-        writer.builder.setCurve(rebuilt);
-        WriteCurve(*curve, stream, "builder");
-        ASSERT_EQ(Difference(*curve, *rebuilt), "") << "seed " << seed;
-        EXPECT_FALSE(writer.builder.getCurve());
-    }
-}
 
 TEST(FCurveFormatInterface, SharesTheBuiltInInterpolators) {
     Builder builder;

@@ -25,6 +25,13 @@ public:
     /// Calls of these names, and of no others, are written down; empty for all.
     std::vector<std::string> only;
 
+    /// All calls in one text, ", " between them.
+    std::string joined() const {
+        std::string text;
+        for (const std::string& call : calls) text += (text.empty() ? "" : ", ") + call;
+        return text;
+    }
+
     /// What startCurve and finishCurve answer.
     bool wantsCurve = true;
     bool wantsMore = true;

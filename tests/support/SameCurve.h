@@ -42,9 +42,10 @@ inline std::string key(const Keyframe& a, const Keyframe& b) {
     return properties(a, b);
 }
 
+// Files say "0" for a segment without interpolator, which evaluates to 0.
 inline std::string expression(const Segment& segment) {
     const auto interpolator = segment.getInterpolator();
-    return interpolator ? interpolator->getExpression() : "(none)";
+    return interpolator ? interpolator->getExpression() : "0";
 }
 
 inline std::string segment(const Segment& a, const Segment& b) {

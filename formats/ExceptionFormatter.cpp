@@ -1,6 +1,7 @@
 #include "FCurveLib/ExceptionFormatter.h"
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
+#include "FCurveLib/BinaryFormat.h"
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/File.h"
 #include "FCurveLib/FormatExceptions.h"
@@ -27,7 +28,7 @@ std::string printable(const char* text) {
     return result;
 }
 
-std::string between(const std::string& name, std::uint64_t line, std::uint64_t column) {
+std::string positionIn(const std::string& name, std::uint64_t line, std::uint64_t column) {
     if (line == 0) return name.empty() ? "" : name + ": ";
     const std::string l = std::to_string(line);
     const std::string c = std::to_string(column);
@@ -83,7 +84,7 @@ void ExceptionFormatter::LibraryFormatter::setName(const char* name) {
 
 void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     const auto write = [&](const char* sentence, std::uint64_t line = 0, std::uint64_t column = 0) {
-        out << between(m_name, line, column) << sentence;
+        out << positionIn(m_name, line, column) << sentence;
     };
 
     try {
@@ -92,6 +93,9 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     // formats
     catch (const UnknownFormat&) {
         write("This is in no format that is known here.");
+    } catch (const BinaryFormat::BinaryError& error) {
+        const std::string offset = "at byte " + std::to_string(error.offset()) + ": ";
+        write(((error.offset() > 0 ? offset : "") + printable(error.message())).c_str());
     } catch (const FormatError& error) {
         const std::string message = printable(error.message());
         write(message.empty() ? "The content does not follow its format." : message.c_str(), error.line(),

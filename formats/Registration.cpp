@@ -1,5 +1,6 @@
 #include "formats/Registration.h"
 
+#include "FCurveLib/BinaryFormat.h"
 #include "FCurveLib/HoudiniChanFormat.h"
 #include "FCurveLib/XMLFormat.h"
 
@@ -19,8 +20,10 @@ Registered registerFormats() {
     // The one that is constructed last is asked first, so the weakest recogniser stands at the top. This order is what
     // decides when two readers could both accept the same data.
     static HoudiniChanFormat::HoudiniChanReader hchanReader; // any list of numbers
+    static BinaryFormat::BinaryReader binaryReader;
     static XMLFormat::XMLReader xmlReader;
 
+    static BinaryFormat::BinaryWriter binaryWriter;
     static XMLFormat::XMLWriter xmlWriter;
     return {};
 }

@@ -7,6 +7,7 @@
 #include "FCurveLib/Baking.h"
 #include "FCurveLib/Bezier.h"
 #include "FCurveLib/BezierInterpBase.h"
+#include "FCurveLib/BinaryFormat.h"
 #include "FCurveLib/BinaryIO.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"

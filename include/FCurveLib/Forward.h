@@ -89,6 +89,10 @@ template<class T>
 class SimpleListNode;
 class Reader;
 class Writer;
+namespace BinaryFormat {
+class BinaryReader;
+class BinaryWriter;
+} // namespace BinaryFormat
 namespace HoudiniChanFormat {
 class HoudiniChanReader;
 }

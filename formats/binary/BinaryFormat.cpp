@@ -1,0 +1,113 @@
+#include "FCurveLib/BinaryFormat.h"
+
+#include "formats/binary/Layout.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace BinaryFormat {
+
+namespace {
+
+std::string printableType(const char* type) {
+    std::string result(type, strnlen(type, 4));
+    std::replace_if(
+        result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return result;
+}
+
+std::string bytes(std::uint64_t count) {
+    return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+}
+
+} // namespace
+
+const FormatType& GetFormatType() {
+    static const FormatType type("binary", "Binary", "fcrvb");
+    return type;
+}
+
+BinaryError::BinaryError(const std::string& message, std::uint64_t offset) : FormatError(message), m_offset(offset) {}
+BinaryError::BinaryError(const BinaryError&) noexcept = default;
+BinaryError& BinaryError::operator=(const BinaryError&) noexcept = default;
+BinaryError::~BinaryError() = default;
+const char* BinaryError::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::BinaryError";
+}
+
+UnexpectedEnd::UnexpectedEnd(std::uint64_t expectedSize, std::uint64_t foundSize, std::uint64_t offset)
+    : BinaryError("The document ends too early: " + bytes(expectedSize) + " should follow here, and " + bytes(foundSize)
+                      + (foundSize == 1 ? " does." : " do."),
+                  offset),
+      m_expected(expectedSize), m_found(foundSize) {}
+UnexpectedEnd::UnexpectedEnd(const UnexpectedEnd&) noexcept = default;
+UnexpectedEnd& UnexpectedEnd::operator=(const UnexpectedEnd&) noexcept = default;
+UnexpectedEnd::~UnexpectedEnd() = default;
+const char* UnexpectedEnd::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::UnexpectedEnd";
+}
+
+WrongBlockType::WrongBlockType(const char* expected, const char* found, std::uint64_t offset)
+    : BinaryError(std::string("Expected here is ") + expected + ", found is a block of type \"" + printableType(found)
+                      + "\".",
+                  offset),
+      m_types(std::make_shared<const std::pair<std::string, std::string>>(expected, printableType(found))) {}
+WrongBlockType::WrongBlockType(const WrongBlockType&) noexcept = default;
+WrongBlockType& WrongBlockType::operator=(const WrongBlockType&) noexcept = default;
+WrongBlockType::~WrongBlockType() = default;
+const char* WrongBlockType::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockType";
+}
+
+const char* MissingBlock::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::MissingBlock";
+}
+
+WrongBlockSize::WrongBlockSize(const std::string& problem, std::uint64_t expectedSize, std::uint64_t foundSize,
+                               std::uint64_t offset)
+    : BinaryError(problem + ": expected " + bytes(expectedSize) + ", found " + bytes(foundSize) + '.', offset),
+      m_expected(expectedSize), m_found(foundSize) {}
+WrongBlockSize::WrongBlockSize(const WrongBlockSize&) noexcept = default;
+WrongBlockSize& WrongBlockSize::operator=(const WrongBlockSize&) noexcept = default;
+WrongBlockSize::~WrongBlockSize() = default;
+const char* WrongBlockSize::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockSize";
+}
+
+const char* BadValue::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::BadValue";
+}
+
+UnsupportedVersion::UnsupportedVersion(unsigned major, unsigned minor, std::uint64_t offset)
+    : BinaryError("The document has version " + std::to_string(major) + '.' + std::to_string(minor)
+                      + " of the format; version " + std::to_string(kMajor) + '.' + std::to_string(kMinor)
+                      + " can be read.",
+                  offset),
+      m_major(major), m_minor(minor) {}
+UnsupportedVersion::UnsupportedVersion(const UnsupportedVersion&) noexcept = default;
+UnsupportedVersion& UnsupportedVersion::operator=(const UnsupportedVersion&) noexcept = default;
+UnsupportedVersion::~UnsupportedVersion() = default;
+const char* UnsupportedVersion::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::UnsupportedVersion";
+}
+unsigned UnsupportedVersion::supportedVersion() const noexcept {
+    return kMajor;
+}
+
+const char* LimitExceeded::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::LimitExceeded";
+}
+const char* DocumentTooLarge::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::DocumentTooLarge";
+}
+const char* NotFinite::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::NotFinite";
+}
+
+} // namespace BinaryFormat
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -16,11 +16,13 @@ say "Drawing"
 changed=()
 for file in docs/pictures/*.fcrvx; do
     name=$(basename "$file" .fcrvx)
+    more=()
     case $name in
         end_* | match_cycle) range=-24:36 ;; # five times the keyed part
         *) range=-4:28 ;;
     esac
-    "$tool" plot "$file" -o "$into/$name.svg" --size 720x270 --range=$range --title "${name//_/ }"
+    [ "$name" != selection ] || more=(--select height:1-2 --select turn)
+    "$tool" plot "$file" -o "$into/$name.svg" --size 720x270 --range=$range --title "${name//_/ }" "${more[@]}"
     cmp -s "$into/$name.svg" "docs/pictures/$name.svg" || changed+=("$name")
 done
 if [ ${#changed[@]} -ne 0 ]; then

@@ -160,6 +160,20 @@ const std::vector<Exhibit>& Museum() {
          },
          inexact, "a segment that takes value and slope from its neighbours"},
         {"MatchesAll", [] { return Of("match()"); }, inexact, "matches that neighbour matches"},
+        {"MatchesIn", [] { return Of("matchin()"); }, inexact, "matches that arrive flat"},
+        {"MatchesOut", [] { return Of("matchout()"); }, inexact, "matches that leave flat"},
+        {"MatchesBetweenCycles",
+         [] {
+             return MakeCurve({{0, 1, {}, {}, "match()"}, {4, 5, {}, {}, "match()"}, {6, -2, {}, {}, "cycle()"}},
+                              "cycle_offset()");
+         },
+         inexact, "matches that meet across the ends"},
+        {"FormulasOverCycles",
+         [] {
+             return MakeCurve({{0, 1}, {4, 5, {}, {}, "match()"}, {6, -2, {}, {}, "cycle() + x / 3"}},
+                              "2 * mirror() - cycle_offset()");
+         },
+         inexact, "repetitions as parts of formulas"},
         {"CyclesOn1Key", Cycles<1>, 0.0, "nothing to repeat"},
         {"CyclesOn2Keys", Cycles<2>, inexact, "one segment repeated"},
         {"CyclesOn3Keys", Cycles<3>, inexact, "two segments repeated"},

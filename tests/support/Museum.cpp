@@ -162,12 +162,6 @@ const std::vector<Exhibit>& Museum() {
         {"MatchesAll", [] { return Of("match()"); }, inexact, "matches that neighbour matches"},
         {"MatchesIn", [] { return Of("matchin()"); }, inexact, "matches that arrive flat"},
         {"MatchesOut", [] { return Of("matchout()"); }, inexact, "matches that leave flat"},
-        {"MatchesBetweenCycles",
-         [] {
-             return MakeCurve({{0, 1, {}, {}, "match()"}, {4, 5, {}, {}, "match()"}, {6, -2, {}, {}, "cycle()"}},
-                              "cycle_offset()");
-         },
-         inexact, "matches that meet across the ends"},
         {"FormulasOverCycles",
          [] {
              return MakeCurve({{0, 1}, {4, 5, {}, {}, "match()"}, {6, -2, {}, {}, "cycle() + x / 3"}},

@@ -72,11 +72,10 @@ struct Access {
     static Segment* segmentAt(const FCurve::iterator& position) noexcept { return position.base().m_segment; }
 
     // --- make and break a curve's parts ------------------------------------------------------------------------------
-    static std::shared_ptr<Keyframe> copyKey(const Keyframe& key);
-    // A segment with tangents that names the curve but is not yet in its chain.
-    static std::shared_ptr<Segment> makeSegment(FCurve& c, std::shared_ptr<Keyframe> left,
+    // A segment with tangents that names the curve but is not yet in its chain, and with a copy of the key, if one is
+    // given, as its left key.
+    static std::shared_ptr<Segment> makeSegment(FCurve& c, const Keyframe* key,
                                                 std::shared_ptr<Interpolator> interpolator);
-    static void makeTangents(const std::shared_ptr<Segment>& segment);
     static void exchangeInTangents(Segment& a, Segment& b) noexcept;
     static void copyTangent(Tangent& to, const Tangent& from);
     static void detach(Segment& s) noexcept;

@@ -4,6 +4,7 @@
 #include "FCurveLib/Interpolator.h"
 #include "model/Access.h"
 #include "model/Edit.h"
+#include "model/PartBundle.h"
 
 #include <utility>
 
@@ -33,43 +34,46 @@ void Access::moveKey(Keyframe& k, const Vector2D<double>& position) noexcept {
     k.m_position = position;
 }
 
-void Access::makeTangents(const std::shared_ptr<Segment>& segment) {
-    // Both in one allocation: a segment's tangents live together, and half the memory of a curve is tangents.
-    struct Pair {
-        explicit Pair(const std::shared_ptr<Segment>& owner) : out(owner, false), in(owner, true) {}
-        Tangent out;
-        Tangent in;
-    };
-    const auto pair = std::make_shared<Pair>(segment);
+namespace {
+
+// A segment's tangents live together.
+struct TangentPair {
+    explicit TangentPair(const std::shared_ptr<Segment>& owner) : out(owner, false), in(owner, true) {}
+    Tangent out;
+    Tangent in;
+};
+
+} // namespace
+
+std::shared_ptr<Segment> Access::makeSegment(FCurve& c, const Keyframe* key,
+                                             std::shared_ptr<Interpolator> interpolator) {
+    PartBundle::Maker bundle((key ? PartBundle::roomFor<Keyframe>() : 0) + PartBundle::roomFor<Segment>()
+                             + PartBundle::roomFor<TangentPair>());
+    std::shared_ptr<Keyframe> own;
+    if (key) {
+        own = bundle.make<Keyframe>(*key);
+        own->setShared(own);
+    }
+    auto segment = bundle.make<Segment>();
+    segment->setShared(segment);
+    segment->m_curve = c.m_link;
+    segment->m_leftKey = std::move(own);
+    segment->m_interpolator = std::move(interpolator);
+
+    const auto pair = bundle.make<TangentPair>(segment);
     segment->m_outTangent = std::shared_ptr<Tangent>(pair, &pair->out);
     segment->m_inTangent = std::shared_ptr<Tangent>(pair, &pair->in);
     segment->m_outTangent->setShared(segment->m_outTangent);
     segment->m_inTangent->setShared(segment->m_inTangent);
-}
-
-std::shared_ptr<Segment> Access::makeSegment(FCurve& c, std::shared_ptr<Keyframe> left,
-                                             std::shared_ptr<Interpolator> interpolator) {
-    auto segment = std::make_shared<Segment>();
-    segment->setShared(segment);
-    segment->m_curve = c.m_link;
-    segment->m_leftKey = std::move(left);
-    segment->m_interpolator = std::move(interpolator);
-    makeTangents(segment);
     return segment;
-}
-
-std::shared_ptr<Keyframe> Access::copyKey(const Keyframe& key) {
-    auto copy = std::make_shared<Keyframe>(key);
-    copy->setShared(copy);
-    return copy;
 }
 
 Segment* Access::appendRaw(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator) {
     const SegmentMap::Place place = c.m_segments.locate(key.getX());
     Segment& before = *place.segment;
     if (place.isAt || before.m_rightKey) return nullptr;
-    const auto own = copyKey(key);
-    const auto segment = makeSegment(c, own, std::move(interpolator));
+    const auto segment = makeSegment(c, &key, std::move(interpolator));
+    const std::shared_ptr<Keyframe>& own = segment->m_leftKey;
     c.m_segments.insert(place, own->getX(), segment.get());
     before.m_rightKey = own;
     own->m_left = &before;
@@ -193,8 +197,8 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
     if (place.isAt) return Access::iteratorAt(*this, before);
 
     Private::Edit edit(this);
-    const auto own = Access::copyKey(key);
-    const auto segment = Access::makeSegment(*this, own, std::move(interpolator));
+    const auto segment = Access::makeSegment(*this, &key, std::move(interpolator));
+    const std::shared_ptr<Keyframe> own = segment->m_leftKey;
     m_segments.insert(place, x, segment.get());
 
     Keyframe* next = Access::rightKey(before);

@@ -2,6 +2,9 @@
 
 #include "FCurveLib/BinaryFormat.h"
 #include "FCurveLib/HoudiniChanFormat.h"
+#include "FCurveLib/HoudiniClipFormat.h"
+#include "FCurveLib/OldFormat.h"
+#include "FCurveLib/TextFormat.h"
 #include "FCurveLib/XMLFormat.h"
 
 namespace VEM_FN::FCurveLib {
@@ -20,6 +23,9 @@ Registered registerFormats() {
     // The one that is constructed last is asked first, so the weakest recogniser stands at the top. This order is what
     // decides when two readers could both accept the same data.
     static HoudiniChanFormat::HoudiniChanReader hchanReader; // any list of numbers
+    static HoudiniClipFormat::HoudiniClipReader hclipReader;
+    static OldFormat::OldReader oldReader;
+    static TextFormat::TextReader textReader;
     static BinaryFormat::BinaryReader binaryReader;
     static XMLFormat::XMLReader xmlReader;
 

@@ -93,6 +93,15 @@ namespace BinaryFormat {
 class BinaryReader;
 class BinaryWriter;
 } // namespace BinaryFormat
+namespace HoudiniClipFormat {
+class HoudiniClipReader;
+}
+namespace OldFormat {
+class OldReader;
+}
+namespace TextFormat {
+class TextReader;
+}
 namespace HoudiniChanFormat {
 class HoudiniChanReader;
 }

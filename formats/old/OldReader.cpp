@@ -1,0 +1,243 @@
+#include "FCurveLib/FormatInterface.h"
+#include "FCurveLib/FormatLimits.h"
+#include "FCurveLib/OldFormat.h"
+#include "FCurveLib/Tangent.h"
+#include "FCurveLib/TovConversion.h"
+#include "FCurveLib/Vector2D.h"
+#include "formats/Text.h"
+#include "formats/WordSource.h"
+#include "formats/old/Handles.h"
+
+#include <string>
+#include <string_view>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace OldFormat {
+
+using Private::TextSource;
+using Private::Word;
+using TovConversion::TovKey;
+
+namespace {
+
+const char* expressionOf(TovKey::InterpType interp) {
+    switch (interp) {
+    case TovKey::Linear:
+        return "linear()";
+    case TovKey::Bezier:
+        return "bezier()";
+    default:
+        return "constant()";
+    }
+}
+
+class Parser {
+public:
+    Parser(Stream& stream, FormatInterface& target)
+        : m_target(target), m_limits(GetFormatLimits()), m_words(stream, "{}", m_limits.text) {
+        next();
+    }
+
+    bool atEnd() const { return m_word.text.empty(); }
+
+    // Returns whether the target wants further curves.
+    bool readCurve() {
+        expect("fcurve");
+        expect("{");
+        if (m_word.text != "name") refuse("\"name\"");
+        const std::string name = readName();
+        expect("extensions");
+        expect("constant");
+        expect("constant");
+        m_isWanted = m_target.startCurve(name.c_str());
+        m_isFirst = true;
+        if (m_isWanted) m_target.startSegmentContainer();
+        for (std::size_t keys = 0; m_word.text == "keyframe"; ++keys) {
+            if (keys >= m_limits.keys) throw LimitExceeded("There are too many keys.", m_word.line, m_word.column);
+            TovKey key;
+            readKey(key);
+            if (m_isWanted) emitKey(key);
+        }
+        expect("}");
+        if (!m_isWanted) return true;
+        emitLast();
+        m_target.finishSegmentContainer();
+        return m_target.finishCurve();
+    }
+
+private:
+    void next() {
+        for (m_words.next(m_word); m_word.text.substr(0, 2) == "//"; m_words.next(m_word)) {
+            TextSource& source = m_words.source();
+            while (source.peek() != '\n' && source.peek() != '\r' && source.peek() != TextSource::kEnd) source.take();
+        }
+        if (m_word.isTooLong) throw LimitExceeded("A word is too long.", m_word.line, m_word.column);
+    }
+
+    [[noreturn]] void refuse(const std::string& expected) const {
+        throw UnexpectedWord("Expected here is " + expected + ", found is "
+                                 + (atEnd() ? "the end of the text" : Private::quoted(m_word.text)) + '.',
+                             m_word.line, m_word.column);
+    }
+    void expect(const char* word) {
+        if (m_word.text != word) refuse(Private::quoted(word));
+        next();
+    }
+
+    // Up to the quotation mark in front of "extensions", which becomes the word.
+    std::string readName() {
+        m_words.skipSpace();
+        TextSource& source = m_words.source();
+        m_word = {source.peek() == TextSource::kEnd ? "" : std::string(1, static_cast<char>(source.peek())),
+                  source.line(), source.column(), false};
+        if (source.take() != '"') refuse("a name in quotation marks");
+        std::string text;
+        for (;;) {
+            const int c = source.take();
+            if (c == TextSource::kEnd) {
+                m_word = {"", source.line(), source.column(), false};
+                refuse("the end of the name and \"extensions\"");
+            }
+            if (c == 0) throw UnexpectedWord("A name has a zero byte.", source.line(), source.column());
+            text += static_cast<char>(c);
+            const std::string_view end = Private::wordAfterName;
+            if (text.size() > m_limits.text) throw LimitExceeded("A name is too long.", m_word.line, m_word.column);
+            if (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) continue;
+            std::size_t length = text.size() - end.size();
+            while (length > 0 && Private::isOldSpace(text[length - 1])) --length;
+            if (length == 0 || text[length - 1] != '"') continue;
+            m_word = {std::string(end), source.line(), source.column(), false};
+            return text.substr(0, length - 1);
+        }
+    }
+
+    double readNumber() {
+        double number = 0.0;
+        if (!Private::parseNumber(m_word.text, number)) {
+            if (atEnd()) refuse("a number");
+            throw BadNumber("Expected here is a number, found is " + Private::quoted(m_word.text) + '.', m_word.line,
+                            m_word.column);
+        }
+        next();
+        return number;
+    }
+    Vector2D<double> readPair() {
+        const double x = readNumber();
+        return {x, readNumber()};
+    }
+
+    // Absent where the kind has no word.
+    TovKey::InterpType readInterp() {
+        constexpr const char* words[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
+        for (std::uint32_t i = 0; i < 4; ++i) {
+            if (m_word.text != words[i]) continue;
+            next();
+            return static_cast<TovKey::InterpType>(i);
+        }
+        return TovKey::Unknown;
+    }
+
+    void readKey(TovKey& key) {
+        expect("keyframe");
+        expect("{");
+        key.setLocation(readPair());
+        expect("interp");
+        key.setInterp(readInterp());
+        expect("tangents");
+        expect("smooth");
+        key.setLeftTangent(readPair());
+        readInterp();
+        key.setRightTangent(readPair());
+        readInterp();
+        if (m_word.text == "snapped") next();
+        if (m_word.text == "locked") {
+            key.setLocked(true);
+            next();
+        }
+        expect("}");
+    }
+
+    // --- what the target hears ---------------------------------------------------------------------------------------
+
+    void emitTangent(const Vector2D<double>& handle, bool hasSpan, double span) {
+        m_target.tangentType(Tangent::Fixed);
+        m_target.tangentWeighted(hasSpan && Private::isWeightedHandle(handle.x, span));
+        m_target.tangentWeightLocked(false);
+        m_target.tangentVector(handle.x, handle.y);
+    }
+    void emitKey(const TovKey& key) {
+        const double span = key.getLocation().x - m_before.getLocation().x;
+        m_target.startSegment(m_isFirst ? "constant()" : expressionOf(m_before.getInterp()));
+        if (!m_isFirst) {
+            m_target.startOutTangent();
+            emitTangent(m_before.getRightTangent(), true, span);
+            m_target.finishOutTangent();
+        }
+        m_target.startInTangent();
+        emitTangent(key.getLeftTangent(), !m_isFirst, span);
+        m_target.finishInTangent();
+        m_target.finishSegment();
+        m_target.startKeyframe();
+        m_target.keyframePosition(key.getLocation().x, key.getLocation().y);
+        m_target.keyframeLocked(key.isLocked());
+        m_target.finishKeyframe();
+        m_before = key;
+        m_isFirst = false;
+    }
+    void emitLast() {
+        m_target.startSegment("constant()");
+        if (!m_isFirst) {
+            m_target.startOutTangent();
+            emitTangent(m_before.getRightTangent(), false, 0.0);
+            m_target.finishOutTangent();
+        }
+        m_target.finishSegment();
+    }
+
+    FormatInterface& m_target;
+    const FormatLimits m_limits;
+    Private::WordSource m_words;
+    Word m_word; // the next one
+    bool m_isWanted = true;
+    bool m_isFirst = true;
+    TovKey m_before;
+};
+
+} // namespace
+
+OldReader::OldReader() : Reader(GetFormatType()) {}
+OldReader::~OldReader() = default;
+
+void OldReader::readCurves(Stream& stream, FormatInterface& target) {
+    Parser parser(stream, target);
+    const std::size_t limit = GetFormatLimits().curves;
+    target.startCurveContainer();
+    std::size_t curves = 0;
+    do {
+        if (++curves > limit) throw LimitExceeded("There are too many curves.");
+    } while (parser.readCurve() && !parser.atEnd());
+    target.finishCurveContainer();
+}
+
+void OldReader::readCurve(Stream& stream, FormatInterface& target) {
+    Parser(stream, target).readCurve();
+}
+
+bool OldReader::canRead(Stream&, Stream& header) {
+    Private::WordSource words(header, "{}", 1024);
+    Word word;
+    for (words.next(word); word.text.substr(0, 2) == "//"; words.next(word)) {
+        TextSource& source = words.source();
+        while (source.peek() != '\n' && source.peek() != '\r' && source.peek() != TextSource::kEnd) source.take();
+    }
+    if (word.text != "fcurve") return false;
+    words.next(word);
+    return word.text == "{";
+}
+
+} // namespace OldFormat
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

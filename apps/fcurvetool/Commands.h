@@ -14,6 +14,11 @@ void addEval(CLI::App& app);
 void addSample(CLI::App& app);
 void addPlot(CLI::App& app);
 void addConvert(CLI::App& app);
+void addBake(CLI::App& app);
+void addSmooth(CLI::App& app);
+void addTransform(CLI::App& app);
+void addFlip(CLI::App& app);
+void addInsert(CLI::App& app);
 void addFormats(CLI::App& app);
 
 } // namespace fcurvetool

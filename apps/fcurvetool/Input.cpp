@@ -159,9 +159,7 @@ Document readDocument(const std::string& path, const std::string& format) {
     return document;
 }
 
-std::vector<NamedCurve> readCurves(const InputOptions& options) {
-    std::vector<Document> documents;
-    for (const std::string& file : options.files) documents.push_back(readDocument(file, options.format));
+std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, const InputOptions& options) {
     std::vector<NamedCurve> curves = nameCurves(documents);
     if (options.curves.empty()) return curves;
 
@@ -180,6 +178,12 @@ std::vector<NamedCurve> readCurves(const InputOptions& options) {
             if (taken.insert(index).second) chosen.push_back(curves[index]);
     }
     return chosen;
+}
+
+std::vector<NamedCurve> readCurves(const InputOptions& options) {
+    std::vector<Document> documents;
+    for (const std::string& file : options.files) documents.push_back(readDocument(file, options.format));
+    return chooseCurves(documents, options);
 }
 
 std::string stem(const std::string& path) {

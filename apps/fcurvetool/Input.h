@@ -37,9 +37,12 @@ struct Document {
 /// Reads a file, or standard input for "-". Failure says file, line and column of what is wrong.
 Document readDocument(const std::string& path, const std::string& format);
 
-/// Reads the files and picks their curves, in the order of the files if --curve was not given, else in the order of
-/// --curve. No curve comes twice, and no two have the same name: of several files the curves' names begin with the
-/// file's, and further curves of one name get numbers. Failure where a --curve fits none.
+/// Picks the curves of documents, in the order of the documents if --curve was not given, else in the order of --curve.
+/// No curve comes twice, and no two have the same name: of several files the curves' names begin with the file's, and
+/// further curves of one name get numbers. Failure where a --curve fits none.
+std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, const InputOptions& options);
+
+/// Reads the files and picks their curves.
 std::vector<NamedCurve> readCurves(const InputOptions& options);
 
 /// What a --curve means, as indices: the curves of that name; else the one of that number, from 1; else those that fit

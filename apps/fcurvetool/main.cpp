@@ -19,7 +19,7 @@ int complain(const std::string& message, int code) {
 }
 
 int run(int argc, char** argv) {
-    CLI::App app("Looks into files of animation curves: describes, evaluates, samples, draws and converts them.",
+    CLI::App app("Works on files of animation curves: describes, evaluates, samples, draws, converts and edits them.",
                  "fcurvetool");
     app.footer("fcurvetool COMMAND --help tells more. A file of \"-\" is standard input, or output.\n"
                "Exit codes: 0 done, 1 bad input or output, 2 bad command line.");
@@ -33,6 +33,11 @@ int run(int argc, char** argv) {
     fcurvetool::addSample(app);
     fcurvetool::addPlot(app);
     fcurvetool::addConvert(app);
+    fcurvetool::addBake(app);
+    fcurvetool::addSmooth(app);
+    fcurvetool::addTransform(app);
+    fcurvetool::addFlip(app);
+    fcurvetool::addInsert(app);
     fcurvetool::addFormats(app);
 
     const auto helpHint = [&app] {

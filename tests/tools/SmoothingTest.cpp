@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -143,6 +146,45 @@ TEST(Smoothing, RefusesWhatItCannotDo) {
     SmoothCurveInterior(*one, 1, 1, SMOOTH_BOX);
     SmoothCurveInterior(*FCurve::create(), 1, 1, SMOOTH_BOX);
     EXPECT_EQ(one->size(), 2U);
+}
+
+// The value at frame 0 of a curve through f at the whole frames, after smoothing.
+template<class Value>
+double SmoothedAtZero(SmoothFilter filter, int width, const Value& f) {
+    auto curve = FCurve::create();
+    for (int i = -60; i <= 60; ++i) AddKey(*curve, i, f(i));
+    SmoothCurve(*curve, -20, 20, 1, width, filter);
+    return curve->eval(0);
+}
+
+// The table in docs/smoothing.md: each of its numbers, measured.
+TEST(Smoothing, DoesWhatTheTableSays) {
+    const char* const kNames[] = {"`SMOOTH_BOX`", "`SMOOTH_TRIANGLE`", "`SMOOTH_GAUSSIAN`", "`SMOOTH_SAVITZKY_GOLAY`"};
+    std::ifstream page(FCURVELIB_SOURCE_DIR "/docs/smoothing.md");
+    ASSERT_TRUE(page);
+    std::ostringstream expected, found;
+    expected << std::fixed << std::setprecision(3);
+    for (const SmoothFilter filter : kFilters) {
+        for (const int width : {2, 5}) {
+            const auto wave = [](double period) {
+                return [period](int k) { return std::cos(2 * 3.14159265358979323846 * k / period); };
+            };
+            const auto bump = [](double deviation) {
+                return [=](int k) { return std::exp(-0.5 * k * k / deviation / deviation); };
+            };
+            double power = 0; // of what one unit of noise contributes to each of its neighbours
+            for (int at = -width; at <= width; ++at)
+                power += std::pow(SmoothedAtZero(filter, width, [at](int k) { return k == at ? 1 : 0; }), 2);
+            expected << "| " << kNames[filter] << " | " << width << " | " << std::sqrt(power) << " | "
+                     << SmoothedAtZero(filter, width, bump(2)) << " | " << SmoothedAtZero(filter, width, bump(5))
+                     << " | " << SmoothedAtZero(filter, width, [](int k) { return 0.01 * k * k; }) << " | "
+                     << SmoothedAtZero(filter, width, wave(30)) << " | " << SmoothedAtZero(filter, width, wave(4))
+                     << " |\n";
+        }
+    }
+    for (std::string line; std::getline(page, line);)
+        if (line.find("| `SMOOTH_") == 0) found << line << "\n";
+    EXPECT_EQ(found.str(), expected.str());
 }
 
 class SmoothingOfEveryExhibit : public testing::TestWithParam<Exhibit> {};

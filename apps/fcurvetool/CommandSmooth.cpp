@@ -1,0 +1,68 @@
+#include "Commands.h"
+#include "EditCommand.h"
+#include "Failure.h"
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+#include <FCurveLib/Smoothing.h>
+
+namespace fcurvetool {
+
+using namespace VEM_FN::FCurveLib;
+
+namespace {
+
+struct SmoothOptions {
+    EditOptions edit;
+    std::string range;
+    double step = 1.0;
+    int width = 2;
+    std::string filter = "gaussian";
+};
+
+SmoothFilter parseFilter(const std::string& name) {
+    if (name == "box") return SMOOTH_BOX;
+    if (name == "triangle") return SMOOTH_TRIANGLE;
+    if (name == "gaussian") return SMOOTH_GAUSSIAN;
+    if (name == "savitzky-golay") return SMOOTH_SAVITZKY_GOLAY;
+    throw UsageError("--filter: \"" + toPrintable(name) + "\" is none of box, triangle, gaussian, savitzky-golay");
+}
+
+void smooth(SmoothOptions& options) {
+    if (!(options.step > 0.0)) throw UsageError("--step: must be above 0");
+    if (options.width < 0) throw UsageError("--width: must not be below 0");
+    const SmoothFilter filter = parseFilter(options.filter);
+    const auto range = parseRange(options.range);
+    options.edit.caption = ": " + options.filter + ", width " + std::to_string(options.width);
+    runEdit(options.edit, "smoothing", [&](FCurve& curve) -> std::string {
+        if (range)
+            SmoothCurve(curve, range->low, range->high, options.step, options.width, filter);
+        else
+            SmoothCurveInterior(curve, options.step, options.width, filter);
+        return {};
+    });
+}
+
+} // namespace
+
+void addSmooth(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("smooth", "Smooth curves, and replace them by linear keys");
+    auto options = std::make_shared<SmoothOptions>();
+    addEditOptions(*command, options->edit);
+    addRangeOption(*command, options->range);
+    command->add_option("--step", options->step, "Frames from one key to the next")
+        ->type_name("FRAMES")
+        ->capture_default_str();
+    command->add_option("--width", options->width, "Neighbours on either side that a key is averaged with")
+        ->type_name("COUNT")
+        ->capture_default_str();
+    command
+        ->add_option("--filter", options->filter,
+                     "How neighbours are weighted: box, triangle, gaussian; savitzky-golay keeps peaks")
+        ->type_name("NAME")
+        ->capture_default_str();
+    command->footer("What lies outside the range stays as it is.");
+    command->callback([options] { smooth(*options); });
+}
+
+} // namespace fcurvetool

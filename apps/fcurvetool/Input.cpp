@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <FCurveLib/ContainerInterface.h>
 #include <FCurveLib/Exception.h>
+#include <FCurveLib/ExceptionFormatter.h>
 #include <FCurveLib/FormatExceptions.h>
 #include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/MemoryStream.h>
@@ -22,6 +23,7 @@
 #include <filesystem>
 #include <limits>
 #include <set>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -67,12 +69,14 @@ std::string readableFormats() {
     return names;
 }
 
-std::string describe(const std::string& name, const FormatError& error) {
-    std::string text = name;
-    if (error.line() > 0) text += ":" + std::to_string(error.line()) + ":" + std::to_string(error.column());
-    text += ": ";
-    text += *error.message() != '\0' ? toPrintable(error.message()) : error.what();
-    return text;
+/// The message for the library's exception that is being handled.
+std::string messageFor(const std::string& name) {
+    ExceptionFormatter::LibraryFormatter library(name.c_str());
+    ExceptionFormatter messages;
+    messages.addFormatter(library);
+    std::ostringstream text;
+    messages.formatException(text);
+    return text.str();
 }
 
 std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
@@ -151,10 +155,8 @@ Document readDocument(const std::string& path, const std::string& format) {
         }
     } catch (const UnknownFormat&) {
         throw Failure(document.name + ": in none of the formats that can be read (" + readableFormats() + ")");
-    } catch (const FormatError& error) {
-        throw Failure(describe(document.name, error));
-    } catch (const Exception& error) {
-        throw Failure(document.name + ": " + error.what());
+    } catch (const Exception&) {
+        throw Failure(messageFor(document.name));
     }
     return document;
 }

@@ -105,7 +105,7 @@ void describe(const Document& document, Output& output) {
         const auto& trailing = *std::prev(curve.end());
         const Extent extent = findExtent(curve);
         const auto orNone = [](bool exists, double value) { return exists ? toBriefText(value) : std::string("-"); };
-        table.addRow({std::to_string(++number), toPrintable(curve.getName()), std::to_string(curve.size() - 1),
+        table.addRow({std::to_string(++number), nameOf(curve), std::to_string(curve.size() - 1),
                       first ? toBriefText(first->getX()) : "-",
                       first ? toBriefText(trailing.getLeftKey()->getX()) : "-", orNone(!extent.empty(), extent.low),
                       orNone(!extent.empty(), extent.high), expressionOf(*curve.begin()), expressionOf(trailing),

@@ -100,6 +100,7 @@ void addPlot(CLI::App& app) {
         ->type_name("WHICH[:FIRST[-LAST]]")
         ->expected(1)
         ->take_all();
+    command->add_flag("--parts", plotOptions.parts, "Name the parts of the first curve in the picture, for teaching");
     addMarks("--keys", plotOptions.keys, "Dots at the keys (auto: where they can be told apart)");
     addMarks("--handles", plotOptions.handles,
              "Tangent handles, where the interpolator uses them (auto: where they can be told apart)");

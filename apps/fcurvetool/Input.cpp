@@ -11,7 +11,6 @@
 #include <FCurveLib/FormatExceptions.h>
 #include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/MemoryStream.h>
-#include <FCurveLib/ReadWrite.h>
 #include <FCurveLib/Reader.h>
 
 #include <algorithm>
@@ -32,6 +31,14 @@ namespace fcurvetool {
 using namespace VEM_FN::FCurveLib;
 
 namespace {
+
+/// The reader of the files that are called like this one; null if there is none.
+Reader* findReaderByExtension(const std::string& path) {
+    const std::string extension = lowerCase(std::filesystem::path(path).extension().string());
+    for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it)
+        if (extension == "." + lowerCase(it->getExtension())) return FormatFactory::getReader(it->getFormatName());
+    return nullptr;
+}
 
 /// All bytes of a file: it may be a pipe, which the library's readers, who go back and forth, could not read.
 MemoryStream load(const std::string& path, const std::string& name) {
@@ -69,16 +76,6 @@ std::string readableFormats() {
     return names;
 }
 
-/// The message for the library's exception that is being handled.
-std::string messageFor(const std::string& name) {
-    ExceptionFormatter::LibraryFormatter library(name.c_str());
-    ExceptionFormatter messages;
-    messages.addFormatter(library);
-    std::ostringstream text;
-    messages.formatException(text);
-    return text.str();
-}
-
 std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
     std::vector<NamedCurve> curves;
     std::set<std::string> taken;
@@ -86,7 +83,7 @@ std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
         std::size_t number = 0;
         for (FCurve& curve : *document.curves) {
             ++number;
-            std::string name = toPrintable(curve.getName());
+            std::string name = nameOf(curve);
             if (name.empty()) name = "curve " + std::to_string(number);
             if (documents.size() > 1) name = stem(document.name) + ": " + name;
             std::string unique = name;
@@ -97,6 +94,11 @@ std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
     return curves;
 }
 
+/// What files of camera moves say of a channel: tx, ty, ... rz.
+const char* roleOf(const FCurve& curve) {
+    return curve.getProperty("hchan_role");
+}
+
 } // namespace
 
 std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted) {
@@ -105,14 +107,17 @@ std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const
         for (std::size_t i = 0; i < curves.size(); ++i)
             if (fits(curves[i])) found.push_back(i);
     };
-    collect([&](const NamedCurve& named) { return named.curve->getName() == wanted || named.name == wanted; });
+    collect([&](const NamedCurve& named) {
+        return named.curve->getName() == wanted || named.name == wanted || roleOf(*named.curve) == wanted;
+    });
     if (!found.empty()) return found;
     if (const auto number = parseNumber(wanted);
         number && *number >= 1.0 && *number <= static_cast<double>(curves.size()) && *number == std::floor(*number)) {
         return {static_cast<std::size_t>(*number) - 1};
     }
     collect([&](const NamedCurve& named) {
-        return matchesGlob(wanted, named.curve->getName()) || matchesGlob(wanted, named.name);
+        return matchesGlob(wanted, named.curve->getName()) || matchesGlob(wanted, named.name)
+               || matchesGlob(wanted, roleOf(*named.curve));
     });
     return found;
 }
@@ -133,6 +138,15 @@ void addCurveOption(CLI::App& command, InputOptions& options) {
         ->take_all();
 }
 
+std::string describeException(const std::string& name) {
+    ExceptionFormatter::LibraryFormatter library(name.c_str());
+    ExceptionFormatter formatter;
+    formatter.addFormatter(library);
+    std::ostringstream text;
+    formatter.formatException(text);
+    return text.str();
+}
+
 Document readDocument(const std::string& path, const std::string& format) {
     Document document{path == "-" ? "<stdin>" : toPrintable(path), {}, FCurveContainer::create()};
     Reader* forced = nullptr;
@@ -145,20 +159,26 @@ Document readDocument(const std::string& path, const std::string& format) {
     const Progress progress("reading " + document.name);
     MemoryStream bytes = load(path, document.name);
     if (bytes.getSize() == 0) throw Failure(document.name + ": empty");
+    // Content decides. Where it tells nothing, because the file is broken near its beginning, the reader for files of
+    // that name can at least say what is wrong.
+    Reader* reader = forced ? forced : FormatFactory::getReader(bytes);
+    if (!reader) reader = findReaderByExtension(path);
+    if (!reader) throw Failure(document.name + ": in none of the formats that can be read (" + readableFormats() + ")");
     try {
-        if (forced) {
-            ContainerInterface target(*document.curves);
-            forced->readCurves(bytes, target);
-            document.format = forced->getFormatType();
-        } else {
-            document.format = ReadCurves(bytes, *document.curves);
-        }
-    } catch (const UnknownFormat&) {
-        throw Failure(document.name + ": in none of the formats that can be read (" + readableFormats() + ")");
+        ContainerInterface target(*document.curves);
+        reader->readCurves(bytes, target);
+        document.format = reader->getFormatType();
     } catch (const Exception&) {
-        throw Failure(messageFor(document.name));
+        throw Failure(describeException(document.name));
     }
     return document;
+}
+
+std::string nameOf(const FCurve& curve) {
+    std::string name = toPrintable(curve.getName());
+    const std::string role = toPrintable(roleOf(curve));
+    if (!role.empty()) name += (name.empty() ? "(" : " (") + role + ")";
+    return name;
 }
 
 std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, const InputOptions& options) {

@@ -20,7 +20,7 @@ namespace fcurvetool {
 struct InputOptions {
     std::vector<std::string> files;
     std::string format;              ///< empty: recognised by content
-    std::vector<std::string> curves; ///< names, numbers from 1, or patterns with * and ?; empty: all
+    std::vector<std::string> curves; ///< names, roles, numbers from 1, or patterns with * and ?; empty: all
 };
 
 /// Adds --format, and the option --curve.
@@ -34,8 +34,15 @@ struct Document {
     std::shared_ptr<VEM_FN::FCurveLib::FCurveContainer> curves;
 };
 
+/// The message for the exception of the library that is being handled, with the name of the file in front.
+std::string describeException(const std::string& name);
+
 /// Reads a file, or standard input for "-". Failure says file, line and column of what is wrong.
 Document readDocument(const std::string& path, const std::string& format);
+
+/// The curve's name, printable, and behind it the role that a channel file gives it: "chan0 (tx)". Empty where the
+/// curve has neither.
+std::string nameOf(const VEM_FN::FCurveLib::FCurve& curve);
 
 /// Picks the curves of documents, in the order of the documents if --curve was not given, else in the order of --curve.
 /// No curve comes twice, and no two have the same name: of several files the curves' names begin with the file's, and
@@ -45,8 +52,8 @@ std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, con
 /// Reads the files and picks their curves.
 std::vector<NamedCurve> readCurves(const InputOptions& options);
 
-/// What a --curve means, as indices: the curves of that name; else the one of that number, from 1; else those that fit
-/// the pattern.
+/// What a --curve means, as indices: the curves of that name or role; else the one of that number, from 1; else those
+/// that fit the pattern.
 std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted);
 
 /// The file's name without folders and extension.

@@ -3,62 +3,94 @@
 #include "Failure.h"
 #include "Text.h"
 
+#include <FCurveLib/Exception.h>
+#include <FCurveLib/FileStream.h>
+
+#include <algorithm>
 #include <cerrno>
-#include <filesystem>
+#include <sys/stat.h>
 #include <system_error>
 
 namespace fcurvetool {
 
+using namespace VEM_FN::FCurveLib;
 namespace fs = std::filesystem;
 
-Output::Output(const std::string& path) : m_path(path), m_file(nullptr) {
+namespace {
+
+std::string systemReason() {
+    return std::generic_category().message(errno);
+}
+
+/// What a new file gets from a program that leaves it to the user's umask.
+fs::perms ordinaryPermissions() {
+    const ::mode_t mask = ::umask(0);
+    ::umask(mask);
+    return static_cast<fs::perms>(0666U & ~mask);
+}
+
+} // namespace
+
+Output::Output(const std::string& path) : m_path(path) {
     if (path == "-") {
-        m_file = stdout;
+        m_direct = stdout;
         return;
     }
     std::error_code ignored;
     const fs::file_status status = fs::status(path, ignored);
+    if (fs::is_directory(status)) fail("it is a folder");
     if (fs::exists(status) && !fs::is_regular_file(status)) {
-        m_file = std::fopen(path.c_str(), "wb");
-    } else {
-        // A link stays a link: what it leads to is replaced.
-        if (fs::exists(status)) m_path = fs::canonical(path, ignored).string();
-        if (m_path.empty()) m_path = path;
-        for (int i = 1; !m_file && (i == 1 || errno == EEXIST); ++i) {
-            m_temporary = m_path + ".tmp" + (i == 1 ? "" : std::to_string(i));
-            m_file = std::fopen(m_temporary.c_str(), "wbx");
-        }
-        if (m_file && fs::exists(status)) fs::permissions(m_temporary, status.permissions(), ignored);
+        m_direct = std::fopen(path.c_str(), "wb");
+        if (!m_direct) fail(systemReason());
+        return;
     }
-    if (!m_file) fail(errno);
+    m_permissions = fs::exists(status) ? status.permissions() : ordinaryPermissions();
+    if (const fs::path target = fs::canonical(path, ignored); !target.empty()) m_path = target.string();
+    try {
+        m_replace.emplace(m_path.c_str());
+    } catch (const File::FileDoesntExist&) {
+        fail("there is no such folder");
+    } catch (const File::AccessError&) {
+        fail("no permission");
+    } catch (const Exception&) {
+        fail("it cannot be opened");
+    }
 }
 
 Output::~Output() {
-    if (!m_file || m_file == stdout) return;
-    std::fclose(m_file);
-    if (!m_temporary.empty()) std::remove(m_temporary.c_str());
+    if (m_direct && m_direct != stdout) std::fclose(m_direct);
 }
 
 void Output::write(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), m_file) != text.size()) fail(errno);
-}
-
-void Output::finish() {
-    if (std::fflush(m_file) != 0) fail(errno);
-    if (m_file == stdout) return;
-    const int closed = std::fclose(m_file);
-    const int error = errno;
-    m_file = nullptr;
-    if (closed != 0 || (!m_temporary.empty() && std::rename(m_temporary.c_str(), m_path.c_str()) != 0)) {
-        const int reason = closed != 0 ? error : errno;
-        if (!m_temporary.empty()) std::remove(m_temporary.c_str());
-        fail(reason);
+    if (m_direct) {
+        if (std::fwrite(text.data(), 1, text.size(), m_direct) != text.size()) fail(systemReason());
+        return;
+    }
+    try {
+        constexpr std::size_t kPiece = 1 << 20;
+        for (; !text.empty(); text.remove_prefix(std::min(kPiece, text.size())))
+            m_replace->getStream()->writeData(text.data(), static_cast<int>(std::min(kPiece, text.size())));
+    } catch (const File::EndOfFile&) {
+        fail("longer than 2 GiB, write to standard output instead");
     }
 }
 
-void Output::fail(int error) const {
-    throw Failure((m_path == "-" ? "<stdout>" : toPrintable(m_path))
-                  + ": cannot be written: " + std::generic_category().message(error));
+void Output::finish() {
+    if (m_direct) {
+        if (std::fflush(m_direct) != 0) fail(systemReason());
+        return;
+    }
+    try {
+        m_replace->finish();
+    } catch (const SafeFileSave::CantFinish&) {
+        fail("the disk may be full");
+    }
+    std::error_code ignored;
+    fs::permissions(m_path, m_permissions, ignored);
+}
+
+void Output::fail(const std::string& reason) const {
+    throw Failure((m_path == "-" ? "<stdout>" : toPrintable(m_path)) + ": cannot be written: " + reason);
 }
 
 } // namespace fcurvetool

@@ -1,15 +1,20 @@
 #pragma once
 
+#include <FCurveLib/SafeFileSave.h>
+
 #include <cstdio>
-#include <memory>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace fcurvetool {
 
 /// Where a command writes: standard output for "-", else a file. A file comes into being, or is replaced, as a whole by
-/// finish(): until then, and when anything fails, what was there stays as it was. What is not a regular file (a pipe, a
-/// device) is written to as it is. Failures throw Failure.
+/// finish(): until then, and when anything fails, what was there stays as it was. It keeps its permissions, and a
+/// symbolic link goes on leading to it. What is not a regular file (a pipe, a device) is written to as it is.
+///
+/// Failures throw Failure.
 class Output {
 public:
     explicit Output(const std::string& path);
@@ -21,11 +26,12 @@ public:
     void finish();
 
 private:
-    [[noreturn]] void fail(int error) const;
+    [[noreturn]] void fail(const std::string& reason) const;
 
     std::string m_path;
-    std::string m_temporary; // empty when written directly
-    std::FILE* m_file;
+    std::FILE* m_direct = nullptr;                            // standard output or a device; else
+    std::optional<VEM_FN::FCurveLib::SafeFileSave> m_replace; // the regular file
+    std::filesystem::perms m_permissions = std::filesystem::perms::unknown;
 };
 
 } // namespace fcurvetool

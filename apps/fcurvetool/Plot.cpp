@@ -54,6 +54,8 @@ constexpr double kFarAway = 20000.0; // pixels; renderers do not like coordinate
 
 constexpr double kKeySpacing = 5.0; // pixels between keys on average, below which dots are left out
 constexpr double kHandleSpacing = 20.0;
+constexpr double kSmallestDot = 1.5;
+constexpr double kLargestDot = 4.0;
 constexpr std::size_t kMostDots = 5000;
 constexpr std::size_t kMostHints = 1000;
 constexpr std::size_t kMostCurvesWithHandles = 6;
@@ -216,6 +218,7 @@ private:
     void countKeys() {
         m_drawKeys.assign(m_curves.size(), m_options.keys != Marks::Off);
         m_drawHandles.assign(m_curves.size(), m_options.handles != Marks::Off);
+        m_dotRadius.assign(m_curves.size(), kLargestDot);
         std::size_t total = 0;
         for (std::size_t i = 0; i < m_curves.size(); ++i) {
             std::size_t count = 0;
@@ -232,6 +235,7 @@ private:
             if (m_options.handles == Marks::Auto)
                 m_drawHandles[i] =
                     spacing >= kHandleSpacing && (m_options.separate || m_curves.size() <= kMostCurvesWithHandles);
+            m_dotRadius[i] = std::clamp(spacing * 0.3, kSmallestDot, kLargestDot); // dots never hide the line
             if (m_drawKeys[i]) total += count;
         }
         if (total > kMostDots && m_options.keys == Marks::Auto) m_drawKeys.assign(m_curves.size(), false);
@@ -442,6 +446,68 @@ private:
             if (panel.quantity == Quantity::Value && m_options.selection) drawSelectedKeys(svg, panel, curve);
             svg.close();
         }
+        if (m_options.parts && number == 0 && !panel.curves.empty()) drawPartNames(svg, panel);
+        svg.close();
+    }
+
+    /// Names the parts of the panel's first curve: one key and its tangents, and every segment that is wide enough.
+    void drawPartNames(Svg& svg, const Panel& panel) const {
+        constexpr double kAway = 9.0;
+        const std::size_t index = panel.curves.front().index;
+        const FCurve& curve = *m_curves[index].curve;
+        svg.open("g", {{"class", "parts"}, {"font-size", kTextSize}, {"font-style", "italic"}, {"fill", kTextColour}});
+        const auto label = [&svg](const char* text, const Pixel& at, const char* anchor) {
+            svg.leaf("text", {{"x", at.x}, {"y", at.y}, {"text-anchor", anchor}}, text);
+        };
+
+        for (const Segment& segment : curve) {
+            const auto left = segment.getLeftKey();
+            const auto right = segment.getRightKey();
+            const char* text = left && right ? "segment" : left ? "trailing segment" : "leading segment";
+            const double from = std::max(left ? left->getX() : m_frames.low, m_frames.low);
+            const double to = std::min(right ? right->getX() : m_frames.high, m_frames.high);
+            if (toX(to) - toX(from) < estimateTextWidth(text, kTextSize) + 2.0 * kAway) continue;
+            const double middle = (from + to) / 2.0;
+            const Pixel at = toPixel(panel, {middle, curve.eval(middle)});
+            // Below the curve, on the side where it leaves room.
+            const double rise = toY(panel, curve.eval(from)) - toY(panel, curve.eval(to));
+            if (std::fabs(rise) < 4.0 * kAway)
+                label(text, {at.x, at.y + kAway + kTextSize}, "middle");
+            else
+                label(text, {at.x + (rise > 0.0 ? kAway : -kAway), at.y + kTextSize}, rise > 0.0 ? "start" : "end");
+        }
+
+        // The key with the longest handles on both sides, for their names need room.
+        const Keyframe* chosen = nullptr;
+        if (m_drawHandles[index]) {
+            std::vector<std::pair<const Keyframe*, double>> shortest; // of each key's handles
+            forEachHandle(index, [&shortest](const Keyframe& key, const Sample& end) {
+                const double length = std::fabs(end.x - key.getX());
+                if (shortest.empty() || shortest.back().first != &key)
+                    shortest.emplace_back(&key, length);
+                else
+                    shortest.back().second = std::min(shortest.back().second, length);
+            });
+            double longest = 0.0;
+            for (const auto& [key, length] : shortest) {
+                if (length <= longest) continue;
+                longest = length;
+                chosen = key;
+            }
+            forEachHandle(index, [&](const Keyframe& key, const Sample& end) {
+                if (&key != chosen) return;
+                const Pixel at = toPixel(panel, end);
+                const bool isIn = end.x < key.getX();
+                label(isIn ? "in tangent" : "out tangent", {at.x + (isIn ? -kAway : kAway), at.y - kAway / 2.0},
+                      isIn ? "end" : "start");
+            });
+        } else {
+            forEachKey(index, [&chosen](const Keyframe& key) { chosen = chosen ? chosen : &key; });
+        }
+        if (chosen) {
+            const Pixel at = toPixel(panel, {chosen->getX(), chosen->getY()});
+            label("keyframe", {at.x, at.y - kAway - 3.0}, "middle");
+        }
         svg.close();
     }
 
@@ -466,7 +532,12 @@ private:
                           {"stroke", kAxisColour},
                           {"fill", "none"}});
         std::vector<std::string> title = axisTitle(panel.quantity);
-        if (panel.ticks.exponent != 0) title.back() += exponentText(panel.ticks.exponent);
+        if (panel.ticks.exponent != 0) {
+            // The factor belongs to the numbers: it is never cut off, rather the unit is.
+            const std::string factor = exponentText(panel.ticks.exponent);
+            const bool fits = estimateTextWidth(title.back() + factor, kTextSize) <= panel.height + kPanelGap;
+            title.back() = fits ? title.back() + factor : factor;
+        }
         for (std::size_t line = 0; line < title.size(); ++line) {
             const double x =
                 kMargin + kTextSize * static_cast<double>(line + 1) - 4.0 + 2.0 * static_cast<double>(line);
@@ -556,12 +627,14 @@ private:
     }
 
     void drawKeys(Svg& svg, const Panel& panel, const PanelCurve& curve) {
-        svg.open("g", {{"class", "keys"}, {"fill", colour(curve.index)}, {"stroke", "#ffffff"}});
+        const bool isRimmed = m_dotRadius[curve.index] == kLargestDot;
+        svg.open("g", {{"class", "keys"}, {"fill", colour(curve.index)}, {"stroke", isRimmed ? "#ffffff" : "none"}});
         forEachKey(curve.index, [&](const Keyframe& key) {
             const Pixel at = toPixel(panel, {key.getX(), key.getY()});
             if (at.y < panel.top - 1.0 || at.y > panel.bottom() + 1.0) return;
             m_hasKeys = true;
-            const Svg::Attributes attributes = {{"class", "key"}, {"cx", at.x}, {"cy", at.y}, {"r", 4.0}};
+            const Svg::Attributes attributes = {
+                {"class", "key"}, {"cx", at.x}, {"cy", at.y}, {"r", m_dotRadius[curve.index]}};
             if (!m_drawHints) {
                 svg.leaf("circle", attributes);
                 return;
@@ -662,6 +735,7 @@ private:
     std::vector<Panel> m_panels;
     std::vector<bool> m_drawKeys;
     std::vector<bool> m_drawHandles;
+    std::vector<double> m_dotRadius;
     bool m_drawHints = false;
     double m_legendTop = 0.0;
     double m_left = 0.0;

@@ -22,6 +22,7 @@ struct PlotOptions {
     bool acceleration = false;      ///< one with the second derivatives
     bool separate = false;          ///< panels of its own for each curve
     bool selection = false;         ///< highlight what is selected: curves by a wider line, keys by a ring
+    bool parts = false;             ///< the parts of the first curve are named: keyframe, tangents, segments
     Marks keys = Marks::Auto;
     Marks handles = Marks::Auto;
 };

@@ -104,6 +104,12 @@ std::string shorten(std::string_view text, std::size_t characters) {
     return result;
 }
 
+std::string lowerCase(std::string text) {
+    for (char& byte : text)
+        if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+    return text;
+}
+
 bool matchesGlob(std::string_view pattern, std::string_view text) {
     std::size_t p = 0;
     std::size_t t = 0;

@@ -32,6 +32,9 @@ std::string toPrintable(std::string_view text);
 std::string shorten(std::string_view text, std::size_t characters);
 /// @}
 
+/// The text with the letters A to Z in lower case.
+std::string lowerCase(std::string text);
+
 /// Whether the pattern matches the whole text: * stands for any run of characters, ? for one byte. Takes time in
 /// proportion to the product of both lengths at most.
 bool matchesGlob(std::string_view pattern, std::string_view text);

@@ -1,6 +1,7 @@
 #include "WriteDocument.h"
 
 #include "Failure.h"
+#include "Input.h"
 #include "Output.h"
 #include "Text.h"
 
@@ -10,8 +11,6 @@
 #include <FCurveLib/ReadWrite.h>
 #include <FCurveLib/Writer.h>
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 namespace fcurvetool {
@@ -27,12 +26,6 @@ std::string writableFormats() {
         names += std::string(it->getFormatName()) + " (." + it->getExtension() + ")";
     }
     return names;
-}
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
-    return text;
 }
 
 } // namespace
@@ -54,8 +47,8 @@ void writeDocument(const FCurveContainer& curves, const std::string& format, con
     MemoryStream bytes;
     try {
         WriteCurves(curves, bytes, format.c_str());
-    } catch (const Exception& error) {
-        throw Failure(name + ": cannot be written as " + format + ": " + error.what());
+    } catch (const Exception&) {
+        throw Failure(describeException(name));
     }
     Output file(output);
     file.write({bytes.getData(), static_cast<std::size_t>(bytes.getSize())});

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Picture.h"
+#include "support/Museum.h"
 
 #include <FCurveLib/FCurveLib.h>
 
@@ -177,6 +178,9 @@ TEST_P(EveryExhibit, IsDrawnWhereTheLabelsSay) {
     for (const char* kind : {"line", "outside"}) {
         for (const View::Element* path : panel->find("path", kind)) {
             for (const auto& stroke : View::ReadPath((*path)["d"])) {
+                const double middle = frames.toValue((stroke.front().x + stroke.back().x) / 2.0);
+                const bool isOutside = !keys.empty() && (middle < keys.front()->getX() || middle > keys.back()->getX());
+                EXPECT_EQ(isOutside, std::string(kind) == "outside") << "stroke around frame " << middle;
                 for (std::size_t i = 0; i + 1 < stroke.size(); ++i) {
                     for (const double t : {0.25, 0.5, 0.75}) { // between two points, where a coarse line would be off
                         const double x = stroke[i].x + t * (stroke[i + 1].x - stroke[i].x);
@@ -216,6 +220,33 @@ TEST_P(EveryExhibit, StandsEveryOption) {
     options.width = 200;
     options.height = 320;
     EXPECT_EQ(Draw(curve, options).panels().size(), 3U);
+}
+
+class EveryMuseumPiece : public testing::TestWithParam<Test::Exhibit> {};
+
+INSTANTIATE_TEST_SUITE_P(Plot, EveryMuseumPiece, testing::ValuesIn(Test::Museum()), Test::ExhibitName());
+
+// A sound document with the right dots and nothing that renderers cannot digest, whatever the curve.
+TEST_P(EveryMuseumPiece, GivesASoundPicture) {
+    const auto curve = GetParam().make();
+    for (const bool isSeparate : {false, true}) {
+        PlotOptions options;
+        options.velocity = options.acceleration = true;
+        options.separate = isSeparate;
+        options.keys = options.handles = Marks::On;
+        const std::string svg = drawPlot({{curve, "curve"}}, options);
+        const View::Picture picture(svg);
+        EXPECT_LT(picture.size(), 500000U + 400U * curve->size());
+        EXPECT_EQ(picture.root().find("circle", "key").size(), curve->size() - 1);
+        for (const View::Element* path : picture.root().find("path")) {
+            for (const auto& stroke : View::ReadPath((*path)["d"])) {
+                for (const auto& [x, y] : stroke) {
+                    ASSERT_TRUE(std::isfinite(x) && std::isfinite(y));
+                    ASSERT_LT(std::max(std::fabs(x), std::fabs(y)), 1e5);
+                }
+            }
+        }
+    }
 }
 
 TEST(Plot, NoCurvesGivePicture) {

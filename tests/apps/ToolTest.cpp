@@ -1,0 +1,399 @@
+// Runs fcurvetool itself.
+
+#include "Picture.h"
+#include "support/TempFolder.h"
+
+#include "FCurveLib/FCurveLib.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace VEM_FN::FCurveLib;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+struct Result {
+    int code;
+    std::string out;
+    std::string err;
+};
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+std::string FirstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+/// A folder with the example data, in which the tool runs.
+class Tool : public testing::Test {
+protected:
+    Tool() {
+        const auto data = std::filesystem::path(FCURVELIB_SOURCE_DIR) / "examples" / "data";
+        for (const auto& entry : std::filesystem::directory_iterator(data))
+            std::filesystem::copy(entry.path(), m_folder.path());
+    }
+
+    /// Runs it with the arguments, which a shell splits; they may redirect.
+    Result run(const std::string& arguments) const {
+        const std::string command =
+            "cd '" + m_folder.path().string() + "' && { '" FCURVETOOL "' " + arguments + "; } >.stdout 2>.stderr";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".stdout"), read(".stderr")};
+    }
+    std::string path(const std::string& name) const { return m_folder.file(name); }
+    std::string read(const std::string& name) const { return readWholeFile(path(name)); }
+    void write(const std::string& name, const std::string& text) const { writeWholeFile(path(name), text); }
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.path()))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    /// A file of straight curves under these names, each through (0, 0) and (10, 20 i) for the i-th.
+    void writeCurves(const std::string& name, const std::vector<std::string>& curves) const {
+        const auto container = FCurveContainer::create();
+        double slope = 0.0;
+        for (const std::string& text : curves) {
+            slope += 2.0;
+            const auto curve = FCurve::create();
+            curve->setName(text.c_str());
+            curve->insertSegment(*Keyframe::create(0.0, 0.0), InterpolatorFactory::create("linear()"));
+            curve->insertSegment(*Keyframe::create(10.0, 10.0 * slope), InterpolatorFactory::create("constant()"));
+            container->addCurve(curve);
+        }
+        save(*container, name);
+    }
+    void save(const FCurveContainer& container, const std::string& name) const {
+        MemoryStream stream;
+        WriteCurves(container, stream, "xml");
+        write(name, std::string(stream.getData(), static_cast<std::size_t>(stream.getSize())));
+    }
+    std::shared_ptr<FCurveContainer> load(const std::string& name) const {
+        auto container = FCurveContainer::create();
+        FileStream stream(path(name).c_str(), FileStream::Read, 0);
+        ReadCurves(stream, *container);
+        return container;
+    }
+
+private:
+    TempFolder m_folder;
+};
+
+} // namespace
+
+TEST_F(Tool, HelpAndVersionSucceed) {
+    for (const char* arguments :
+         {"--help", "info --help", "eval -h", "sample --help", "plot --help", "convert --help"}) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, 0) << arguments;
+        EXPECT_THAT(result.out, HasSubstr("Usage: fcurvetool")) << arguments;
+        EXPECT_EQ(result.err, "");
+    }
+    EXPECT_THAT(run("--version").out, StartsWith("fcurvetool 19."));
+    EXPECT_THAT(run("formats").out, testing::ContainsRegex("\nxml +XML +.fcrvx +read, write\n"));
+}
+
+TEST_F(Tool, BadCommandLinesEndWithTwoAndOneLine) {
+    const char* const kLines[] = {
+        "",
+        "frobnicate",
+        "info",
+        "info ball.fcrvx --nonsense",
+        "info ball.fcrvx --format nonsense",
+        "eval ball.fcrvx",
+        "eval ball.fcrvx 1:2:0",
+        "eval ball.fcrvx ten",
+        "eval ball.fcrvx 0:1e6",
+        "sample ball.fcrvx --step -1",
+        "sample ball.fcrvx --step x",
+        "sample ball.fcrvx --from 10 --to 5",
+        "sample ball.fcrvx --to 1e300",
+        "plot ball.fcrvx --size 10",
+        "plot ball.fcrvx --size 100x",
+        "plot ball.fcrvx --size 200x100",
+        "plot ball.fcrvx --range 5:5",
+        "plot ball.fcrvx --values 1",
+        "plot ball.fcrvx --keys maybe",
+        "convert ball.fcrvx",
+        "convert ball.fcrvx ball.unknown",
+        "convert ball.fcrvx -",
+        "convert ball.fcrvx ball.chan --to hchan",
+    };
+    const auto before = files();
+    for (const char* line : kLines) {
+        const Result result = run(line);
+        EXPECT_EQ(result.code, 2) << line;
+        EXPECT_EQ(result.out, "") << line;
+        EXPECT_THAT(result.err, StartsWith("fcurvetool: ")) << line;
+        EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
+    }
+    auto after = files();
+    after.erase(std::remove_if(after.begin(), after.end(), [](const auto& name) { return name[0] == '.'; }),
+                after.end());
+    EXPECT_EQ(after, before);
+}
+
+TEST_F(Tool, BadInputEndsWithOneAndSaysWhere) {
+    write("empty.fcrvx", "");
+    write("letter.txt", "Dear Sir,\nthis is no curve.\n");
+    write("ragged.chan", "1 2 3\n2 3 4\n3 4\n");
+    write("word.chan", "1 2\n2 three\n");
+    std::string truncated = read("ball.fcrvx");
+    truncated.resize(truncated.size() / 2);
+    write("truncated.fcrvx", truncated);
+    std::string mismatched = read("ball.fcrvx");
+    mismatched.insert(mismatched.find('\n', mismatched.size() / 2) + 1, "</nothing>");
+    write("mismatched.fcrvx", mismatched);
+    const auto mismatchLine = std::to_string(Lines(mismatched.substr(0, mismatched.find("</nothing>"))).size() + 1);
+    const auto lastLine = std::to_string(Lines(truncated).size());
+
+    struct Row {
+        std::string arguments;
+        std::string begin;
+    };
+    const Row kRows[] = {
+        {"info missing.fcrvx", "missing.fcrvx: cannot be read: No such file"},
+        {"info .", ".: cannot be read: Is a directory"},
+        {"info empty.fcrvx", "empty.fcrvx: empty"},
+        {"info letter.txt", "letter.txt: in none of the formats that can be read (xml, "},
+        {"info ragged.chan", "ragged.chan:3:"},
+        {"eval word.chan 1", "word.chan:2:3: "},
+        {"info letter.txt --format hchan", "letter.txt:1:1: "},
+        {"info ball.fcrvx --format hchan", "ball.fcrvx:1:1: "},
+        {"plot truncated.fcrvx", "truncated.fcrvx:" + lastLine + ":"},
+        {"sample mismatched.fcrvx", "mismatched.fcrvx:" + mismatchLine + ":"},
+        {"convert --format hchan - out.fcrvx <word.chan", "<stdin>:2:3: "},
+        {"plot ball.fcrvx --curve nobody", "ball.fcrvx: no curve \"nobody\" (there are height, squash)"},
+        {"plot ball.fcrvx -o nowhere/ball.svg", "nowhere/ball.svg: cannot be written: there is no such folder"},
+        {"sample ball.fcrvx >/dev/full", "<stdout>: cannot be written: No space left"},
+        {"plot ball.fcrvx -o /dev/full", "/dev/full: cannot be written: No space left"},
+    };
+    for (const Row& row : kRows) {
+        const Result result = run(row.arguments);
+        EXPECT_EQ(result.code, 1) << row.arguments;
+        EXPECT_EQ(result.out, "") << row.arguments;
+        EXPECT_THAT(result.err, StartsWith("fcurvetool: " + row.begin)) << row.arguments;
+        EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
+    }
+}
+
+TEST_F(Tool, InfoDescribesEveryCurve) {
+    const Result result = run("info slide.fcrvx camera.chan");
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto lines = Lines(result.out);
+    ASSERT_EQ(lines.size(), 1 + 1 + 3 + 1 + 1 + 1 + 6U) << result.out;
+    EXPECT_EQ(lines[0], "slide.fcrvx: XML, 3 curves");
+    EXPECT_THAT(lines[2],
+                testing::ContainsRegex("1  eased +4 +1 +61 +0 +100  constant\\(\\)  constant\\(\\)  bezier\\(\\) x 3"));
+    EXPECT_THAT(lines[4], testing::ContainsRegex("3  straight +4 +1 +61 +0 +100 .* linear\\(\\) x 3"));
+    EXPECT_EQ(lines[6], "camera.chan: Houdini Channel, 6 curves");
+    EXPECT_THAT(lines[8], testing::ContainsRegex("1  chan0 \\(tx\\) +120 +1 +120 +-6 "));
+}
+
+TEST_F(Tool, InfoFindsExtremaBetweenKeysAndHoldsStrangeNames) {
+    const auto container = FCurveContainer::create();
+    const auto curve = FCurve::create();
+    curve->setName("\x1b[31mred\nline");
+    curve->insertSegment(*Keyframe::create(0.0, 0.0), InterpolatorFactory::create("16 * sin(x) ** 2"));
+    curve->insertSegment(*Keyframe::create(1e9, 1.0), InterpolatorFactory::create("constant()"));
+    container->addCurve(curve);
+    container->addCurve(FCurve::create());
+    save(*container, "strange.fcrvx");
+    const Result result = run("info strange.fcrvx");
+    EXPECT_EQ(result.code, 0) << result.err;
+    const auto lines = Lines(result.out);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_THAT(lines[2], HasSubstr("\\x1b[31mred\\x0aline  "));
+    EXPECT_THAT(lines[2], HasSubstr("  15.99")); // 10^9 frames are looked at in a moment
+    EXPECT_THAT(lines[3], HasSubstr("0      -"));
+}
+
+TEST_F(Tool, EvalTabulates) {
+    writeCurves("two.fcrvx", {"a", "b"});
+    EXPECT_EQ(run("eval two.fcrvx 2.5 -1 0:0.2:0.1").out, "frame    a    b\n"
+                                                          "  2.5    5   10\n"
+                                                          "   -1    0    0\n"
+                                                          "    0    0    0\n"
+                                                          "  0.1  0.2  0.4\n"
+                                                          "  0.2  0.4  0.8\n");
+    EXPECT_EQ(run("eval two.fcrvx --curve b --velocity --acceleration 5").out,
+              "frame   b  b velocity  b acceleration\n"
+              "    5  20           4               0\n");
+}
+
+TEST_F(Tool, SampleWritesWhatTheCurvesGive) {
+    const Result result = run("sample ball.fcrvx --step 0.25 -o ball.csv");
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.out, "");
+    const auto lines = Lines(read("ball.csv"));
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines[0], "frame,height,squash");
+    const auto container = load("ball.fcrvx");
+    const FCurve& height = *container->begin();
+    const FCurve& squash = *std::next(container->begin());
+    const double first = height.begin()->getRightKey()->getX();
+    const double last = std::max((--height.end())->getLeftKey()->getX(), (--squash.end())->getLeftKey()->getX());
+    ASSERT_EQ(static_cast<double>(lines.size()) - 2.0, (last - first) * 4.0);
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+        char* at = nullptr;
+        const double frame = std::strtod(lines[i].c_str(), &at);
+        EXPECT_EQ(frame, first + static_cast<double>(i - 1) / 4.0);
+        EXPECT_EQ(std::strtod(at + 1, &at), height.eval(frame)); // to the last bit
+        EXPECT_EQ(std::strtod(at + 1, &at), squash.eval(frame));
+        EXPECT_EQ(*at, '\0');
+    }
+}
+
+TEST_F(Tool, SampleChoosesAndQuotesColumns) {
+    writeCurves("names.fcrvx", {"a,b", "say \"x\"", "", "same", "same", "2"});
+    EXPECT_EQ(FirstLine(run("sample names.fcrvx --to 0").out),
+              "frame,\"a,b\",\"say \"\"x\"\"\",curve 3,same,same (2),2");
+    EXPECT_EQ(FirstLine(run("sample names.fcrvx --to 0 --curve 3 --curve 's*' --curve same").out),
+              "frame,curve 3,\"say \"\"x\"\"\",same,same (2)");
+    EXPECT_EQ(FirstLine(run("sample names.fcrvx --to 0 --curve 2").out), "frame,2"); // a name goes before a number
+    EXPECT_EQ(FirstLine(run("sample camera.chan --to 1 -c rz -c chan1").out), "frame,chan5 (rz),chan1 (ty)");
+    writeCurves("more.fcrvx", {"same"});
+    EXPECT_EQ(FirstLine(run("sample names.fcrvx more.fcrvx --to 0 --curve same").out),
+              "frame,names: same,names: same (2),more: same");
+}
+
+TEST_F(Tool, PlotDrawsEveryExample) {
+    for (const char* file : {"ball.fcrvx", "slide.fcrvx", "ends.fcrvx"}) {
+        const Result result = run(std::string("plot --separate --velocity --keys on ") + file + " -o out.svg");
+        ASSERT_EQ(result.code, 0) << result.err;
+        EXPECT_EQ(result.out + result.err, "");
+        const View::Picture picture(read("out.svg"));
+        const auto container = load(file);
+        std::size_t keys = 0;
+        for (const FCurve& curve : *container) keys += curve.size() - 1;
+        EXPECT_EQ(picture.root().find("circle", "key").size(), keys);
+        EXPECT_EQ(picture.panels().size(), 2 * container->size());
+        for (const FCurve& curve : *container) EXPECT_THAT(picture.allText(), HasSubstr(curve.getName()));
+    }
+}
+
+TEST_F(Tool, PlotLeavesHiddenCurvesOutUnlessNamed) {
+    writeCurves("two.fcrvx", {"shown", "hidden"});
+    const auto container = load("two.fcrvx");
+    SetVisible(*std::next(container->begin()), false);
+    save(*container, "two.fcrvx");
+    EXPECT_EQ(View::Picture(run("plot two.fcrvx").out).root().find("g", "curve").size(), 1U);
+    EXPECT_EQ(View::Picture(run("plot two.fcrvx --curve hidden").out).root().find("g", "curve").size(), 1U);
+    EXPECT_EQ(View::Picture(run("plot two.fcrvx -c '*'").out).root().find("g", "curve").size(), 2U);
+}
+
+TEST_F(Tool, PlotObeysItsOptions) {
+    const View::Picture picture(
+        run("plot slide.fcrvx --size 500x300 --title 'A & B' --range 20:30 --values 50:150 -c eased").out);
+    EXPECT_EQ(picture.root()["width"], "500");
+    EXPECT_EQ(picture.root()["height"], "300");
+    EXPECT_EQ(picture.root().find("title").front()->text, "A & B");
+    EXPECT_EQ(picture.root().find("circle", "key").size(), 1U); // at frame 25
+    const auto& [panel, frames, values] = picture.panels().front();
+    const auto clip = panel->find("rect").front();
+    EXPECT_NEAR(frames.toValue(clip->number("x")), 20.0, 0.01);
+    EXPECT_NEAR(frames.toValue(clip->number("x") + clip->number("width")), 30.0, 0.01);
+    EXPECT_NEAR(values.toValue(clip->number("y")), 150.0, 0.2);
+    EXPECT_NEAR(values.toValue(clip->number("y") + clip->number("height")), 50.0, 0.2);
+}
+
+TEST_F(Tool, ConvertKeepsEveryCurve) {
+    ASSERT_EQ(run("convert camera.chan camera.fcrvx").code, 0);
+    const auto from = load("camera.chan");
+    const auto to = load("camera.fcrvx");
+    ASSERT_EQ(to->size(), from->size());
+    for (auto a = from->begin(), b = to->begin(); a != from->end(); ++a, ++b) {
+        EXPECT_STREQ(a->getName(), b->getName());
+        ASSERT_EQ(a->size(), b->size());
+        for (double x = -2.0; x < 125.0; x += 0.37) EXPECT_EQ(a->eval(x), b->eval(x));
+    }
+    // Once more, through pipes, and by the format's name: the same bytes.
+    EXPECT_EQ(run("convert - - --to xml <camera.fcrvx").out, read("camera.fcrvx"));
+    EXPECT_EQ(run("convert --format hchan - - --to xml <camera.chan").out, read("camera.fcrvx"));
+}
+
+TEST_F(Tool, OutputsReplaceFilesAsAWhole) {
+    write("out.csv", "precious");
+    EXPECT_EQ(run("sample ball.fcrvx --curve nobody -o out.csv").code, 1);
+    EXPECT_EQ(read("out.csv"), "precious");
+    ASSERT_EQ(::chmod(path("out.csv").c_str(), 0640), 0);
+    std::filesystem::create_symlink("out.csv", path("link.csv"));
+    EXPECT_EQ(run("sample ball.fcrvx -o link.csv").code, 0);
+    EXPECT_THAT(read("out.csv"), StartsWith("frame,height"));
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link.csv")));
+    struct ::stat status {};
+    ASSERT_EQ(::stat(path("out.csv").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+    // In place, the input is read before it is replaced.
+    EXPECT_EQ(run("convert slide.fcrvx slide.fcrvx").code, 0);
+    EXPECT_EQ(load("slide.fcrvx")->size(), 3U);
+    // A device is written to, not replaced.
+    EXPECT_EQ(run("plot ball.fcrvx -o /dev/null").code, 0);
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    for (const std::string& name : files()) EXPECT_THAT(name, Not(HasSubstr(".tmp")));
+}
+
+// The tool waits for its input here, which is work that lasts.
+TEST_F(Tool, ProgressShowsOnTerminalsOnly) {
+    const auto runSlowly = [this](bool isTerminal) {
+        int input[2];
+        int master = -1;
+        int terminal = -1;
+        EXPECT_EQ(::pipe(input), 0);
+        EXPECT_EQ(::openpty(&master, &terminal, nullptr, nullptr, nullptr), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const int file = ::open(path("errors").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            ::dup2(input[0], STDIN_FILENO);
+            ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+            ::dup2(isTerminal ? terminal : file, STDERR_FILENO);
+            for (int descriptor = 3; descriptor < 64; ++descriptor) ::close(descriptor);
+            ::execl(FCURVETOOL, FCURVETOOL, "info", "-", nullptr);
+            ::_exit(127);
+        }
+        ::close(input[0]);
+        ::close(terminal);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1300));
+        const std::string data = read("slide.fcrvx");
+        EXPECT_EQ(::write(input[1], data.data(), data.size()), static_cast<ssize_t>(data.size()));
+        ::close(input[1]);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        std::string shown = read("errors");
+        char piece[4096];
+        if (isTerminal)
+            for (ssize_t count; (count = ::read(master, piece, sizeof piece)) > 0;)
+                shown.append(piece, static_cast<std::size_t>(count));
+        ::close(master);
+        return shown;
+    };
+    const std::string shown = runSlowly(true);
+    EXPECT_THAT(shown, HasSubstr("fcurvetool: reading <stdin>, 1 s"));
+    EXPECT_EQ(shown.substr(shown.rfind('\r')), "\r\x1b[K"); // the line is erased at the end
+    EXPECT_EQ(runSlowly(false), "");
+}

@@ -1,19 +1,39 @@
 #!/usr/bin/env bash
-# Draws every docs/pictures/*.fcrvx into the SVG picture beside it. With --check, fails if a picture would change.
+# Makes examples/data and every picture in docs/pictures again. Look at what changed before you commit it.
+#
+# With FOLDER TOOL MAKE_DATA it builds nothing: it makes both below FOLDER instead, with these two programs.
+folder=${1-} tool=${2-} make_data=${3-}
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${build_needs[@]}" "${tool_needs[@]}"
+if [ -z "$folder" ]; then
+    need "${build_needs[@]}" "${tool_needs[@]}"
+    say "Building fcurvetool and make_data"
+    cmake --preset demo -DFCURVELIB_EXAMPLES=ON
+    cmake --build --preset demo --parallel 2 --target fcurvetool example_make_data
+    folder=.
+    tool=build/demo/apps/fcurvetool/fcurvetool
+    make_data=build/demo/examples/make_data
+fi
 
-say "Building fcurvetool"
-cmake --preset demo
-cmake --build --preset demo --parallel 2 --target fcurvetool
-tool=$(find build/demo -name fcurvetool -type f -perm -u+x)
+data=$folder/examples/data
+pictures=$folder/docs/pictures
+mkdir -p "$data" "$pictures"
+"$make_data" "$data"
+chmod 644 "$data"/*
 
-into=docs/pictures
-[ "${1:-}" != --check ] || into=$(mktemp -d)
+# Pictures of the example data.
+draw() { # NAME TITLE FILE [OPTION]...
+    local name=$1 title=$2 file=$3
+    shift 3
+    "$tool" plot "$data/$file" --title "$title" -o "$pictures/$name.svg" "$@"
+}
+draw ball "A bouncing ball" ball.fcrvx --velocity
+draw slide "A slide, eased in and out" slide.fcrvx --velocity --acceleration
+draw camera "A camera's move" camera.chan --separate
+draw ends "Outside the keys" ends.fcrvx --range -35:61
+draw parts "A curve and its parts" ends.fcrvx --curve continued --parts --range -9:35 --values 2.5:14.5 --size 800x360
 
-say "Drawing"
-changed=()
+# The other pictures have their curves beside them.
 for file in docs/pictures/*.fcrvx; do
     name=$(basename "$file" .fcrvx)
     more=()
@@ -22,11 +42,5 @@ for file in docs/pictures/*.fcrvx; do
         *) range=-4:28 ;;
     esac
     [ "$name" != selection ] || more=(--select height:1-2 --select turn)
-    "$tool" plot "$file" -o "$into/$name.svg" --size 720x270 --range=$range --title "${name//_/ }" "${more[@]}"
-    cmp -s "$into/$name.svg" "docs/pictures/$name.svg" || changed+=("$name")
+    "$tool" plot "$file" -o "$pictures/$name.svg" --size 720x270 --range=$range --title "${name//_/ }" "${more[@]}"
 done
-if [ ${#changed[@]} -ne 0 ]; then
-    echo "Out of date: ${changed[*]}. Run scripts/pictures.sh and look at them." >&2
-    exit 1
-fi
-say "$(find docs/pictures -name '*.svg' | wc -l) pictures in docs/pictures"

@@ -43,8 +43,11 @@ public:
 
     void run() {
         while (!m_bytes.ended() && m_edits < kEdits) edit();
-        m_armed = 0;
-        for (const auto& curve : m_curves) requireSurvival(*curve);
+        FCurve::unsubscribeGlobal(*this);
+        for (const auto& curve : m_curves) {
+            curve->unsubscribe(*this);
+            requireSurvival(*curve);
+        }
     }
 
 private:
@@ -154,14 +157,15 @@ private:
     void edit() {
         if (++m_edits > kEdits) return;
         static constexpr void (Script::*edits[])() = {
-            &Script::insert,    &Script::insert,       &Script::remove,      &Script::moveKey,
-            &Script::moveKey,   &Script::drag,         &Script::shape,       &Script::shape,
-            &Script::setType,   &Script::setFlags,     &Script::replaceKind, &Script::swap,
-            &Script::copy,      &Script::clear,        &Script::setProperty, &Script::keepPart,
-            &Script::select,    &Script::selectWhole,  &Script::walk,        &Script::bake,
-            &Script::smooth,    &Script::editContents, &Script::arm,         &Script::evaluate,
-            &Script::silence,   &Script::lookUp,       &Script::makeParts,   &Script::destroyCurve,
-            &Script::subscribe, &Script::assignTangent};
+            &Script::insert,       &Script::insert,        &Script::remove,      &Script::moveKey,
+            &Script::moveKey,      &Script::drag,          &Script::shape,       &Script::shape,
+            &Script::setType,      &Script::setFlags,      &Script::replaceKind, &Script::swap,
+            &Script::copy,         &Script::clear,         &Script::setProperty, &Script::keepPart,
+            &Script::select,       &Script::selectWhole,   &Script::walk,        &Script::bake,
+            &Script::smooth,       &Script::editContents,  &Script::arm,         &Script::evaluate,
+            &Script::silence,      &Script::lookUp,        &Script::makeParts,   &Script::destroyCurve,
+            &Script::subscribe,    &Script::assignTangent, &Script::transform,   &Script::cut,
+            &Script::undoSelection};
         (this->*edits[m_bytes.below(std::size(edits))])();
         for (const auto& edited : m_curves) requireSound(*edited);
     }
@@ -503,6 +507,48 @@ private:
         const auto to = tangent();
         const auto from = tangent();
         if (to && from) *to = *from;
+    }
+
+    void transform() {
+        const auto of = curve();
+        const std::size_t size = of->size();
+        const bool undisturbed = m_armed == 0;
+        if (m_bytes.coin()) {
+            const Vector2D<double> scale{m_bytes.number(), m_bytes.number()};
+            TransformCurve(*of, scale, {m_bytes.number(), m_bytes.number()});
+        } else if (m_bytes.coin()) {
+            FlipCurveAboutCentroid(*of, static_cast<FlipType>(m_bytes.below(4)));
+        } else {
+            const auto type = static_cast<FlipType>(m_bytes.below(4));
+            const double centre = m_bytes.number();
+            FlipCurve(*of, type, centre, m_bytes.number());
+        }
+        if (undisturbed) Require(of->size() == size, "a transformation keeps the number of keys");
+    }
+
+    void cut() {
+        const auto of = curve();
+        if (of->size() > kSegments) return;
+        const std::size_t size = of->size();
+        const bool undisturbed = m_armed == 0;
+        const double x = m_bytes.number();
+        const bool refused = PreviewBezierKeyframe(*of, x).outcome == KeyframeInsertion::Refused;
+        InsertBezierKeyframe(*of, x);
+        if (undisturbed) Require(of->size() == size + (refused ? 0 : 1), "an insertion does what its preview says");
+    }
+
+    void undoSelection() {
+        const bool undisturbed = m_armed == 0;
+        const SelectionSnapshot before(*m_selection);
+        select();
+        const SelectionSnapshot after(*m_selection);
+        const std::size_t lost = before.restore(*m_selection);
+        if (!undisturbed) return;
+        Require(lost == 0 && SelectionSnapshot(*m_selection) == before, "a selection is brought back");
+        SelectionSnapshot both(before);
+        both.merge(after);
+        both.subtract(after);
+        Require(both.size() <= before.size(), "what is subtracted is gone");
     }
 
     ScriptBytes m_bytes;

@@ -124,7 +124,8 @@ private:
             return;
         }
         m_cut = Private::CutBezierArgs(args, m_x);
-        const std::type_info& kind = typeid(*Access::interpolator(m_segment));
+        const Interpolator& interpolator = *Access::interpolator(m_segment);
+        const std::type_info& kind = typeid(interpolator);
         if (leftMeets)
             m_left = Bezier::create();
         else if (kind == typeid(MatchIn))

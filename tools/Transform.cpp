@@ -179,7 +179,7 @@ private:
         const std::string text = Private::FormulaImage(original->getExpression(), m_x, m_y);
         if (text.empty()) return image;
         InterpolatorPtr made = InterpolatorFactory::create(text.c_str());
-        if (typeid(*made) != typeid(UnknownExpression)) image = std::move(made);
+        if (!IsOneOf<UnknownExpression>(*made)) image = std::move(made);
         return image;
     }
 
@@ -187,7 +187,7 @@ private:
         for (const Check& check : m_checks) {
             const InterpolatorPtr original = check.from->getInterpolator();
             if (hasImage(check)) continue;
-            if (check.to->getInterpolator() == original && typeid(*original) != typeid(UnknownExpression)) {
+            if (check.to->getInterpolator() == original && !IsOneOf<UnknownExpression>(*original)) {
                 Access::setInterpolatorRaw(*check.to, textImage(original));
                 if (hasImage(check)) continue;
             }

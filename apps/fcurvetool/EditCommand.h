@@ -34,7 +34,8 @@ void addRangeOption(CLI::App& command, std::string& range);
 /// What --range says; nothing where it was not given.
 std::optional<Interval> parseRange(const std::string& range);
 
-/// One edit. It may throw Failure; then nothing is written. The text that it returns, if any, is a warning for the user.
+/// One edit. It may throw Failure; then nothing is written. The text that it returns, if any, is a warning for the
+/// user.
 using CurveEdit = std::function<std::string(VEM_FN::FCurveLib::FCurve& curve)>;
 
 /// Reads the file, edits the chosen curves, draws the picture if one is wanted, and writes all curves of the file.

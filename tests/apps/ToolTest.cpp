@@ -336,6 +336,39 @@ TEST_F(Tool, ConvertKeepsEveryCurve) {
     EXPECT_EQ(run("convert --format hchan - - --to xml <camera.chan").out, read("camera.fcrvx"));
 }
 
+TEST_F(Tool, EditsChangeTheChosenCurveOnly) {
+    writeCurves("in.fcrvx", {"a", "b"}); // a through (10, 20), b through (10, 40)
+    const struct {
+        const char* arguments;
+        double x;
+        double expected;
+        std::size_t keys; // 0: any number
+    } rows[] = {
+        {"bake --step 2", 3.0, 6.0, 6},
+        {"smooth --width 1 --filter triangle", 5.0, 10.0, 0},
+        {"transform --scale-value 3 --move-time 10", 15.0, 30.0, 2},
+        {"flip time", 2.0, 16.0, 2},
+        {"flip value --value 1", 2.0, -2.0, 2},
+        {"insert --at 4", 4.0, 8.0, 3},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        const Result result = run(std::string(row.arguments) + " --curve a --plot edit.svg in.fcrvx out.fcrvx");
+        ASSERT_EQ(result.code, 0) << result.err;
+        EXPECT_THAT(read("edit.svg"), HasSubstr("</svg>"));
+        const auto edited = load("out.fcrvx");
+        ASSERT_EQ(edited->size(), 2u);
+        const FCurve& a = *edited->begin();
+        const FCurve& b = *std::next(edited->begin());
+        EXPECT_NEAR(a.eval(row.x), row.expected, 1e-9);
+        if (row.keys > 0) EXPECT_EQ(a.size(), row.keys + 1);
+        EXPECT_EQ(b.size(), 3u);
+        EXPECT_EQ(b.eval(5.0), 20.0);
+    }
+    EXPECT_EQ(run("insert in.fcrvx out.fcrvx").code, 2);
+    EXPECT_EQ(run("bake --step 0 in.fcrvx -").code, 2);
+}
+
 TEST_F(Tool, OutputsReplaceFilesAsAWhole) {
     write("out.csv", "precious");
     EXPECT_EQ(run("sample ball.fcrvx --curve nobody -o out.csv").code, 1);

@@ -361,7 +361,9 @@ TEST_F(Tool, EditsChangeTheChosenCurveOnly) {
         const FCurve& a = *edited->begin();
         const FCurve& b = *std::next(edited->begin());
         EXPECT_NEAR(a.eval(row.x), row.expected, 1e-9);
-        if (row.keys > 0) EXPECT_EQ(a.size(), row.keys + 1);
+        if (row.keys > 0) {
+            EXPECT_EQ(a.size(), row.keys + 1);
+        }
         EXPECT_EQ(b.size(), 3u);
         EXPECT_EQ(b.eval(5.0), 20.0);
     }

@@ -20,8 +20,7 @@ struct KeyframeInsertion {
         /// Both sides get the same expression, and it keeps the shape: numbers, formulas in x.
         KeepsExpression = 2,
         /// Both sides get the same expression, but that reads the keys in such a way that the shape changes: cycle()
-        /// and
-        /// the like outside the keys; a match between two neighbours that end beside its keys; a host's own kind,
+        /// and the like outside the keys; a match between two neighbours that end beside its keys; a host's own kind,
         /// perhaps.
         ChangesShape = 3
     };
@@ -37,13 +36,14 @@ struct KeyframeInsertion {
 ///          ~~~~~            =>       ~~ --o-- ~~
 ///                ---o                                        the handles of the cut are those of the same curve
 ///
-/// | segment | its two halves |
-/// |---------|----------------|
-/// | bezier | bezier, with the handles of de Casteljau's cut |
-/// | spline, ease, match and their variants | bezier, likewise: these kinds cannot draw a part of themselves. A match
-/// that ends beside its key, because its neighbour does, stays a match at that end; one that does so at both ends
-/// changes its shape | | linear, constant, constant_next | the same kind | | anything else | the same interpolator on
-/// both sides |
+/// The two halves of a segment:
+///  - bezier: bezier, with the handles of de Casteljau's cut.
+///  - spline, ease, match and their variants: bezier, likewise: these kinds cannot draw a part of themselves. A match
+///    that ends beside its key, because its neighbour does, stays a match at that end; one that does so at both ends
+///    changes its shape. One case is not foreseen in the outcome: a match whose other match lies across the joint of an
+///    open cycle may change its shape although KeepsShape is reported; the error shows it.
+///  - linear, constant, constant_next: the same kind.
+///  - Anything else: the same interpolator on both sides.
 ///
 /// The segment before the first key and the one after the last can be cut as well.
 ///

@@ -25,16 +25,15 @@ inline namespace v19 {
 /// The type decides whether the handle stays as set or is recomputed whenever a key nearby changes. P and N are the
 /// keys before and after the tangent's own key.
 ///
-/// | type     | handle |
-/// |----------|--------|
-/// | Fixed    | as set, within the limits below |
-/// | Flat     | horizontal |
-/// | Linear   | straight at the segment's other key |
-/// | Smooth   | parallel to the chord from P to N; Linear at the first and last key |
-/// | SmoothContinued | as Smooth, but where the segment lacks its other key the handle continues the straight line from
-/// the only neighbour, so that the curve goes on in that direction outside its keys | | Clamped  | Smooth, but flat
-/// when P's or N's value is within 0.05 of the handle's own y | | Plateau  | Smooth, but flat at a key that is not
-/// between its neighbours in value, and flat where the handle would rise above or fall below both keys of its segment |
+///  - Fixed: as set, within the limits below.
+///  - Flat: horizontal.
+///  - Linear: straight at the segment's other key.
+///  - Smooth: parallel to the chord from P to N; Linear at the first and last key.
+///  - SmoothContinued: as Smooth, but where the segment lacks its other key the handle continues the straight line from
+///    the only neighbour, so that the curve goes on in that direction outside its keys.
+///  - Clamped: Smooth, but flat when P's or N's value is within 0.05 of the handle's own y.
+///  - Plateau: Smooth, but flat at a key that is not between its neighbours in value, and flat where the handle would
+///    rise above or fall below both keys of its segment.
 ///
 /// Limits
 /// ------

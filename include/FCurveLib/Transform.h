@@ -37,16 +37,20 @@ struct TransformResult {
 /// A negative scale.x reverses time: then in and out tangents change places, and so do the segments that lie before and
 /// after the keys.
 ///
-/// | interpolator | image |
-/// |--------------|-------|
-/// | bezier, linear, spline, ease, match, cycle, cycle_offset, mirror | the same kind; tangents keep their type, their
-/// handles are scaled | | constant and constant_next, easein and easeout, matchin and matchout | under reversal between
-/// two keys, the other one of the pair | | a number | the scaled number | | a formula | the text, rewritten: "sin(x)"
-/// moved by 5 frames and doubled is "2*(sin((x-5)))". Transforming again rewrites the numbers, so texts do not grow.
-/// cycle(), cycle_offset() and mirror() inside a formula are scaled back where they stand | | none | a number if the
-/// value 0 moves | | a text that nobody understood | kept, so that it survives in files; its value stays 0. Reported if
-/// the value 0 moves | | a host's own kind | kept, if it has the right values over the transformed keys (compared at 16
-/// points); else its text rewritten, if that has them; else kept and reported |
+/// The images of the interpolators:
+///  - bezier, linear, spline, ease, match, cycle, cycle_offset, mirror: the same kind; tangents keep their type, their
+///    handles are scaled.
+///  - constant and constant_next, easein and easeout, matchin and matchout: under reversal between two keys, the other
+///    one of the pair.
+///  - A number: the scaled number.
+///  - A formula: the text, rewritten: "sin(x)" moved by 5 frames and doubled is "2*(sin((x-5)))". Transforming again
+///    rewrites the numbers, so texts do not grow. cycle(), cycle_offset() and mirror() inside a formula are scaled back
+///    where they stand.
+///  - None: a number if the value 0 moves.
+///  - A text that nobody understood: kept, so that it survives in files; its value stays 0. Reported if the value 0
+///    moves.
+///  - A host's own kind: kept, if it has the right values over the transformed keys (compared at 16 points); else its
+///    text rewritten, if that has them; else kept and reported.
 ///
 /// Reversing time changes which segment owns a key's own x: that is always the one that starts there. So exactly at a
 /// key where the curve jumps, the image has the value from the other side of the jump.

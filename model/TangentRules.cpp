@@ -109,15 +109,24 @@ Vector2D<double> AutomaticHandle(const TangentSite& site) noexcept {
     }
 }
 
+namespace {
+
+// A handle set by hand. Without both keys there is no third to reach, and a vertical one keeps its length.
+Vector2D<double> SetHandle(const TangentSite& site, double x, double y) noexcept {
+    return site.hasBothKeys() ? LimitedHandle(site, x, y) : Vector2D<double>(x, y);
+}
+
+} // namespace
+
 Vector2D<double> EditedHandle(const TangentSite& site, double x, double y) noexcept {
     const bool locked = site.weighted && site.weightLocked;
     const double weight = Length(site.handle);
     const double proposed = std::hypot(x, y);
     if (site.type == Tangent::Flat && site.weighted) return FlatHandle(site, locked ? weight : proposed);
     if (site.type != Tangent::Fixed) return AutomaticHandle(site);
-    if (!locked) return LimitedHandle(site, x, y);
+    if (!locked) return SetHandle(site, x, y);
     if (NearZero(proposed)) return site.handle;
-    return LimitedHandle(site, x * (weight / proposed), y * (weight / proposed));
+    return SetHandle(site, x * (weight / proposed), y * (weight / proposed));
 }
 
 Vector2D<double> AlignedHandle(const TangentSite& site, const Vector2D<double>& opposite) noexcept {
@@ -125,7 +134,7 @@ Vector2D<double> AlignedHandle(const TangentSite& site, const Vector2D<double>& 
     if (length == 0.0) return site.handle;
     double weight = Length(site.handle);
     if (NearZero(weight)) weight = 1.0;
-    return LimitedHandle(site, -opposite.x * (weight / length), -opposite.y * (weight / length));
+    return SetHandle(site, -opposite.x * (weight / length), -opposite.y * (weight / length));
 }
 
 } // namespace Private

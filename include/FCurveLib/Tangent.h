@@ -40,8 +40,8 @@ inline namespace v19 {
 /// An unweighted handle reaches a third of its segment's span in x, and keeps its slope; a vertical one is stored with
 /// the slope 5729577.948511148 (89.99999 degrees). Only Fixed and Flat tangents can be weighted, that is, keep the
 /// length that was set; other types are held to the third whatever their flag says. A tangent whose segment lacks a key
-/// keeps the x that was set. A handle that differs from the stored one by no more than 1e-07 in x and in y is not
-/// stored.
+/// keeps the handle that was set; only a vertical one loses its height when its key moves, having no x to rise along. A
+/// handle that differs from the stored one by no more than 1e-07 in x and in y is not stored.
 ///
 /// A new tangent is Fixed, unweighted, unlocked and flat: (1, 0) or (-1, 0) until its segment has both keys.
 class FCURVELIB_API Tangent : public SharedFromThis<Tangent> {
@@ -112,7 +112,7 @@ public:
     /// Keeps the weight (a weight near zero becomes 1). Angles that point across the key are turned by half a turn.
     void setAngle(double radians);
     /// Keeps the direction. A weight of 0 or less becomes 1e-05, so that the handle keeps a direction; a handle of no
-    /// length becomes flat. Changes nothing while the weight is locked.
+    /// length becomes flat. Changes nothing while the tangent is weighted and its weight locked.
     void setWeight(double weight);
     /// Recomputes the handle. Fixed keeps the present handle.
     void setType(std::uint8_t type);

@@ -100,6 +100,18 @@ TEST(Tangent, UnweightedHandlesReachAThirdAndKeepTheirSlope) {
     out->set(2, 3);
     KeyAt(*curve, 1)->setX(6);
     ExpectHandle(out, 2, 3, "the third grows with the span, the slope stays");
+
+    // The segment before the first key has no third: what is set there stays, also where it is vertical.
+    const auto end = KeyAt(*curve, 0)->getInTangent();
+    end->set(1, -2);
+    ExpectHandle(end, 0, -2);
+    end->setAngle(std::acos(-1.0) / 2);
+    EXPECT_DOUBLE_EQ(end->getWeight(), 2);
+    end->set(-1, 0);
+    out->setWeighted(true);
+    out->set(0, 3);
+    KeyAt(*curve, 0)->setTangentsUnified(true);
+    ExpectHandle(end, 0, -1, "turned to the vertical with its own length");
 }
 
 TEST(Tangent, WeightedHandlesStayAsSet) {

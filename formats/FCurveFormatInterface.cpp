@@ -30,6 +30,7 @@ void FCurveFormatInterface::setCurve(std::shared_ptr<FCurve> curve) {
     m_tangent.reset();
     m_keyPending = false;
     m_unsettled.clear();
+    m_longFormulas.clear();
 }
 
 // --- curve -----------------------------------------------------------------------------------------------------------
@@ -88,7 +89,7 @@ void FCurveFormatInterface::startSegmentContainer() {
 
 void FCurveFormatInterface::startSegment(const char* expression) {
     if (!m_curve) return;
-    std::shared_ptr<Interpolator> interpolator = InterpolatorFactory::create(orEmpty(expression));
+    std::shared_ptr<Interpolator> interpolator = interpolatorOf(orEmpty(expression));
     if (m_keyPending) {
         addKey(std::move(interpolator));
     } else if (m_firstPending) {
@@ -99,6 +100,15 @@ void FCurveFormatInterface::startSegment(const char* expression) {
     } else {
         Access::setInterpolatorRaw(*m_segment, std::move(interpolator));
     }
+}
+
+std::shared_ptr<Interpolator> FCurveFormatInterface::interpolatorOf(const char* expression) {
+    constexpr std::size_t kLong = 64;
+    std::string text = expression;
+    if (text.size() <= kLong) return InterpolatorFactory::create(expression);
+    std::shared_ptr<Interpolator>& known = m_longFormulas[std::move(text)];
+    if (!known) known = InterpolatorFactory::create(expression);
+    return known;
 }
 
 void FCurveFormatInterface::finishSegment() {

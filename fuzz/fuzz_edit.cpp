@@ -21,6 +21,7 @@ constexpr int kEdits = 120;           // of a script
 constexpr int kDepth = 3;             // of edits from inside notifications
 constexpr std::size_t kSegments = 24; // of a curve, from which on nothing is inserted
 constexpr double kSamples = 60.0;     // of a bake
+constexpr double kFarthest = 1e300;   // position up to which the library's arithmetic does not overflow
 
 class Script final : FCurveObserver, ContainerObserver, SelectionObserver {
 public:
@@ -446,7 +447,8 @@ private:
         const auto left = at.getLeftKey();
         const auto right = at.getRightKey();
         const auto kind = at.getInterpolator();
-        if (!left || !right || !kind) return;
+        if (!left || !right || !kind || std::abs(left->getX()) > kFarthest || std::abs(right->getX()) > kFarthest)
+            return;
         std::vector<Vector2D<double>> points;
         kind->computePolyline(at, left->getX(), right->getX(), 17, points);
         for (std::size_t i = 1; i < points.size(); ++i)

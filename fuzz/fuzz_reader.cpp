@@ -109,6 +109,10 @@ void readByContent(MemoryStream stream) {
 } // namespace Fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // Runs are few here, as every input is used and written several times.
+    Fuzz::FormatLimits limits;
+    limits.runs = 5000;
+    Fuzz::SetFormatLimits(limits);
     const Fuzz::MemoryStream input = Fuzz::StreamOf(reinterpret_cast<const char*>(data), size);
     Fuzz::readOneCurve(input);
     Fuzz::readAllCurves(input);

@@ -57,6 +57,15 @@ public:
     // In the stream.
     std::uint64_t offsetOf(int position) const { return m_origin + static_cast<unsigned>(position); }
 
+    // Counts an expression that a segment has.
+    void use(const std::string& expression, std::uint64_t offset) {
+        if (expression.size() > m_limits.expressions - m_expressionBytes)
+            throw LimitExceeded("The segments' expressions have more than the " + std::to_string(m_limits.expressions)
+                                    + " bytes that are allowed.",
+                                offset);
+        m_expressionBytes += expression.size();
+    }
+
     // Whether the document may have what this version does not know.
     bool isNewer() const { return m_isNewer; }
     void setNewer() { m_isNewer = true; }
@@ -65,6 +74,7 @@ private:
     FormatLimits m_limits;
     std::vector<char> m_bytes;
     std::uint64_t m_origin = 0;
+    std::size_t m_expressionBytes = 0;
     bool m_isNewer = false;
 };
 
@@ -283,7 +293,7 @@ std::vector<std::string> readExpressions(const Source& source, const Span& block
     return expressions;
 }
 
-void readSegments(const Source& source, const Span& block, const std::vector<std::string>& expressions, Deliverer& to) {
+void readSegments(Source& source, const Span& block, const std::vector<std::string>& expressions, Deliverer& to) {
     FormatInterface& target = to.target();
     Cursor cursor(source, block);
     const std::size_t limit = source.limits().keys < SIZE_MAX ? source.limits().keys + 1 : SIZE_MAX;
@@ -323,6 +333,7 @@ void readSegments(const Source& source, const Span& block, const std::vector<std
         if (out.flags & HandleIsFlat) out.x = flatHandle(false, hasLeftKey && hasKey, leftX, x);
         if (in.flags & HandleIsFlat) in.x = flatHandle(true, hasLeftKey && hasKey, leftX, x);
 
+        source.use(expressions[expression], begin);
         target.startSegment(expressions[expression].c_str());
         if (flags & HasSegmentProperties) to.properties(segmentProperties, &FormatInterface::segmentProperty);
         target.startOutTangent();
@@ -368,7 +379,7 @@ void readDisplay(const Source& source, const Span& block, FormatInterface& targe
 }
 
 // Returns what the target says about further curves.
-bool readCurveBlock(const Source& source, const Span& curve, FormatInterface& target) {
+bool readCurveBlock(Source& source, const Span& curve, FormatInterface& target) {
     Blocks blocks(source, curve);
     Span block;
     if (!blocks.nextKnown(block)) throw MissingBlock("A curve ends without a block \"Name\".", blocks.offset());
@@ -408,7 +419,7 @@ bool readCurveBlock(const Source& source, const Span& curve, FormatInterface& ta
     return target.finishCurve();
 }
 
-void readContainerBlock(const Source& source, const Span& container, FormatInterface& target) {
+void readContainerBlock(Source& source, const Span& container, FormatInterface& target) {
     target.startCurveContainer();
     Blocks blocks(source, container);
     Span block;

@@ -279,7 +279,7 @@ private:
     void readSamples(Track& track, bool hasRuns) {
         if (!m_hasLength) refuse("\"tracklength\" in front of all data");
         if (track.hasSamples) refuse("one \"data\" for each track");
-        // A run of few bytes makes many samples, so they are counted before room for them is taken.
+        // Counted before room for them is taken.
         if (m_length > kMostSamples - m_samples)
             throw LimitExceeded("There are more than 50000000 samples.", m_word.line, m_word.column);
         m_samples += m_length;
@@ -295,6 +295,11 @@ private:
                                         + std::to_string(m_length) + '.',
                                     at.line, at.column);
                 }
+                if (run > m_limits.runs - m_inRuns) {
+                    throw LimitExceeded("More than " + std::to_string(m_limits.runs) + " samples stand in runs.",
+                                        at.line, at.column);
+                }
+                m_inRuns += run;
             }
             track.samples.insert(track.samples.end(), run, readNumber());
         }
@@ -310,6 +315,7 @@ private:
     bool m_hasTracks = false;
     std::size_t m_trackCount = 0;
     std::size_t m_samples = 0; // of all tracks
+    std::size_t m_inRuns = 0;
     std::vector<Track> m_tracks;
     std::string m_quaternions;
 };

@@ -355,7 +355,7 @@ private:
         for (; m_inCurve; m_inCurve = nextInBlock()) {
             if (m_lines.at("key")) {
                 if (++keys > m_limits.keys) m_lines.exceed("There are too many keys.");
-                if (!hasSegment) plainSegment(keys == 1 ? "constant()" : between.c_str());
+                if (!hasSegment) plainSegment(keys == 1 ? "constant()" : between);
                 readKey();
                 hasSegment = false;
             } else if (m_lines.at("segment") && !hasSegment) {
@@ -371,14 +371,20 @@ private:
         if (!hasSegment) plainSegment("constant()");
     }
 
-    void plainSegment(const char* expression) {
-        m_target.startSegment(expression);
+    void startSegment(const std::string& expression) {
+        if (expression.size() > m_limits.expressions - m_expressionBytes)
+            m_lines.exceed("The segments' expressions are too long together.");
+        m_expressionBytes += expression.size();
+        m_target.startSegment(expression.c_str());
+    }
+    void plainSegment(const std::string& expression) {
+        startSegment(expression);
         m_target.finishSegment();
     }
 
     void readSegment() {
         m_lines.skip("segment");
-        m_target.startSegment(m_lines.text("an interpolator, such as bezier()").c_str());
+        startSegment(m_lines.text("an interpolator, such as bezier()"));
         if (m_lines.opens()) {
             std::size_t properties = 0;
             while (nextInBlock()) {
@@ -434,6 +440,7 @@ private:
     bool m_more = false; // whether a line of the container is there to be looked at
     bool m_inCurve = false;
     std::size_t m_curves = 0;
+    std::size_t m_expressionBytes = 0;
 };
 
 } // namespace

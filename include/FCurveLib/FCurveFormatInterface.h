@@ -6,6 +6,8 @@
 #include "FCurveLib/Keyframe.h"
 
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -54,7 +56,9 @@ public:
     void curveProperty(const char* key, const char* value) override;
 
     void startSegmentContainer() override;
-    /// The interpolator comes from InterpolatorFactory::create: one shared instance for each built-in kind.
+    /// The interpolator comes from InterpolatorFactory::create: one shared instance for each built-in kind. Segments of
+    /// a curve that have the same expression of more than 64 bytes share an interpolator too, as it may be one that a
+    /// few bytes of a file give to a million segments.
     void startSegment(const char* expression) override;
     /// A key whose property "fc_isUnified" is "1" becomes a key with unified tangents; neither its handles nor the
     /// property change.
@@ -77,6 +81,7 @@ public:
     void keyframeProperty(const char* key, const char* value) override;
 
 private:
+    std::shared_ptr<Interpolator> interpolatorOf(const char* expression);
     void enter(Segment& segment);
     void leave();
     void settle(Tangent& tangent);
@@ -93,6 +98,7 @@ private:
     bool m_keyPending = false;
     std::vector<std::shared_ptr<Tangent>>
         m_unsettled; // of automatic types, without a handle: wait for their neighbours
+    std::unordered_map<std::string, std::shared_ptr<Interpolator>> m_longFormulas; // by expression
 };
 
 } // namespace v19

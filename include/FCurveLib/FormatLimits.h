@@ -20,6 +20,11 @@ struct FormatLimits {
     std::size_t curves = 1000000;
     /// Keys of one curve.
     std::size_t keys = 10000000;
+    /// Keys of one file that are run lengths instead of written out: a few bytes stand for any number of them, while
+    /// everything else in a file takes room there too.
+    std::size_t runs = 4194304;
+    /// Bytes of the expressions of one file, counted for every segment: some formats name one for many segments.
+    std::size_t expressions = 1U << 31;
 };
 
 /// \name The limits in force, for all readers

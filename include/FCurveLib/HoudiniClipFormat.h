@@ -47,8 +47,8 @@ public:
     const char* what() const noexcept override;
 };
 
-/// More than FormatLimits allow, tracks longer than 2^24 samples, more than 2^20 tracks, or more than 50 000 000
-/// samples.
+/// More than FormatLimits allow (of runs above all), tracks longer than 2^24 samples, more than 2^20 tracks, or more
+/// than 50 000 000 samples.
 class FCURVELIB_API LimitExceeded : public ClipError {
 public:
     using ClipError::ClipError;

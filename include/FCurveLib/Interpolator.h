@@ -24,7 +24,8 @@ public:
     virtual ~Interpolator();
     Interpolator& operator=(const Interpolator&) = delete;
 
-    /// The curve's value at x (in frames) within the segment.
+    /// The curve's value at x (in frames) within the segment. The built-in kinds compute with keys and handles of up to
+    /// 1e300; beyond, differences may overflow, and values, derivatives and points become infinite or NaN.
     virtual double eval(double x, const Segment& segment) const = 0;
 
     /// A new, independent copy of the same kind with the same expression.

@@ -203,6 +203,22 @@ TEST_P(EverySample, WithAnyByteChangedReadsOrRaises) {
 
 INSTANTIATE_TEST_SUITE_P(Formats, EverySample, testing::Range(std::size_t{0}, std::size_t{9}));
 
+TEST(EveryWriter, LeavesOutAGridThatNobodyCouldRead) {
+    for (const char* grid : {"0 1e40 1 1", "0 0 1e-60 1", "a b", "1 2 3"}) {
+        const auto curve = FCurve::create();
+        curve->setProperty("fc_grid", grid);
+        for (const char* format : {"xml", "binary"}) {
+            std::string first;
+            std::string second;
+            WriteFCurveToString(*curve, format, first);
+            const auto read = FCurve::create();
+            ReadFCurveFromString(first, format, *read);
+            WriteFCurveToString(*read, format, second);
+            EXPECT_EQ(first, second) << format << ", " << grid;
+        }
+    }
+}
+
 TEST(TextFormat, SaysAllThatACurveHolds) {
     const auto read = FCurveContainer::create();
     MemoryStream stream = streamOf(kText);

@@ -4,30 +4,58 @@
 #include <cstdlib>
 #include <new>
 
+#include <malloc.h>
+
 namespace {
+
 std::atomic<std::size_t> g_allocations{0};
+std::atomic<std::size_t> g_held{0};
+std::atomic<std::size_t> g_peak{0};
+
+void* allocate(std::size_t size) noexcept {
+    ++g_allocations;
+    void* const memory = std::malloc(size != 0 ? size : 1);
+    if (!memory) return nullptr;
+    const std::size_t held = g_held += malloc_usable_size(memory);
+    std::size_t peak = g_peak;
+    while (held > peak && !g_peak.compare_exchange_weak(peak, held)) {
+    }
+    return memory;
+}
+
+void release(void* memory) noexcept {
+    if (memory) g_held -= malloc_usable_size(memory);
+    std::free(memory);
+}
+
 } // namespace
 
 void* operator new(std::size_t size) {
-    ++g_allocations;
-    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    if (void* memory = allocate(size)) return memory;
     throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    ++g_allocations;
-    return std::malloc(size != 0 ? size : 1);
+    return allocate(size);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    release(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    release(memory);
 }
 
 namespace Test {
 
 std::size_t allocationsSoFar() noexcept {
     return g_allocations;
+}
+
+std::size_t heldNow() noexcept {
+    g_peak = g_held.load();
+    return g_held;
+}
+std::size_t peakSince() noexcept {
+    return g_peak;
 }
 
 } // namespace Test

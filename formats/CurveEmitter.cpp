@@ -70,10 +70,11 @@ void emitDisplay(const FCurve& curve, FormatInterface& target) {
     target.curveShowVelocity(IsVelocityVisible(curve));
     target.curveShowAcceleration(IsAccelerationVisible(curve));
     target.curveShowDiscontinuities(IsDiscontinuityVisible(curve));
-    Rectangle<double> grid;
-    GetGridSettings(curve, grid);
-    // One whose text is no grid, or none in single precision, would be erased by whoever reads it.
-    if (grid.width > 0.0 && grid.height > 0.0) target.curveGrid(grid.x, grid.y, grid.width, grid.height);
+    if (HasGridSettings(curve)) {
+        Rectangle<double> grid;
+        GetGridSettings(curve, grid);
+        target.curveGrid(grid.x, grid.y, grid.width, grid.height);
+    }
     target.curveTangentScale(GetTangentScale(curve));
 }
 

@@ -28,6 +28,15 @@ double finite(double number) {
     return number;
 }
 
+// As a curve keeps its display settings, with six digits: more would be lost in the next document.
+double asKept(double number) {
+    std::string text;
+    Private::appendShortNumber(text, finite(number));
+    double kept = 0.0;
+    Private::parseNumber(text, kept);
+    return kept;
+}
+
 // Whether two finite numbers have the same bits: 0 and -0 have not.
 bool isSame(double a, double b) {
     return a == b && std::signbit(a) == std::signbit(b);
@@ -90,12 +99,12 @@ public:
         m_display = static_cast<std::uint16_t>(on ? m_display | flag : m_display & ~flag);
     }
     void setGrid(double x, double y, double width, double height) {
-        m_grid = {finite(x), finite(y), finite(width), finite(height)};
-        setDisplay(HasGrid, true);
+        m_grid = {asKept(x), asKept(y), asKept(width), asKept(height)};
+        setDisplay(HasGrid, m_grid[2] > 0.0 && m_grid[3] > 0.0);
     }
     void setTangentScale(double scale) {
-        m_tangentScale = finite(scale);
-        setDisplay(HasTangentScale, scale != 1.0);
+        m_tangentScale = asKept(scale);
+        setDisplay(HasTangentScale, m_tangentScale != 1.0);
     }
 
     void startSegments() {

@@ -160,11 +160,19 @@ inline BezierPlace FindBezierPlace(double x, const BezierArgs& p) noexcept {
     return RepairBezierPlace(x, p, t);
 }
 
-// The parameter in [0, 1] at which the curve reaches x, for control abscissae x0 to x3; 0 before the left key, 1 after
-// the right one, NaN for NaN.
+// How far from a key, in x, a place still is that key: the library's tolerance, of a frame or of a span below a frame.
+// So a frame that was computed and rounded meets its key.
+inline double KeyTolerance(const BezierArgs& p) noexcept {
+    const double width = p.x3 - p.x0;
+    return width < 1.0 ? GetEpsilon() * width : GetEpsilon();
+}
+
+// The parameter in [0, 1] at which the curve reaches x, for control abscissae x0 to x3; 0 at and before the left key, 1
+// at and after the right one, NaN for NaN.
 inline BezierPlace SolveBezier(double x, const BezierArgs& p) noexcept {
-    if (!(x > p.x0)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
-    if (x >= p.x3) return {1.0, 0.0};
+    const double tolerance = KeyTolerance(p);
+    if (!(x - p.x0 > tolerance)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
+    if (p.x3 - x <= tolerance) return {1.0, 0.0};
     return FindBezierPlace(x, p);
 }
 inline double SolveBezierT(double x, double x0, double x1, double x2, double x3) noexcept {
@@ -186,10 +194,11 @@ inline double BezierY(const BezierPlace& at, const BezierArgs& p) noexcept {
     return base + ((3.0 * r * far + s * rise) * s + 3.0 * r * r * nearHandle) * s;
 }
 
-// The curve's value at x; the nearer key's beyond the keys; NaN for NaN.
+// The curve's value at x; the nearer key's at and beyond the keys; NaN for NaN.
 inline double EvalBezierY(double x, const BezierArgs& p) noexcept {
-    if (!(x > p.x0)) return std::isnan(x) ? x : p.y0;
-    if (x >= p.x3) return p.y3;
+    const double tolerance = KeyTolerance(p);
+    if (!(x - p.x0 > tolerance)) return std::isnan(x) ? x : p.y0;
+    if (p.x3 - x <= tolerance) return p.y3;
     return BezierY(FindBezierPlace(x, p), p);
 }
 

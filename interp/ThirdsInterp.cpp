@@ -26,8 +26,9 @@ BezierArgs ArgsOf(const Segment& segment, const Heights& heights) noexcept {
 
 // The place at x, held between the keys. There is nothing to solve: t runs evenly.
 BezierPlace PlaceAt(double x, const BezierArgs& p) noexcept {
-    if (!(x > p.x0)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
-    if (x >= p.x3) return {1.0, 0.0};
+    const double tolerance = KeyTolerance(p);
+    if (!(x - p.x0 > tolerance)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
+    if (p.x3 - x <= tolerance) return {1.0, 0.0};
     const double width = p.x3 - p.x0;
     return {(x - p.x0) / width, (p.x3 - x) / width};
 }

@@ -46,6 +46,8 @@ TEST(ThirdsInterp, SlopesAtTheKeys) {
         EXPECT_EQ(GetFirstDerivative(*curve, 0), row.left) << row.kind;
         EXPECT_DOUBLE_EQ(GetFirstDerivativeLeft(*curve, 3), row.right) << row.kind;
         EXPECT_DOUBLE_EQ(curve->eval(1.5), row.middle) << row.kind;
+        EXPECT_EQ(curve->eval(9e-8), 0) << row.kind << ": beside a key is at the key";
+        EXPECT_EQ(curve->eval(3 - 9e-8), 3) << row.kind;
     }
 }
 

@@ -37,14 +37,14 @@ void SafeFileSave::finish() {
     const bool ours = file.isAtPathname();
     const bool closed = file.close();
     m_stream.reset();
-    if (!onDevice || !closed || !ours) {
+    if (!onDevice || !closed) {
         if (ours) fileCalls.removePath(m_working.c_str()); // not whole, so of no use
         throw CantFinish();
     }
     if (m_working == m_target) return;
 
-    // Deliberate: deleted before the rename, which alone would replace it at once. Should the deletion fail, the rename
-    // decides. A directory is not deleted.
+    // Deliberate: deleted before the rename, which alone would replace it at once, and whatever becomes of the rename.
+    // Should the deletion fail, the rename decides. A directory is not deleted.
     fileCalls.removePath(m_target.c_str());
     if (fileCalls.renamePath(m_working.c_str(), m_target.c_str()) != 0) throw CantFinish();
 }

@@ -46,17 +46,17 @@ inline namespace v19 {
 ///                                                CantFinish
 ///     rename fails                               no T (!), all of the new in T.tmp;     -
 ///                                                CantFinish
-///     something else has taken the working       old T, and what is there now;          what is there now;
-///     file's name, or it was deleted or moved    CantFinish                             CantFinish
+///     working file deleted or moved by others    no T (!); CantFinish                   no T, unnoticed
+///     another file has taken its name            that one becomes T, unnoticed          that one, unnoticed
 ///
 /// A T.tmp that a killed save left behind is neither written to nor deleted by a later one, which takes the next name.
 /// A host may offer it for recovery. Do not change the current directory between construction and the end when path is
-/// relative; finish() raises CantFinish then and the working file stays.
+/// relative: finish() would delete and rename what has those names in the new one.
 ///
 /// **Two savers at once** work in files of their own. The one that finishes last is the target, whole. The delete and
 /// rename of one are not atomic towards the other: T can be missing for a moment. Where the target was new, the first
-/// saver's file is T itself and the second one replaces it; the first one then notices in finish() and raises
-/// CantFinish, or, abandoned, deletes nothing.
+/// saver's file is T itself and the second one replaces it, for good: the first one's finish() or end leaves that
+/// alone.
 ///
 /// One object must not be used by two threads at once.
 class FCURVELIB_API SafeFileSave {

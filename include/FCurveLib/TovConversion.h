@@ -105,8 +105,9 @@ public:
     /// "extensions". Selection and other editor state that no file holds does not count, nor do the two tangents that
     /// stand at no key.
     ///
-    /// Locked keys stay locked. Linear in the number of keys.
-    explicit TovCurve(const FCurve& curve);
+    /// Locked keys stay locked. Linear in the number of keys. Implicit, so that a curve goes where one of the older
+    /// system is asked for.
+    TovCurve(const FCurve& curve); // NOLINT(google-explicit-constructor)
     TovCurve(const TovCurve&);
     TovCurve(TovCurve&&) noexcept;
     TovCurve& operator=(const TovCurve&);

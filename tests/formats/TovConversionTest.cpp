@@ -282,7 +282,7 @@ TEST_P(EveryLoss, SetsItsFlagsAndNoOthers) {
 
 TEST_P(EveryLoss, KeepsTheShape) {
     const auto curve = GetParam().make();
-    const TovCurve converted(*curve);
+    const TovCurve converted = *curve;
     if (curve->size() == 1 || std::string(GetParam().name).find("formula") == 0) return; // only keys and slopes agree
     for (double x = 0.0; x <= 12.0; x += 0.03125) {
         if ((GetParam().flags & TovCurve::UnsupportedExtensions) && x >= 10.0) break;

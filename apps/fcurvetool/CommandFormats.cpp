@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Output.h"
 #include "Table.h"
+#include "WriteDocument.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveLib/FormatFactory.h>
@@ -23,9 +24,9 @@ void addFormats(CLI::App& app) {
         std::map<std::string, Format> formats;
         for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it)
             formats[it->getFormatName()] = {*it, true, false};
-        for (auto it = FormatFactory::beginWriterTypes(); it != FormatFactory::endWriterTypes(); ++it) {
-            Format& format = formats[it->getFormatName()];
-            format.type = *it;
+        for (const FormatType& type : getWritableFormats()) {
+            Format& format = formats[type.getFormatName()];
+            format.type = type;
             format.isWritten = true;
         }
         Table table;

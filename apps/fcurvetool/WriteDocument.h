@@ -1,17 +1,22 @@
 #pragma once
 
 #include <FCurveLib/FCurveContainer.h>
+#include <FCurveLib/FormatType.h>
 
 #include <string>
+#include <vector>
 
 namespace fcurvetool {
+
+/// The formats that can be written: those that the library has a writer for, and the old text.
+std::vector<VEM_FN::FCurveLib::FormatType> getWritableFormats();
 
 /// The name of the format to write: the one asked for, else the one with the output's extension, else the fallback.
 /// UsageError where that is none that can be written.
 std::string chooseFormat(const std::string& asked, const std::string& output, const std::string& fallback = "");
 
 /// Writes the curves as one file, or to standard output for "-". The name is that of the input, for messages. Failure
-/// leaves what was there.
+/// leaves what was there. What the old text cannot hold is lost, and named by comments in it.
 void writeDocument(const VEM_FN::FCurveLib::FCurveContainer& curves, const std::string& format,
                    const std::string& output, const std::string& name);
 

@@ -334,6 +334,12 @@ TEST_F(Tool, ConvertKeepsEveryCurve) {
     // Once more, through pipes, and by the format's name: the same bytes.
     EXPECT_EQ(run("convert - - --to xml <camera.fcrvx").out, read("camera.fcrvx"));
     EXPECT_EQ(run("convert --format hchan - - --to xml <camera.chan").out, read("camera.fcrvx"));
+    // The old text holds keys and shapes to the last bit, and says what it does not hold.
+    ASSERT_EQ(run("convert camera.chan old.fcrv").code, 0);
+    const std::string samples = run("sample camera.chan --step 0.37").out;
+    const std::string heading = "frame,chan0,chan1,chan2,chan3,chan4,chan5"; // without the roles of the channels
+    EXPECT_TRUE(run("sample old.fcrv --step 0.37").out == heading + samples.substr(samples.find('\n')));
+    EXPECT_EQ(read("old.fcrv").rfind("// property data loss\n", 0), 0U);
 }
 
 TEST_F(Tool, EditsChangeTheChosenCurveOnly) {

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -33,6 +34,17 @@ void Deliver(FCurve* curve, Part& part, const Call& call) {
 // Null texts count as empty ones.
 inline const char* Text(const char* text) noexcept {
     return text ? text : "";
+}
+
+// Sets a property, then calls tell(key, value) if that changed anything. With copies of the texts: the caller's may be
+// the part's own, which the change overwrites or frees.
+template<class Tell>
+bool SetProperty(PropertyMap& properties, const char* key, const char* value, const Tell& tell) {
+    const std::string name(Text(key));
+    const std::string text(Text(value));
+    if (!properties.set(name.c_str(), text.c_str())) return false;
+    tell(name.c_str(), text.c_str());
+    return true;
 }
 
 // Erases every property, then calls tell(key) for each that was there.

@@ -263,11 +263,10 @@ void FCurve::setName(const char* name) {
 }
 
 bool FCurve::setProperty(const char* key, const char* value) {
-    if (!m_properties.set(key, value)) return false;
-    Private::Deliver(this, *this, [=](FCurveObserver& observer) {
-        observer.curvePropertyChanged(*this, Private::Text(key), Private::Text(value));
+    return Private::SetProperty(m_properties, key, value, [this](const char* name, const char* text) {
+        Private::Deliver(this, *this,
+                         [=](FCurveObserver& observer) { observer.curvePropertyChanged(*this, name, text); });
     });
-    return true;
 }
 
 void FCurve::clearProperties() {

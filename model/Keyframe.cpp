@@ -169,11 +169,10 @@ std::shared_ptr<const FCurve> Keyframe::getOwningCurve() const noexcept {
 }
 
 bool Keyframe::setProperty(const char* key, const char* value) {
-    if (!m_properties.set(key, value)) return false;
-    Private::Deliver(Access::curve(*this), *this, [=](FCurveObserver& observer) {
-        observer.keyframePropertyChanged(*this, Private::Text(key), Private::Text(value));
+    return Private::SetProperty(m_properties, key, value, [this](const char* name, const char* text) {
+        Private::Deliver(Access::curve(*this), *this,
+                         [=](FCurveObserver& observer) { observer.keyframePropertyChanged(*this, name, text); });
     });
-    return true;
 }
 
 void Keyframe::clearProperties() {

@@ -46,11 +46,10 @@ void Segment::setInterpolator(std::shared_ptr<Interpolator> interpolator) {
 }
 
 bool Segment::setProperty(const char* key, const char* value) {
-    if (!m_properties.set(key, value)) return false;
-    Private::Deliver(Access::curve(*this), *this, [=](FCurveObserver& observer) {
-        observer.segmentPropertyChanged(*this, Private::Text(key), Private::Text(value));
+    return Private::SetProperty(m_properties, key, value, [this](const char* name, const char* text) {
+        Private::Deliver(Access::curve(*this), *this,
+                         [=](FCurveObserver& observer) { observer.segmentPropertyChanged(*this, name, text); });
     });
-    return true;
 }
 
 void Segment::clearProperties() {

@@ -177,9 +177,8 @@ void Tangent::notifyProperty(const char* key, const char* value) {
 }
 
 bool Tangent::setProperty(const char* key, const char* value) {
-    if (!m_properties.set(key, value)) return false;
-    notifyProperty(Private::Text(key), Private::Text(value));
-    return true;
+    return Private::SetProperty(m_properties, key, value,
+                                [this](const char* name, const char* text) { notifyProperty(name, text); });
 }
 
 void Tangent::clearProperties() {

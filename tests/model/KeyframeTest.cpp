@@ -143,11 +143,13 @@ TEST(Keyframe, FlagsAndPropertiesTellOnlyChanges) {
     key->setProperty("a", "1");
     key->setProperty("a", "1");
     key->setProperty("b", nullptr);
-    key->setProperty("b", "2");
+    key->setProperty("b", "-2");
+    key->setProperty("b", key->getProperty("b") + 1); // texts of its own, which the change overwrites or frees
+    key->setProperty(key->beginProperties()->first.c_str(), "");
     key->clearProperties();
     EXPECT_EQ(key->sizeProperties(), 0u);
-    EXPECT_THAT(recorder.heard,
-                ElementsAre("key 1 breakdown", "key 1 unified", "key 1 a=1", "key 1 b=2", "key 1 a=", "key 1 b="));
+    EXPECT_THAT(recorder.heard, ElementsAre("key 1 breakdown", "key 1 unified", "key 1 a=1", "key 1 b=-2", "key 1 b=2",
+                                            "key 1 a=", "key 1 b="));
 }
 
 TEST(Keyframe, FirstAndLastKeyHaveBothTangents) {

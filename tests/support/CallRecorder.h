@@ -32,6 +32,10 @@ public:
         return text;
     }
 
+    /// The call of this number raises instead; 0 for none.
+    struct Full {};
+    int fullAt = 0;
+
     /// What startCurve and finishCurve answer.
     bool wantsCurve = true;
     bool wantsMore = true;
@@ -91,6 +95,7 @@ private:
 
     template<class... Arguments>
     void add(const char* name, Arguments... arguments) {
+        if (fullAt > 0 && --fullAt == 0) throw Full();
         if (!only.empty()) {
             bool wanted = false;
             for (const std::string& one : only) wanted = wanted || one == name;

@@ -76,4 +76,13 @@ inline std::string Difference(const FCurve& a, const FCurve& b) {
     return "";
 }
 
+/// The same for containers, with their curves in the same order.
+inline std::string Difference(const FCurveContainer& a, const FCurveContainer& b) {
+    if (a.size() != b.size()) return "number of curves";
+    std::string difference = SameCurve::properties(a, b);
+    for (auto i = a.begin(), j = b.begin(); i != a.end() && difference.empty(); ++i, ++j)
+        difference = Difference(*i, *j);
+    return difference;
+}
+
 } // namespace Test

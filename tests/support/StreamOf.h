@@ -1,6 +1,6 @@
 #pragma once
 
-// Streams for readers: of a text, and of a text that is made while it is read.
+// Streams for readers, of a text, and of a text that is made while it is read; and limits for what they read.
 
 #include "FCurveLib/FCurveLib.h"
 
@@ -16,6 +16,10 @@ inline MemoryStream StreamOf(const std::string& text) {
     stream.writeData(text.data(), static_cast<int>(text.size()));
     stream.setPosition(0);
     return stream;
+}
+
+inline std::string BytesOf(const MemoryStream& stream) {
+    return {stream.getData(), static_cast<std::size_t>(stream.getSize())};
 }
 
 /// The longest stream there is: a beginning, then a pattern for ever. It remembers how much of it was read, by which a

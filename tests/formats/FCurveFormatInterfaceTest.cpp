@@ -1,15 +1,18 @@
-#include "support/CallRecorder.h"
 #include "support/SameCurve.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <cmath>
+#include <sstream>
 
 using namespace Test;
 
 namespace {
 
-// The builder with short words for documents.
+using Vector = Vector2D<double>;
+
+// The builder, and what it builds, in a short notation: "0 (1 10) linear()" is the segment "0", a key at (1, 10), and
+// the segment "linear()".
 struct Builder : FCurveFormatInterface {
     std::shared_ptr<FCurve> curve = FCurve::create();
 
@@ -18,45 +21,68 @@ struct Builder : FCurveFormatInterface {
         startCurve("curve");
         startSegmentContainer();
     }
-    void segment(const char* expression) {
-        startSegment(expression);
-        finishSegment();
-    }
-    void key(double x, double y) {
-        startKeyframe();
-        keyframePosition(x, y);
-        finishKeyframe();
+    void add(const std::string& parts) {
+        std::istringstream in(parts);
+        for (std::string word; in >> word;) {
+            if (word[0] != '(') {
+                startSegment(word.c_str());
+                finishSegment();
+                continue;
+            }
+            double y = 0.0;
+            in >> y;
+            in.ignore(); // the ")"
+            startKeyframe();
+            keyframePosition(std::stod(word.substr(1)), y);
+            finishKeyframe();
+        }
     }
     std::string finish() {
         finishSegmentContainer();
         finishCurve();
-        std::string text;
+        std::ostringstream text;
         for (const Segment& one : *curve) {
-            CallRecorder numbers;
-            if (one.getLeftKey()) numbers.keyframePosition(one.getLeftKey()->getX(), one.getLeftKey()->getY());
-            if (!numbers.calls.empty()) text += " (" + numbers.calls[0].substr(sizeof "keyframePosition") + ") ";
-            text += SameCurve::expression(one);
+            if (const auto key = one.getLeftKey()) text << " (" << key->getX() << ' ' << key->getY() << ") ";
+            text << SameCurve::expression(one);
         }
-        return text;
+        return text.str();
     }
 };
 
-std::string handle(const Tangent& tangent) {
-    CallRecorder numbers;
-    numbers.tangentVector(tangent.getX(), tangent.getY());
-    return numbers.calls[0].substr(sizeof "tangentVector");
-}
-
 } // namespace
+
+TEST(FCurveFormatInterface, OddOrdersLeadToTheNearestCurve) {
+    const struct {
+        const char* calls;
+        const char* curve;
+    } rows[] = {
+        {"0 (5 50) 5 (1 10) 1 (9 90) 9", "0 (1 10) 1 (5 50) 5 (9 90) 9"},
+        {"0 (5 50) 5 (5 55) 6", "0 (5 50) 6"},
+        {"(1 10) 1 (2 20) (3 30)", "constant() (1 10) 1 (2 20) constant() (3 30) constant()"},
+        {"0 1", "1"},
+    };
+    for (const auto& row : rows) {
+        Builder builder;
+        builder.add(row.calls);
+        EXPECT_EQ(builder.finish(), row.curve) << row.calls;
+    }
+    Builder nulls;
+    nulls.startCurve(nullptr);
+    nulls.curveProperty(nullptr, nullptr);
+    nulls.startSegment(nullptr);
+    nulls.finishSegment();
+    nulls.segmentProperty(nullptr, nullptr);
+    nulls.keyframeProperty(nullptr, nullptr);
+    EXPECT_EQ(nulls.finish(), "");
+}
 
 TEST(FCurveFormatInterface, SharesTheBuiltInInterpolators) {
     Builder builder;
-    builder.segment("linear()");
-    builder.key(1, 1);
-    builder.segment("linear()");
+    builder.add("linear() (1 1) linear()");
     builder.finish();
-    EXPECT_EQ(builder.curve->begin()->getInterpolator(), InterpolatorFactory::create("linear()"));
-    EXPECT_EQ((--builder.curve->end())->getInterpolator(), InterpolatorFactory::create("linear()"));
+    for (const Segment& segment : *builder.curve) {
+        EXPECT_EQ(segment.getInterpolator(), InterpolatorFactory::create("linear()"));
+    }
 }
 
 TEST(FCurveFormatInterface, UnifiedAsAPropertyFlagsTheKeyAndTouchesNoHandle) {
@@ -67,7 +93,7 @@ TEST(FCurveFormatInterface, UnifiedAsAPropertyFlagsTheKeyAndTouchesNoHandle) {
         builder.tangentVector(-2, 7);
         builder.finishInTangent();
         builder.finishSegment();
-        builder.key(1, 1);
+        builder.add("(1 1)");
         builder.keyframeProperty("fc_isUnified", value);
         builder.startSegment("bezier()");
         builder.startOutTangent();
@@ -78,92 +104,41 @@ TEST(FCurveFormatInterface, UnifiedAsAPropertyFlagsTheKeyAndTouchesNoHandle) {
         const auto key = builder.curve->begin()->getRightKey();
         EXPECT_EQ(key->isTangentsUnified(), std::string(value) == "1");
         EXPECT_STREQ(key->getProperty("fc_isUnified"), value);
-        EXPECT_EQ(handle(*key->getInTangent()), "-2 7");
-        EXPECT_EQ(handle(*key->getOutTangent()), "3 5");
+        EXPECT_EQ(key->getInTangent()->get(), Vector(-2, 7));
+        EXPECT_EQ(key->getOutTangent()->get(), Vector(3, 5));
     }
 }
 
 TEST(FCurveFormatInterface, HandlesThatAreNotGivenAreComputed) {
     Builder builder;
-    builder.segment("bezier()");
-    builder.key(0, 0);
+    builder.add("bezier() (0 0)");
     builder.startSegment("bezier()");
     builder.startInTangent();
     builder.tangentType(Tangent::Smooth);
     builder.finishSegment();
-    builder.key(3, 3);
-    builder.segment("bezier()");
-    builder.key(9, 9);
+    builder.add("(3 3) bezier() (9 9)");
     builder.finish();
     const auto middle = builder.curve->findSegment(4.0)->getLeftKey();
-    EXPECT_EQ(handle(*middle->getInTangent()), "-1 -1");
+    EXPECT_EQ(middle->getInTangent()->get(), Vector(-1, -1));
     EXPECT_EQ(middle->getInTangent()->getType(), Tangent::Smooth);
-    EXPECT_EQ(handle(*middle->getOutTangent()), "2 0");
-    EXPECT_EQ(handle(*builder.curve->begin()->getOutTangent()), "1 0");
+    EXPECT_EQ(middle->getOutTangent()->get(), Vector(2, 0));
+    EXPECT_EQ(builder.curve->begin()->getOutTangent()->get(), Vector(1, 0));
 }
 
 TEST(FCurveFormatInterface, IgnoresWhatNoCurveHolds) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
     Builder builder;
-    builder.segment("linear()");
-    builder.key(1, 2);
-    builder.keyframePosition(nan, 5);
+    builder.add("linear() (1 2)");
+    builder.keyframePosition(std::nan(""), 5);
     builder.startSegment("linear()");
     builder.startOutTangent();
     builder.tangentType(200);
     builder.tangentVector(-4, 1);
-    builder.tangentVector(nan, 1);
+    builder.tangentVector(std::nan(""), 1);
     builder.finishSegment();
     EXPECT_EQ(builder.finish(), "linear() (1 2) linear()");
     const auto out = (--builder.curve->end())->getOutTangent();
-    EXPECT_EQ(handle(*out), "0 1"); // a handle across its key is cut
+    EXPECT_EQ(out->get(), Vector(0, 1)); // a handle across its key is cut
     EXPECT_EQ(out->getType(), Tangent::Fixed);
-}
-
-TEST(FCurveFormatInterface, OddOrdersLeadToTheNearestCurve) {
-    {
-        Builder builder; // keys out of order
-        builder.segment("0");
-        builder.key(5, 50);
-        builder.segment("5");
-        builder.key(1, 10);
-        builder.segment("1");
-        builder.key(9, 90);
-        builder.segment("9");
-        EXPECT_EQ(builder.finish(), "0 (1 10) 1 (5 50) 5 (9 90) 9");
-    }
-    {
-        Builder builder; // the same x twice
-        builder.segment("0");
-        builder.key(5, 50);
-        builder.segment("5");
-        builder.key(5, 55);
-        builder.segment("6");
-        EXPECT_EQ(builder.finish(), "0 (5 50) 6");
-    }
-    {
-        Builder builder; // a key first, two keys in a row, a key last
-        builder.key(1, 10);
-        builder.segment("1");
-        builder.key(2, 20);
-        builder.key(3, 30);
-        EXPECT_EQ(builder.finish(), "constant() (1 10) 1 (2 20) constant() (3 30) constant()");
-    }
-    {
-        Builder builder; // two segments in a row
-        builder.segment("0");
-        builder.segment("1");
-        EXPECT_EQ(builder.finish(), "1");
-    }
-    {
-        Builder builder; // nulls
-        builder.startCurve(nullptr);
-        builder.curveProperty(nullptr, nullptr);
-        builder.segment(nullptr);
-        builder.segmentProperty(nullptr, nullptr);
-        builder.keyframeProperty(nullptr, nullptr);
-        EXPECT_EQ(builder.finish(), "");
-    }
 }
 
 TEST(FCurveFormatInterface, CallsWithoutACurveOrAPartHaveNoEffect) {
@@ -193,14 +168,12 @@ TEST(FCurveFormatInterface, CallsWithoutACurveOrAPartHaveNoEffect) {
 
 TEST(FCurveFormatInterface, SurvivesAHostThatEditsTheCurveMeanwhile) {
     Builder builder;
-    builder.segment("0");
-    builder.key(1, 10);
+    builder.add("0 (1 10)");
     builder.startSegment("1");
     builder.startOutTangent();
     builder.curve->clear();
     builder.tangentVector(1, 1);
     builder.finishSegment();
-    builder.key(2, 20);
-    builder.segment("2");
+    builder.add("(2 20) 2");
     EXPECT_EQ(builder.finish(), "constant() (2 20) 2");
 }

@@ -138,82 +138,70 @@ TEST(WriteCurve, UnknownNamesRaiseAndAFailedStringKeepsItsContent) {
     EXPECT_STREQ(FormatError().message(), "");
 }
 
-TEST(ReadCurve, ReplacesTheTargetAndTellsOnce) {
-    const Script script([](FormatInterface& target) { addCurve(target, "read"); });
-    const auto curve = RandomCurve(1).make();
-    Listener listener;
-    Listener everywhere;
-    curve->subscribe(listener);
-    FCurve::subscribeGlobal(everywhere);
-    ReadFCurveFromString("", "script", *curve);
-    EXPECT_EQ(listener.curves, 1);
-    EXPECT_EQ(everywhere.curves, 1);
-    EXPECT_STREQ(curve->getName(), "read");
-    EXPECT_EQ(curve->size(), 2U);
-    EXPECT_EQ(curve->sizeProperties(), 0U);
-    EXPECT_EQ(curve->begin()->getRightKey()->get(), Vector2D<double>(1.0, 2.0));
-    EXPECT_EQ(curve->eval(5.0), 3.0);
+TEST(ReadCurve, ReplacesTheTargetAndTellsOnceOrLeavesItAlone) {
+    for (const bool raises : {false, true}) {
+        const Script script([&](FormatInterface& target) {
+            addCurve(target, "read");
+            if (raises) throw Broken();
+        });
+        const auto curve = RandomCurve(1).make();
+        const auto before = FCurve::createCopy(*curve);
+        Listener listener;
+        Listener everywhere;
+        curve->subscribe(listener);
+        FCurve::subscribeGlobal(everywhere);
+        if (raises) {
+            EXPECT_THROW(ReadFCurveFromString("", "script", *curve), Broken);
+            EXPECT_EQ(Difference(*curve, *before), "");
+            EXPECT_EQ(listener.curves, 0);
+            continue;
+        }
+        ReadFCurveFromString("", "script", *curve);
+        EXPECT_EQ(listener.curves, 1);
+        EXPECT_EQ(everywhere.curves, 1);
+        EXPECT_STREQ(curve->getName(), "read");
+        EXPECT_EQ(curve->size(), 2U);
+        EXPECT_EQ(curve->sizeProperties(), 0U);
+        EXPECT_EQ(curve->begin()->getRightKey()->get(), Vector2D<double>(1.0, 2.0));
+        EXPECT_EQ(curve->eval(5.0), 3.0);
+    }
 }
 
-TEST(ReadCurve, LeavesTheTargetAloneWhenTheReaderRaises) {
-    const Script script([](FormatInterface& target) {
-        addCurve(target, "half");
-        throw Broken();
-    });
-    const auto curve = RandomCurve(2).make();
-    const auto before = FCurve::createCopy(*curve);
-    Listener listener;
-    curve->subscribe(listener);
-    EXPECT_THROW(ReadFCurveFromString("", "script", *curve), Broken);
-    EXPECT_EQ(Difference(*curve, *before), "");
-    EXPECT_EQ(listener.curves, 0);
-}
+TEST(ReadCurves, AddsCompleteCurvesAndTellsTheContainerOnceNobodyElse) {
+    for (const bool raises : {false, true}) {
+        const Script script([&](FormatInterface& target) {
+            target.startCurveContainer();
+            target.containerProperty("shot", "12");
+            addCurve(target, "one");
+            addCurve(target, "two");
+            if (!raises) return target.finishCurveContainer();
+            target.startCurve("half");
+            throw Broken();
+        });
+        const auto container = FCurveContainer::create();
+        container->addCurve(FCurve::create());
+        Listener listener;
+        Listener everywhere;
+        container->subscribe(listener);
+        FCurve::subscribeGlobal(everywhere);
+        MemoryStream stream;
+        if (raises) {
+            EXPECT_THROW(ReadCurves(stream, *container), Broken);
+        } else {
+            EXPECT_STREQ(ReadCurves(stream, *container).getFormatName(), "script");
+        }
+        EXPECT_EQ(listener.containers, 1);
+        EXPECT_EQ(everywhere.curves, 0);
+        EXPECT_STREQ(container->getProperty("shot"), "12");
+        ASSERT_EQ(container->size(), 3U);
+        FCurve& last = *--container->end();
+        EXPECT_STREQ(last.getName(), "two");
+        EXPECT_EQ(last.getShared(), last.begin()->getOwningCurve());
+        last.setName("renamed"); // a curve that was read is an ordinary one: it tells
+        EXPECT_EQ(everywhere.curves, 1);
 
-TEST(ReadCurves, AddsCurvesAndTellsTheContainerOnceNobodyElse) {
-    const Script script([](FormatInterface& target) {
-        target.startCurveContainer();
-        target.containerProperty("shot", "12");
-        addCurve(target, "one");
-        addCurve(target, "two");
-        target.finishCurveContainer();
-    });
-    const auto container = FCurveContainer::create();
-    container->addCurve(FCurve::create());
-    Listener listener;
-    Listener everywhere;
-    container->subscribe(listener);
-    FCurve::subscribeGlobal(everywhere);
-    MemoryStream stream;
-    EXPECT_STREQ(ReadCurves(stream, *container).getFormatName(), "script");
-    EXPECT_EQ(listener.containers, 1);
-    EXPECT_EQ(everywhere.curves, 0);
-    EXPECT_STREQ(container->getProperty("shot"), "12");
-    ASSERT_EQ(container->size(), 3U);
-    EXPECT_STREQ((--container->end())->getName(), "two");
-    EXPECT_EQ((--container->end())->getShared(), (--container->end())->begin()->getOwningCurve());
-
-    // A curve that was read is an ordinary one: it tells.
-    (--container->end())->setName("renamed");
-    EXPECT_EQ(everywhere.curves, 1);
-}
-
-TEST(ReadCurves, KeepsCompleteCurvesWhenTheReaderRaisesAndTellsOfThem) {
-    const Script script([](FormatInterface& target) {
-        target.startCurveContainer();
-        addCurve(target, "complete");
-        target.startCurve("half");
-        throw Broken();
-    });
-    const auto container = FCurveContainer::create();
-    Listener listener;
-    container->subscribe(listener);
-    MemoryStream stream;
-    EXPECT_THROW(ReadCurves(stream, *container), Broken);
-    ASSERT_EQ(container->size(), 1U);
-    EXPECT_STREQ(container->begin()->getName(), "complete");
-    EXPECT_EQ(listener.containers, 1);
-
-    const Script nothing([](FormatInterface&) {});
-    ReadCurves(stream, *container);
-    EXPECT_EQ(listener.containers, 1);
+        const Script nothing([](FormatInterface&) {});
+        ReadCurves(stream, *container);
+        EXPECT_EQ(listener.containers, 1);
+    }
 }

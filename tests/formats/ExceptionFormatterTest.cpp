@@ -34,6 +34,11 @@ std::string libraryMessageOf(const char* name, const Raised& raised) {
     return messageOf(messages, raised);
 }
 
+template<class... Raised>
+std::vector<std::string> libraryMessagesOf(const Raised&... raised) {
+    return {libraryMessageOf("f", raised)...};
+}
+
 // Knows one type.
 template<class Known>
 struct Says : ExceptionFormatter::Formatter {
@@ -123,26 +128,12 @@ TEST(LibraryFormatter, PutsNameAndPositionInFront) {
 }
 
 TEST(LibraryFormatter, HasAMessageForEveryExceptionOfTheLibraryAndForNoOther) {
-    const std::vector<std::string> messages = {
-        libraryMessageOf("f", Exception()),
-        libraryMessageOf("f", UnknownFormat()),
-        libraryMessageOf("f", FormatError()),
-        libraryMessageOf("f", File::FileException()),
-        libraryMessageOf("f", File::CantOpen()),
-        libraryMessageOf("f", File::FileExists()),
-        libraryMessageOf("f", File::FileDoesntExist()),
-        libraryMessageOf("f", File::AccessError()),
-        libraryMessageOf("f", File::ReadError()),
-        libraryMessageOf("f", File::WriteError()),
-        libraryMessageOf("f", File::EndOfFile()),
-        libraryMessageOf("f", SafeFileSave::CantFinish()),
-        libraryMessageOf("f", Stream::StreamException()),
-        libraryMessageOf("f", MemoryStream::EndOfBuffer()),
-        libraryMessageOf("f", ArrayStreamAdaptor::EndOfBuffer()),
-        libraryMessageOf("f", ArrayStreamAdaptor::AccessError()),
-        libraryMessageOf("f", DefaultFallbackParser::UnexpectedEnd("The expression ended prematurely.", 3)),
-        libraryMessageOf("f", std::bad_alloc()),
-    };
+    const std::vector<std::string> messages = libraryMessagesOf(
+        Exception(), UnknownFormat(), FormatError(), File::FileException(), File::CantOpen(), File::FileExists(),
+        File::FileDoesntExist(), File::AccessError(), File::ReadError(), File::WriteError(), File::EndOfFile(),
+        SafeFileSave::CantFinish(), Stream::StreamException(), MemoryStream::EndOfBuffer(),
+        ArrayStreamAdaptor::EndOfBuffer(), ArrayStreamAdaptor::AccessError(),
+        DefaultFallbackParser::UnexpectedEnd("The expression ended prematurely.", 3), std::bad_alloc());
     for (const std::string& message : messages) {
         EXPECT_EQ(message.find("f: "), 0U) << message;
         EXPECT_EQ(message.find("VEM_FN"), std::string::npos) << message;

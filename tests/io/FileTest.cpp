@@ -13,9 +13,7 @@
 #include <thread>
 
 #include <csignal>
-#include <fcntl.h>
 #include <pthread.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -33,9 +31,14 @@ protected:
     FileTest() { writeWholeFile(m_path, "abcdefgh"); }
 };
 
-using FileStreamTest = FileTest;
+// What File and FileStream have in common.
+template<class Kind>
+class Opening : public FileTest {};
+using Kinds = testing::Types<File, FileStream>;
+TYPED_TEST_SUITE(Opening, Kinds);
 
-std::string read(File& file, int count) {
+template<class Kind>
+std::string read(Kind& file, int count) {
     std::string bytes(static_cast<std::size_t>(count), '\0');
     file.readData(bytes.data(), count);
     return bytes;
@@ -43,31 +46,67 @@ std::string read(File& file, int count) {
 
 } // namespace
 
-TEST_F(FileTest, OpensByAccessAndFlags) {
-    EXPECT_THROW(File(m_missing.c_str(), File::Read, 0), File::FileDoesntExist);
-    EXPECT_THROW(File(m_missing.c_str(), File::Read, File::Exclusive), File::FileDoesntExist);
-    EXPECT_THROW(File((m_missing + "/file").c_str(), File::Read), File::FileDoesntExist);
-    EXPECT_THROW(File(m_path.c_str(), File::Read, File::Create | File::Exclusive), File::FileExists);
-    EXPECT_NO_THROW(File(m_path.c_str(), File::Read, File::Exclusive)) << "nothing without Create";
-    EXPECT_THROW(File(m_path.c_str(), File::Read, File::Truncate), File::AccessError);
-    EXPECT_THROW(File(nullptr), File::FileDoesntExist);
-    EXPECT_THROW(File(m_folder.path().c_str(), File::Write), File::CantOpen) << "a directory";
-    EXPECT_EQ(readWholeFile(m_path), "abcdefgh");
+TYPED_TEST(Opening, DependsOnAccessAndFlags) {
+    using Kind = TypeParam;
+    const char* const path = this->m_path.c_str();
+    const char* const missing = this->m_missing.c_str();
+    EXPECT_THROW(Kind(missing, Kind::Read, 0), File::FileDoesntExist);
+    EXPECT_THROW(Kind(missing, Kind::Read, Kind::Exclusive), File::FileDoesntExist);
+    EXPECT_THROW(Kind((this->m_missing + "/file").c_str(), Kind::Read), File::FileDoesntExist);
+    EXPECT_THROW(Kind(path, Kind::Read, Kind::Create | Kind::Exclusive), File::FileExists);
+    EXPECT_NO_THROW(Kind(path, Kind::Read, Kind::Exclusive)) << "nothing without Create";
+    EXPECT_THROW(Kind(path, Kind::Read, Kind::Truncate), File::AccessError);
+    EXPECT_THROW(Kind(nullptr), File::FileDoesntExist);
+    EXPECT_THROW(Kind(this->m_folder.path().c_str(), Kind::Write), File::CantOpen) << "a directory";
+    EXPECT_EQ(readWholeFile(path), "abcdefgh");
 
-    EXPECT_THROW(File(m_missing.c_str(), File::Read, File::Create | File::Exclusive | File::Truncate),
-                 File::AccessError);
-    EXPECT_FALSE(fs::exists(m_missing)) << "what Exclusive made goes with the exception";
-    File created(m_missing.c_str());
-    EXPECT_EQ(created.getAccess(), File::ReadWrite);
+    EXPECT_THROW(Kind(missing, Kind::Read, Kind::Create | Kind::Exclusive | Kind::Truncate), File::AccessError);
+    EXPECT_FALSE(fs::exists(missing)) << "what Exclusive made goes with the exception";
+    Kind created(missing);
+    EXPECT_EQ(created.getAccess(), Kind::ReadWrite);
     EXPECT_EQ(created.getOpenFlags(), 1u);
-    EXPECT_EQ(created.getPathname(), m_missing);
+    EXPECT_STREQ(created.getPathname(), missing);
     struct stat status;
-    ASSERT_EQ(::stat(m_missing.c_str(), &status), 0);
+    ASSERT_EQ(::stat(missing, &status), 0);
     EXPECT_EQ(status.st_mode & 0777u, 0600u);
+    fs::remove(missing);
+    Kind reader(missing, Kind::Read);
+    EXPECT_TRUE(fs::exists(missing)) << "made, for reading too";
 
-    File odd(m_path.c_str(), static_cast<File::Access>(7), 0xF0);
-    EXPECT_EQ(odd.getAccess(), File::Read);
+    Kind odd(path, static_cast<typename Kind::Access>(3), 0xF0);
+    EXPECT_EQ(odd.getAccess(), Kind::Read);
     EXPECT_EQ(odd.getOpenFlags(), 0u);
+}
+
+TYPED_TEST(Opening, EmptiesAFileByTruncateOnly) {
+    using Kind = TypeParam;
+    const char* const path = this->m_path.c_str();
+    { Kind file(path, Kind::Write); }
+    EXPECT_EQ(readWholeFile(path), "abcdefgh");
+    Kind(path, Kind::Write, Kind::Create).writeData("XY", 2);
+    EXPECT_EQ(readWholeFile(path), "XYcdefgh");
+    Kind(path, Kind::ReadWrite, Kind::Truncate).writeData("new", 3);
+    EXPECT_EQ(readWholeFile(path), "new");
+}
+
+TYPED_TEST(Opening, WithoutANameMakesATemporaryFile) {
+    const fs::path before = fs::current_path();
+    fs::current_path(this->m_folder.path());
+    std::string name;
+    {
+        TypeParam file;
+        name = file.getPathname();
+        EXPECT_EQ(name.size(), 9u);
+        EXPECT_EQ(name.substr(0, 3), "tmp");
+        EXPECT_EQ(file.getAccess(), TypeParam::ReadWrite);
+        EXPECT_EQ(file.getOpenFlags(), 3u);
+        file.writeData("abc", 3);
+        file.setPosition(1);
+        EXPECT_EQ(read(file, 2), "bc");
+        EXPECT_TRUE(fs::exists(name));
+    }
+    EXPECT_FALSE(fs::exists(name));
+    fs::current_path(before);
 }
 
 TEST_F(FileTest, OpensOnlyWhatIsPermitted) {
@@ -77,35 +116,6 @@ TEST_F(FileTest, OpensOnlyWhatIsPermitted) {
     if (!user.permissionsAreAsked()) GTEST_SKIP() << "root may do everything here";
     EXPECT_THROW(File(m_path.c_str(), File::Read, 0), File::AccessError);
     EXPECT_THROW(File(m_missing.c_str()), File::AccessError);
-}
-
-TEST_F(FileTest, OnlyTruncateEmpties) {
-    { File file(m_path.c_str(), File::Write); }
-    EXPECT_EQ(readWholeFile(m_path), "abcdefgh");
-    File(m_path.c_str(), File::Write, File::Create).writeData("XY", 2);
-    EXPECT_EQ(readWholeFile(m_path), "XYcdefgh");
-    File(m_path.c_str(), File::ReadWrite, File::Truncate).writeData("new", 3);
-    EXPECT_EQ(readWholeFile(m_path), "new");
-}
-
-TEST_F(FileTest, ATemporaryFileLivesAsLongAsTheFile) {
-    const fs::path before = fs::current_path();
-    fs::current_path(m_folder.path());
-    std::string name;
-    {
-        File file;
-        name = file.getPathname();
-        EXPECT_EQ(name.size(), 9u);
-        EXPECT_EQ(name.substr(0, 3), "tmp");
-        EXPECT_EQ(file.getAccess(), File::ReadWrite);
-        EXPECT_EQ(file.getOpenFlags(), 3u);
-        file.writeData("abc", 3);
-        file.setPosition(1);
-        EXPECT_EQ(read(file, 2), "bc");
-        EXPECT_TRUE(fs::exists(name));
-    }
-    EXPECT_FALSE(fs::exists(name));
-    fs::current_path(before);
 }
 
 TEST_F(FileTest, TransfersAskForTheAccessFirst) {
@@ -219,32 +229,6 @@ TEST_F(FileTest, AFullDiskIsRemembered) {
     EXPECT_FALSE(file.flush());
 }
 
-// The limit on a file's length stands for a disk that fills up half-way.
-TEST_F(FileTest, ADiskThatFillsUpKeepsAnUnbrokenBeginning) {
-    rlimit before;
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit limit = before;
-    limit.rlim_cur = 100000;
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-
-    std::string written;
-    bool flushed = true;
-    {
-        File file(m_missing.c_str(), File::Write);
-        for (int number = 0; number < 30000; ++number) {
-            const std::string text = std::to_string(number) + ' ';
-            written += text;
-            file.writeData(text.data(), static_cast<int>(text.size()));
-        }
-        flushed = file.flush();
-    }
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_FALSE(flushed);
-    EXPECT_TRUE(readWholeFile(m_missing) == written.substr(0, 100000));
-}
-
 TEST_F(FileTest, APipeHasNoPositionsAndIsNotReadAhead) {
     ASSERT_EQ(::mkfifo(m_missing.c_str(), 0600), 0);
     std::string got;
@@ -276,80 +260,29 @@ TEST_F(FileTest, InterruptedTransfersAreContinued) {
     struct sigaction before;
     action.sa_handler = [](int) {}; // without SA_RESTART
     ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+    ASSERT_EQ(::mkfifo(m_missing.c_str(), 0600), 0);
     std::string sent(1000000, '\0');
     for (std::size_t i = 0; i < sent.size(); ++i) sent[i] = static_cast<char>(i * i >> 3);
-    const int length = static_cast<int>(sent.size());
-    ASSERT_EQ(::mkfifo(m_missing.c_str(), 0600), 0);
-
     std::string got(sent.size(), '\0');
-    std::thread reading([&] { File(m_missing.c_str(), File::Read, 0).readData(got.data(), length); });
-    int pipe = ::open(m_missing.c_str(), O_WRONLY);
-    for (std::size_t at = 0; at < sent.size();) {
-        ::pthread_kill(reading.native_handle(), SIGUSR1);
-        const ssize_t written = ::write(pipe, sent.data() + at, std::min<std::size_t>(7001, sent.size() - at));
-        ASSERT_GT(written, 0);
-        at += static_cast<std::size_t>(written);
-        ::usleep(50);
-    }
-    reading.join();
-    ::close(pipe);
-    EXPECT_TRUE(got == sent) << "read";
-
-    bool flushed = false;
+    const int length = static_cast<int>(sent.size());
+    std::atomic<int> running{2};
+    std::thread reading([&] {
+        EXPECT_NO_THROW(File(m_missing.c_str(), File::Read, 0).readData(got.data(), length));
+        --running;
+    });
     std::thread writing([&] {
         File file(m_missing.c_str(), File::Write, 0);
         for (int at = 0; at < length; at += 1000) file.writeData(sent.data() + at, 1000);
-        flushed = file.flush();
+        EXPECT_TRUE(file.flush());
+        --running;
     });
-    pipe = ::open(m_missing.c_str(), O_RDONLY);
-    got.clear();
-    char piece[7001];
-    for (ssize_t count = 1; count > 0;) {
-        if (got.size() < sent.size()) ::pthread_kill(writing.native_handle(), SIGUSR1);
+    while (running > 0) {
+        ::pthread_kill(reading.native_handle(), SIGUSR1);
+        ::pthread_kill(writing.native_handle(), SIGUSR1);
         ::usleep(50);
-        count = ::read(pipe, piece, sizeof piece);
-        if (count > 0) got.append(piece, static_cast<std::size_t>(count));
     }
+    reading.join();
     writing.join();
-    ::close(pipe);
     ::sigaction(SIGUSR1, &before, nullptr);
-    EXPECT_TRUE(flushed);
-    EXPECT_TRUE(got == sent) << "written";
-}
-
-TEST_F(FileStreamTest, OpensAsFileDoes) {
-    {
-        FileStream stream(m_path.c_str(), FileStream::Write);
-        EXPECT_EQ(stream.getAccess(), FileStream::Write);
-        EXPECT_EQ(stream.getOpenFlags(), 1u);
-        EXPECT_EQ(stream.getPathname(), m_path);
-        stream.writeData("XY", 2);
-        EXPECT_TRUE(stream.flush());
-    }
-    EXPECT_EQ(readWholeFile(m_path), "XYcdefgh");
-
-    FileStream reader(m_missing.c_str(), FileStream::Read);
-    EXPECT_EQ(fs::file_size(m_missing), 0u) << "made, for reading too";
-    char byte;
-    EXPECT_THROW(reader.readData(&byte, 1), File::EndOfFile);
-    EXPECT_THROW(reader.writeData(&byte, 1), File::AccessError);
-
-    FileStream odd(m_path.c_str(), static_cast<FileStream::Access>(3), 0xF0);
-    EXPECT_EQ(odd.getAccess(), FileStream::Read);
-    EXPECT_EQ(odd.getOpenFlags(), 0u);
-    EXPECT_THROW(FileStream(m_path.c_str(), FileStream::Read, FileStream::Create | FileStream::Exclusive),
-                 File::FileExists);
-    EXPECT_THROW(FileStream(m_path.c_str(), FileStream::Read, FileStream::Truncate), File::AccessError);
-
-    const fs::path before = fs::current_path();
-    fs::current_path(m_folder.path());
-    std::string name;
-    {
-        FileStream temporary;
-        name = temporary.getPathname();
-        EXPECT_TRUE(fs::exists(name));
-        EXPECT_EQ(temporary.getAccess(), FileStream::ReadWrite);
-    }
-    EXPECT_FALSE(fs::exists(name));
-    fs::current_path(before);
+    EXPECT_TRUE(got == sent);
 }

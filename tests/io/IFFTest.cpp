@@ -1,32 +1,20 @@
-#include "FCurveLib/IFF.h"
-
-#include "FCurveLib/ArrayStreamAdaptor.h"
-#include "FCurveLib/FileStream.h"
-#include "FCurveLib/MemoryStream.h"
+#include "support/StreamOf.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <memory>
 #include <string>
 
-using namespace VEM_FN::FCurveLib;
+using namespace Test;
+using namespace std::string_literals;
 
 namespace {
 
 using Little = LittleEndianBinaryPolicy;
 
-std::string bytesOf(const MemoryStream& stream) {
-    return std::string(stream.getData(), static_cast<std::size_t>(stream.getSize()));
-}
-
-std::string bytesOf(const IFFType& type) {
+std::string BytesOf(const IFFType& type) {
     return std::string(type.getTypeBytes(), 4);
-}
-
-std::string operator""_bytes(const char* text, std::size_t length) {
-    return std::string(text, length);
 }
 
 // Chunks of chunks of an odd number of bytes, depth levels deep, two at every level.
@@ -68,13 +56,13 @@ int countLeaves(Stream& stream, BinaryIO<Policy>& io, int depth) {
 } // namespace
 
 TEST(IFFType, IsFourBytes) {
-    EXPECT_EQ(bytesOf(IFFType()), "\0\0\0\0"_bytes);
-    EXPECT_EQ(bytesOf(IFFType("")), "\0\0\0\0"_bytes);
-    EXPECT_EQ(bytesOf(IFFType(nullptr)), "\0\0\0\0"_bytes);
-    EXPECT_EQ(bytesOf(IFFType("ab")), "ab\0\0"_bytes);
-    EXPECT_EQ(bytesOf(IFFType("Crvs")), "Crvs");
-    EXPECT_EQ(bytesOf(IFFType("Crvslong")), "Crvs");
-    EXPECT_EQ(bytesOf(IFFType::fromBytes("a\0bc")), "a\0bc"_bytes);
+    EXPECT_EQ(BytesOf(IFFType()), "\0\0\0\0"s);
+    EXPECT_EQ(BytesOf(IFFType("")), "\0\0\0\0"s);
+    EXPECT_EQ(BytesOf(IFFType(nullptr)), "\0\0\0\0"s);
+    EXPECT_EQ(BytesOf(IFFType("ab")), "ab\0\0"s);
+    EXPECT_EQ(BytesOf(IFFType("Crvs")), "Crvs");
+    EXPECT_EQ(BytesOf(IFFType("Crvslong")), "Crvs");
+    EXPECT_EQ(BytesOf(IFFType::fromBytes("a\0bc")), "a\0bc"s);
     EXPECT_TRUE(IFFType("abcd") == IFFType("abcde"));
     EXPECT_TRUE(IFFType::fromBytes("a\0bc") != IFFType("a"));
     EXPECT_FALSE(IFFType::fromBytes("\xFF\xFE\xFD\xFC") != IFFType("\xFF\xFE\xFD\xFC"));
@@ -87,7 +75,7 @@ TEST(IFFWriter, PatchesTheSizeInTheByteOrder) {
 
     MemoryStream stream;
     IFFWriter<Little>(stream, little, "none").patchSize();
-    EXPECT_EQ(bytesOf(stream), "none\0\0\0\0"_bytes);
+    EXPECT_EQ(BytesOf(stream), "none\0\0\0\0"s);
 
     IFFWriter first(stream, little, "litt");
     stream.writeData(payload.data(), 258);
@@ -96,7 +84,7 @@ TEST(IFFWriter, PatchesTheSizeInTheByteOrder) {
     stream.writeData(payload.data(), 258);
     second.patchSize();
     EXPECT_EQ(stream.getPosition(), stream.getSize());
-    EXPECT_EQ(bytesOf(stream), "none\0\0\0\0litt\x02\x01\0\0"_bytes + payload + "big\0\0\0\x01\x02"_bytes + payload);
+    EXPECT_EQ(BytesOf(stream), "none\0\0\0\0litt\x02\x01\0\0"s + payload + "big\0\0\0\x01\x02"s + payload);
 }
 
 TEST(IFFWriter, MakesThePayloadEndAtThePosition) {
@@ -106,16 +94,16 @@ TEST(IFFWriter, MakesThePayloadEndAtThePosition) {
     stream.writeData("12345", 5);
     stream.setPosition(4);
     EXPECT_THROW(chunk.patchSize(), Stream::StreamException) << "before the payload";
-    EXPECT_EQ(bytesOf(stream), "abcd\0\0\0\0"_bytes + "12345");
+    EXPECT_EQ(BytesOf(stream), "abcd\0\0\0\0"s + "12345");
     stream.setPosition(10);
     const IFFWriter copy = chunk;
     copy.patchSize();
     EXPECT_EQ(stream.getPosition(), 10);
-    EXPECT_EQ(bytesOf(stream), "abcd\2\0\0\0"_bytes + "12345");
+    EXPECT_EQ(BytesOf(stream), "abcd\2\0\0\0"s + "12345");
 }
 
 TEST(IFFReader, ReadsSkipsAndValidates) {
-    const std::string bytes = "a\0b\0\5\0\0\0hello"_bytes + "next\0\0\0\0"_bytes;
+    const std::string bytes = "a\0b\0\5\0\0\0hello"s + "next\0\0\0\0"s;
     ArrayStreamAdaptor stream(bytes.data(), static_cast<int>(bytes.size()));
     BinaryIO<Little> io;
     IFFReader chunk(stream, io);
@@ -141,46 +129,27 @@ TEST(IFFReader, ReadsSkipsAndValidates) {
 }
 
 TEST(IFFReader, NoSizeWrapsAround) {
-    struct Row {
-        std::uint32_t size;
-        int reported;
-    };
-    for (const Row row : {Row{6, 6}, Row{INT_MAX, INT_MAX}, Row{0x80000000u, INT_MAX}, Row{0xFFFFFFF8u, INT_MAX},
-                          Row{0xFFFFFFFFu, INT_MAX}}) {
+    for (const std::uint32_t size : {6u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF8u, 0xFFFFFFFFu}) {
         BinaryIO<Little> io;
         MemoryStream stream;
         stream.writeData("huge", 4);
-        io.writeUInt32(stream, row.size);
+        io.writeUInt32(stream, size);
         stream.writeData("12345", 5);
         stream.setPosition(0);
         const IFFReader chunk(stream, io);
-        EXPECT_EQ(chunk.getIFFSize(), row.reported);
-        EXPECT_EQ(chunk.getPayloadEnd(), std::int64_t{8} + row.size);
+        EXPECT_EQ(chunk.getIFFSize(), size == 6 ? 6 : INT_MAX);
+        EXPECT_EQ(chunk.getPayloadEnd(), std::int64_t{8} + size);
         EXPECT_FALSE(chunk.validateSize());
-        EXPECT_THROW(chunk.skip(), MemoryStream::EndOfBuffer) << row.size;
-        EXPECT_EQ(stream.getPosition(), 8) << row.size;
+        EXPECT_THROW(chunk.skip(), MemoryStream::EndOfBuffer) << size;
+        EXPECT_EQ(stream.getPosition(), 8) << size;
         stream.setPosition(0);
-        EXPECT_FALSE(chunk.validateSize()) << row.size;
+        EXPECT_FALSE(chunk.validateSize()) << size;
     }
 }
 
 // The one stream in which the last position exists.
 TEST(IFFReader, NoSizeWrapsAroundInTheLongestStream) {
-    class Longest : public Stream {
-    public:
-        void readData(void* buffer, int count) override {
-            std::memset(buffer, 0xFF, static_cast<std::size_t>(count));
-            m_position += count;
-        }
-        void writeData(const void*, int) override {}
-        int getPosition() const override { return m_position; }
-        void setPosition(int position) override { m_position = position; }
-        int getSize() const override { return INT_MAX; }
-
-    private:
-        int m_position = 0;
-    };
-    Longest stream;
+    EndlessStream stream("", "\xFF");
     BinaryIO<Little> io;
     const IFFReader chunk(stream, io);
     EXPECT_THROW(chunk.skip(), Stream::StreamException);
@@ -199,6 +168,6 @@ TEST(IFF, NestsOnEveryStream) {
         EXPECT_EQ(countLeaves(*stream, io, 5), 32);
     }
     EXPECT_TRUE(file.flush());
-    EXPECT_EQ(readWholeFile(folder.file("chunks")), bytesOf(memory));
-    EXPECT_EQ(std::string(&array.getArray()[0], static_cast<std::size_t>(memory.getSize())), bytesOf(memory));
+    EXPECT_EQ(readWholeFile(folder.file("chunks")), BytesOf(memory));
+    EXPECT_EQ(std::string(&array.getArray()[0], static_cast<std::size_t>(memory.getSize())), BytesOf(memory));
 }

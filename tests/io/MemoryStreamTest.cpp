@@ -1,20 +1,11 @@
-#include "FCurveLib/MemoryStream.h"
+#include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <string>
 #include <utility>
 
-using namespace VEM_FN::FCurveLib;
-
-namespace {
-
-std::string bytesOf(const MemoryStream& stream) {
-    return std::string(stream.getData(), static_cast<std::size_t>(stream.getSize()));
-}
-
-} // namespace
+using namespace Test;
 
 TEST(MemoryStream, GrowsByWritingOnly) {
     MemoryStream stream;
@@ -31,12 +22,11 @@ TEST(MemoryStream, GrowsByWritingOnly) {
     EXPECT_EQ(stream.getPosition(), 3);
     stream.setPosition(7);
     stream.writeData("HIJ", 3);
-    EXPECT_EQ(bytesOf(stream), "abCdefgHIJ");
+    EXPECT_EQ(BytesOf(stream), "abCdefgHIJ");
 }
 
 TEST(MemoryStream, AFailedReadLeavesThePosition) {
-    MemoryStream stream;
-    stream.writeData("abc", 3);
+    MemoryStream stream = StreamOf("abc");
     stream.setPosition(1);
     char buffer[8] = {};
     for (const int count : {3, -1, INT_MIN, INT_MAX}) {
@@ -49,25 +39,24 @@ TEST(MemoryStream, AFailedReadLeavesThePosition) {
 }
 
 TEST(MemoryStream, CopiesAndMovesBytesAndPosition) {
-    MemoryStream stream;
-    stream.writeData("abcd", 4);
+    MemoryStream stream = StreamOf("abcd");
     stream.setPosition(1);
 
     MemoryStream copy(stream);
     copy.writeData("X", 1);
-    EXPECT_EQ(bytesOf(copy), "aXcd");
-    EXPECT_EQ(bytesOf(stream), "abcd");
+    EXPECT_EQ(BytesOf(copy), "aXcd");
+    EXPECT_EQ(BytesOf(stream), "abcd");
     EXPECT_EQ(stream.getPosition(), 1);
 
     stream = copy;
-    EXPECT_EQ(bytesOf(stream), "aXcd");
+    EXPECT_EQ(BytesOf(stream), "aXcd");
     EXPECT_EQ(stream.getPosition(), 2);
     const MemoryStream& itself = stream;
     stream = itself;
-    EXPECT_EQ(bytesOf(stream), "aXcd");
+    EXPECT_EQ(BytesOf(stream), "aXcd");
 
     MemoryStream moved(std::move(copy));
-    EXPECT_EQ(bytesOf(moved), "aXcd");
+    EXPECT_EQ(BytesOf(moved), "aXcd");
     EXPECT_EQ(moved.getPosition(), 2);
     EXPECT_EQ(copy.getSize(), 0); // NOLINT(bugprone-use-after-move): promised to be empty
     EXPECT_EQ(copy.getPosition(), 0);
@@ -76,5 +65,5 @@ TEST(MemoryStream, CopiesAndMovesBytesAndPosition) {
     EXPECT_EQ(moved.getSize(), 0);
     EXPECT_EQ(moved.getPosition(), 0);
     moved = std::move(stream);
-    EXPECT_EQ(bytesOf(moved), "aXcd");
+    EXPECT_EQ(BytesOf(moved), "aXcd");
 }

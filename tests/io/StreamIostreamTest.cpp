@@ -1,22 +1,12 @@
-#include "FCurveLib/StreamIostream.h"
-
-#include "FCurveLib/ArrayStreamAdaptor.h"
-#include "FCurveLib/MemoryStream.h"
+#include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
 
-#include <string>
-
-using namespace VEM_FN::FCurveLib;
+using namespace Test;
 
 namespace {
 
-MemoryStream holding(const std::string& bytes) {
-    MemoryStream stream;
-    stream.writeData(bytes.data(), static_cast<int>(bytes.size()));
-    stream.setPosition(0);
-    return stream;
-}
+constexpr int kEof = std::char_traits<char>::eof();
 
 } // namespace
 
@@ -46,18 +36,18 @@ TEST(StreamIostream, AnEmptyStreamIsAtItsEnd) {
     Stream_iostream in(stream);
     EXPECT_TRUE(in.good());
     in.exceptions(std::ios::goodbit);
-    EXPECT_EQ(in.get(), std::char_traits<char>::eof());
+    EXPECT_EQ(in.get(), kEof);
     EXPECT_TRUE(in.eof());
 }
 
 TEST(StreamIostream, TheByteFFEndsReading) {
-    MemoryStream stream = holding("\x41\xFF\x42");
+    MemoryStream stream = StreamOf("\x41\xFF\x42");
     Stream_iostream in(stream);
     EXPECT_EQ(in.get(), 0x41);
-    EXPECT_EQ(in.get(), std::char_traits<char>::eof());
+    EXPECT_EQ(in.get(), kEof);
     EXPECT_TRUE(in.eof());
 
-    MemoryStream high = holding("\x80");
+    MemoryStream high = StreamOf("\x80");
     Stream_streambuf buffer(high);
     EXPECT_EQ(buffer.sbumpc(), -128) << "widened as a signed char";
 }
@@ -70,22 +60,20 @@ TEST(StreamIostream, WritesEveryByte) {
     out.write(all.data(), 256);
     for (const char byte : all) out.put(byte);
     EXPECT_TRUE(out.good());
-    EXPECT_EQ(std::string(stream.getData(), 512), all + all);
+    EXPECT_EQ(BytesOf(stream), all + all);
 }
 
 TEST(StreamIostream, HoldsOneCharacter) {
-    MemoryStream stream = holding("abc");
+    MemoryStream stream = StreamOf("abc");
     Stream_streambuf buffer(stream);
-    constexpr int eof = std::char_traits<char>::eof();
-
-    EXPECT_EQ(buffer.sungetc(), eof) << "nothing was taken yet";
+    EXPECT_EQ(buffer.sungetc(), kEof) << "nothing was taken yet";
     EXPECT_EQ(buffer.sgetc(), 'a');
     EXPECT_EQ(buffer.sgetc(), 'a');
     EXPECT_EQ(stream.getPosition(), 1) << "a peek moves the stream";
-    EXPECT_EQ(buffer.sputbackc('x'), eof) << "one is held already";
+    EXPECT_EQ(buffer.sputbackc('x'), kEof) << "one is held already";
     EXPECT_EQ(buffer.sbumpc(), 'a');
     EXPECT_EQ(buffer.sungetc(), 'a');
-    EXPECT_EQ(buffer.sungetc(), eof);
+    EXPECT_EQ(buffer.sungetc(), kEof);
     EXPECT_EQ(buffer.sbumpc(), 'a');
     EXPECT_EQ(buffer.sputbackc('x'), 'x');
     EXPECT_EQ(buffer.sbumpc(), 'x');
@@ -93,7 +81,7 @@ TEST(StreamIostream, HoldsOneCharacter) {
     EXPECT_EQ(buffer.snextc(), 'b');
     EXPECT_EQ(buffer.sbumpc(), 'b');
     EXPECT_EQ(buffer.sbumpc(), 'c');
-    EXPECT_EQ(buffer.sbumpc(), eof);
+    EXPECT_EQ(buffer.sbumpc(), kEof);
     EXPECT_EQ(buffer.sungetc(), 'c') << "the end leaves the last character";
 }
 
@@ -106,5 +94,5 @@ TEST(StreamIostream, ARefusedWriteFailsTheStandardStream) {
     EXPECT_EQ(std::string(array, 2), "ab");
 
     Stream_streambuf buffer(stream);
-    EXPECT_EQ(buffer.sputc('c'), std::char_traits<char>::eof());
+    EXPECT_EQ(buffer.sputc('c'), kEof);
 }

@@ -18,39 +18,19 @@ namespace {
 
 constexpr int kLength = 200000; // more than a FileStream's buffer, and no multiple of it
 
-// A stream of kLength bytes, and what owns its place.
-struct Exhibit {
-    const char* name;
-    std::unique_ptr<Stream> (*make)(const std::string& path, std::vector<char>& array);
-    bool grows;
-};
+std::unique_ptr<Stream> makeStream(const std::string& kind, const std::string& path, std::vector<char>& array) {
+    if (kind == "Memory") return std::make_unique<MemoryStream>();
+    if (kind == "File") return std::make_unique<FileStream>(path.c_str());
+    if (kind == "Adaptor") return std::make_unique<ArrayStreamAdaptor>(array.data(), kLength);
+    return std::make_unique<ArrayStream<kLength>>();
+}
 
-const Exhibit kExhibits[] = {
-    {"Memory",
-     [](const std::string&, std::vector<char>&) -> std::unique_ptr<Stream> { return std::make_unique<MemoryStream>(); },
-     true},
-    {"File",
-     [](const std::string& path, std::vector<char>&) -> std::unique_ptr<Stream> {
-         return std::make_unique<FileStream>(path.c_str());
-     },
-     true},
-    {"Adaptor",
-     [](const std::string&, std::vector<char>& array) -> std::unique_ptr<Stream> {
-         return std::make_unique<ArrayStreamAdaptor>(array.data(), kLength);
-     },
-     false},
-    {"Array",
-     [](const std::string&, std::vector<char>&) -> std::unique_ptr<Stream> {
-         return std::make_unique<ArrayStream<kLength>>();
-     },
-     false},
-};
-
-class EveryStream : public testing::TestWithParam<Exhibit> {
+class EveryStream : public testing::TestWithParam<const char*> {
 protected:
     TempFolder m_folder;
     std::vector<char> m_array = std::vector<char>(kLength);
-    std::unique_ptr<Stream> m_stream = GetParam().make(m_folder.file("stream"), m_array);
+    std::unique_ptr<Stream> m_stream = makeStream(GetParam(), m_folder.file("stream"), m_array);
+    const bool m_grows = GetParam() == std::string("Memory") || GetParam() == std::string("File");
 
     void fill() {
         const std::vector<char> zeros(kLength);
@@ -98,14 +78,6 @@ TEST_P(EveryStream, DoesWhatAStringDoes) {
     EXPECT_EQ(m_stream->getSize(), kLength);
 }
 
-TEST_P(EveryStream, TransfersNothingAtItsEnd) {
-    fill();
-    m_stream->setPosition(kLength);
-    EXPECT_NO_THROW(m_stream->readData(nullptr, 0));
-    EXPECT_NO_THROW(m_stream->writeData(nullptr, 0));
-    EXPECT_EQ(m_stream->getPosition(), kLength);
-}
-
 TEST_P(EveryStream, RefusesWhatLiesOutside) {
     fill();
     m_stream->writeData("abcd", 4);
@@ -119,6 +91,8 @@ TEST_P(EveryStream, RefusesWhatLiesOutside) {
         EXPECT_EQ(m_stream->getPosition(), 2) << count;
     }
     m_stream->setPosition(kLength);
+    EXPECT_NO_THROW(m_stream->readData(nullptr, 0));
+    EXPECT_NO_THROW(m_stream->writeData(nullptr, 0));
     char byte = 'x';
     EXPECT_THROW(m_stream->readData(&byte, 1), Exception);
     EXPECT_EQ(byte, 'x');
@@ -134,7 +108,7 @@ TEST_P(EveryStream, RefusesWhatLiesOutside) {
 TEST_P(EveryStream, GrowsOrRefusesToGrow) {
     fill();
     m_stream->setPosition(kLength - 1);
-    if (GetParam().grows) {
+    if (m_grows) {
         m_stream->writeData("xyz", 3);
         m_stream->setPosition(kLength + 2);
         EXPECT_EQ(m_stream->getSize(), kLength + 2);
@@ -144,8 +118,8 @@ TEST_P(EveryStream, GrowsOrRefusesToGrow) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Streams, EveryStream, testing::ValuesIn(kExhibits),
-                         [](const auto& exhibit) { return std::string(exhibit.param.name); });
+INSTANTIATE_TEST_SUITE_P(Streams, EveryStream, testing::Values("Memory", "File", "Adaptor", "Array"),
+                         [](const auto& kind) { return std::string(kind.param); });
 
 namespace {
 
@@ -164,12 +138,15 @@ public:
     int getSize() const override { return 1; }
 };
 
-template<class Raised, class Base>
-std::string textOf() {
+// Without "VEM_FN::FCurveLib::".
+template<class Base, class Raised>
+std::string textOf(const Raised& raised) {
     try {
-        throw Raised(Raised());
+        throw Raised(raised);
     } catch (const Base& exception) {
-        return exception.what();
+        const std::string text = exception.what();
+        EXPECT_EQ(text.find("VEM_FN::FCurveLib::"), 0U);
+        return text.substr(sizeof "VEM_FN::FCurveLib::" - 1);
     }
 }
 
@@ -185,19 +162,18 @@ TEST(Streams, CanBeDerivedByAHost) {
 }
 
 TEST(Streams, ExceptionsCarryTheirTextsAndBases) {
-    EXPECT_EQ((textOf<Stream::StreamException, Exception>()), "VEM_FN::FCurveLib::Stream::StreamException");
-    EXPECT_EQ((textOf<MemoryStream::EndOfBuffer, Stream::StreamException>()),
-              "VEM_FN::FCurveLib::MemoryStream::EndOfBuffer");
-    EXPECT_EQ((textOf<ArrayStreamAdaptor::EndOfBuffer, Stream::StreamException>()),
-              "VEM_FN::FCurveLib::ArrayStreamAdaptor::EndOfBuffer");
-    EXPECT_EQ((textOf<ArrayStreamAdaptor::AccessError, Stream::StreamException>()),
-              "VEM_FN::FCurveLib::ArrayStreamAdaptor::AccessError");
-    EXPECT_EQ((textOf<File::FileException, Exception>()), "VEM_FN::FCurveLib::File::Exception");
-    EXPECT_EQ((textOf<File::CantOpen, File::FileException>()), "VEM_FN::FCurveLib::File::CantOpen");
-    EXPECT_EQ((textOf<File::FileExists, File::FileException>()), "VEM_FN::FCurveLib::File::FileExists");
-    EXPECT_EQ((textOf<File::FileDoesntExist, File::FileException>()), "VEM_FN::FCurveLib::File::FileDoesntExist");
-    EXPECT_EQ((textOf<File::AccessError, File::FileException>()), "VEM_FN::FCurveLib::File::AccessError");
-    EXPECT_EQ((textOf<File::ReadError, File::FileException>()), "VEM_FN::FCurveLib::File::ReadError");
-    EXPECT_EQ((textOf<File::WriteError, File::FileException>()), "VEM_FN::FCurveLib::File::WriteError");
-    EXPECT_EQ((textOf<File::EndOfFile, File::FileException>()), "VEM_FN::FCurveLib::File::EndOfFile");
+    using StreamError = Stream::StreamException;
+    using FileError = File::FileException;
+    EXPECT_EQ(textOf<Exception>(StreamError()), "Stream::StreamException");
+    EXPECT_EQ(textOf<StreamError>(MemoryStream::EndOfBuffer()), "MemoryStream::EndOfBuffer");
+    EXPECT_EQ(textOf<StreamError>(ArrayStreamAdaptor::EndOfBuffer()), "ArrayStreamAdaptor::EndOfBuffer");
+    EXPECT_EQ(textOf<StreamError>(ArrayStreamAdaptor::AccessError()), "ArrayStreamAdaptor::AccessError");
+    EXPECT_EQ(textOf<Exception>(FileError()), "File::Exception");
+    EXPECT_EQ(textOf<FileError>(File::CantOpen()), "File::CantOpen");
+    EXPECT_EQ(textOf<FileError>(File::FileExists()), "File::FileExists");
+    EXPECT_EQ(textOf<FileError>(File::FileDoesntExist()), "File::FileDoesntExist");
+    EXPECT_EQ(textOf<FileError>(File::AccessError()), "File::AccessError");
+    EXPECT_EQ(textOf<FileError>(File::ReadError()), "File::ReadError");
+    EXPECT_EQ(textOf<FileError>(File::WriteError()), "File::WriteError");
+    EXPECT_EQ(textOf<FileError>(File::EndOfFile()), "File::EndOfFile");
 }

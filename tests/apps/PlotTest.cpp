@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,20 +21,18 @@ namespace {
 
 using Keys = std::vector<std::pair<double, double>>;
 
-std::shared_ptr<FCurve> Make(const Keys& keys, const char* between, const char* before = "constant()",
-                             const char* after = "constant()", int tangents = Tangent::Smooth) {
+/// With smooth tangents.
+std::shared_ptr<FCurve> Make(const Keys& keys, const char* between, const char* outside = "constant()") {
     auto curve = FCurve::create();
     for (const auto& [x, y] : keys) {
-        Keyframe key;
-        key.set(x, y);
-        curve->insertSegment(key, InterpolatorFactory::create(between));
+        curve->insertSegment(*Keyframe::create(x, y), InterpolatorFactory::create(between));
     }
     for (Segment& segment : *curve) {
-        segment.getInTangent()->setType(static_cast<std::uint8_t>(tangents));
-        segment.getOutTangent()->setType(static_cast<std::uint8_t>(tangents));
+        segment.getInTangent()->setType(Tangent::Smooth);
+        segment.getOutTangent()->setType(Tangent::Smooth);
     }
-    curve->begin()->setInterpolator(InterpolatorFactory::create(before));
-    if (!keys.empty()) std::prev(curve->end())->setInterpolator(InterpolatorFactory::create(after));
+    curve->begin()->setInterpolator(InterpolatorFactory::create(outside));
+    std::prev(curve->end())->setInterpolator(InterpolatorFactory::create(outside));
     return curve;
 }
 
@@ -44,75 +40,33 @@ View::Picture Draw(const std::shared_ptr<FCurve>& curve, PlotOptions options = {
     return View::Picture(drawPlot({{curve, "curve"}}, options));
 }
 
-struct Exhibit {
+struct Drawn {
     const char* name;
-    std::function<std::shared_ptr<FCurve>()> make;
-    std::size_t gaps; // in the line between the keys
+    Keys keys;
+    const char* between; // the kind of the segments between the keys
+    std::size_t gaps;    // in the line between the keys
+    const char* outside = "constant()";
 };
 
-const Exhibit kExhibits[] = {
-    {"linear",
-     [] {
-         return Make({{1, 0}, {10, 4}, {20, -3}}, "linear()");
-     },
-     0},
-    {"bezier",
-     [] {
-         return Make({{1, 0}, {12, 8}, {24, 3}, {60, 0}}, "bezier()", "bezier()", "bezier()");
-     },
-     0},
-    {"far from zero",
-     [] {
-         return Make({{100000.25, 1e-12}, {100000.75, 3e-12}, {100001.25, -1e-12}}, "bezier()");
-     },
-     0},
-    {"huge",
-     [] {
-         return Make({{-1e9, 1e12}, {0, -1e12}, {2e9, 5e11}}, "linear()");
-     },
-     0},
-    {"steps",
-     [] {
-         return Make({{1, 2}, {15, 6}, {30, 1}, {45, 4}}, "constant()");
-     },
-     2},
-    {"next steps",
-     [] {
-         return Make({{1, 2}, {15, 6}, {30, 1}}, "constant_next()");
-     },
-     1},
-    {"formula with jumps",
-     [] {
-         return Make({{0, 0}, {35, 5}}, "floor(x / 7)");
-     },
-     4},
-    {"formula without keys", [] { return Make({}, "linear()", "10 * sin(x / 5)"); }, 0},
-    {"steep",
-     [] {
-         return Make({{0, 0}, {50, 1}, {100, 0}}, "exp(-(x - 50) ** 2 * 40)");
-     },
-     0},
-    {"pole",
-     [] {
-         return Make({{0, 1}, {100, -1}}, "1 / (x - 50.3)");
-     },
-     1},
-    {"one key",
-     [] {
-         return Make({{24, 3.5}}, "linear()");
-     },
-     0},
-    {"flat",
-     [] {
-         return Make({{1, 7}, {100, 7}}, "linear()");
-     },
-     0},
-    {"zero",
-     [] {
-         return Make({{1, 0}, {100, 0}}, "linear()");
-     },
-     0},
+const Drawn kDrawn[] = {
+    {"Linear", {{1, 0}, {10, 4}, {20, -3}}, "linear()", 0},
+    {"Bezier", {{1, 0}, {12, 8}, {24, 3}, {60, 0}}, "bezier()", 0, "bezier()"},
+    {"FarFromZero", {{100000.25, 1e-12}, {100000.75, 3e-12}, {100001.25, -1e-12}}, "bezier()", 0},
+    {"Huge", {{-1e9, 1e12}, {0, -1e12}, {2e9, 5e11}}, "linear()", 0},
+    {"Steps", {{1, 2}, {15, 6}, {30, 1}, {45, 4}}, "constant()", 2},
+    {"NextSteps", {{1, 2}, {15, 6}, {30, 1}}, "constant_next()", 1},
+    {"FormulaWithJumps", {{0, 0}, {35, 5}}, "floor(x / 7)", 4},
+    {"FormulaWithoutKeys", {}, "linear()", 0, "10 * sin(x / 5)"},
+    {"Steep", {{0, 0}, {50, 1}, {100, 0}}, "exp(-(x - 50) ** 2 * 40)", 0},
+    {"Pole", {{0, 1}, {100, -1}}, "1 / (x - 50.3)", 1},
+    {"OneKey", {{24, 3.5}}, "linear()", 0},
+    {"Flat", {{1, 7}, {100, 7}}, "linear()", 0},
+    {"Zero", {{1, 0}, {100, 0}}, "linear()", 0},
 };
+
+std::shared_ptr<FCurve> Make(const Drawn& drawn) {
+    return Make(drawn.keys, drawn.between, drawn.outside);
+}
 
 /// Lowest and highest value within a distance of x, without the segment's other side at a jump.
 std::pair<double, double> Around(const FCurve& curve, double x, double distance) {
@@ -126,49 +80,26 @@ std::pair<double, double> Around(const FCurve& curve, double x, double distance)
     return {low, high};
 }
 
-TEST(PlotSelection, RingsSelectedKeysOnlyWhenAsked) {
-    const auto curve = Make({{0, 0}, {10, 4}, {20, -3}, {30, 1}}, "linear()");
-    for (const int index : {1, 3}) GetIndexedKeyframe(*curve, index)->setProperty("fc_sel", "1");
-    PlotOptions options;
-    const auto draw = [&] { return View::ParseXml(drawPlot({{curve, "curve"}}, options)); };
-    EXPECT_EQ(draw().find("circle", "selected").size(), 0U);
-    options.selection = true;
-    options.keys = Marks::Off;
-    const View::Element picture = draw();
-    ASSERT_EQ(picture.find("circle", "selected").size(), 2U);
-    EXPECT_EQ(picture.find("circle", "key").size(), 0U);
-    curve->setProperty("fc_sel", "1");
-    const View::Element selected = draw();
-    ASSERT_FALSE(picture.find("path", "line").empty());
-    EXPECT_GT(selected.find("path", "line").front()->number("stroke-width"),
-              picture.find("path", "line").front()->number("stroke-width"));
-}
-
 } // namespace
 
-class EveryExhibit : public testing::TestWithParam<Exhibit> {};
+class EveryDrawn : public testing::TestWithParam<Drawn> {};
 
-INSTANTIATE_TEST_SUITE_P(Plot, EveryExhibit, testing::ValuesIn(kExhibits), [](const auto& exhibit) {
-    std::string name = exhibit.param.name;
-    for (char& c : name) c = c == ' ' ? '_' : c;
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Plot, EveryDrawn, testing::ValuesIn(kDrawn),
+                         [](const auto& drawn) { return std::string(drawn.param.name); });
 
 // Dots and lines, measured by the labels on the axes, are the curve's.
-TEST_P(EveryExhibit, IsDrawnWhereTheLabelsSay) {
-    const auto curve = GetParam().make();
+TEST_P(EveryDrawn, IsDrawnWhereTheLabelsSay) {
+    const auto curve = Make(GetParam());
     const View::Picture picture = Draw(curve);
     ASSERT_EQ(picture.panels().size(), 1U);
     const auto& [panel, frames, values] = picture.panels().front();
 
-    std::vector<const Keyframe*> keys;
-    for (const Segment& segment : *curve)
-        if (segment.getLeftKey()) keys.push_back(segment.getLeftKey().get());
+    const Keys& keys = GetParam().keys;
     const auto dots = panel->find("circle", "key");
     ASSERT_EQ(dots.size(), keys.size());
     for (std::size_t i = 0; i < keys.size(); ++i) {
-        EXPECT_NEAR(dots[i]->number("cx"), frames.toPixel(keys[i]->getX()), 0.1);
-        EXPECT_NEAR(dots[i]->number("cy"), values.toPixel(keys[i]->getY()), 0.1);
+        EXPECT_NEAR(dots[i]->number("cx"), frames.toPixel(keys[i].first), 0.1);
+        EXPECT_NEAR(dots[i]->number("cy"), values.toPixel(keys[i].second), 0.1);
     }
 
     const auto clip = panel->find("rect").front();
@@ -179,7 +110,7 @@ TEST_P(EveryExhibit, IsDrawnWhereTheLabelsSay) {
         for (const View::Element* path : panel->find("path", kind)) {
             for (const auto& stroke : View::ReadPath((*path)["d"])) {
                 const double middle = frames.toValue((stroke.front().x + stroke.back().x) / 2.0);
-                const bool isOutside = !keys.empty() && (middle < keys.front()->getX() || middle > keys.back()->getX());
+                const bool isOutside = !keys.empty() && (middle < keys.front().first || middle > keys.back().first);
                 EXPECT_EQ(isOutside, std::string(kind) == "outside") << "stroke around frame " << middle;
                 for (std::size_t i = 0; i + 1 < stroke.size(); ++i) {
                     for (const double t : {0.25, 0.5, 0.75}) { // between two points, where a coarse line would be off
@@ -199,8 +130,8 @@ TEST_P(EveryExhibit, IsDrawnWhereTheLabelsSay) {
     EXPECT_GT(points, 0U);
 }
 
-TEST_P(EveryExhibit, BreaksWhereItJumps) {
-    const auto curve = GetParam().make();
+TEST_P(EveryDrawn, BreaksWhereItJumps) {
+    const auto curve = Make(GetParam());
     const View::Picture picture = Draw(curve);
     const auto lines = picture.panels().front().element->find("path", "line");
     std::size_t strokes = 0;
@@ -208,11 +139,11 @@ TEST_P(EveryExhibit, BreaksWhereItJumps) {
     EXPECT_EQ(strokes, lines.empty() ? 0U : GetParam().gaps + 1);
 }
 
-TEST_P(EveryExhibit, StandsEveryOption) {
+TEST_P(EveryDrawn, StandsEveryOption) {
     PlotOptions options;
     options.velocity = options.acceleration = options.separate = true;
     options.keys = options.handles = Marks::On;
-    const auto curve = GetParam().make();
+    const auto curve = Make(GetParam());
     EXPECT_EQ(Draw(curve, options).panels().size(), 3U);
     options.frames = Interval{1e6, 1e6 + 0.5};
     options.values = Interval{-1e308, 1e308};
@@ -247,6 +178,24 @@ TEST_P(EveryMuseumPiece, GivesASoundPicture) {
             }
         }
     }
+}
+
+TEST(Plot, RingsSelectedKeysOnlyWhenAsked) {
+    const auto curve = Make({{0, 0}, {10, 4}, {20, -3}, {30, 1}}, "linear()");
+    for (const int index : {1, 3}) GetIndexedKeyframe(*curve, index)->setProperty("fc_sel", "1");
+    PlotOptions options;
+    const auto draw = [&] { return View::ParseXml(drawPlot({{curve, "curve"}}, options)); };
+    EXPECT_EQ(draw().find("circle", "selected").size(), 0U);
+    options.selection = true;
+    options.keys = Marks::Off;
+    const View::Element picture = draw();
+    ASSERT_EQ(picture.find("circle", "selected").size(), 2U);
+    EXPECT_EQ(picture.find("circle", "key").size(), 0U);
+    curve->setProperty("fc_sel", "1");
+    const View::Element selected = draw();
+    ASSERT_FALSE(picture.find("path", "line").empty());
+    EXPECT_GT(selected.find("path", "line").front()->number("stroke-width"),
+              picture.find("path", "line").front()->number("stroke-width"));
 }
 
 TEST(Plot, NoCurvesGivePicture) {
@@ -284,10 +233,7 @@ TEST(Plot, DerivativesShareTheFrames) {
 }
 
 TEST(Plot, VerticalTangentDoesNotFlattenTheVelocity) {
-    const auto curve = Make({{0, 0}, {10, 5}, {20, 0}}, "bezier()", "constant()", "constant()", Tangent::Fixed);
-    const auto middle = std::next(curve->begin())->getRightKey();
-    middle->getInTangent()->setWeighted(true);
-    middle->getInTangent()->set(0.0, -4.0);
+    const auto curve = ::Test::MakeCurve({{0, 0}, {10, 5, Vector2D<double>(0, -4)}, {20, 0, {}, {}, "constant()"}});
     ASSERT_GT(std::fabs(GetFirstDerivativeLeft(*curve, 10.0)), 1e6);
     PlotOptions options;
     options.velocity = true;
@@ -299,13 +245,13 @@ TEST(Plot, ManyKeysGiveSmallPictures) {
     auto curve = FCurve::create();
     const auto linear = InterpolatorFactory::create("linear()");
     double y = 0.0;
+    double lowest = 0.0;
     unsigned noise = 1;
     for (int i = 0; i < 100000; ++i) {
         noise = noise * 1664525U + 1013904223U;
         y += static_cast<double>(noise >> 16U) / 32768.0 - 1.0;
-        Keyframe key;
-        key.set(i, y);
-        curve->insertSegment(key, linear);
+        lowest = std::min(lowest, y);
+        curve->insertSegment(*Keyframe::create(i, y), linear);
     }
     PlotOptions options;
     options.velocity = true;
@@ -314,9 +260,6 @@ TEST(Plot, ManyKeysGiveSmallPictures) {
     EXPECT_TRUE(picture.root().find("circle", "key").empty());
     EXPECT_NE(picture.allText().find("100000 keys"), std::string::npos);
     // What is left out must not show: the line still reaches the extremes.
-    double lowest = 0.0;
-    for (const Segment& segment : *curve)
-        if (segment.getLeftKey()) lowest = std::min(lowest, segment.getLeftKey()->getY());
     double lowestPixel = 0.0;
     for (const auto& stroke : View::ReadPath((*picture.panels()[0].element->find("path", "line").front())["d"]))
         for (const auto& point : stroke) lowestPixel = std::max(lowestPixel, point.y);

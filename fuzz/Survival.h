@@ -26,7 +26,11 @@ inline std::shared_ptr<FCurve> documentOf(const FCurve& curve) {
     auto copy = FCurve::createCopy(curve);
     eraseEditorProperties(*copy);
     for (Segment& segment : *copy) {
-        if (!segment.getInterpolator()) segment.setInterpolator(InterpolatorFactory::create("0"));
+        const auto kind = segment.getInterpolator();
+        if (!kind)
+            segment.setInterpolator(InterpolatorFactory::create("0"));
+        else if (*kind->getExpression() == '\0')
+            segment.setInterpolator(Constant::create()); // deliberate: as the factory names it
         eraseEditorProperties(segment);
         eraseEditorProperties(*segment.getInTangent());
         eraseEditorProperties(*segment.getOutTangent());

@@ -31,9 +31,6 @@ const FormatType& GetFormatType() {
 }
 
 BinaryError::BinaryError(const std::string& message, std::uint64_t offset) : FormatError(message), m_offset(offset) {}
-BinaryError::BinaryError(const BinaryError&) noexcept = default;
-BinaryError& BinaryError::operator=(const BinaryError&) noexcept = default;
-BinaryError::~BinaryError() = default;
 const char* BinaryError::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::BinaryError";
 }
@@ -43,9 +40,6 @@ UnexpectedEnd::UnexpectedEnd(std::uint64_t expectedSize, std::uint64_t foundSize
                       + (foundSize == 1 ? " does." : " do."),
                   offset),
       m_expected(expectedSize), m_found(foundSize) {}
-UnexpectedEnd::UnexpectedEnd(const UnexpectedEnd&) noexcept = default;
-UnexpectedEnd& UnexpectedEnd::operator=(const UnexpectedEnd&) noexcept = default;
-UnexpectedEnd::~UnexpectedEnd() = default;
 const char* UnexpectedEnd::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::UnexpectedEnd";
 }
@@ -55,9 +49,6 @@ WrongBlockType::WrongBlockType(const char* expected, const char* found, std::uin
                       + "\".",
                   offset),
       m_types(std::make_shared<const std::pair<std::string, std::string>>(expected, printableType(found))) {}
-WrongBlockType::WrongBlockType(const WrongBlockType&) noexcept = default;
-WrongBlockType& WrongBlockType::operator=(const WrongBlockType&) noexcept = default;
-WrongBlockType::~WrongBlockType() = default;
 const char* WrongBlockType::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockType";
 }
@@ -70,9 +61,6 @@ WrongBlockSize::WrongBlockSize(const std::string& problem, std::uint64_t expecte
                                std::uint64_t offset)
     : BinaryError(problem + ": expected " + bytes(expectedSize) + ", found " + bytes(foundSize) + '.', offset),
       m_expected(expectedSize), m_found(foundSize) {}
-WrongBlockSize::WrongBlockSize(const WrongBlockSize&) noexcept = default;
-WrongBlockSize& WrongBlockSize::operator=(const WrongBlockSize&) noexcept = default;
-WrongBlockSize::~WrongBlockSize() = default;
 const char* WrongBlockSize::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockSize";
 }
@@ -87,9 +75,6 @@ UnsupportedVersion::UnsupportedVersion(unsigned major, unsigned minor, std::uint
                       + " can be read.",
                   offset),
       m_major(major), m_minor(minor) {}
-UnsupportedVersion::UnsupportedVersion(const UnsupportedVersion&) noexcept = default;
-UnsupportedVersion& UnsupportedVersion::operator=(const UnsupportedVersion&) noexcept = default;
-UnsupportedVersion::~UnsupportedVersion() = default;
 const char* UnsupportedVersion::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::UnsupportedVersion";
 }

@@ -12,9 +12,6 @@ const FormatType& GetFormatType() {
 
 XMLError::XMLError(const std::string& message, std::uint64_t line, std::uint64_t column, const std::string& name)
     : FormatError(message, line, column), m_name(name.empty() ? nullptr : std::make_shared<const std::string>(name)) {}
-XMLError::XMLError(const XMLError&) noexcept = default;
-XMLError& XMLError::operator=(const XMLError&) noexcept = default;
-XMLError::~XMLError() = default;
 const char* XMLError::what() const noexcept {
     return "VEM_FN::FCurveLib::XMLFormat::XMLError";
 }
@@ -24,9 +21,6 @@ const char* XMLError::name() const noexcept {
 
 ParseError::ParseError(int code, const std::string& message, std::uint64_t line, std::uint64_t column)
     : XMLError(message, line, column), m_code(code) {}
-ParseError::ParseError(const ParseError&) noexcept = default;
-ParseError& ParseError::operator=(const ParseError&) noexcept = default;
-ParseError::~ParseError() = default;
 const char* ParseError::what() const noexcept {
     return "VEM_FN::FCurveLib::XMLFormat::ParseError";
 }
@@ -52,9 +46,6 @@ UnsupportedVersion::UnsupportedVersion(unsigned major, unsigned supported, std::
                    + std::to_string(supported) + " can be read.",
                line, column, "version"),
       m_major(major), m_supported(supported) {}
-UnsupportedVersion::UnsupportedVersion(const UnsupportedVersion&) noexcept = default;
-UnsupportedVersion& UnsupportedVersion::operator=(const UnsupportedVersion&) noexcept = default;
-UnsupportedVersion::~UnsupportedVersion() = default;
 const char* UnsupportedVersion::what() const noexcept {
     return "VEM_FN::FCurveLib::XMLFormat::UnsupportedVersion";
 }

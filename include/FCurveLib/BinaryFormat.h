@@ -30,9 +30,6 @@ FCURVELIB_API const FormatType& GetFormatType();
 class FCURVELIB_API BinaryError : public FormatError {
 public:
     explicit BinaryError(const std::string& message = {}, std::uint64_t offset = 0);
-    BinaryError(const BinaryError&) noexcept;
-    BinaryError& operator=(const BinaryError&) noexcept;
-    ~BinaryError() override;
     const char* what() const noexcept override;
 
     /// Where the wrong thing begins, in bytes from the stream's beginning. 0 from a writer.
@@ -46,9 +43,6 @@ private:
 class FCURVELIB_API UnexpectedEnd : public BinaryError {
 public:
     UnexpectedEnd(std::uint64_t expectedSize, std::uint64_t foundSize, std::uint64_t offset);
-    UnexpectedEnd(const UnexpectedEnd&) noexcept;
-    UnexpectedEnd& operator=(const UnexpectedEnd&) noexcept;
-    ~UnexpectedEnd() override;
     const char* what() const noexcept override;
 
     /// Bytes that should follow the offset, and how many do.
@@ -66,9 +60,6 @@ public:
     /// expected is a text ("\"Name\"", "the end"); found a type of four bytes, in which anything but printable ASCII
     /// becomes '?'.
     WrongBlockType(const char* expected, const char* found, std::uint64_t offset);
-    WrongBlockType(const WrongBlockType&) noexcept;
-    WrongBlockType& operator=(const WrongBlockType&) noexcept;
-    ~WrongBlockType() override;
     const char* what() const noexcept override;
 
     /// As given. Never null.
@@ -92,9 +83,6 @@ public:
     /// problem begins the message: "The block "Name" is longer than the one that holds it".
     WrongBlockSize(const std::string& problem, std::uint64_t expectedSize, std::uint64_t foundSize,
                    std::uint64_t offset);
-    WrongBlockSize(const WrongBlockSize&) noexcept;
-    WrongBlockSize& operator=(const WrongBlockSize&) noexcept;
-    ~WrongBlockSize() override;
     const char* what() const noexcept override;
 
     std::uint64_t expectedSize() const noexcept { return m_expected; }
@@ -117,9 +105,6 @@ public:
 class FCURVELIB_API UnsupportedVersion : public BinaryError {
 public:
     UnsupportedVersion(unsigned major, unsigned minor, std::uint64_t offset);
-    UnsupportedVersion(const UnsupportedVersion&) noexcept;
-    UnsupportedVersion& operator=(const UnsupportedVersion&) noexcept;
-    ~UnsupportedVersion() override;
     const char* what() const noexcept override;
 
     unsigned majorVersion() const noexcept { return m_major; }

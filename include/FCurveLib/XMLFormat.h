@@ -28,9 +28,6 @@ class FCURVELIB_API XMLError : public FormatError {
 public:
     explicit XMLError(const std::string& message = {}, std::uint64_t line = 0, std::uint64_t column = 0,
                       const std::string& name = {});
-    XMLError(const XMLError&) noexcept;
-    XMLError& operator=(const XMLError&) noexcept;
-    ~XMLError() override;
     const char* what() const noexcept override;
 
     /// The tag or attribute that is wrong or missing; empty where it is about neither. Never null.
@@ -44,9 +41,6 @@ private:
 class FCURVELIB_API ParseError : public XMLError {
 public:
     ParseError(int code, const std::string& message, std::uint64_t line, std::uint64_t column);
-    ParseError(const ParseError&) noexcept;
-    ParseError& operator=(const ParseError&) noexcept;
-    ~ParseError() override;
     const char* what() const noexcept override;
 
     /// Expat's error code (XML_Error).
@@ -95,9 +89,6 @@ public:
 class FCURVELIB_API UnsupportedVersion : public XMLError {
 public:
     UnsupportedVersion(unsigned major, unsigned supported, std::uint64_t line, std::uint64_t column);
-    UnsupportedVersion(const UnsupportedVersion&) noexcept;
-    UnsupportedVersion& operator=(const UnsupportedVersion&) noexcept;
-    ~UnsupportedVersion() override;
     const char* what() const noexcept override;
 
     unsigned majorVersion() const noexcept { return m_major; }

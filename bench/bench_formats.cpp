@@ -121,6 +121,34 @@ void Load(benchmark::State& state, const char* format, Source source) {
     CountKeys(state);
 }
 
+// The formats without a writer: the same keys as they are written by hand and by scripts.
+std::string Document(const std::string& format) {
+    std::string values;
+    for (const Segment& segment : Straight()) {
+        const auto key = segment.getRightKey();
+        if (!key) continue;
+        if (format == "text") values += "key " + std::to_string(key->getX()) + ' ';
+        if (format == "hchan") values += std::to_string(key->getX()) + ' ';
+        values += std::to_string(key->getY()) + (format == "hClip" ? ' ' : '\n');
+    }
+    if (format == "text") return "fcurvetext 1.0\ncurve a {\n" + values + "}\n";
+    if (format == "hchan") return values;
+    return "{ tracklength = " + std::to_string(kKeys) + " { name = a data = " + values + "} }";
+}
+
+void LoadText(benchmark::State& state, const char* format) {
+    const std::string document = Document(format);
+    for (auto _ : state) {
+        const auto curve = FCurve::create();
+        ReadFCurveFromString(document, format, *curve);
+        state.PauseTiming();
+        curve->clear();
+        state.ResumeTiming();
+    }
+    CountKeys(state);
+    state.counters["bytes per key"] = static_cast<double>(document.size()) / kKeys;
+}
+
 constexpr auto SaveToMemory = &Save<InMemory>;
 constexpr auto SaveToFile = &Save<InFile>;
 constexpr auto LoadFromMemory = &Load<InMemory>;
@@ -135,5 +163,8 @@ BENCHMARK_CAPTURE(SaveToFile, binary_shaped, "binary", &Shaped)->Unit(benchmark:
 BENCHMARK_CAPTURE(LoadFromFile, binary_shaped, "binary", &Shaped)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(SaveToFile, xml, "xml", &Straight)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(LoadFromFile, xml, "xml", &Straight)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadText, text, "text")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadText, hchan, "hchan")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadText, hClip, "hClip")->Unit(benchmark::kMillisecond);
 
 } // namespace

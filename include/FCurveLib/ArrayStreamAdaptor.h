@@ -2,6 +2,8 @@
 
 #include "FCurveLib/Stream.h"
 
+#include <cstddef>
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -65,7 +67,7 @@ public:
     const T& operator[](int index) const noexcept { return m_items[index]; }
 
 private:
-    T m_items[N] = {};
+    T m_items[static_cast<std::size_t>(N)] = {}; // cast: silent under -Wsign-conversion
 };
 
 namespace Private {

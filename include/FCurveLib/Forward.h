@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// Declares every class of the library, for headers that only name them.
+/// Declares every class of the library but the exceptions of its formats, for headers that only name them.
 
 #include <cstdint>
 
@@ -89,6 +89,11 @@ template<class T>
 class SimpleListNode;
 class Reader;
 class Writer;
+class ExceptionFormatter;
+namespace TovConversion {
+class TovKey;
+class TovCurve;
+} // namespace TovConversion
 namespace BinaryFormat {
 class BinaryReader;
 class BinaryWriter;
@@ -131,6 +136,11 @@ template<class T>
 class Examined;
 class SelectionExaminer;
 class SelectionSnapshot;
+
+enum SmoothFilter : std::uint32_t;
+enum FlipType : std::int32_t;
+struct TransformResult;
+struct KeyframeInsertion;
 
 namespace Private {
 struct Access;

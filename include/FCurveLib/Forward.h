@@ -40,6 +40,7 @@ class Constant;
 class ConstantNext;
 class Linear;
 class BezierInterpBase;
+class ThirdsInterp;
 class Bezier;
 class Spline;
 class Ease;

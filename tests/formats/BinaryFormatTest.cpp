@@ -281,12 +281,9 @@ TEST(BinaryWriter, AKeyBeforeAnySegmentIsIgnored) {
     Writer& writer = *FormatFactory::getWriter("binary");
     MemoryStream stream;
     const Writer::StreamLink link(writer, stream);
-    writer.startCurve("c");
-    writer.startSegmentContainer();
-    writer.startKeyframe();
-    writer.keyframePosition(HUGE_VAL, 0);
-    writer.finishKeyframe();
-    writer.finishCurve();
+    CallPlayer::play("startCurve c, startSegmentContainer, startKeyframe, keyframePosition inf 0, finishKeyframe, "
+                     "finishCurve",
+                     writer);
     EXPECT_EQ(BytesOf(stream),
               document(curveOf(block("Show", u16(1)) + block("Expr", u32(0)) + block("Segs", u32(0)))));
 }

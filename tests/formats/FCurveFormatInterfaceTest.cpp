@@ -1,8 +1,8 @@
+#include "support/CallRecorder.h"
 #include "support/SameCurve.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <sstream>
 
 using namespace Test;
@@ -11,41 +11,41 @@ namespace {
 
 using Vector = Vector2D<double>;
 
-// The builder, and what it builds, in a short notation: "0 (1 10) linear()" is the segment "0", a key at (1, 10), and
-// the segment "linear()".
-struct Builder : FCurveFormatInterface {
+// What the builder makes of calls. Without a comma they are in a shorter notation, that of the curve: "0 (1 10) 2" is
+// the segment "0", a key at (1, 10), and the segment "2".
+struct Built {
     std::shared_ptr<FCurve> curve = FCurve::create();
+    FCurveFormatInterface builder;
 
-    Builder() {
-        setCurve(curve);
-        startCurve("curve");
-        startSegmentContainer();
+    explicit Built(const std::string& calls) {
+        builder.setCurve(curve);
+        CallPlayer::play("startCurve curve, startSegmentContainer", builder);
+        add(calls);
     }
-    void add(const std::string& parts) {
-        std::istringstream in(parts);
+    void add(const std::string& calls) {
+        if (calls.find(',') != std::string::npos) return CallPlayer::play(calls, builder);
+        std::istringstream in(calls);
         for (std::string word; in >> word;) {
-            if (word[0] != '(') {
-                startSegment(word.c_str());
-                finishSegment();
-                continue;
-            }
-            double y = 0.0;
-            in >> y;
-            in.ignore(); // the ")"
-            startKeyframe();
-            keyframePosition(std::stod(word.substr(1)), y);
-            finishKeyframe();
+            std::string y;
+            if (word[0] == '(') std::getline(in, y, ')');
+            CallPlayer::play(word[0] == '('
+                                 ? "startKeyframe, keyframePosition " + word.substr(1) + y + ", finishKeyframe"
+                                 : "startSegment " + word + ", finishSegment",
+                             builder);
         }
     }
     std::string finish() {
-        finishSegmentContainer();
-        finishCurve();
+        CallPlayer::play("finishSegmentContainer, finishCurve", builder);
         std::ostringstream text;
         for (const Segment& one : *curve) {
             if (const auto key = one.getLeftKey()) text << " (" << key->getX() << ' ' << key->getY() << ") ";
             text << SameCurve::expression(one);
         }
         return text.str();
+    }
+    Keyframe& firstKey() {
+        finish();
+        return *curve->begin()->getRightKey();
     }
 };
 
@@ -60,120 +60,80 @@ TEST(FCurveFormatInterface, OddOrdersLeadToTheNearestCurve) {
         {"0 (5 50) 5 (5 55) 6", "0 (5 50) 6"},
         {"(1 10) 1 (2 20) (3 30)", "constant() (1 10) 1 (2 20) constant() (3 30) constant()"},
         {"0 1", "1"},
+        {"startCurve null, curveProperty null null, startSegment null, finishSegment, segmentProperty null null, "
+         "keyframeProperty null null",
+         ""},
     };
-    for (const auto& row : rows) {
-        Builder builder;
-        builder.add(row.calls);
-        EXPECT_EQ(builder.finish(), row.curve) << row.calls;
-    }
-    Builder nulls;
-    nulls.startCurve(nullptr);
-    nulls.curveProperty(nullptr, nullptr);
-    nulls.startSegment(nullptr);
-    nulls.finishSegment();
-    nulls.segmentProperty(nullptr, nullptr);
-    nulls.keyframeProperty(nullptr, nullptr);
-    EXPECT_EQ(nulls.finish(), "");
+    for (const auto& row : rows) EXPECT_EQ(Built(row.calls).finish(), row.curve) << row.calls;
 }
 
 TEST(FCurveFormatInterface, SharesTheBuiltInInterpolators) {
-    Builder builder;
-    builder.add("linear() (1 1) linear()");
-    builder.finish();
-    for (const Segment& segment : *builder.curve) {
+    Built built("linear() (1 1) linear()");
+    built.finish();
+    for (const Segment& segment : *built.curve) {
         EXPECT_EQ(segment.getInterpolator(), InterpolatorFactory::create("linear()"));
     }
 }
 
 TEST(FCurveFormatInterface, UnifiedAsAPropertyFlagsTheKeyAndTouchesNoHandle) {
-    for (const char* value : {"1", "0", "11", "yes"}) {
-        Builder builder;
-        builder.startSegment("bezier()");
-        builder.startInTangent();
-        builder.tangentVector(-2, 7);
-        builder.finishInTangent();
-        builder.finishSegment();
-        builder.add("(1 1)");
-        builder.keyframeProperty("fc_isUnified", value);
-        builder.startSegment("bezier()");
-        builder.startOutTangent();
-        builder.tangentVector(3, 5);
-        builder.finishOutTangent();
-        builder.finishSegment();
-        builder.finish();
-        const auto key = builder.curve->begin()->getRightKey();
-        EXPECT_EQ(key->isTangentsUnified(), std::string(value) == "1");
-        EXPECT_STREQ(key->getProperty("fc_isUnified"), value);
-        EXPECT_EQ(key->getInTangent()->get(), Vector(-2, 7));
-        EXPECT_EQ(key->getOutTangent()->get(), Vector(3, 5));
+    for (const std::string value : {"1", "0", "11", "yes"}) {
+        Built built("startSegment bezier(), startInTangent, tangentVector -2 7, finishInTangent, finishSegment, "
+                    "startKeyframe, keyframePosition 1 1, keyframeProperty fc_isUnified "
+                    + value
+                    + ", finishKeyframe, startSegment bezier(), startOutTangent, tangentVector 3 5, finishOutTangent, "
+                      "finishSegment");
+        const Keyframe& key = built.firstKey();
+        EXPECT_EQ(key.isTangentsUnified(), value == "1");
+        EXPECT_EQ(key.getProperty("fc_isUnified"), value);
+        EXPECT_EQ(key.getInTangent()->get(), Vector(-2, 7));
+        EXPECT_EQ(key.getOutTangent()->get(), Vector(3, 5));
     }
 }
 
 TEST(FCurveFormatInterface, HandlesThatAreNotGivenAreComputed) {
-    Builder builder;
-    builder.add("bezier() (0 0)");
-    builder.startSegment("bezier()");
-    builder.startInTangent();
-    builder.tangentType(Tangent::Smooth);
-    builder.finishSegment();
-    builder.add("(3 3) bezier() (9 9)");
-    builder.finish();
-    const auto middle = builder.curve->findSegment(4.0)->getLeftKey();
+    Built built("bezier() (0 0)");
+    built.add("startSegment bezier(), startInTangent, tangentType 3, finishSegment");
+    built.add("(3 3) bezier() (9 9)");
+    built.finish();
+    EXPECT_EQ(built.curve->begin()->getOutTangent()->get(), Vector(1, 0));
+    const auto middle = built.curve->findSegment(4.0)->getLeftKey();
     EXPECT_EQ(middle->getInTangent()->get(), Vector(-1, -1));
     EXPECT_EQ(middle->getInTangent()->getType(), Tangent::Smooth);
     EXPECT_EQ(middle->getOutTangent()->get(), Vector(2, 0));
-    EXPECT_EQ(builder.curve->begin()->getOutTangent()->get(), Vector(1, 0));
 }
 
 TEST(FCurveFormatInterface, IgnoresWhatNoCurveHolds) {
-    Builder builder;
-    builder.add("linear() (1 2)");
-    builder.keyframePosition(std::nan(""), 5);
-    builder.startSegment("linear()");
-    builder.startOutTangent();
-    builder.tangentType(200);
-    builder.tangentVector(-4, 1);
-    builder.tangentVector(std::nan(""), 1);
-    builder.finishSegment();
-    EXPECT_EQ(builder.finish(), "linear() (1 2) linear()");
-    const auto out = (--builder.curve->end())->getOutTangent();
+    Built built("linear() (1 2)");
+    built.add("keyframePosition nan 5, startSegment linear(), startOutTangent, tangentType 200, tangentVector -4 1, "
+              "tangentVector nan 1, finishSegment");
+    EXPECT_EQ(built.finish(), "linear() (1 2) linear()");
+    const auto out = built.firstKey().getOutTangent();
     EXPECT_EQ(out->get(), Vector(0, 1)); // a handle across its key is cut
     EXPECT_EQ(out->getType(), Tangent::Fixed);
 }
 
 TEST(FCurveFormatInterface, CallsWithoutACurveOrAPartHaveNoEffect) {
     FCurveFormatInterface nothing;
+    CallPlayer::play("startCurve x, curveVisible 0, curveGrid 0 0 1 1, startSegmentContainer, startSegment linear(), "
+                     "startInTangent, tangentVector 1 1, startKeyframe, keyframePosition 1 1",
+                     nothing);
     EXPECT_TRUE(nothing.startCurve("x"));
-    nothing.curveVisible(false);
-    nothing.curveGrid(0, 0, 1, 1);
-    nothing.startSegmentContainer();
-    nothing.startSegment("linear()");
-    nothing.startInTangent();
-    nothing.tangentVector(1, 1);
-    nothing.startKeyframe();
-    nothing.keyframePosition(1, 1);
     EXPECT_TRUE(nothing.finishCurve());
 
     const auto curve = FCurve::create();
     const auto before = FCurve::createCopy(*curve);
     nothing.setCurve(curve);
-    nothing.finishSegment();
-    nothing.segmentProperty("a", "b");
-    nothing.startOutTangent();
-    nothing.tangentType(3);
-    nothing.tangentProperty("a", "b");
-    nothing.finishCurve();
+    CallPlayer::play(
+        "finishSegment, segmentProperty a b, startOutTangent, tangentType 3, tangentProperty a b, finishCurve",
+        nothing);
     EXPECT_EQ(Difference(*curve, *before), "");
 }
 
 TEST(FCurveFormatInterface, SurvivesAHostThatEditsTheCurveMeanwhile) {
-    Builder builder;
-    builder.add("0 (1 10)");
-    builder.startSegment("1");
-    builder.startOutTangent();
-    builder.curve->clear();
-    builder.tangentVector(1, 1);
-    builder.finishSegment();
-    builder.add("(2 20) 2");
-    EXPECT_EQ(builder.finish(), "constant() (2 20) 2");
+    Built built("0 (1 10)");
+    built.add("startSegment 1, startOutTangent");
+    built.curve->clear();
+    built.add("tangentVector 1 1, finishSegment");
+    built.add("(2 20) 2");
+    EXPECT_EQ(built.finish(), "constant() (2 20) 2");
 }

@@ -33,16 +33,10 @@ struct Listener : FCurveObserver, ContainerObserver {
 
 void addCurve(FormatInterface& target, const char* name) {
     target.startCurve(name);
-    target.startSegmentContainer();
-    target.startSegment("linear()");
-    target.finishSegment();
-    target.startKeyframe();
-    target.keyframePosition(1.0, 2.0);
-    target.finishKeyframe();
-    target.startSegment("3");
-    target.finishSegment();
-    target.finishSegmentContainer();
-    target.finishCurve();
+    CallPlayer::play(
+        "startSegmentContainer, startSegment linear(), finishSegment, startKeyframe, keyframePosition 1 2, "
+        "finishKeyframe, startSegment 3, finishSegment, finishSegmentContainer, finishCurve",
+        target);
 }
 
 } // namespace

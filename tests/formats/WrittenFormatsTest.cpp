@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
 #include <thread>
 
 using namespace Test;
@@ -175,43 +173,17 @@ TEST_P(EveryWrittenFormat, IgnoresCallsThatMakeNoDocument) {
     MemoryStream stream;
     m_writer.startCurve("without a stream");
     const Writer::StreamLink link(m_writer, stream);
-    m_writer.finishCurve();
-    m_writer.finishCurveContainer();
-    m_writer.startKeyframe();
-    m_writer.containerProperty("a", "b");
-    EXPECT_TRUE(m_writer.startCurve("c"));
+    CallPlayer::play("finishCurve, finishCurveContainer, startKeyframe, containerProperty a b, startCurve c", m_writer);
     EXPECT_FALSE(m_writer.startCurve("in a curve"));
-    m_writer.startCurveContainer();
-    m_writer.containerProperty("a", "b");
-    m_writer.finishCurveContainer();
-    m_writer.tangentVector(1, 2);
-    m_writer.keyframePosition(1, 2);
-    m_writer.curveLocked(true);
-    m_writer.curveVisible(false);
-    m_writer.curveLocked(false);
-    m_writer.startSegmentContainer();
-    m_writer.curveVisible(true);
-    m_writer.curveProperty("too", "late");
-    m_writer.startSegment(nullptr);
-    m_writer.segmentProperty(nullptr, "v");
-    m_writer.startKeyframe();
-    m_writer.startInTangent();
-    m_writer.tangentProperty("k", nullptr);
-    m_writer.tangentType(9);
-    m_writer.tangentVector(-1, 2);
-    m_writer.finishOutTangent();
-    m_writer.finishInTangent();
-    m_writer.tangentVector(1, 2);
-    m_writer.finishSegment();
-    m_writer.startKeyframe();
-    m_writer.keyframeProperty("p", "q");
-    m_writer.keyframeBreakdown(true);
-    m_writer.keyframePosition(-0.0, 5e-324);
-    m_writer.finishKeyframe();
-    m_writer.startSegment("linear()");
-    m_writer.finishSegment();
-    m_writer.finishSegmentContainer();
-    m_writer.startSegment("3");
+    CallPlayer::play("startCurveContainer, containerProperty a b, finishCurveContainer, tangentVector 1 2, "
+                     "keyframePosition 1 2, curveLocked 1, curveVisible 0, curveLocked 0, startSegmentContainer, "
+                     "curveVisible 1, curveProperty too late, "
+                     "startSegment null, segmentProperty null v, startKeyframe, "
+                     "startInTangent, tangentProperty k null, tangentType 9, tangentVector -1 2, finishOutTangent, "
+                     "finishInTangent, tangentVector 1 2, finishSegment, "
+                     "startKeyframe, keyframeProperty p q, keyframeBreakdown 1, keyframePosition -0 5e-324, "
+                     "finishKeyframe, startSegment linear(), finishSegment, finishSegmentContainer, startSegment 3",
+                     m_writer);
     EXPECT_EQ(stream.getSize(), 0);
     m_writer.finishCurve();
 
@@ -227,23 +199,15 @@ TEST_P(EveryWrittenFormat, IgnoresCallsThatMakeNoDocument) {
 }
 
 TEST_P(EveryWrittenFormat, ADocumentThatFailsLeavesNothingForTheNext) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    const auto complaint = [](const auto& act) { return ComplaintOf(GetParam().scope, act).substr(0, 9); };
     MemoryStream stream;
-    {
+    for (const std::string bad : {"curveTangentScale inf", "curveGrid nan 0 1 1", "curveGrid 0 0 1 inf",
+                                  "startSegmentContainer, startSegment 3, startInTangent, tangentVector 0 inf",
+                                  "startSegmentContainer, startSegment 3, finishSegment, startKeyframe, "
+                                  "keyframePosition -inf 0"}) {
         const Writer::StreamLink link(m_writer, stream);
-        m_writer.startCurve("c");
-        EXPECT_EQ(complaint([&] { m_writer.curveTangentScale(infinity); }), "NotFinite");
-        EXPECT_EQ(complaint([&] { m_writer.curveGrid(std::nan(""), 0, 1, 1); }), "NotFinite");
-        EXPECT_EQ(complaint([&] { m_writer.curveGrid(0, 0, 1, infinity); }), "NotFinite");
-        m_writer.startSegmentContainer();
-        m_writer.startSegment("3");
-        m_writer.startInTangent();
-        EXPECT_EQ(complaint([&] { m_writer.tangentVector(0, infinity); }), "NotFinite");
-        m_writer.finishInTangent();
-        m_writer.finishSegment();
-        m_writer.startKeyframe();
-        EXPECT_EQ(complaint([&] { m_writer.keyframePosition(-infinity, 0); }), "NotFinite");
+        const std::string said =
+            ComplaintOf(GetParam().scope, [&] { CallPlayer::play("startCurve c, " + bad, m_writer); });
+        EXPECT_EQ(said.substr(0, 9), "NotFinite") << bad;
     }
     EXPECT_EQ(stream.getSize(), 0);
     const auto curve = RandomCurve(3).make();
@@ -258,14 +222,9 @@ TEST_P(EveryWrittenFormat, ADocumentThatIsPutAsideGoesOn) {
     MemoryStream outer;
     {
         const Writer::StreamLink link(m_writer, outer);
-        m_writer.startCurveContainer();
-        m_writer.startCurve("outer");
-        m_writer.startSegmentContainer();
-        m_writer.startSegment("1");
-        WriteFCurveToString(*inner, m_name, innerBytes); // finds the same writer
-        m_writer.finishSegment();
-        m_writer.finishCurve(); // ends the segments, too
-        m_writer.finishCurveContainer();
+        CallPlayer::play("startCurveContainer, startCurve outer, startSegmentContainer, startSegment 1", m_writer);
+        WriteFCurveToString(*inner, m_name, innerBytes);                                // finds the same writer
+        CallPlayer::play("finishSegment, finishCurve, finishCurveContainer", m_writer); // ends the segments, too
     }
     EXPECT_EQ(innerBytes, written(*inner));
     CallRecorder recorder;

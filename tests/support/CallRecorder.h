@@ -1,11 +1,17 @@
 #pragma once
 
-// A reader's target, or a writer, that writes down what it is told.
+// A reader's target, or a writer, that writes down what it is told; and the reverse, which tells what is written down.
 
 #include "FCurveLib/FCurveLib.h"
 
 #include <charconv>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <sstream>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -113,6 +119,83 @@ using CallRecorder = BasicCallRecorder<FormatInterface>;
 class RecordingWriter : public BasicCallRecorder<Writer> {
 public:
     RecordingWriter() : BasicCallRecorder(FormatType("recorder", "Recorder", "rec")) {}
+};
+
+/// Makes the calls of a text in the recorder's notation: "startCurve ball, tangentVector nan -0.5". Texts are single
+/// words here; "null" is the null pointer, and one that lacks is empty.
+class CallPlayer {
+public:
+    static void play(const std::string& calls, FormatInterface& target) {
+        std::istringstream in(calls);
+        for (std::string call; std::getline(in >> std::ws, call, ',');) {
+            std::istringstream words(call);
+            std::string name;
+            words >> name;
+            makers().at(name)(target, words);
+        }
+    }
+
+private:
+    using Maker = std::function<void(FormatInterface&, std::istream&)>;
+
+    // A text is held as a string until the call is over.
+    template<class Argument>
+    static auto read(std::istream& words) {
+        std::string word;
+        words >> word;
+        if constexpr (std::is_same_v<Argument, const char*>) {
+            return word;
+        } else {
+            return static_cast<Argument>(std::strtod(word.c_str(), nullptr));
+        }
+    }
+    static const char* pass(const std::string& text) { return text == "null" ? nullptr : text.c_str(); }
+    template<class Number>
+    static Number pass(Number number) {
+        return number;
+    }
+
+    template<class Result, class... Arguments>
+    static Maker maker(Result (FormatInterface::*call)(Arguments...)) {
+        return [call](FormatInterface& target, [[maybe_unused]] std::istream& words) {
+            const std::tuple<decltype(read<Arguments>(words))...> arguments{read<Arguments>(words)...};
+            std::apply([&](const auto&... argument) { (target.*call)(pass(argument)...); }, arguments);
+        };
+    }
+
+    static const std::map<std::string, Maker>& makers() {
+        using To = FormatInterface;
+        static const std::map<std::string, Maker> all = {
+            {"startCurveContainer", maker(&To::startCurveContainer)},
+            {"finishCurveContainer", maker(&To::finishCurveContainer)},
+            {"containerProperty", maker(&To::containerProperty)},
+            {"startCurve", maker(&To::startCurve)},
+            {"finishCurve", maker(&To::finishCurve)},
+            {"curveVisible", maker(&To::curveVisible)},
+            {"curveLocked", maker(&To::curveLocked)},
+            {"curveGrid", maker(&To::curveGrid)},
+            {"curveTangentScale", maker(&To::curveTangentScale)},
+            {"curveProperty", maker(&To::curveProperty)},
+            {"startSegmentContainer", maker(&To::startSegmentContainer)},
+            {"finishSegmentContainer", maker(&To::finishSegmentContainer)},
+            {"startSegment", maker(&To::startSegment)},
+            {"finishSegment", maker(&To::finishSegment)},
+            {"segmentProperty", maker(&To::segmentProperty)},
+            {"startInTangent", maker(&To::startInTangent)},
+            {"finishInTangent", maker(&To::finishInTangent)},
+            {"startOutTangent", maker(&To::startOutTangent)},
+            {"finishOutTangent", maker(&To::finishOutTangent)},
+            {"tangentVector", maker(&To::tangentVector)},
+            {"tangentType", maker(&To::tangentType)},
+            {"tangentProperty", maker(&To::tangentProperty)},
+            {"startKeyframe", maker(&To::startKeyframe)},
+            {"finishKeyframe", maker(&To::finishKeyframe)},
+            {"keyframePosition", maker(&To::keyframePosition)},
+            {"keyframeBreakdown", maker(&To::keyframeBreakdown)},
+            {"keyframeProperty", maker(&To::keyframeProperty)},
+        };
+        return all;
+    }
 };
 
 } // namespace Test

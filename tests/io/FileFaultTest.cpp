@@ -2,7 +2,6 @@
 // This program compiles the sources of the streams itself, in order to reach the table of those calls.
 
 #include "FCurveLib/FileStream.h"
-#include "FCurveLib/IFF.h"
 #include "FCurveLib/SafeFileSave.h"
 #include "io/FileCalls.h"
 #include "support/TempFolder.h"
@@ -313,34 +312,6 @@ TEST_F(FileFaults, ATemporaryFileGoes) {
                    },
                    [&](const std::string&) { EXPECT_EQ(names().empty(), m_call != "removePath" || m_harmless); });
     fs::current_path(before);
-}
-
-TEST_F(FileFaults, ChunksNestOrSayWhy) {
-    bool flushed = false;
-    std::string whole;
-    const auto work = [&] {
-        FileStream file(m_path.c_str());
-        BinaryIO<LittleEndianBinaryPolicy> io;
-        const IFFWriter outer(file, io, "Crvs");
-        for (int child = 0; child < 3; ++child) {
-            const IFFWriter inner(file, io, "Text");
-            writeText(file);
-            inner.patchSize();
-        }
-        outer.patchSize();
-        file.setPosition(0);
-        const IFFReader reader(file, io);
-        while (file.getPosition() < reader.getPayloadEnd()) IFFReader(file, io).skip();
-        if (!reader.validateSize()) throw Exception();
-        flushed = file.flush();
-    };
-    work();
-    whole = readWholeFile(m_path);
-    failEverywhere([] {}, work,
-                   [&](const std::string& outcome) {
-                       EXPECT_TRUE(!outcome.empty() || !flushed || readWholeFile(m_path) == whole);
-                       EXPECT_TRUE(flushed || !m_harmless);
-                   });
 }
 
 TEST_F(FileFaults, ASaveKeepsTheOldTargetOrInstallsTheNewOne) {

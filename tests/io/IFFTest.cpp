@@ -17,42 +17,6 @@ std::string BytesOf(const IFFType& type) {
     return std::string(type.getTypeBytes(), 4);
 }
 
-// Chunks of chunks of an odd number of bytes, depth levels deep, two at every level.
-template<class Policy>
-void writeTree(Stream& stream, BinaryIO<Policy>& io, int depth) {
-    for (int child = 0; child < 2; ++child) {
-        IFFWriter<Policy> chunk(stream, io, child == 0 ? "even" : "odd");
-        if (depth == 0) {
-            stream.writeData("leaves", child == 0 ? 6 : 5);
-        } else {
-            writeTree(stream, io, depth - 1);
-        }
-        const int end = stream.getPosition();
-        chunk.patchSize();
-        ASSERT_EQ(stream.getPosition(), end);
-    }
-}
-
-template<class Policy>
-int countLeaves(Stream& stream, BinaryIO<Policy>& io, int depth) {
-    int leaves = 0;
-    for (int child = 0; child < 2; ++child) {
-        IFFReader<Policy> chunk(stream, io);
-        EXPECT_EQ(chunk.getIFFType(), child == 0 ? "even" : "odd");
-        if (depth == 0) {
-            char bytes[6];
-            stream.readData(bytes, chunk.getIFFSize());
-            ++leaves;
-        } else if (child == 1 && depth == 1) {
-            chunk.skip();
-        } else {
-            leaves += countLeaves(stream, io, depth - 1);
-        }
-        EXPECT_TRUE(chunk.validateSize());
-    }
-    return leaves;
-}
-
 } // namespace
 
 TEST(IFFType, IsFourBytes) {
@@ -156,18 +120,35 @@ TEST(IFFReader, NoSizeWrapsAroundInTheLongestStream) {
     EXPECT_EQ(stream.getPosition(), 8);
 }
 
+// Chunks in chunks, each with a byte in front and one behind its child.
 TEST(IFF, NestsOnEveryStream) {
     const TempFolder folder;
     MemoryStream memory;
     FileStream file(folder.file("chunks").c_str());
-    ArrayStream<4096> array;
+    ArrayStream<50> array;
     BinaryIO<Little> io;
     for (Stream* stream : {static_cast<Stream*>(&memory), static_cast<Stream*>(&file), static_cast<Stream*>(&array)}) {
-        writeTree(*stream, io, 5);
+        std::vector<IFFWriter<Little>> open;
+        for (int depth = 0; depth < 5; ++depth) {
+            open.emplace_back(*stream, io, "nest");
+            stream->writeData("(", 1);
+        }
+        for (; !open.empty(); open.pop_back()) {
+            stream->writeData(")", 1);
+            open.back().patchSize();
+        }
+        EXPECT_EQ(stream->getPosition(), 50);
         stream->setPosition(0);
-        EXPECT_EQ(countLeaves(*stream, io, 5), 32);
+        for (int size = 42; size > 0; size -= 10) {
+            const IFFReader chunk(*stream, io);
+            EXPECT_EQ(chunk.getIFFType(), "nest");
+            EXPECT_EQ(chunk.getIFFSize(), size);
+            char byte;
+            stream->readData(&byte, 1);
+            EXPECT_EQ(byte, '(');
+        }
     }
     EXPECT_TRUE(file.flush());
     EXPECT_EQ(readWholeFile(folder.file("chunks")), BytesOf(memory));
-    EXPECT_EQ(std::string(&array.getArray()[0], static_cast<std::size_t>(memory.getSize())), BytesOf(memory));
+    EXPECT_EQ(std::string(&array.getArray()[0], 50), BytesOf(memory));
 }

@@ -130,12 +130,3 @@ TEST(BinaryIO, CarriesItsPolicy) {
     EXPECT_FALSE(copy.getPolicy().getSwap());
     EXPECT_EQ(sizeof(BinaryIO<LittleEndianBinaryPolicy>), 1u);
 }
-
-TEST(BinaryIO, AShortStreamRaisesItsOwnException) {
-    MemoryStream stream;
-    stream.writeData("abc", 3);
-    stream.setPosition(0);
-    const BinaryIO<LittleEndianBinaryPolicy> io;
-    EXPECT_THROW(io.readUInt32(stream), MemoryStream::EndOfBuffer);
-    EXPECT_EQ(stream.getPosition(), 0);
-}

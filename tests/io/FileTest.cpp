@@ -169,16 +169,6 @@ TEST_F(FileTest, TheSizeIsThatOfThePathAndOfWhatTheSystemHas) {
     EXPECT_EQ(file.getPosition(), 12);
 }
 
-TEST_F(FileTest, ReadsAndWritesFollowEachOther) {
-    File file(m_path.c_str());
-    EXPECT_EQ(read(file, 2), "ab");
-    file.writeData("CD", 2);
-    EXPECT_EQ(read(file, 2), "ef");
-    file.writeData("GHI", 3);
-    EXPECT_THROW(read(file, 1), File::EndOfFile);
-    EXPECT_EQ(readWholeFile(m_path), "abCDefGHI");
-}
-
 TEST_F(FileTest, HoldsAtMost2GiB) {
     constexpr auto kMost = static_cast<std::uintmax_t>(INT_MAX);
     std::error_code refused;

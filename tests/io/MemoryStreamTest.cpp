@@ -2,41 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <utility>
 
 using namespace Test;
-
-TEST(MemoryStream, GrowsByWritingOnly) {
-    MemoryStream stream;
-    EXPECT_NO_THROW(stream.setPosition(0));
-    EXPECT_THROW(stream.setPosition(10), MemoryStream::EndOfBuffer);
-    EXPECT_EQ(stream.getSize(), 0);
-
-    stream.writeData("abcd", 4);
-    stream.writeData("efgh", 4);
-    EXPECT_EQ(stream.getSize(), 8);
-    stream.setPosition(2);
-    stream.writeData("C", 1);
-    EXPECT_EQ(stream.getSize(), 8);
-    EXPECT_EQ(stream.getPosition(), 3);
-    stream.setPosition(7);
-    stream.writeData("HIJ", 3);
-    EXPECT_EQ(BytesOf(stream), "abCdefgHIJ");
-}
-
-TEST(MemoryStream, AFailedReadLeavesThePosition) {
-    MemoryStream stream = StreamOf("abc");
-    stream.setPosition(1);
-    char buffer[8] = {};
-    for (const int count : {3, -1, INT_MIN, INT_MAX}) {
-        EXPECT_THROW(stream.readData(buffer, count), MemoryStream::EndOfBuffer) << count;
-        EXPECT_EQ(stream.getPosition(), 1);
-    }
-    EXPECT_EQ(buffer[0], 0);
-    stream.readData(buffer, 2);
-    EXPECT_STREQ(buffer, "bc");
-}
 
 TEST(MemoryStream, CopiesAndMovesBytesAndPosition) {
     MemoryStream stream = StreamOf("abcd");

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
@@ -85,27 +87,20 @@ inline double ReadLabel(std::string label) {
 
 /// The power of ten that an axis title names.
 inline double ReadFactor(const std::string& title) {
-    static const std::vector<std::string> kDigits = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
+    static const char* const kDigits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹", "⁻"};
     const std::string mark = "×10";
     const auto begin = title.find(mark);
     if (begin == std::string::npos) return 1.0;
-    std::string rest = title.substr(begin + mark.size());
-    std::string number = "1e";
-    if (rest.compare(0, 3, "⁻") == 0) {
-        number += '-';
-        rest.erase(0, 3);
-    }
-    while (!rest.empty()) {
-        std::size_t digit = 0;
-        while (digit < 10 && rest.compare(0, kDigits[digit].size(), kDigits[digit]) != 0) ++digit;
-        if (digit == 10) {
-            ADD_FAILURE() << "factor in " << title;
-            return 1.0;
+    std::string number = "1e" + title.substr(begin + mark.size());
+    for (std::size_t digit = 0; digit < std::size(kDigits); ++digit) {
+        for (std::size_t at; (at = number.find(kDigits[digit])) != std::string::npos;) {
+            number.replace(at, std::strlen(kDigits[digit]), 1, "0123456789-"[digit]);
         }
-        number += std::to_string(digit);
-        rest.erase(0, kDigits[digit].size());
     }
-    return std::strtod(number.c_str(), nullptr);
+    char* end = nullptr;
+    const double factor = std::strtod(number.c_str(), &end);
+    EXPECT_EQ(*end, '\0') << "factor in " << title;
+    return factor;
 }
 
 /// The straight line through an axis's labels and the pixels where they stand.

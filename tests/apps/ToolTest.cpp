@@ -56,6 +56,14 @@ protected:
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".stdout"), read(".stderr")};
     }
+    /// It ends with the code, nothing but one line that begins so.
+    void expectComplaint(const std::string& arguments, int code, const std::string& begin) const {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, code) << arguments;
+        EXPECT_EQ(result.out, "") << arguments;
+        EXPECT_THAT(result.err, StartsWith("fcurvetool: " + begin)) << arguments;
+        EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
+    }
     std::string path(const std::string& name) const { return m_folder.file(name); }
     std::string read(const std::string& name) const { return readWholeFile(path(name)); }
     void write(const std::string& name, const std::string& text) const { writeWholeFile(path(name), text); }
@@ -123,13 +131,7 @@ TEST_F(Tool, BadCommandLinesEndWithTwoAndOneLine) {
     };
     const auto before = files();
     for (const auto& [begin, ends] : rows) {
-        for (const std::string& end : ends) {
-            const Result result = run(begin + end);
-            EXPECT_EQ(result.code, 2) << begin << end;
-            EXPECT_EQ(result.out, "") << begin << end;
-            EXPECT_THAT(result.err, StartsWith("fcurvetool: ")) << begin << end;
-            EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
-        }
+        for (const std::string& end : ends) expectComplaint(begin + end, 2, "");
     }
     EXPECT_EQ(files(), before);
 }
@@ -145,11 +147,8 @@ TEST_F(Tool, BadInputEndsWithOneAndSaysWhere) {
     write("mismatched.fcrvx", half + "</nothing>" + ball.substr(half.size()));
     const std::string line = std::to_string(Lines(half).size());
 
-    struct Row {
-        std::string arguments;
-        std::string begin;
-    };
-    const Row kRows[] = {
+    // The arguments, and the beginning of what is said.
+    const std::pair<std::string, std::string> rows[] = {
         {"info missing.fcrvx", "missing.fcrvx: cannot be read: No such file"},
         {"info .", ".: cannot be read: Is a directory"},
         {"info empty.fcrvx", "empty.fcrvx: empty"},
@@ -166,13 +165,7 @@ TEST_F(Tool, BadInputEndsWithOneAndSaysWhere) {
         {"sample ball.fcrvx >/dev/full", "<stdout>: cannot be written: No space left"},
         {"plot ball.fcrvx -o /dev/full", "/dev/full: cannot be written: No space left"},
     };
-    for (const Row& row : kRows) {
-        const Result result = run(row.arguments);
-        EXPECT_EQ(result.code, 1) << row.arguments;
-        EXPECT_EQ(result.out, "") << row.arguments;
-        EXPECT_THAT(result.err, StartsWith("fcurvetool: " + row.begin)) << row.arguments;
-        EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
-    }
+    for (const auto& [arguments, begin] : rows) expectComplaint(arguments, 1, begin);
 }
 
 TEST_F(Tool, InfoDescribesEveryCurve) {

@@ -6,6 +6,8 @@
 #include "FCurveLib/Stream.h"
 #include "formats/binary/Layout.h"
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -43,16 +45,21 @@ public:
         const ChunkReader root(stream, io);
         if (root.getIFFType() != Block::document)
             throw WrongBlockType("\"Crvs\"", root.getIFFType().getTypeBytes(), unsigned(begin));
-        const std::int64_t size = root.getPayloadEnd() - root.getPayloadBegin();
-        if (size > room - kHeaderSize)
-            throw UnexpectedEnd(std::uint64_t(size), unsigned(room - kHeaderSize), unsigned(root.getPayloadBegin()));
         m_origin = static_cast<unsigned>(root.getPayloadBegin());
-        m_bytes.resize(static_cast<std::size_t>(size));
-        stream.readData(m_bytes.data(), static_cast<int>(size));
+        m_size = root.getPayloadEnd() - root.getPayloadBegin();
+        m_bytes.resize(static_cast<std::size_t>(std::min<std::int64_t>(m_size, room - kHeaderSize)));
+        if (m_size > INT_MAX) need(m_size); // more than any stream can hold
+        stream.readData(m_bytes.data(), static_cast<int>(m_bytes.size()));
     }
 
     const char* data() const { return m_bytes.data(); }
-    int size() const { return static_cast<int>(m_bytes.size()); }
+    // By the root's header. Fewer bytes may be there: whoever goes on to some of them asks for them.
+    int size() const { return static_cast<int>(m_size); }
+    int sizeThere() const { return static_cast<int>(m_bytes.size()); }
+    int need(std::int64_t size) const {
+        if (size > sizeThere()) throw UnexpectedEnd(std::uint64_t(m_size), m_bytes.size(), m_origin);
+        return static_cast<int>(size);
+    }
     const FormatLimits& limits() const { return m_limits; }
     // In the stream.
     std::uint64_t offsetOf(int position) const { return m_origin + static_cast<unsigned>(position); }
@@ -73,6 +80,7 @@ public:
 private:
     FormatLimits m_limits;
     std::vector<char> m_bytes;
+    std::int64_t m_size = 0;
     std::uint64_t m_origin = 0;
     std::size_t m_expressionBytes = 0;
     bool m_isNewer = false;
@@ -82,12 +90,13 @@ private:
 class Blocks {
 public:
     Blocks(const Source& source, const Span& parent)
-        : m_source(source), m_bytes(source.data(), source.size()), m_next(parent.begin), m_end(parent.end) {}
+        : m_source(source), m_bytes(source.data(), source.sizeThere()), m_next(parent.begin), m_end(parent.end) {}
 
     // The next block of any type; false at the end.
     bool next(Span& block) {
-        if (m_next == m_end) return false;
         const int room = m_end - m_next;
+        m_source.need(std::int64_t{m_next} + std::min(room, kHeaderSize));
+        if (room == 0) return false;
         if (room < kHeaderSize)
             throw WrongBlockSize("No block has room here", kHeaderSize, unsigned(room), m_source.offsetOf(m_next));
         m_bytes.setPosition(m_next);
@@ -137,7 +146,8 @@ private:
 class Cursor {
 public:
     Cursor(const Source& source, const Span& block)
-        : m_source(&source), m_type(block.type), m_at(source.data() + block.begin), m_end(source.data() + block.end) {}
+        : m_source(&source), m_type(block.type), m_at(source.data() + block.begin),
+          m_end(source.data() + source.need(block.end)) {}
 
     std::uint64_t offset() const { return m_source->offsetOf(static_cast<int>(m_at - m_source->data())); }
     std::size_t room() const { return static_cast<std::size_t>(m_end - m_at); }

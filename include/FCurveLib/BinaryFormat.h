@@ -140,8 +140,9 @@ public:
 /// @}
 
 /// Reads documents of version 1.x from the stream's position on, and leaves the stream behind the document. readCurve
-/// takes a document of a single curve; readCurves also takes one, as a container that holds it. Takes memory for the
-/// document's bytes, and no more than the stream has.
+/// takes a document of a single curve; readCurves also takes one, as a container that holds it. Where the stream ends
+/// too early, the target hears the curves that are there whole. Takes memory for the document's bytes, and no more than
+/// the stream has.
 class FCURVELIB_API BinaryReader : public Reader {
 public:
     BinaryReader();

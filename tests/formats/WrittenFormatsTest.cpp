@@ -149,6 +149,16 @@ TEST_P(EveryWrittenFormat, CutAnywhereRaises) {
         ASSERT_NE(ComplaintOf(GetParam().scope, [&] { read(bytes.substr(0, length)); }), "") << length;
     }
     EXPECT_NO_THROW(read(bytes));
+
+    // Of a container, the curves that are whole stay.
+    const auto container = FCurveContainer::create();
+    for (const unsigned seed : {3U, 4U}) container->addCurve(RandomCurve(seed).make());
+    const std::string both = written(*container);
+    const auto kept = FCurveContainer::create();
+    MemoryStream stream = StreamOf(both.substr(0, both.size() - 200));
+    EXPECT_NE(ComplaintOf(GetParam().scope, [&] { ReadCurves(stream, *kept); }), "");
+    ASSERT_EQ(kept->size(), 1U);
+    EXPECT_EQ(Difference(*container->begin(), *kept->begin()), "");
 }
 
 TEST_P(EveryWrittenFormat, OneReaderServesManyThreads) {

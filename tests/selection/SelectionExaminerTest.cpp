@@ -2,6 +2,7 @@
 
 #include "FCurveLib/DisplayProperties.h"
 #include "FCurveLib/SelectionOperations.h"
+#include "support/Random.h"
 #include "tests/selection/Parts.h"
 #include "tests/support/Allocations.h"
 
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <random>
 #include <sstream>
 
 namespace {
@@ -34,25 +34,8 @@ std::string said(const Examined<T>& examined) {
     return examined.isNone() ? "none" : examined.isMixed() ? "mixed" : text(examined.getValue());
 }
 
-std::string said(SelectionExaminer& examiner) {
-    std::ostringstream out;
-    const auto& c = examiner.getCurves();
-    out << "curves " << c.count << ": " << said(c.name) << ' ' << said(c.visible) << ' ' << said(c.editable) << ' '
-        << said(c.locked) << ' ' << said(c.velocityVisible) << ' ' << said(c.accelerationVisible) << ' '
-        << said(c.discontinuityVisible);
-    const auto& s = examiner.getSegments();
-    out << "\nsegments " << s.count << ": " << said(s.expression);
-    const auto& k = examiner.getKeyframes();
-    out << "\nkeys " << k.count << ": " << said(k.x) << ' ' << said(k.y) << ' ' << said(k.breakdown) << ' '
-        << said(k.tangentsUnified) << ' ' << said(k.locked);
-    const auto& t = examiner.getTangents();
-    out << "\ntangents " << t.count << ": " << said(t.type) << ' ' << said(t.angle) << ' ' << said(t.weight) << ' '
-        << said(t.weighted) << ' ' << said(t.weightLocked);
-    return out.str();
-}
-
 template<class Part, class Get>
-std::string common(const std::vector<Part>& parts, const Get& get) {
+std::string found(const std::vector<Part>& parts, const Get& get) {
     if (parts.empty()) return "none";
     using Value = std::decay_t<decltype(get(*parts.front()))>;
     std::vector<Value> values;
@@ -64,42 +47,54 @@ std::string common(const std::vector<Part>& parts, const Get& get) {
         return *low == *high ? text(*low) : "mixed";
 }
 
-std::string found(FCurveContainer& container) {
+// What the examiner says otherwise than it is; empty for nothing.
+std::string untruth(SelectionExaminer& examiner, FCurveContainer& container) {
     std::vector<std::shared_ptr<FCurve>> curves;
     std::vector<std::shared_ptr<Segment>> segments;
     std::vector<std::shared_ptr<Keyframe>> keys;
     std::vector<std::shared_ptr<Tangent>> tangents;
-    Selection selection(container.getShared());
-    for (const HitRecord& part : selection) {
+    for (const HitRecord& part : Selection(container.getShared())) {
         if (part.getType() == HitRecord::CURVE) curves.push_back(part.getCurve());
         if (part.getType() == HitRecord::SEGMENT) segments.push_back(part.getSegment());
         if (part.getType() == HitRecord::KEYFRAME) keys.push_back(part.getKeyframe());
         if (part.isTangent()) tangents.push_back(part.getTangent());
     }
+    std::string difference;
+    const auto check = [&](const char* what, const std::string& is, const std::string& expected) {
+        if (is != expected) difference += std::string(what) + " is " + is + ", not " + expected + "; ";
+    };
+    const auto& c = examiner.getCurves();
     using C = const FCurve&;
-    using S = const Segment&;
+    check("curves", text(c.count), text(curves.size()));
+    check("name", said(c.name), found(curves, [](C of) { return std::string(of.getName()); }));
+    check("visible", said(c.visible), found(curves, [](C of) { return IsVisible(of); }));
+    check("editable", said(c.editable), found(curves, [](C of) { return IsEditable(of); }));
+    check("locked", said(c.locked), found(curves, [](C of) { return IsLocked(of); }));
+    check("velocity", said(c.velocityVisible), found(curves, [](C of) { return IsVelocityVisible(of); }));
+    check("acceleration", said(c.accelerationVisible), found(curves, [](C of) { return IsAccelerationVisible(of); }));
+    check("breaks", said(c.discontinuityVisible), found(curves, [](C of) { return IsDiscontinuityVisible(of); }));
+    const auto& s = examiner.getSegments();
+    check("segments", text(s.count), text(segments.size()));
+    check("expression", said(s.expression), found(segments, [](const Segment& of) {
+              return std::string(of.getInterpolator() ? of.getInterpolator()->getExpression() : "");
+          }));
+    const auto& k = examiner.getKeyframes();
     using K = const Keyframe&;
+    check("keys", text(k.count), text(keys.size()));
+    check("x", said(k.x), found(keys, [](K of) { return of.getX(); }));
+    check("y", said(k.y), found(keys, [](K of) { return of.getY(); }));
+    check("breakdown", said(k.breakdown), found(keys, [](K of) { return of.isBreakdown(); }));
+    check("unified", said(k.tangentsUnified), found(keys, [](K of) { return of.isTangentsUnified(); }));
+    check("locked key", said(k.locked), found(keys, [](K of) { return *of.getProperty("fc_lock") != 0; }));
+    const auto& t = examiner.getTangents();
     using T = const Tangent&;
-    std::ostringstream out;
-    out << "curves " << curves.size() << ": " << common(curves, [](C c) { return std::string(c.getName()); }) << ' '
-        << common(curves, [](C c) { return IsVisible(c); }) << ' ' << common(curves, [](C c) { return IsEditable(c); })
-        << ' ' << common(curves, [](C c) { return IsLocked(c); }) << ' '
-        << common(curves, [](C c) { return IsVelocityVisible(c); }) << ' '
-        << common(curves, [](C c) { return IsAccelerationVisible(c); }) << ' '
-        << common(curves, [](C c) { return IsDiscontinuityVisible(c); });
-    out << "\nsegments " << segments.size() << ": " << common(segments, [](S s) {
-        return std::string(s.getInterpolator() ? s.getInterpolator()->getExpression() : "");
-    });
-    out << "\nkeys " << keys.size() << ": " << common(keys, [](K k) { return k.getX(); }) << ' '
-        << common(keys, [](K k) { return k.getY(); }) << ' ' << common(keys, [](K k) { return k.isBreakdown(); }) << ' '
-        << common(keys, [](K k) { return k.isTangentsUnified(); }) << ' '
-        << common(keys, [](K k) { return *k.getProperty("fc_lock") != 0; });
-    out << "\ntangents " << tangents.size() << ": " << common(tangents, [](T t) { return t.getType(); }) << ' '
-        << common(tangents, [](T t) { return t.getAngle(); }) << ' '
-        << common(tangents, [](T t) { return t.getWeight(); }) << ' '
-        << common(tangents, [](T t) { return t.isWeighted(); }) << ' '
-        << common(tangents, [](T t) { return t.isWeightLocked(); });
-    return out.str();
+    check("tangents", text(t.count), text(tangents.size()));
+    check("type", said(t.type), found(tangents, [](T of) { return of.getType(); }));
+    check("angle", said(t.angle), found(tangents, [](T of) { return of.getAngle(); }));
+    check("weight", said(t.weight), found(tangents, [](T of) { return of.getWeight(); }));
+    check("weighted", said(t.weighted), found(tangents, [](T of) { return of.isWeighted(); }));
+    check("weight lock", said(t.weightLocked), found(tangents, [](T of) { return of.isWeightLocked(); }));
+    return difference;
 }
 
 // --- by example ------------------------------------------------------------------------------------------------------
@@ -140,7 +135,7 @@ TEST(SelectionExaminer, NeedsAWordAboutWhatNobodyWasTold) {
     Selection selection(container);
     SelectionExaminer examiner(selection);
     SelectCurveCompletely(selection, *curve);
-    EXPECT_EQ(said(examiner), found(*container));
+    EXPECT_EQ(untruth(examiner, *container), "");
     {
         FCurve::Switch silent;
         keyOf(*curve, 0).setY(9.0);
@@ -149,18 +144,18 @@ TEST(SelectionExaminer, NeedsAWordAboutWhatNobodyWasTold) {
         examiner.getKeyframes();
     }
     examiner.invalidate();
-    EXPECT_EQ(said(examiner), found(*container));
+    EXPECT_EQ(untruth(examiner, *container), "");
     {
         FCurve::Switch silent(*curve);
         for (const bool select : {false, true}) {
             select ? selection.select(keyOf(*curve, 0)) : selection.deselect(keyOf(*curve, 0));
-            EXPECT_EQ(said(examiner), found(*container)) << "the selection tells of this";
+            EXPECT_EQ(untruth(examiner, *container), "") << "the selection tells of this";
         }
         curve->removeSegment(std::next(curve->begin(), 2));
         examiner.getKeyframes();
     }
     curve->notifyChanged();
-    EXPECT_EQ(said(examiner), found(*container));
+    EXPECT_EQ(untruth(examiner, *container), "");
 }
 
 TEST(SelectionExaminer, OutlivesAndIsOutlived) {
@@ -169,9 +164,8 @@ TEST(SelectionExaminer, OutlivesAndIsOutlived) {
     auto selection = std::make_unique<Selection>(container);
     auto examiner = std::make_unique<SelectionExaminer>(*selection);
     SelectCurveCompletely(*selection, *curve);
-    const std::string before = said(*examiner);
     selection.reset();
-    EXPECT_EQ(said(*examiner), before);
+    EXPECT_EQ(untruth(*examiner, *container), "");
     curve.reset();
     const std::weak_ptr<FCurveContainer> watched = container;
     container.reset();
@@ -182,7 +176,7 @@ TEST(SelectionExaminer, OutlivesAndIsOutlived) {
     container = makeContainer({makeCurve("b", 1, bent())});
     selection = std::make_unique<Selection>(container);
     examiner = std::make_unique<SelectionExaminer>(*selection);
-    EXPECT_EQ(said(*examiner), found(*container));
+    EXPECT_EQ(untruth(*examiner, *container), "");
     examiner.reset();
     selection->select(*container->begin());
     container->clear();
@@ -244,24 +238,18 @@ public:
     void run(int steps) {
         for (int i = 0; i < steps; ++i) {
             for (int edits = below(8) == 0 ? below(80) : 1; edits > 0; --edits) edit();
-            ASSERT_EQ(said(*m_examiner), found(*m_container)) << "after step " << i << ": " << m_last;
+            ASSERT_EQ(untruth(*m_examiner, *m_container), "") << "after step " << i << ":" << m_last;
         }
     }
 
 private:
-    int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(m_random); }
-    bool coin() { return below(2) == 0; }
+    int below(int n) { return m_random.below(n); }
+    bool coin() { return m_random.coin(); }
     // Of few values, so that parts often agree.
     double value() { return below(3); }
     std::shared_ptr<Interpolator> anyKind() {
-        switch (below(4)) {
-        case 0:
-            return nullptr;
-        case 1:
-            return straight();
-        default:
-            return bent();
-        }
+        const std::shared_ptr<Interpolator> kinds[] = {nullptr, straight(), bent(), bent()};
+        return m_random.oneOf(kinds);
     }
     std::shared_ptr<FCurve> anyCurve() {
         auto curve = makeCurve(coin() ? "a" : "b", below(5), anyKind());
@@ -272,212 +260,120 @@ private:
         }
         return curve;
     }
-    FCurve& pick() {
-        if (m_container->empty() || below(8) == 0) return *m_spare;
-        return *std::next(m_container->begin(), below(static_cast<int>(m_container->size())));
-    }
-    FCurve::iterator pickSegment(FCurve& curve) {
-        return std::next(curve.begin(), below(static_cast<int>(curve.size())));
-    }
+    FCurve& pick() { return m_container->empty() || below(8) == 0 ? *m_spare : m_random.oneOf(*m_container); }
+    void oneOf(const std::vector<Edit>& edits) { m_last += std::string(" ") + m_random.act(edits); }
 
     template<class Part>
     void select(Part& part) {
-        switch (below(5)) {
-        case 0:
-            m_selection->select(part);
-            break;
-        case 1:
-            Selection(m_container).select(part);
-            break;
-        case 2:
-            m_selection->deselect(part);
-            break;
-        case 3:
-            part.setProperty("fc_sel", coin() ? "1" : "0");
-            break;
-        default:
-            part.clearProperties();
-            break;
-        }
+        oneOf({{"select", [&] { m_selection->select(part); }},
+               {"select by another", [&] { Selection(m_container).select(part); }},
+               {"deselect", [&] { m_selection->deselect(part); }},
+               {"property", [&] { part.setProperty("fc_sel", coin() ? "1" : "0"); }},
+               {"clear", [&] { part.clearProperties(); }}});
     }
 
     void editTangent(Tangent& tangent) {
-        m_last += " tangent";
-        switch (below(6)) {
-        case 0:
-            tangent.setType(static_cast<std::uint8_t>(below(7)));
-            break;
-        case 1:
-            tangent.setWeighted(coin());
-            break;
-        case 2:
-            tangent.setWeightLocked(coin());
-            break;
-        case 3:
-            tangent.set(value(), value());
-            break;
-        default:
-            select(tangent);
-            break;
-        }
+        oneOf({{"type", [&] { tangent.setType(static_cast<std::uint8_t>(below(7))); }},
+               {"weighted", [&] { tangent.setWeighted(coin()); }},
+               {"lock", [&] { tangent.setWeightLocked(coin()); }},
+               {"handle", [&] { tangent.set(value(), value()); }},
+               {"tangent's", [&] { select(tangent); }},
+               {"tangent's", [&] { select(tangent); }}});
     }
 
     void editKey(Keyframe& key) {
-        m_last += " key";
-        switch (below(6)) {
-        case 0:
-            key.set(key.getX() + value() - 1.0, value());
-            break;
-        case 1:
-            key.setBreakdown(coin());
-            break;
-        case 2:
-            key.setTangentsUnified(coin());
-            break;
-        case 3:
-            SetLocked(key, coin());
-            break;
-        default:
-            select(key);
-            break;
-        }
+        oneOf({{"move", [&] { key.set(key.getX() + value() - 1.0, value()); }},
+               {"breakdown", [&] { key.setBreakdown(coin()); }},
+               {"unify", [&] { key.setTangentsUnified(coin()); }},
+               {"lock", [&] { SetLocked(key, coin()); }},
+               {"key's", [&] { select(key); }},
+               {"key's", [&] { select(key); }}});
     }
 
-    void editCurve(FCurve& curve) {
-        const auto segment = pickSegment(curve);
-        switch (below(13)) {
-        case 0:
-            m_last = "remove segment";
+    void insertSegment(FCurve& curve) {
+        Keyframe key;
+        key.set(value() * 3.5 + value(), value());
+        if (coin()) key.setProperty("fc_sel", "1");
+        curve.insertSegment(key, anyKind());
+    }
+    void setFlags(FCurve& curve) {
+        curve.setName(coin() ? "a" : "b");
+        SetVisible(curve, coin());
+        SetLocked(curve, coin());
+    }
+    void editSilently(FCurve& curve, const FCurve::iterator& segment) {
+        {
+            FCurve::Switch silent(curve);
             curve.removeSegment(segment);
-            break;
-        case 1:
-        case 2: {
-            m_last = "insert segment";
-            Keyframe key;
-            key.set(value() * 3.5 + value(), value());
-            if (coin()) key.setProperty("fc_sel", "1");
-            curve.insertSegment(key, anyKind());
-            break;
-        }
-        case 3:
-            m_last = "interpolator";
-            segment->setInterpolator(anyKind());
-            break;
-        case 4:
-            m_last = "select segment";
-            select(*segment);
-            break;
-        case 5:
-            m_last = "select curve";
             select(curve);
-            break;
-        case 6:
-            m_last = "flags";
-            curve.setName(coin() ? "a" : "b");
-            SetVisible(curve, coin());
-            SetLocked(curve, coin());
-            break;
-        case 7:
-            m_last = "assign";
-            curve = *anyCurve();
-            break;
-        case 8:
-            m_last = "swap";
-            curve.swap(pick());
-            break;
-        case 9:
-            m_last = "clear";
-            if (below(4) == 0) curve.clear();
-            break;
-        case 10:
-            m_last = "silence";
-            {
-                FCurve::Switch silent(curve);
-                curve.removeSegment(segment);
-                select(curve);
-            }
-            FCurve::setChangeType(static_cast<FCurve::ChangeType>(below(4)));
-            curve.notifyChanged();
-            FCurve::setChangeType(FCurve::OrdinaryChange);
-            break;
-        case 11:
-            m_last = "select completely";
-            SelectCurveCompletely(*m_selection, curve);
-            break;
-        default:
-            m_last = "deselect completely";
-            DeselectCurveCompletely(*m_selection, curve);
-            break;
         }
+        FCurve::setChangeType(static_cast<FCurve::ChangeType>(below(4)));
+        curve.notifyChanged();
+        FCurve::setChangeType(FCurve::OrdinaryChange);
+    }
+    void editCurve(FCurve& curve) {
+        const auto segment = m_random.placeIn(curve);
+        oneOf({{"remove segment", [&] { curve.removeSegment(segment); }},
+               {"insert segment", [&] { insertSegment(curve); }},
+               {"insert segment", [&] { insertSegment(curve); }},
+               {"interpolator", [&] { segment->setInterpolator(anyKind()); }},
+               {"segment's", [&] { select(*segment); }},
+               {"curve's", [&] { select(curve); }},
+               {"flags", [&] { setFlags(curve); }},
+               {"assign", [&] { curve = *anyCurve(); }},
+               {"swap", [&] { curve.swap(pick()); }},
+               {"clear", [&] { below(4) == 0 ? curve.clear() : setFlags(curve); }},
+               {"silently", [&] { editSilently(curve, segment); }},
+               {"select completely", [&] { SelectCurveCompletely(*m_selection, curve); }},
+               {"deselect completely", [&] { DeselectCurveCompletely(*m_selection, curve); }}});
     }
 
-    void editContainer() {
-        switch (below(9)) {
-        case 0:
-            m_last = "add curve";
-            m_container->insertCurve(m_container->begin(), anyCurve());
-            break;
-        case 1:
-            m_last = "add and remove the spare curve";
-            m_container->addCurve(m_spare);
-            if (coin()) m_spare = anyCurve();
-            break;
-        case 2:
-        case 3:
-            m_last = "remove curve";
-            if (!m_container->empty())
-                m_container->removeCurve(std::next(m_container->begin(), below(static_cast<int>(m_container->size()))));
-            break;
-        case 4:
-            m_last = "clear container";
-            if (below(4) == 0) m_container->clear();
-            break;
-        case 5:
-            m_last = "clear selection";
-            m_selection->clear();
-            break;
-        case 6:
-            m_last = "deselect parts";
-            DeselectSelectedParts(*m_selection);
-            break;
-        case 7:
-            m_last = "another selection";
-            m_selection = std::make_unique<Selection>(m_container);
-            break;
-        default:
-            m_last = "silence everything";
-            {
-                FCurve::Switch silent;
-                editCurve(pick());
-                editContainer();
-            }
-            m_examiner->invalidate();
-            break;
+    void addSpare() {
+        m_container->addCurve(m_spare);
+        if (coin()) m_spare = anyCurve();
+    }
+    void removeCurve() {
+        if (!m_container->empty()) m_container->removeCurve(m_random.placeIn(*m_container));
+    }
+    void silenceEverything() {
+        {
+            FCurve::Switch silent;
+            editCurve(pick());
+            editContainer();
         }
+        m_examiner->invalidate();
+    }
+    void editContainer() {
+        oneOf({{"add curve", [&] { m_container->insertCurve(m_container->begin(), anyCurve()); }},
+               {"add the spare curve", [&] { addSpare(); }},
+               {"remove curve", [&] { removeCurve(); }},
+               {"remove curve", [&] { removeCurve(); }},
+               {"clear container", [&] { below(4) == 0 ? m_container->clear() : removeCurve(); }},
+               {"clear selection", [&] { m_selection->clear(); }},
+               {"deselect parts", [&] { DeselectSelectedParts(*m_selection); }},
+               {"another selection", [&] { m_selection = std::make_unique<Selection>(m_container); }},
+               {"silence", [&] { silenceEverything(); }}});
     }
 
     void edit() {
         FCurve& curve = pick();
         const auto keep = curve.getShared();
-        Segment& segment = *pickSegment(curve);
+        Segment& segment = *m_random.placeIn(curve);
+        const auto key = segment.getRightKey();
         m_last.clear();
         switch (below(5)) {
         case 0:
-            editTangent(coin() ? *segment.getInTangent() : *segment.getOutTangent());
-            break;
+            return editTangent(coin() ? *segment.getInTangent() : *segment.getOutTangent());
         case 1:
-            if (const auto key = segment.getRightKey()) editKey(*key);
-            break;
+            return key ? editKey(*key) : editCurve(curve);
         case 2:
-            if (below(3) == 0) editContainer();
-            break;
+            return below(3) == 0 ? editContainer() : editCurve(curve);
         default:
-            editCurve(curve);
-            break;
+            return editCurve(curve);
         }
     }
 
-    std::mt19937 m_random;
+    Random m_random;
     std::shared_ptr<FCurveContainer> m_container = FCurveContainer::create();
     std::shared_ptr<FCurve> m_spare;
     std::unique_ptr<Selection> m_selection;

@@ -1,0 +1,47 @@
+#pragma once
+
+// Numbers, places and edits at random, the same ones for the same seed.
+
+#include <functional>
+#include <iterator>
+#include <random>
+#include <vector>
+
+namespace Test {
+
+/// Something to do to what is tested.
+struct Edit {
+    const char* name;
+    std::function<void()> act;
+};
+
+class Random {
+public:
+    explicit Random(unsigned seed) : m_engine(seed) {}
+
+    double between(double low, double high) { return std::uniform_real_distribution<double>(low, high)(m_engine); }
+    int below(int count) { return std::uniform_int_distribution<int>(0, count - 1)(m_engine); }
+    bool coin() { return below(2) == 0; }
+
+    /// A position in an array, a vector, a curve or a container, which are not empty.
+    template<class Range>
+    auto placeIn(Range& range) {
+        return std::next(std::begin(range), below(static_cast<int>(std::size(range))));
+    }
+    template<class Range>
+    auto& oneOf(Range& range) {
+        return *placeIn(range);
+    }
+
+    /// Does one of the edits and tells its name. What is there twice happens twice as often.
+    const char* act(const std::vector<Edit>& edits) {
+        const Edit& edit = oneOf(edits);
+        edit.act();
+        return edit.name;
+    }
+
+private:
+    std::mt19937 m_engine;
+};
+
+} // namespace Test

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <utility>
 
 namespace {
@@ -16,53 +17,38 @@ struct HitRecordTest : testing::Test {
 };
 
 TEST_F(HitRecordTest, NamesOnePart) {
+    using R = HitRecord;
     const struct {
-        HitRecord record;
         HitRecord::Type type;
-        bool hasCurve, hasSegment, hasKeyframe, hasTangent;
+        HitRecord record;
+        std::function<void(HitRecord&)> reset;
+        std::shared_ptr<FCurve> curve;
+        std::shared_ptr<Segment> segment;
+        std::shared_ptr<Keyframe> key;
+        std::shared_ptr<Tangent> tangent;
     } rows[] = {
-        {HitRecord(), HitRecord::NONE, false, false, false, false},
-        {HitRecord(curve), HitRecord::CURVE, true, false, false, false},
-        {HitRecord(segment), HitRecord::SEGMENT, true, true, false, false},
-        {HitRecord(key), HitRecord::KEYFRAME, true, false, true, false},
-        {HitRecord(tangent, true), HitRecord::TANGENT, true, false, false, true},
-        {HitRecord(tangent, false), HitRecord::TANGENT_UNFLAGGED, true, false, false, true},
+        {R::NONE, {}, [](auto& r) { r.reset(); }, {}, {}, {}, {}},
+        {R::CURVE, {curve}, [&](auto& r) { r.reset(curve); }, curve, {}, {}, {}},
+        {R::SEGMENT, {segment}, [&](auto& r) { r.reset(segment); }, curve, segment, {}, {}},
+        {R::KEYFRAME, {key}, [&](auto& r) { r.reset(key); }, curve, {}, key, {}},
+        {R::TANGENT, {tangent, true}, [&](auto& r) { r.reset(tangent, true); }, curve, {}, {}, tangent},
+        {R::TANGENT_UNFLAGGED, {tangent, false}, [&](auto& r) { r.reset(tangent, false); }, curve, {}, {}, tangent},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.type);
-        const ConstHitRecord twin(row.record);
         HitRecord pointed;
-        switch (row.type) {
-        case HitRecord::CURVE:
-            pointed.reset(curve);
-            break;
-        case HitRecord::SEGMENT:
-            pointed.reset(segment);
-            break;
-        case HitRecord::KEYFRAME:
-            pointed.reset(key);
-            break;
-        case HitRecord::TANGENT:
-            pointed.reset(tangent, true);
-            break;
-        case HitRecord::TANGENT_UNFLAGGED:
-            pointed.reset(tangent, false);
-            break;
-        case HitRecord::NONE:
-            break;
-        }
+        row.reset(pointed);
         EXPECT_EQ(pointed, row.record);
-        EXPECT_EQ(row.record.getType(), row.type);
-        EXPECT_EQ(row.record.getCurve(), row.hasCurve ? curve : nullptr);
-        EXPECT_EQ(row.record.getSegment(), row.hasSegment ? segment : nullptr);
-        EXPECT_EQ(row.record.getKeyframe(), row.hasKeyframe ? key : nullptr);
-        EXPECT_EQ(row.record.getTangent(), row.hasTangent ? tangent : nullptr);
-        EXPECT_EQ(twin.getType(), row.type);
-        EXPECT_EQ(twin.getCurve(), row.record.getCurve());
-        EXPECT_EQ(twin.getSegment(), row.record.getSegment());
-        EXPECT_EQ(twin.getKeyframe(), row.record.getKeyframe());
-        EXPECT_EQ(twin.getTangent(), row.record.getTangent());
-        EXPECT_EQ(twin, row.record);
+        EXPECT_EQ(ConstHitRecord(row.record), row.record);
+        const auto check = [&](const auto& record) {
+            EXPECT_EQ(record.getType(), row.type);
+            EXPECT_EQ(record.getCurve(), row.curve);
+            EXPECT_EQ(record.getSegment(), row.segment);
+            EXPECT_EQ(record.getKeyframe(), row.key);
+            EXPECT_EQ(record.getTangent(), row.tangent);
+        };
+        check(row.record);
+        check(ConstHitRecord(row.record));
     }
 }
 
@@ -117,18 +103,10 @@ TEST_F(HitRecordTest, OrderIsByTypeThenByAddress) {
         }
     }
     const auto addressOf = [](const HitRecord& r) -> const void* {
-        switch (r.getType()) {
-        case HitRecord::CURVE:
-            return r.getCurve().get();
-        case HitRecord::SEGMENT:
-            return r.getSegment().get();
-        case HitRecord::KEYFRAME:
-            return r.getKeyframe().get();
-        case HitRecord::NONE:
-            return nullptr;
-        default:
-            return r.getTangent().get();
-        }
+        if (r.getTangent()) return r.getTangent().get();
+        if (r.getKeyframe()) return r.getKeyframe().get();
+        if (r.getSegment()) return r.getSegment().get();
+        return r.getCurve().get();
     };
     for (const HitRecord& a : records) {
         for (const HitRecord& b : records) {

@@ -1,10 +1,10 @@
 // The examiner's internal tree, against a plain sum: sizes that a selection in a test does not reach.
 #include "selection/SummaryTree.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
-#include <random>
 
 namespace {
 
@@ -14,19 +14,15 @@ struct Sum {
 };
 
 TEST(SummaryTree, StaysTrueWhileItGrowsShrinksAndChanges) {
-    std::mt19937 random(3);
-    const auto below = [&](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n - 1)(random); };
+    ::Test::Random random(3);
+    const auto below = [&](std::size_t n) { return static_cast<std::size_t>(random.below(static_cast<int>(n))); };
     using VEM_FN::FCurveLib::Private::SummaryTree;
     SummaryTree<long, Sum> tree;
     std::vector<long> leaves;
     std::size_t looks = 0;
-    const auto settle = [&] {
-        return tree
-            .settle([&](Sum& sum, long leaf) {
-                ++looks;
-                sum.total += leaf;
-            })
-            .total;
+    const auto add = [&](Sum& sum, long leaf) {
+        ++looks;
+        sum.total += leaf;
     };
     for (int step = 0; step < 3000; ++step) {
         // Sizes drift up to thousands and down to nothing again.
@@ -52,14 +48,14 @@ TEST(SummaryTree, StaysTrueWhileItGrowsShrinksAndChanges) {
             tree.clear();
             leaves.clear();
         }
-        ASSERT_EQ(settle(), std::accumulate(leaves.begin(), leaves.end(), 0L)) << "step " << step;
+        ASSERT_EQ(tree.settle(add).total, std::accumulate(leaves.begin(), leaves.end(), 0L)) << "step " << step;
         ASSERT_EQ(tree.size(), leaves.size());
         looks = 0;
-        settle();
+        tree.settle(add);
         ASSERT_EQ(looks, 0U);
         if (!leaves.empty()) {
             tree.touch(below(leaves.size()));
-            settle();
+            tree.settle(add);
             ASSERT_LE(looks, 16U);
         }
     }

@@ -3,6 +3,7 @@
 // FCURVELIB_ORACLE_SAMPLES sets how many abscissae are compared per row (200000 for a thorough run).
 
 #include "interp/BezierMath.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +12,12 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
 using namespace VEM_FN::FCurveLib;
 using namespace VEM_FN::FCurveLib::Private;
+using Test::Random;
 
 namespace {
 
@@ -85,13 +86,12 @@ struct Oracle {
 
 // The largest error of EvalBezierY in units of the value range, over samples at equal and at random distances; the
 // text tells where it is.
-double WorstError(const BezierArgs& p, std::mt19937_64& random, std::string& where) {
+double WorstError(const BezierArgs& p, Random& random, std::string& where) {
     const Oracle oracle(p);
-    std::uniform_real_distribution<double> anywhere(p.x0, p.x3);
     const int samples = OracleSamples();
     Exact worst = 0;
     for (int i = 0; i < samples; ++i) {
-        const double x = i % 2 ? anywhere(random) : p.x0 + (p.x3 - p.x0) * i / samples;
+        const double x = i % 2 ? random.between(p.x0, p.x3) : p.x0 + (p.x3 - p.x0) * i / samples;
         const double y = EvalBezierY(x, p);
         Exact error = std::abs(y - oracle.y(x));
         // The value itself is a double: half a unit in its last place is no error.
@@ -110,49 +110,37 @@ double WorstError(const BezierArgs& p, std::mt19937_64& random, std::string& whe
 // --- polynomials -----------------------------------------------------------------------------------------------------
 
 TEST(BezierMath, SolveQuadratic) {
-    struct Row {
+    const struct {
         double a, b, c;
         std::vector<double> roots;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {1, -3, 2, {1, 2}}, {-1, 3, -2, {1, 2}},    {2, 4, -6, {-3, 1}},        {1, 0, -4, {-2, 2}},
         {1, -2, 1, {1}},    {1, -2, 1 + 1e-8, {1}}, // a negative discriminant near zero counts as zero
         {1, 0, 1, {}},      {0, 2, -3, {1.5}},      {1e-8, 2, -3, {1.5}},       // a near zero
         {0, 0, 5, {}},      {1, 0, 0, {0}},         {1, 1e9, 1, {-1e9, -1e-9}}, // the small root keeps its digits
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.a << " t^2 + " << row.b << " t + " << row.c);
+    for (const auto& row : rows) {
         double roots[2] = {nan, nan};
         const int count = SolveQuadratic(row.a, row.b, row.c, roots);
-        ASSERT_EQ(count, static_cast<int>(row.roots.size()));
-        for (int i = 0; i < count; ++i)
-            EXPECT_NEAR(roots[i], row.roots[static_cast<std::size_t>(i)], 1e-15 * std::abs(roots[i]) + 1e-24);
+        ASSERT_EQ(count, static_cast<int>(row.roots.size())) << row.a << " " << row.b << " " << row.c;
+        for (std::size_t i = 0; i < row.roots.size(); ++i)
+            EXPECT_NEAR(roots[i], row.roots[i], 1e-15 * std::abs(roots[i]) + 1e-24) << row.b;
     }
 }
 
 TEST(BezierMath, SolveCubic) {
-    struct Row {
-        std::vector<double> roots; // of the polynomial, with multiplicity
-        int count;
+    const struct {
+        double p, q, r; // the roots of the polynomial, with multiplicity
         std::vector<double> found;
+    } rows[] = {
+        {1, 2, 3, {1, 2, 3}},     {-7, 0.25, 100, {-7, 0.25, 100}}, {0, 0, 0, {0}}, {2, 2, 2, {2}},
+        {1, 1 + 3e-8, 4, {1, 4}}, {-4, 1, 1 + 3e-8, {-4, 1}}, // roots equal within the tolerance count once
     };
-    const Row rows[] = {
-        {{1, 2, 3}, 3, {1, 2, 3}},
-        {{-7, 0.25, 100}, 3, {-7, 0.25, 100}},
-        {{0, 0, 0}, 1, {0}},
-        {{2, 2, 2}, 1, {2}},
-        {{1, 1 + 3e-8, 4}, 2, {1, 4}}, // roots equal within the tolerance count once
-        {{-4, 1, 1 + 3e-8}, 2, {-4, 1}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.roots));
-        const double p = row.roots[0];
-        const double q = row.roots[1];
-        const double r = row.roots[2];
+    for (const auto& [p, q, r, found] : rows) {
         double roots[3] = {nan, nan, nan};
         const int count = SolveCubic(-(p + q + r), p * q + p * r + q * r, -p * q * r, roots);
-        ASSERT_EQ(count, row.count);
-        for (int i = 0; i < count; ++i) EXPECT_NEAR(roots[i], row.found[static_cast<std::size_t>(i)], 1e-6);
+        ASSERT_EQ(count, static_cast<int>(found.size())) << p << " " << q << " " << r;
+        for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(roots[i], found[i], 1e-6);
     }
     // (t - k)(t^2 + 1), one real root of either sign and size
     for (const double k : {-1e6, -2.0, -1e-3, 0.0, 0.5, 3.0, 1e6}) {
@@ -168,30 +156,26 @@ TEST(BezierMath, SolveBezierT) {
     struct Row {
         double x0, x1, x2, x3, x, t;
     };
-    const Row rows[] = {
-        {0, 1, 2, 3, 1.5, 0.5},
-        {0, 0, 3, 3, 1.5, 0.5},
-        {0, 3, 0, 3, 1.5, 0.5}, // vertical in the middle
-        {0, 1, 2, 3, 0, 0},     // at the keys
-        {0, 1, 2, 3, 3, 1},
-        {0, 1, 2, 3, 9e-8, 0}, // beside them
-        {0, 1, 2, 3, 3 - 9e-8, 1},
-        {0, 1, 2, 3, 2e-7, 2e-7 / 3},
-        {0, 1, 2, 3, -7, 0}, // beyond the keys
-        {0, 1, 2, 3, 7, 1},
-        {0, 1, 2, 3, -infinity, 0},
-        {0, 1, 2, 3, infinity, 1},
-        {0, 5, 5, 5, 4.375, 0.5},
-        {0, 0, 0, 8, 1, 0.5},       // x(t) = 8 t^3
-        {0, 0, 0, 8e-9, 1e-9, 0.5}, // a span below the tolerance
-        {1e7, 1e7, 1e7, 1e7 + 8, 1e7 + 1, 0.5},
-        {2, 2, 2, 2, 2, 0}, // no span at all
-        {2, 2, 2, 2, 3, 1},
-        {2, 2, 2, 2, 1, 0},
+    const Row ordinary[] = {
+        {0, 1, 2, 3, 1.5, 0.5}, {0, 0, 3, 3, 1.5, 0.5}, {0, 5, 5, 5, 4.375, 0.5}, {0, 0, 0, 8, 1, 0.5}};
+    const Row atAndBeyondTheKeys[] = {{0, 1, 2, 3, 0, 0}, {0, 1, 2, 3, 3, 1},         {0, 1, 2, 3, -7, 0},
+                                      {0, 1, 2, 3, 7, 1}, {0, 1, 2, 3, -infinity, 0}, {0, 1, 2, 3, infinity, 1}};
+    const Row besideTheKeys[] = {{0, 1, 2, 3, 9e-8, 0}, {0, 1, 2, 3, 3 - 9e-8, 1}, {0, 1, 2, 3, 2e-7, 2e-7 / 3}};
+    const Row odd[] = {{0, 3, 0, 3, 1.5, 0.5},     // vertical in the middle
+                       {0, 0, 0, 8e-9, 1e-9, 0.5}, // a span below the tolerance
+                       {1e7, 1e7, 1e7, 1e7 + 8, 1e7 + 1, 0.5},
+                       {2, 2, 2, 2, 2, 0}, // no span at all
+                       {2, 2, 2, 2, 3, 1},
+                       {2, 2, 2, 2, 1, 0}};
+    const auto check = [](const auto& rows) {
+        for (const Row& row : rows)
+            EXPECT_NEAR(SolveBezierT(row.x, row.x0, row.x1, row.x2, row.x3), row.t, 1e-15)
+                << row.x0 << ' ' << row.x1 << ' ' << row.x2 << ' ' << row.x3 << " at " << row.x;
     };
-    for (const Row& row : rows)
-        EXPECT_NEAR(SolveBezierT(row.x, row.x0, row.x1, row.x2, row.x3), row.t, 1e-15)
-            << row.x0 << ' ' << row.x1 << ' ' << row.x2 << ' ' << row.x3 << " at " << row.x;
+    check(ordinary);
+    check(atAndBeyondTheKeys);
+    check(besideTheKeys);
+    check(odd);
     EXPECT_TRUE(std::isnan(SolveBezierT(nan, 0, 1, 2, 3)));
 }
 
@@ -218,14 +202,13 @@ TEST(BezierMath, ParameterIsExactWhereTheCurveIsVertical) {
 }
 
 TEST(BezierMath, RepairFindsTheRootFromAnyGuess) {
-    std::mt19937_64 random(7);
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    Random random(7);
     for (int i = 0; i < 2000; ++i) {
-        const double width = std::pow(10.0, 9.0 * unit(random) - 3.0);
-        const BezierArgs p{0, 0, width, 1, width * unit(random), 0.3, -width * unit(random), -0.2};
-        const double x = width * unit(random);
+        const double width = std::pow(10.0, random.between(-3, 6));
+        const BezierArgs p{0, 0, width, 1, random.between(0, width), 0.3, random.between(-width, 0), -0.2};
+        const double x = random.between(0, width);
         const double t = static_cast<double>(Oracle(p).t(x));
-        for (const double guess : {0.0, 1e-9, 0.5, 1.0, unit(random), nan})
+        for (const double guess : {0.0, 1e-9, 0.5, 1.0, random.between(0, 1), nan})
             ASSERT_NEAR(RepairBezierPlace(x, p, guess).t, t, 1e-11) << "guess " << guess << " row " << i;
     }
 }
@@ -244,75 +227,62 @@ TEST(BezierMath, ValueWhereTheClosedFormFails) {
 
 class BezierValue : public testing::TestWithParam<double> {
 protected:
-    BezierValue() : random(static_cast<std::mt19937_64::result_type>(1e4 * GetParam())) {}
-
-    double between(double low, double high) { return std::uniform_real_distribution<double>(low, high)(random); }
+    double between(double low, double high) { return random.between(low, high); }
 
     // Compares one row: a segment that starts at the given key, of the parameter's width, with handles in that unit.
     void check(double start, double out, double in) {
         const double exactWidth = start + width - start;
-        checkExactly({start, 0, start + width, 1, exactWidth * out, between(-1, 1), -exactWidth * in, between(-1, 1)});
+        checkExactly(start, exactWidth * out, exactWidth * in);
     }
-    void checkExactly(const BezierArgs& p) {
+    void checkExactly(double start, double out, double in) {
         std::string where;
-        EXPECT_LE(WorstError(p, random, where), 1e-11) << where;
+        EXPECT_LE(WorstError({start, 0, start + width, 1, out, between(-1, 1), -in, between(-1, 1)}, random, where),
+                  1e-11)
+            << where;
     }
 
     const double width = GetParam();
-    const std::vector<double> starts{0.0, 17.3, 1e5, 1e7};
-    std::mt19937_64 random;
+    Random random{static_cast<unsigned>(1e4 * width)};
 };
 
-TEST_P(BezierValue, RandomWeightedHandles) {
-    for (const double start : starts)
+TEST_P(BezierValue, AgreesWithTheOracle) {
+    for (const double start : {0.0, 17.3, 1e5, 1e7}) {
         for (int i = 0; i < 4; ++i) check(start, between(0, 1), between(0, 1));
-}
-
-TEST_P(BezierValue, HandlesNearThirds) {
-    for (const double start : starts)
+        // Handles near thirds.
         for (double off = 1e-3; off > 0.9e-12; off /= 10.0) {
             check(start, (1.0 + off * between(-1, 1)) / 3.0, (1.0 + off * between(-1, 1)) / 3.0);
             check(start, (1.0 + off) / 3.0, 1.0 / 3.0);
         }
-}
-
-TEST_P(BezierValue, HandlesThatSumToTwoThirdsRounded) {
-    for (const double start : starts)
+        // Handles that add up to two thirds, rounded.
         for (int i = 0; i < 3; ++i) {
             const double out = between(0.05, 0.6) * width;
             const double in = 2.0 / 3.0 * width - out;
-            checkExactly({start, 0, start + width, 1, std::round(out * 1e6) / 1e6, between(-1, 1),
-                          -std::round(in * 1e6) / 1e6, between(-1, 1)});
-            checkExactly({start, 0, start + width, 1, static_cast<float>(out), between(-1, 1),
-                          -static_cast<double>(static_cast<float>(in)), between(-1, 1)});
+            checkExactly(start, std::round(out * 1e6) / 1e6, std::round(in * 1e6) / 1e6);
+            checkExactly(start, static_cast<float>(out), static_cast<float>(in));
         }
-}
-
-TEST_P(BezierValue, VeryShortZeroAndFullSpanHandles) {
-    for (const double start : starts)
+        // Very short, zero and full-span handles.
         for (const double out : {0.0, 1e-12, 1e-7, 1e-3, 0.999, 1.0 - 1e-9, 1.0})
             for (const double in : {0.0, 1e-9, 1e-5, 0.5, 1.0}) check(start, out, in);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Widths, BezierValue, testing::Values(1e-3, 0.02, 1.0, 24.0, 1e3, 1e6));
 
 TEST(BezierMath, FlatIsFlatAndKeysAreKeysToTheLastBit) {
-    std::mt19937_64 random(5);
-    std::uniform_real_distribution<double> value(-1e3, 1e3);
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    Random random(5);
+    const auto value = [&] { return random.between(-1e3, 1e3); };
     for (int i = 0; i < 300; ++i) {
-        const double x0 = value(random);
-        const double x3 = x0 + 10.0 * unit(random) + 0.001;
+        const double x0 = value();
+        const double x3 = x0 + random.between(0.001, 10);
         const double width = x3 - x0;
-        const double y = value(random);
-        const BezierArgs flat{x0, y, x3, y, width * unit(random), 0, -width * unit(random), 0};
+        const double y = value();
+        const double out = random.between(0, width);
+        const BezierArgs flat{x0, y, x3, y, out, 0, -random.between(0, width), 0};
         for (int j = 0; j <= 50; ++j) ASSERT_EQ(EvalBezierY(x0 + j * width / 50, flat), y);
 
-        const BezierArgs any{x0, y, x3, value(random), width * unit(random), value(random), 0, value(random)};
-        EXPECT_EQ(EvalBezierY(x0, any), any.y0);
-        EXPECT_EQ(EvalBezierY(x3, any), any.y3);
-        EXPECT_EQ(EvalBezierY(-infinity, any), any.y0);
-        EXPECT_EQ(EvalBezierY(infinity, any), any.y3);
+        const BezierArgs any{x0, y, x3, value(), out, value(), 0, value()};
+        for (const double x : {x0, -infinity}) EXPECT_EQ(EvalBezierY(x, any), any.y0);
+        for (const double x : {x3, infinity}) EXPECT_EQ(EvalBezierY(x, any), any.y3);
         EXPECT_TRUE(std::isnan(EvalBezierY(nan, any)));
         // A place beside a key is that key; the curve goes on from there without a jump.
         const double tolerance = 1e-7 * std::min(1.0, width);
@@ -328,53 +298,38 @@ TEST(BezierMath, FiniteInputGivesFiniteValues) {
         for (const double out : numbers)
             for (const double in : numbers)
                 for (const double part : {0.0, 1e-12, 0.3, 0.5, 0.9, 1.0, 2.0, -1.0}) {
-                    BezierArgs p{1.0, 2.0, 1.0 + width, 3.0, out, 0.5, in, 0.25};
-                    ASSERT_TRUE(std::isfinite(EvalBezierY(1.0 + part * width, p)))
-                        << width << ' ' << out << ' ' << in << ' ' << part;
-                    MakeBezierMonotonic(p);
-                    ASSERT_TRUE(std::isfinite(EvalBezierY(1.0 + part * width, p)))
-                        << width << ' ' << out << ' ' << in << ' ' << part;
+                    const BezierArgs p{1.0, 2.0, 1.0 + width, 3.0, out, 0.5, in, 0.25};
+                    BezierArgs monotonic = p;
+                    MakeBezierMonotonic(monotonic);
+                    for (const BezierArgs& args : {p, monotonic})
+                        ASSERT_TRUE(std::isfinite(EvalBezierY(1.0 + part * width, args)))
+                            << width << ' ' << out << ' ' << in << ' ' << part;
                 }
 }
 
 // --- derivatives -----------------------------------------------------------------------------------------------------
 
 TEST(BezierMath, DerivativesAgreeWithDifferencesOfTheOracle) {
-    std::mt19937_64 random(11);
-    const auto between = [&](double low, double high) {
-        return std::uniform_real_distribution<double>(low, high)(random);
-    };
+    Random random(11);
     for (const double width : {0.001, 1.0, 1e3, 1e6})
-        for (int row = 0; row < 20; ++row) {
-            const double start = row % 2 ? 0.0 : 1234.5;
-            const BezierArgs p{start,
-                               0,
-                               start + width,
-                               1,
-                               width * between(0.05, 0.9),
-                               between(-1, 1),
-                               -width * between(0.05, 0.9),
-                               between(-1, 1)};
+        for (int i = 0; i < 400; ++i) {
+            const double start = i % 2 ? 0.0 : 1234.5;
+            const double out = width * random.between(0.05, 0.9);
+            const double in = -width * random.between(0.05, 0.9);
+            const BezierArgs p{start, 0, start + width, 1, out, random.between(-1, 1), in, random.between(-1, 1)};
             const Oracle oracle(p);
-            for (int i = 0; i < 20; ++i) {
-                const double x = p.x0 + (p.x3 - p.x0) * between(0.05, 0.95);
-                const BezierPlace at = SolveBezier(x, p);
-                const Exact h = Exact(1e-5) * oracle.width;
-                const Exact offset = Exact(x) - p.x0;
-                const Exact lo = oracle.offsetY(oracle.t(offset - h));
-                const Exact mid = oracle.offsetY(oracle.t(offset));
-                const Exact hi = oracle.offsetY(oracle.t(offset + h));
-                const double slope = static_cast<double>((hi - lo) / (2 * h));
-                const double second = static_cast<double>((hi - 2 * mid + lo) / (h * h));
-                // Differences at h lose about h^2 of the fourth derivative, which is large where x'(t) is small.
-                const Exact u = 1 - oracle.t(offset);
-                const double speed =
-                    static_cast<double>((oracle.offsetX(1 - u + Exact(1e-6)) - oracle.offsetX(1 - u - Exact(1e-6)))
-                                        / Exact(2e-6) / oracle.width);
-                if (speed < 0.2) continue;
-                EXPECT_NEAR(BezierSlope(at, p), slope, 1e-5 / width) << "row " << row;
-                EXPECT_NEAR(BezierSecond(at, p), second, 1e-3 / (width * width)) << "row " << row;
-            }
+            const double x = p.x0 + (p.x3 - p.x0) * random.between(0.05, 0.95);
+            const Exact h = Exact(1e-5) * oracle.width;
+            const auto y = [&](Exact steps) { return oracle.offsetY(oracle.t(Exact(x) - p.x0 + steps * h)); };
+            const double slope = static_cast<double>((y(1) - y(-1)) / (2 * h));
+            const double second = static_cast<double>((y(1) - 2 * y(0) + y(-1)) / (h * h));
+            // Differences at h lose about h^2 of the fourth derivative, which is large where x'(t) is small.
+            const Exact t = oracle.t(Exact(x) - p.x0);
+            const Exact step = 1e-6L;
+            if ((oracle.offsetX(t + step) - oracle.offsetX(t - step)) / (2 * step) < 0.2L * oracle.width) continue;
+            const BezierPlace at = SolveBezier(x, p);
+            EXPECT_NEAR(BezierSlope(at, p), slope, 1e-5 / width) << i;
+            EXPECT_NEAR(BezierSecond(at, p), second, 1e-3 / (width * width)) << i;
         }
 }
 
@@ -403,57 +358,49 @@ TEST(BezierMath, VerticalSlopesAreSentinels) {
 
 // --- extents ---------------------------------------------------------------------------------------------------------
 
+// The largest sign * y between two parameters, sampled ever more densely around it: next to an extreme, values round to
+// either side.
+double Largest(const BezierArgs& p, double sign, double begin, double end) {
+    const double first = begin, last = end;
+    double best = -infinity, bestT = begin;
+    for (int pass = 0; pass < 4; ++pass) {
+        for (int i = 0; i <= 300; ++i) {
+            const double t = i < 300 ? begin + i * (end - begin) / 300 : end;
+            const double y = sign * BezierY({t, 1 - t}, p);
+            if (y > best) bestT = t;
+            best = std::max(best, y);
+        }
+        if (bestT == first || bestT == last) break; // the end's own value, not rounded outwards
+        const double reach = (end - begin) / 100;
+        begin = std::max(first, bestT - reach);
+        end = std::min(last, bestT + reach);
+    }
+    return best;
+}
+
 TEST(BezierMath, ExtentsAreNeverSmallerThanDenseSamplingAndTight) {
-    std::mt19937_64 random(13);
-    const auto between = [&](double low, double high) {
-        return std::uniform_real_distribution<double>(low, high)(random);
-    };
+    Random random(1);
     for (const double scale : {1e-200, 1e-12, 1.0, 1e12, 1e200})
         for (int row = 0; row < 40; ++row) {
-            const double base = row % 3 ? 0.0 : between(-10, 10);
-            const BezierArgs p{0,
-                               scale * base,
-                               3,
-                               scale * (base + between(-1, 1)),
-                               between(0, 3),
-                               scale * between(-4, 4),
-                               -between(0, 3),
-                               scale * between(-4, 4)};
-            const double x0 = row % 2 ? 0.0 : between(0, 1.5);
-            const double x1 = row % 4 < 2 ? 3.0 : between(1.5, 3);
-            const BezierPlace from = SolveBezier(x0, p);
-            const BezierPlace to = SolveBezier(x1, p);
-            double low = 0.0;
-            double high = 0.0;
+            SCOPED_TRACE(testing::Message() << "row " << row << " scale " << scale);
+            const double base = row % 3 ? 0.0 : random.between(-10, 10);
+            const double rise = random.between(-1, 1);
+            const auto handleY = [&] { return scale * random.between(-4, 4); };
+            const BezierArgs p{0,         scale * base,          3,        scale * (base + rise), random.between(0, 3),
+                               handleY(), -random.between(0, 3), handleY()};
+            const BezierPlace from = SolveBezier(row % 2 ? 0.0 : random.between(0, 1.5), p);
+            const BezierPlace to = SolveBezier(row % 4 < 2 ? 3.0 : random.between(1.5, 3), p);
+            double low = 0.0, high = 0.0;
             BezierExtents(from, to, p, low, high);
-            // Sampled ever more densely around the extremes: next to them, values round to either side.
-            for (const double sign : {1.0, -1.0}) {
-                double best = -infinity;
-                double begin = from.t;
-                double end = to.t;
-                double bestT = begin;
-                for (int pass = 0; pass < 4; ++pass) {
-                    for (int i = 0; i <= 300; ++i) {
-                        const double t = i < 300 ? begin + i * (end - begin) / 300 : end;
-                        const double y = sign * BezierY({t, 1 - t}, p);
-                        if (y > best) {
-                            best = y;
-                            bestT = t;
-                        }
-                    }
-                    if (bestT == from.t || bestT == to.t) break; // the end's own value, not rounded outwards
-                    const double reach = (end - begin) / 100;
-                    begin = std::max(from.t, bestT - reach);
-                    end = std::min(to.t, bestT + reach);
-                }
-                const double bound = sign > 0 ? high : -low;
-                ASSERT_GE(bound, best) << "row " << row << " scale " << scale;
-                ASSERT_NEAR(bound, best, 1e-12 * (high - low)) << "row " << row << " scale " << scale;
-            }
+            const double highest = Largest(p, 1, from.t, to.t);
+            const double lowest = -Largest(p, -1, from.t, to.t);
+            ASSERT_GE(high, highest);
+            ASSERT_LE(low, lowest);
+            ASSERT_NEAR(high, highest, 1e-12 * (high - low));
+            ASSERT_NEAR(low, lowest, 1e-12 * (high - low));
         }
 
-    double low = 0.0;
-    double high = 0.0;
+    double low = 0.0, high = 0.0;
     BezierExtents({0, 1}, {1, 0}, {0, 0, 3, 0, 1, 4, -1, 4}, low, high); // y = 12 t u
     EXPECT_EQ(low, 0.0);
     EXPECT_NEAR(high, 3.0, 1e-14);
@@ -481,36 +428,27 @@ TEST(BezierMath, MonotonicRows) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << "(" << row.x1 << ", " << row.y1 << ") (" << row.x2 << ", " << row.y2 << ")");
-        double x1 = row.x1;
-        double y1 = row.y1;
-        double x2 = row.x2;
-        double y2 = row.y2;
-        MakeBezierMonotonic(0, 0, x1, y1, x2, y2, 3, 3);
-        EXPECT_NEAR(x1, row.newX1, 1e-14);
-        EXPECT_NEAR(y1, row.newY1, 1e-14);
-        EXPECT_NEAR(x2, row.newX2, 1e-14);
-        EXPECT_NEAR(y2, row.newY2, 1e-14);
+        Row is = row;
+        MakeBezierMonotonic(0, 0, is.x1, is.y1, is.x2, is.y2, 3, 3);
+        EXPECT_NEAR(is.x1, row.newX1, 1e-14);
+        EXPECT_NEAR(is.y1, row.newY1, 1e-14);
+        EXPECT_NEAR(is.x2, row.newX2, 1e-14);
+        EXPECT_NEAR(is.y2, row.newY2, 1e-14);
     }
 }
 
 TEST(BezierMath, MonotonicLeavesNoFoldAtAnySpan) {
-    std::mt19937_64 random(17);
-    const auto between = [&](double low, double high) {
-        return std::uniform_real_distribution<double>(low, high)(random);
-    };
+    Random random(17);
     for (double width = 1e-3; width < 2e6; width *= 10.0)
         for (int row = 0; row < 400; ++row) {
-            const double x0 = row % 4 ? 0.0 : between(-1000, 1000);
+            const double x0 = row % 4 ? 0.0 : random.between(-1000, 1000);
             const double x3 = x0 + width;
             const double reach = row % 5 ? 3.0 : row % 2 ? 1.001 : 50.0;
-            const double givenX1 = x0 + width * between(0, reach);
-            const double givenX2 = x3 - width * between(0, reach);
-            const double givenY1 = between(-5, 5);
-            const double givenY2 = between(-5, 5);
-            double x1 = givenX1;
-            double x2 = givenX2;
-            double y1 = givenY1;
-            double y2 = givenY2;
+            const double givenX1 = x0 + width * random.between(0, reach);
+            const double givenX2 = x3 - width * random.between(0, reach);
+            const double givenY1 = random.between(-5, 5);
+            const double givenY2 = random.between(-5, 5);
+            double x1 = givenX1, x2 = givenX2, y1 = givenY1, y2 = givenY2;
             MakeBezierMonotonic(x0, 0, x1, y1, x2, y2, x3, 1);
 
             // x'(t) >= 0, exactly: its Bernstein coefficients are not negative, or the middle one does not outweigh.

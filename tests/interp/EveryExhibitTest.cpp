@@ -1,5 +1,6 @@
 // What holds of every curve in the museum, whatever its shape.
 
+#include "support/Ask.h"
 #include "support/Museum.h"
 
 #include <gtest/gtest.h>
@@ -84,8 +85,7 @@ TEST_P(EveryExhibit, PolylineLiesOnCurve) {
     forEachSegment([&](const Segment& segment, const Interpolator& interpolator, const Span& span) {
         for (const double cut : {0.0, 0.3}) {
             const double x0 = span.x0 + cut * (span.x1 - span.x0);
-            std::vector<Vector2D<double>> points{{99, 99}};
-            interpolator.computePolyline(segment, x0, span.x1, 101, points);
+            const auto points = PolylineOf(&Interpolator::computePolyline, interpolator, segment, x0, span.x1, 101);
             ASSERT_TRUE(points.size() == 101 || points.size() == 2);
             EXPECT_EQ(points.front().x, x0);
             EXPECT_NEAR(points.back().x, span.x1, 1e-15 * std::abs(span.x1));
@@ -102,9 +102,8 @@ TEST_P(EveryExhibit, PolylineLiesOnCurve) {
 
 TEST_P(EveryExhibit, DerivativePolylinesAreTheDerivatives) {
     forEachSegment([&](const Segment& segment, const Interpolator& interpolator, const Span& span) {
-        const auto check = [&](auto fill, auto derivative) {
-            std::vector<Vector2D<double>> points;
-            (interpolator.*fill)(segment, span.x0, span.x1, 40, points);
+        const auto check = [&](FillPolyline fill, auto derivative) {
+            const auto points = PolylineOf(fill, interpolator, segment, span.x0, span.x1, 40);
             ASSERT_TRUE(points.size() == 40 || points.size() == 2);
             for (const auto& point : points) {
                 const double ulps = 1e-14 * std::max(std::abs(point.x), span.x1 - span.x0);
@@ -121,41 +120,27 @@ TEST_P(EveryExhibit, DerivativePolylinesAreTheDerivatives) {
 
 TEST_P(EveryExhibit, ExtentsBracketDenseSamplingTightly) {
     forEachSegment([&](const Segment& segment, const Interpolator& interpolator, const Span& span) {
+        const auto eval = [&](double x) { return interpolator.eval(x, segment); };
         for (const double cut : {0.0, 0.3, 0.6}) {
             const double x0 = span.x0 + cut * (span.x1 - span.x0);
-            double low = 99.0;
-            double high = -99.0;
-            interpolator.getRangeExtents(segment, x0, span.x1, low, high);
+            const auto [low, high] = ExtentsOf(interpolator, segment, x0, span.x1);
             if (!IsExact(interpolator)) {
-                ASSERT_LE(low, std::min(interpolator.eval(x0, segment), interpolator.eval(span.x1, segment)));
-                ASSERT_GE(high, std::max(interpolator.eval(x0, segment), interpolator.eval(span.x1, segment)));
+                ASSERT_LE(low, std::min(eval(x0), eval(span.x1)));
+                ASSERT_GE(high, std::max(eval(x0), eval(span.x1)));
                 continue;
             }
-            double swappedLow = 99.0;
-            double swappedHigh = -99.0;
-            interpolator.getRangeExtents(segment, span.x1, x0, swappedLow, swappedHigh);
-            EXPECT_EQ(low, swappedLow);
-            EXPECT_EQ(high, swappedHigh);
+            const Extents swapped = ExtentsOf(interpolator, segment, span.x1, x0);
+            EXPECT_TRUE(low == swapped.low && high == swapped.high);
 
             constexpr int samples = 2000;
             const double step = (span.x1 - x0) / samples;
-            double lowest = interpolator.eval(span.x1, segment);
-            double highest = lowest;
-            double lowestX = span.x1;
-            double highestX = span.x1;
+            Vector2D<double> lowest{span.x1, eval(span.x1)}, highest = lowest;
             for (int i = 0; i < samples; ++i) {
-                const double x = x0 + i * step;
-                const double y = interpolator.eval(x, segment);
-                ASSERT_LE(low, y) << "at " << x;
-                ASSERT_GE(high, y) << "at " << x;
-                if (y < lowest) {
-                    lowest = y;
-                    lowestX = x;
-                }
-                if (y > highest) {
-                    highest = y;
-                    highestX = x;
-                }
+                const Vector2D<double> point{x0 + i * step, eval(x0 + i * step)};
+                ASSERT_LE(low, point.y) << "at " << point.x;
+                ASSERT_GE(high, point.y) << "at " << point.x;
+                if (point.y < lowest.y) lowest = point;
+                if (point.y > highest.y) highest = point;
             }
             // The sampled extremes, sharpened by a ternary search next to them.
             const auto sharpen = [&](double x, double sign) {
@@ -164,18 +149,14 @@ TEST_P(EveryExhibit, ExtentsBracketDenseSamplingTightly) {
                 for (int i = 0; i < 100; ++i) {
                     const double a = from + (to - from) / 3.0;
                     const double b = to - (to - from) / 3.0;
-                    if (sign * interpolator.eval(a, segment) < sign * interpolator.eval(b, segment))
-                        from = a;
-                    else
-                        to = b;
+                    const bool rises = sign * eval(a) < sign * eval(b);
+                    (rises ? from : to) = rises ? a : b;
                 }
-                return interpolator.eval(from + (to - from) / 2.0, segment);
+                return eval(from + (to - from) / 2.0);
             };
             // Not compared strictly: so near each other, values may cross by their rounding.
-            lowest = std::min(lowest, sharpen(lowestX, -1.0));
-            highest = std::max(highest, sharpen(highestX, 1.0));
-            EXPECT_NEAR(low, lowest, 1e-9 * (high - low));
-            EXPECT_NEAR(high, highest, 1e-9 * (high - low));
+            EXPECT_NEAR(low, std::min(lowest.y, sharpen(lowest.x, -1.0)), 1e-9 * (high - low));
+            EXPECT_NEAR(high, std::max(highest.y, sharpen(highest.x, 1.0)), 1e-9 * (high - low));
         }
     });
 }
@@ -239,10 +220,9 @@ TEST_P(EveryExhibit, TextMakesTheSameInterpolatorAgain) {
     });
 }
 
-// Everything that a const curve computes between -20 and 20 and around its keys.
+// Everything that a const curve computes between its keys.
 std::vector<double> MeasureAll(const FCurve& curve) {
     std::vector<double> numbers;
-    std::vector<Vector2D<double>> points;
     for (const Segment& segment : curve) {
         const auto interpolator = segment.getInterpolator();
         if (!interpolator) continue;
@@ -253,19 +233,12 @@ std::vector<double> MeasureAll(const FCurve& curve) {
                                    GetFirstDerivativeLeft(curve, x), GetSecondDerivative(curve, x)})
                 numbers.push_back(y);
         }
-        for (const auto fill :
-             {&Interpolator::computePolyline, &Interpolator::firstDerivPolyline, &Interpolator::secondDerivPolyline}) {
-            (*interpolator.*fill)(segment, span.x0, span.x1, 50, points);
-            for (const auto& point : points) {
-                numbers.push_back(point.x);
-                numbers.push_back(point.y);
-            }
-        }
-        double low = 0.0;
-        double high = 0.0;
-        interpolator->getRangeExtents(segment, span.x0, span.x1, low, high);
-        numbers.push_back(low);
-        numbers.push_back(high);
+        for (const FillPolyline fill :
+             {&Interpolator::computePolyline, &Interpolator::firstDerivPolyline, &Interpolator::secondDerivPolyline})
+            for (const auto& point : PolylineOf(fill, *interpolator, segment, span.x0, span.x1, 50))
+                numbers.insert(numbers.end(), {point.x, point.y});
+        const auto [low, high] = ExtentsOf(*interpolator, segment, span.x0, span.x1);
+        numbers.insert(numbers.end(), {low, high});
     }
     return numbers;
 }

@@ -1,4 +1,5 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/Ask.h"
+#include "support/Museum.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +9,8 @@
 #include <memory>
 #include <vector>
 
+namespace Test {
 namespace {
-
-using namespace VEM_FN::FCurveLib;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -62,24 +62,23 @@ TEST(Interpolator, DefaultDerivatives) {
 TEST(Interpolator, DefaultPolylines) {
     const Cube cube;
     const Segment segment = Between(0, 0, 4, 64);
-    Points points{{9, 9}};
-    cube.computePolyline(segment, 1, 3, 0, points);
-    EXPECT_EQ(points, Points{});
-    cube.computePolyline(segment, 1, 3, -5, points);
-    EXPECT_EQ(points, Points{});
-    cube.computePolyline(segment, 1, 3, 1, points);
-    EXPECT_EQ(points, (Points{{1, 1}}));
-    cube.computePolyline(segment, 1, 3, 2, points);
-    EXPECT_EQ(points, (Points{{1, 1}, {3, 27}}));
-    cube.computePolyline(segment, 1, 3, 5, points);
-    EXPECT_EQ(points, (Points{{1, 1}, {1.5, 3.375}, {2, 8}, {2.5, 15.625}, {3, 27}}));
-
-    cube.firstDerivPolyline(segment, 1, 3, 3, points);
-    ASSERT_EQ(points.size(), 3u);
-    EXPECT_NEAR(points[1].y, 12, 1e-8);
-    cube.secondDerivPolyline(segment, 1, 3, 3, points);
-    ASSERT_EQ(points.size(), 3u);
-    EXPECT_NEAR(points[1].y, 12, 1e-3);
+    const struct {
+        int count;
+        Points points;
+    } rows[] = {
+        {0, {}},
+        {-5, {}},
+        {1, {{1, 1}}},
+        {2, {{1, 1}, {3, 27}}},
+        {5, {{1, 1}, {1.5, 3.375}, {2, 8}, {2.5, 15.625}, {3, 27}}},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(PolylineOf(&Interpolator::computePolyline, cube, segment, 1, 3, row.count), row.points);
+    const Points first = PolylineOf(&Interpolator::firstDerivPolyline, cube, segment, 1, 3, 3);
+    const Points second = PolylineOf(&Interpolator::secondDerivPolyline, cube, segment, 1, 3, 3);
+    ASSERT_EQ(first.size() + second.size(), 6u);
+    EXPECT_NEAR(first[1].y, 12, 1e-8);
+    EXPECT_NEAR(second[1].y, 12, 1e-3);
 }
 
 TEST(Interpolator, DefaultExtentsStepByTenths) {
@@ -87,10 +86,8 @@ TEST(Interpolator, DefaultExtentsStepByTenths) {
     const Segment segment = Between(0, 0, 4, 64);
     const auto asked = [&](double x0, double x1) {
         cube.asked.clear();
-        double low = 0.0;
-        double high = 0.0;
-        cube.getRangeExtents(segment, x0, x1, low, high);
-        EXPECT_TRUE(std::isnan(low) || low <= high);
+        const Extents extents = ExtentsOf(cube, segment, x0, x1);
+        EXPECT_TRUE(std::isnan(extents.low) || extents.low <= extents.high);
         return cube.asked;
     };
     EXPECT_EQ(asked(1, 1.05), (std::vector<double>{1, 1.05, 1}));
@@ -100,18 +97,13 @@ TEST(Interpolator, DefaultExtentsStepByTenths) {
     EXPECT_EQ(asked(0, 100).size(), 2u + 1001u); // the accumulated steps end just before 100
 
     // Where a step cannot move x, or never arrives, the ends are all there is.
-    for (const double x : {1e17, 1e300, infinity, none}) {
-        EXPECT_EQ(asked(0, x).size(), 2u) << x;
-        EXPECT_EQ(asked(-x, 0).size(), 2u) << x;
-        EXPECT_EQ(asked(-x, x).size(), 2u) << x;
-        EXPECT_EQ(asked(x, x).size(), 2u) << x;
-    }
+    for (const double x : {1e17, 1e300, infinity, none})
+        for (const auto& [x0, x1] : {std::pair(0.0, x), {-x, 0.0}, {-x, x}, {x, x}})
+            EXPECT_EQ(asked(x0, x1).size(), 2u) << x;
 
-    double low = 0.0;
-    double high = 0.0;
-    cube.getRangeExtents(segment, -2, 3, low, high);
-    EXPECT_EQ(low, -8.0);
-    EXPECT_EQ(high, 27.0);
+    const Extents extents = ExtentsOf(cube, segment, -2, 3);
+    EXPECT_EQ(extents.low, -8.0);
+    EXPECT_EQ(extents.high, 27.0);
 }
 
 TEST(Interpolator, ExpressionIsACopyAndNeverNull) {
@@ -150,20 +142,16 @@ TEST(StraightKinds, Values) {
             EXPECT_EQ(kind.getSecondDerivative(row.x, segment), 0.0);
             EXPECT_FALSE(kind.usesTangents());
 
+            const double y2 = kind.eval(2, segment);
             const double y8 = kind.eval(8, segment);
-            double low = 99;
-            double high = -99;
-            kind.getRangeExtents(segment, 2, 8, low, high);
-            EXPECT_EQ(low, std::min(kind.eval(2, segment), y8));
-            EXPECT_EQ(high, std::max(kind.eval(2, segment), y8));
-            Points points;
+            const Extents extents = ExtentsOf(kind, segment, 2, 8);
+            EXPECT_EQ(extents.low, std::min(y2, y8));
+            EXPECT_EQ(extents.high, std::max(y2, y8));
             for (const int count : {-1, 0, 1, 50}) {
-                kind.computePolyline(segment, 2, 8, count, points);
-                EXPECT_EQ(points, (Points{{2, kind.eval(2, segment)}, {8, y8}}));
-                kind.firstDerivPolyline(segment, 2, 8, count, points);
-                EXPECT_EQ(points, (Points{{2, slope}, {8, slope}}));
-                kind.secondDerivPolyline(segment, 2, 8, count, points);
-                EXPECT_EQ(points, (Points{{2, 0}, {8, 0}}));
+                const auto polyline = [&](FillPolyline fill) { return PolylineOf(fill, kind, segment, 2, 8, count); };
+                EXPECT_EQ(polyline(&Interpolator::computePolyline), (Points{{2, y2}, {8, y8}}));
+                EXPECT_EQ(polyline(&Interpolator::firstDerivPolyline), (Points{{2, slope}, {8, slope}}));
+                EXPECT_EQ(polyline(&Interpolator::secondDerivPolyline), (Points{{2, 0}, {8, 0}}));
             }
         };
         check(*Constant::create(), row.constant, 0);
@@ -175,11 +163,6 @@ TEST(StraightKinds, Values) {
         check(*UnknownExpression::create("?"), 0, 0);
     }
 
-    double low = 0.0;
-    double high = 0.0;
-    Linear::create()->getRangeExtents(Between(0, 1, 10, 5), 8, 2, low, high);
-    EXPECT_DOUBLE_EQ(low, 1.8);
-    EXPECT_DOUBLE_EQ(high, 4.2);
     EXPECT_FALSE(std::isfinite(Linear::evaluate(2, Between(1, 0, 1, 5))));
 }
 
@@ -188,13 +171,8 @@ TEST(NumberInterp, IsTheNumberEverywhere) {
     const auto number = NumberInterp::create(-0.1);
     EXPECT_STREQ(number->getExpression(), "-0.1");
     EXPECT_EQ(number->eval(1e9, segment), -0.1);
-    EXPECT_EQ(number->getFirstDerivative(3, segment), 0.0);
-    EXPECT_EQ(number->getSecondDerivative(3, segment), 0.0);
-    double low = 0.0;
-    double high = 0.0;
-    number->getRangeExtents(segment, 0, 1e12, low, high); // at once
-    EXPECT_EQ(low, -0.1);
-    EXPECT_EQ(high, -0.1);
+    const Extents extents = ExtentsOf(*number, segment, 0, 1e12); // at once
+    EXPECT_TRUE(extents.low == -0.1 && extents.high == -0.1);
     for (const double value : {1.0 / 3.0, 5e-324, 1.7976931348623157e308, -0.0}) {
         const auto again = InterpolatorFactory::create(NumberInterp::create(value)->getExpression());
         EXPECT_EQ(again->eval(0, segment), value);
@@ -205,26 +183,17 @@ TEST(NumberInterp, IsTheNumberEverywhere) {
 // --- Bezier segments that lack a key ---------------------------------------------------------------------------------
 
 TEST(Bezier, ExtendsAlongTheTangentOfTheOnlyKey) {
-    struct Row {
-        double inX, inY, outX, outY;
+    const struct {
+        Vector2D<double> in, out;
         double leftSlope, rightSlope;
+    } rows[] = {
+        {{-1, -2}, {1, 3}, 2, 3},
+        {{0, 0}, {0, 0}, 0, 0},
+        {{0, -2}, {0, 3}, 2000, 3000}, // no length in x: as if of 0.001
+        {{-1e-5, 1}, {1e-5, 1}, -1000, 1000},
     };
-    const Row rows[] = {
-        {-1, -2, 1, 3, 2, 3},
-        {0, 0, 0, 0, 0, 0},
-        {0, -2, 0, 3, 2000, 3000}, // no length in x: as if of 0.001
-        {-1e-5, 1, 1e-5, 1, -1000, 1000},
-    };
-    for (const Row& row : rows) {
-        auto curve = FCurve::create();
-        (*curve->begin()).setInterpolator(Bezier::create());
-        Segment& trailing = *curve->insertSegment(*Keyframe::create(4, 10), Bezier::create());
-        Segment& leading = *curve->begin();
-        for (Tangent* tangent : {leading.getInTangent().get(), trailing.getOutTangent().get()})
-            tangent->setWeighted(true);
-        leading.getInTangent()->set(row.inX, row.inY);
-        trailing.getOutTangent()->set(row.outX, row.outY);
-
+    for (const auto& row : rows) {
+        const auto curve = MakeCurve({{4, 10, row.in, row.out}}, "bezier()");
         const auto check = [](const Segment& segment, double slope, double x0, double x1) {
             const Interpolator& bezier = *segment.getInterpolator();
             const double y0 = 10 + slope * (x0 - 4);
@@ -233,24 +202,16 @@ TEST(Bezier, ExtendsAlongTheTangentOfTheOnlyKey) {
             EXPECT_DOUBLE_EQ(bezier.eval(4, segment), 10);
             EXPECT_DOUBLE_EQ(bezier.getFirstDerivative(x0, segment), slope);
             EXPECT_EQ(bezier.getSecondDerivative(x0, segment), 0);
-            double low = 0.0;
-            double high = 0.0;
-            bezier.getRangeExtents(segment, x0, x1, low, high);
-            EXPECT_DOUBLE_EQ(low, std::min(y0, y1));
-            EXPECT_DOUBLE_EQ(high, std::max(y0, y1));
-            Points points;
-            bezier.computePolyline(segment, x0, x1, 30, points);
-            ASSERT_EQ(points.size(), 2u);
-            EXPECT_DOUBLE_EQ(points[0].y, y0);
-            EXPECT_DOUBLE_EQ(points[1].y, y1);
-            bezier.firstDerivPolyline(segment, x0, x1, 30, points);
-            ASSERT_EQ(points.size(), 2u);
-            EXPECT_DOUBLE_EQ(points[1].y, slope);
-            bezier.secondDerivPolyline(segment, x0, x1, 30, points);
-            EXPECT_EQ(points, (Points{{x0, 0}, {x1, 0}}));
+            const Extents extents = ExtentsOf(bezier, segment, x0, x1);
+            EXPECT_DOUBLE_EQ(extents.low, std::min(y0, y1));
+            EXPECT_DOUBLE_EQ(extents.high, std::max(y0, y1));
+            for (const auto fill : {&Interpolator::computePolyline, &Interpolator::firstDerivPolyline})
+                EXPECT_EQ(PolylineOf(fill, bezier, segment, x0, x1, 30).size(), 2u); // as EveryExhibit checks them
+            EXPECT_EQ(PolylineOf(&Interpolator::secondDerivPolyline, bezier, segment, x0, x1, 30),
+                      (Points{{x0, 0}, {x1, 0}}));
         };
-        check(leading, row.leftSlope, -3, 2);
-        check(trailing, row.rightSlope, 6, 20);
+        check(*curve->begin(), row.leftSlope, -3, 2);
+        check(*++curve->begin(), row.rightSlope, 6, 20);
     }
     EXPECT_TRUE(Bezier::create()->usesTangents());
     EXPECT_EQ(Bezier::create()->eval(5, Between(none, 0, none, 0)), 0.0);
@@ -259,33 +220,29 @@ TEST(Bezier, ExtendsAlongTheTangentOfTheOnlyKey) {
 }
 
 TEST(Bezier, ReadsKeysAndHandles) {
-    auto curve = FCurve::create();
-    curve->insertSegment(*Keyframe::create(0, 0), Bezier::create());
-    curve->insertSegment(*Keyframe::create(3, 3), Bezier::create());
-    Segment& segment = *++curve->begin();
+    const auto curve = MakeCurve({{0, 0}, {3, 3}});
+    const Segment& segment = *++curve->begin();
     // Flat handles of a third of the width: y = 9 t^2 - 6 t^3 with t = x / 3.
     for (const double t : {0.0, 0.125, 0.5, 0.75, 1.0}) {
         EXPECT_NEAR(curve->eval(3 * t), 9 * t * t - 6 * t * t * t, 1e-15);
         EXPECT_NEAR(segment.getInterpolator()->getFirstDerivative(3 * t, segment), 6 * t - 6 * t * t, 1e-14);
         EXPECT_NEAR(segment.getInterpolator()->getSecondDerivative(3 * t, segment), 2 - 4 * t, 1e-14);
     }
-    const auto check = [&](double wantX1, double wantY1, double wantX2, double wantY2) {
-        double x0 = 9, y0 = 9, x1 = 9, y1 = 9, x2 = 9, y2 = 9, x3 = 9, y3 = 9;
-        static_cast<const BezierInterpBase&>(*segment.getInterpolator())
-            .getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
-        EXPECT_EQ((Points{{x0, y0}, {x3, y3}}), (Points{{0, 0}, {3, 3}}));
-        EXPECT_DOUBLE_EQ(x1, wantX1);
-        EXPECT_DOUBLE_EQ(y1, wantY1);
-        EXPECT_DOUBLE_EQ(x2, wantX2);
-        EXPECT_DOUBLE_EQ(y2, wantY2);
+    const auto check = [](FCurve& of, const Points& expected) {
+        const Segment& part = *++of.begin();
+        Points p(4, {9, 9});
+        static_cast<const BezierInterpBase&>(*part.getInterpolator())
+            .getBezierArgs(part, p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y, p[3].x, p[3].y);
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_DOUBLE_EQ(p[i].x, expected[i].x) << i;
+            EXPECT_DOUBLE_EQ(p[i].y, expected[i].y) << i;
+        }
     };
-    check(1, 0, 2, 3);
-    segment.getOutTangent()->setWeighted(true);
-    segment.getOutTangent()->set(6, 2);
-    segment.getInTangent()->setWeighted(true);
-    segment.getInTangent()->set(-9, -1.5);
-    check(3, 1, 0, 2.5); // held to the far keys, each along its own direction
-    EXPECT_EQ(segment.getOutTangent()->get(), Vector2D<double>(6, 2));
+    check(*curve, {{0, 0}, {1, 0}, {2, 3}, {3, 3}});
+    const auto folded = MakeCurve({{0, 0, {}, {{6, 2}}}, {3, 3, {{-9, -1.5}}, {}}});
+    check(*folded, {{0, 0}, {3, 1}, {0, 2.5}, {3, 3}}); // held to the far keys, each along its own direction
+    EXPECT_EQ((++folded->begin())->getOutTangent()->get(), Vector2D<double>(6, 2));
 }
 
 } // namespace
+} // namespace Test

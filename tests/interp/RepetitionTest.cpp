@@ -1,14 +1,15 @@
 // Cycle, CycleOffset and Mirror, and the same as parts of formulas.
 
 #include "support/Allocations.h"
+#include "support/Ask.h"
 #include "support/Museum.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -26,30 +27,22 @@ std::shared_ptr<FCurve> Lines(const std::vector<Vector2D<double>>& points, const
 }
 
 TEST(Repetition, RepeatsLiftsAndReflects) {
-    const auto row = [](const char* kind, double x, double expected) {
-        const auto flat = Lines({{0, 0}, {1, 1}, {2, 0.5}}, kind);
-        EXPECT_NEAR(flat->eval(x), expected, 1e-15) << kind << " at " << x;
-        EXPECT_NEAR(flat->eval(x), EvalSegment(x, *flat->findSegment(x)), 0.0);
+    const struct {
+        const char* kind;
+        std::vector<Vector2D<double>> points; // x and the value there; at 2 the next period starts
+    } rows[] = {
+        {"cycle()", {{2.5, 0.5}, {3, 1}, {2, 0}, {4, 0}, {-0.5, 0.75}, {-2, 0}}},
+        {"cycle_offset()", {{3, 1.5}, {2, 0.5}, {6.5, 2}, {-0.5, 0.25}, {-4, -1}}},
+        {"mirror()", {{2, 0.5}, {2.5, 0.75}, {4, 0}, {4.25, 0.25}, {-0.25, 0.25}, {-2.5, 0.75}}},
+        {"cycle() + 2*x", {{3, 7}}},
+        {"mirror()*cycle_offset()", {{2.5, 0.75}}},
     };
-    row("cycle()", 2.5, 0.5);
-    row("cycle()", 3, 1);
-    row("cycle()", 2, 0); // the start of the next period
-    row("cycle()", 4, 0);
-    row("cycle()", -0.5, 0.75);
-    row("cycle()", -2, 0);
-    row("cycle_offset()", 3, 1.5);
-    row("cycle_offset()", 2, 0.5);
-    row("cycle_offset()", 6.5, 2);
-    row("cycle_offset()", -0.5, 0.25);
-    row("cycle_offset()", -4, -1);
-    row("mirror()", 2, 0.5);
-    row("mirror()", 2.5, 0.75);
-    row("mirror()", 4, 0);
-    row("mirror()", 4.25, 0.25);
-    row("mirror()", -0.25, 0.25);
-    row("mirror()", -2.5, 0.75);
-    row("cycle() + 2*x", 3, 7);
-    row("mirror()*cycle_offset()", 2.5, 0.75);
+    for (const auto& row : rows)
+        for (const auto& point : row.points) {
+            const auto curve = Lines({{0, 0}, {1, 1}, {2, 0.5}}, row.kind);
+            EXPECT_NEAR(curve->eval(point.x), point.y, 1e-15) << row.kind << " at " << point.x;
+            EXPECT_EQ(curve->eval(point.x), EvalSegment(point.x, *curve->findSegment(point.x)));
+        }
 }
 
 TEST(Repetition, OnSegmentsWithoutAnythingToRepeatIsConstant) {
@@ -74,11 +67,11 @@ std::shared_ptr<FCurve> Rough(const char* kind, double first = -1.3) {
 }
 
 TEST(Repetition, AgreesWithTheKeyedPartCountedOutInLongDoubles) {
-    std::mt19937_64 random(5);
+    Random random(5);
+    const auto plain = Rough("constant()");
     for (const double reach : {30.0, 1e4, 1e7})
         for (int i = 0; i < 2000; ++i) {
-            const double x = std::uniform_real_distribution<double>(-reach, reach)(random);
-            const auto plain = Rough("constant()");
+            const double x = random.between(-reach, reach);
             const double first = -1.3;
             const double last = first + 7.3;
             if (x >= first && x <= last) continue;
@@ -176,47 +169,41 @@ TEST(Repetition, DerivativesAreThoseOfTheKeyedPart) {
 }
 
 TEST(Repetition, ExtentsHoldWhatDenseSamplingFinds) {
-    std::mt19937 random(11);
+    Random random(11);
     for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"}) {
         const auto curve = Rough(kind);
+        const auto extents = [&](const Segment& segment, double x0, double x1) {
+            return ExtentsOf(*segment.getInterpolator(), segment, x0, x1);
+        };
+        const Segment& last = *std::prev(curve->end());
         for (int i = 0; i < 150; ++i) {
             const bool trailing = i % 2 == 0;
-            const double length = std::uniform_real_distribution<double>(0, i % 3 == 0 ? 3 : 40)(random);
-            const double from = std::uniform_real_distribution<double>(0, 40)(random);
+            const double length = random.between(0, i % 3 == 0 ? 3 : 40);
+            const double from = random.between(0, 40);
             const double x0 = trailing ? 6 + from : -1.3 - from - length;
             const double x1 = x0 + length;
-            const Segment& segment = trailing ? *std::prev(curve->end()) : *curve->begin();
-            double sampledLow = infinity;
-            double sampledHigh = -infinity;
+            SCOPED_TRACE(testing::Message() << kind << " " << x0 << " " << x1);
+            const Segment& segment = trailing ? last : *curve->begin();
+            Extents sampled{infinity, -infinity};
             for (int s = 0; s <= 4000; ++s) {
                 const double y = EvalSegment(std::min(x0 + (x1 - x0) * s / 4000, x1), segment);
-                sampledLow = std::min(sampledLow, y);
-                sampledHigh = std::max(sampledHigh, y);
+                sampled.low = std::min(sampled.low, y);
+                sampled.high = std::max(sampled.high, y);
             }
-            double low = 0.0;
-            double high = 0.0;
-            segment.getInterpolator()->getRangeExtents(segment, i % 5 ? x0 : x1, i % 5 ? x1 : x0, low, high);
+            const auto [low, high] = i % 5 ? extents(segment, x0, x1) : extents(segment, x1, x0);
             // A jump's far side belongs to the extents even where no sample meets it.
             const double step = (x1 - x0) / 4000;
-            EXPECT_LE(low, sampledLow + 1e-12);
-            EXPECT_GE(low, sampledLow - 20 * step - 1e-9) << kind << " " << x0 << " " << x1;
-            EXPECT_GE(high, sampledHigh - 1e-12);
-            EXPECT_LE(high, sampledHigh + 20 * step + 1e-9) << kind << " " << x0 << " " << x1;
+            EXPECT_LE(low, sampled.low + 1e-12);
+            EXPECT_GE(low, sampled.low - 20 * step - 1e-9);
+            EXPECT_GE(high, sampled.high - 1e-12);
+            EXPECT_LE(high, sampled.high + 20 * step + 1e-9);
         }
         // A range of 1e15 periods is no more work than one.
-        double low = 0.0;
-        double high = 0.0;
-        const Segment& segment = *std::prev(curve->end());
-        segment.getInterpolator()->getRangeExtents(segment, 10, 1e16, low, high);
+        const double high = extents(last, 10, 1e16).high;
         if (kind == std::string("cycle_offset()"))
             EXPECT_NEAR(high, curve->eval(1e16), 20);
         else
-            EXPECT_EQ(high, [&] {
-                double whole = -infinity;
-                double ignored = 0.0;
-                segment.getInterpolator()->getRangeExtents(segment, 10, 30, ignored, whole);
-                return whole;
-            }());
+            EXPECT_EQ(high, extents(last, 10, 30).high);
     }
 }
 

@@ -1,4 +1,4 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/ErrorRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,8 @@
 #include <thread>
 #include <vector>
 
+namespace Test {
 namespace {
-
-using namespace VEM_FN::FCurveLib;
 
 std::string TextOf(const Interpolator& interpolator) {
     std::string text = "untouched";
@@ -30,14 +29,6 @@ public:
         return nullptr;
     }
     std::vector<std::string> parsed;
-};
-
-class Listener : public FallbackExpressionParser::ErrorCallback {
-public:
-    void error(const FallbackExpressionParser::Error& error) const override {
-        heard.push_back(std::string(error.type) + " in " + error.expression);
-    }
-    mutable std::vector<std::string> heard;
 };
 
 class InterpolatorFactoryTest : public testing::Test {
@@ -120,8 +111,8 @@ TEST_F(InterpolatorFactoryTest, WhatNobodyUnderstandsKeepsItsText) {
 
 TEST_F(InterpolatorFactoryTest, FallbackParserAndCallback) {
     AtParser parser;
-    Listener before;
-    Listener after;
+    ErrorRecorder before;
+    ErrorRecorder after;
     InterpolatorFactory::setErrorCallback(&before);
     InterpolatorFactory::setParserFallback(&parser);
     EXPECT_EQ(parser.getErrorCallback(), &before);
@@ -134,7 +125,7 @@ TEST_F(InterpolatorFactoryTest, FallbackParserAndCallback) {
     EXPECT_EQ(understood->eval(0, segment), 42.0);
     EXPECT_STREQ(understood->getExpression(), "@ me");
     EXPECT_EQ(parser.parsed, (std::vector<std::string>{" linear()@", "@ me"}));
-    EXPECT_EQ(after.heard, (std::vector<std::string>{"AtParser::NoAt in  linear()@"}));
+    EXPECT_EQ(after.heard, std::vector<std::string>{ErrorText("AtParser::NoAt", "no @", 0, " linear()@")});
     EXPECT_TRUE(before.heard.empty());
 
     // A shared instance keeps its text also when a parser hands it out.
@@ -153,14 +144,11 @@ TEST_F(InterpolatorFactoryTest, FallbackParserAndCallback) {
 }
 
 TEST_F(InterpolatorFactoryTest, ManyThreadsCreateAtOnce) {
-    const std::vector<std::string> texts{"linear()", " bezier ( ) ", "2.5", "x * x", "(((", "constant()"};
     const auto createAll = [&] {
         std::vector<double> values;
         for (int i = 0; i < 50; ++i)
-            for (const std::string& text : texts) {
-                const auto made = InterpolatorFactory::create(text.c_str());
-                values.push_back(made->eval(3, segment));
-            }
+            for (const char* text : {"linear()", " bezier ( ) ", "2.5", "x * x", "(((", "constant()"})
+                values.push_back(InterpolatorFactory::create(text)->eval(3, segment));
         return values;
     };
     std::vector<std::vector<double>> results(8);
@@ -172,3 +160,4 @@ TEST_F(InterpolatorFactoryTest, ManyThreadsCreateAtOnce) {
 }
 
 } // namespace
+} // namespace Test

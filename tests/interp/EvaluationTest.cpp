@@ -47,11 +47,8 @@ TEST(EvalInInterior, FewKeys) {
         EXPECT_EQ(EvalInInterior(x, *empty), 10 * x);
     }
     EXPECT_EQ(EvalInInterior(3, *FCurve::create()), 0.0);
-}
-
-TEST(EvalInInterior, NaNReachesNoCycle) {
-    const auto curve = MakeCurve({{0, 0}, {1, 4}, {3, -1, {}, {}, "cycle()"}}, "cycle()");
-    EXPECT_TRUE(std::isnan(EvalInInterior(nan, *curve)));
+    const auto cycles = MakeCurve({{0, 0}, {1, 4}, {3, -1, {}, {}, "cycle()"}}, "cycle()");
+    EXPECT_TRUE(std::isnan(EvalInInterior(nan, *cycles))) << "NaN reaches no cycle";
 }
 
 TEST(Derivatives, SidesAtAKey) {

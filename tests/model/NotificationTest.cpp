@@ -25,33 +25,53 @@ struct Reacting : FCurveObserver {
     int calls = 0;
 };
 
-TEST(Notification, EveryEditReachesCurveChangedOnce) {
-    const auto curve = CurveThrough({{0, 0}, {10, 0}, {20, 0}});
-    const auto key = KeyAt(*curve, 1);
-    const std::function<void()> edits[] = {
-        [&] { key->setY(1); },
-        [&] { key->setBreakdown(true); },
-        [&] { key->setTangentsUnified(true); },
-        [&] { key->setProperty("a", "b"); },
-        [&] { key->getOutTangent()->setWeightLocked(true); },
-        [&] { key->getOutTangent()->setProperty("a", "b"); },
-        [&] { key->getRightSegment()->setInterpolator(Constant::create()); },
-        [&] { key->getRightSegment()->setProperty("a", "b"); },
-        [&] { curve->setName("x"); },
-        [&] { curve->setProperty("a", "b"); },
-        [&] { curve->notifyChanged(); },
-        [&] { curve->clear(); },
-    };
-    Reacting observer;
-    curve->subscribe(observer);
-    curve->subscribe(observer); // has no further effect
-    int expected = 0;
-    for (const auto& edit : edits) {
-        edit();
-        EXPECT_EQ(observer.calls, ++expected);
+// Edits of a curve of three keys whose second has properties, and so has the curve.
+const struct {
+    int told; // how often an observer hears of it
+    std::function<void(FCurve&)> act;
+} kEdits[] = {
+    {5, [](FCurve& c) { KeyAt(c, 1)->set(1.5, 3); }},
+    {1, [](FCurve& c) { KeyAt(c, 1)->setBreakdown(true); }},
+    {1, [](FCurve& c) { KeyAt(c, 1)->setTangentsUnified(true); }},
+    {1, [](FCurve& c) { KeyAt(c, 1)->setProperty("a", "b"); }},
+    {2, [](FCurve& c) { KeyAt(c, 1)->clearProperties(); }},
+    {2, [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setType(Tangent::Linear); }},
+    {1, [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setProperty("a", "b"); }},
+    {1, [](FCurve& c) { *KeyAt(c, 1)->getInTangent() = *KeyAt(c, 1)->getOutTangent(); }},
+    {1, [](FCurve& c) { c.begin()->setInterpolator(nullptr); }},
+    {1, [](FCurve& c) { c.begin()->setProperty("a", "b"); }},
+    {2, [](FCurve& c) { c.insertSegment(*Keyframe::create(7, 8), nullptr); }},
+    {1, [](FCurve& c) { c.removeSegment(std::next(c.begin())); }},
+    {1, [](FCurve& c) { c.setName("n"); }},
+    {1, [](FCurve& c) { c.setProperty("a", "b"); }},
+    {1, [](FCurve& c) { c.clearProperties(); }},
+    {1, [](FCurve& c) { c.notifyChanged(); }},
+    {1, [](FCurve& c) { c.clear(); }},
+    {1, [](FCurve& c) { c = *FCurve::create(); }},
+    {1, [](FCurve& c) { c.swap(*FCurve::create()); }},
+};
+
+std::shared_ptr<FCurve> ToEdit() {
+    auto curve = CurveThrough({{0, 0}, {1, 3}, {2, 0}});
+    curve->setProperty("x", "1");
+    KeyAt(*curve, 1)->getOutTangent()->setWeightLocked(true);
+    KeyAt(*curve, 1)->setProperty("x", "1");
+    KeyAt(*curve, 1)->setProperty("y", "1");
+    return curve;
+}
+
+TEST(Notification, EveryEditReachesCurveChangedOncePerChange) {
+    int number = 0;
+    for (const auto& edit : kEdits) {
+        SCOPED_TRACE(number++);
+        const auto curve = ToEdit();
+        Reacting observer;
+        curve->subscribe(observer);
+        curve->subscribe(observer); // has no further effect
+        edit.act(*curve);
+        EXPECT_EQ(observer.calls, edit.told);
     }
-    AddKey(*curve, 0, 0);
-    AddKey(*curve, 30, 0);
+    const auto curve = CurveThrough({{0, 0}, {30, 0}});
     Recorder recorder;
     curve->subscribe(recorder);
     AddKey(*curve, 10, 0);
@@ -119,15 +139,12 @@ TEST(Notification, ObserversMayComeAndGoDuringADelivery) {
     const auto curve = CurveThrough({{0, 0}});
     Recorder leaver, arrival;
     auto dying = std::make_unique<Reacting>();
-    bool reacted = false;
-    Reacting first([&](FCurve& c) {
-        if (reacted) return;
-        reacted = true;
+    Reacting last, first([&](FCurve&c) {
+        if (first.calls > 1) return;
         c.unsubscribe(leaver);
         dying.reset();
         c.subscribe(arrival);
     });
-    Reacting last;
     curve->subscribe(first);
     curve->subscribe(leaver);
     curve->subscribe(*dying);
@@ -158,34 +175,9 @@ TEST(Notification, ReentrantEditsAreDelivered) {
 
 // Whatever is taken away inside the callback, the edit that is being told of must end well.
 TEST(Notification, AnythingMayBeDestroyedInsideACallback) {
-    const std::function<void(FCurve&)> edits[] = {
-        [](FCurve& c) { KeyAt(c, 1)->set(1.5, 1); },
-        [](FCurve& c) { KeyAt(c, 1)->setTangentsUnified(true); },
-        [](FCurve& c) { KeyAt(c, 1)->setProperty("a", "b"); },
-        [](FCurve& c) { KeyAt(c, 1)->clearProperties(); },
-        [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setType(Tangent::Linear); },
-        [](FCurve& c) { *KeyAt(c, 1)->getInTangent() = *KeyAt(c, 1)->getOutTangent(); },
-        [](FCurve& c) { c.begin()->setInterpolator(nullptr); },
-        [](FCurve& c) { c.insertSegment(*Keyframe::create(7, 8), nullptr); },
-        [](FCurve& c) { c.removeSegment(std::next(c.begin())); },
-        [](FCurve& c) { c.setName("n"); },
-        [](FCurve& c) { c.setProperty("a", "b"); },
-        [](FCurve& c) { c.clearProperties(); },
-        [](FCurve& c) { c.clear(); },
-        [](FCurve& c) {
-            c = *CurveThrough({{9, 9}});
-        },
-        [](FCurve& c) {
-            c.swap(*CurveThrough({{9, 9}}));
-        },
-    };
-    for (const auto& edit : edits) {
+    for (const auto& edit : kEdits) {
         for (const bool destroy : {false, true}) {
-            auto curve = CurveThrough({{0, 0}, {1, 3}, {2, 0}});
-            curve->setProperty("x", "1");
-            KeyAt(*curve, 1)->getOutTangent()->setWeightLocked(true);
-            KeyAt(*curve, 1)->setProperty("x", "1");
-            KeyAt(*curve, 1)->setProperty("y", "1");
+            auto curve = ToEdit();
             FCurve& reference = *curve;
             auto second = std::make_unique<Reacting>();
             Reacting first([&](FCurve& c) {
@@ -196,7 +188,7 @@ TEST(Notification, AnythingMayBeDestroyedInsideACallback) {
             curve->subscribe(first);
             curve->subscribe(*second);
             const std::weak_ptr<FCurve> weak = curve;
-            edit(reference);
+            edit.act(reference);
             EXPECT_GT(first.calls, 0);
             EXPECT_EQ(weak.expired(), destroy);
         }

@@ -3,20 +3,20 @@
 // Curves that use everything a curve can hold, made at random from a seed.
 
 #include "FCurveLib/FCurveLib.h"
+#include "support/Random.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <string>
 
 namespace Test {
 
 using namespace VEM_FN::FCurveLib;
 
-class RandomCurve {
+class RandomCurve : public Random {
 public:
-    explicit RandomCurve(unsigned seed) : m_random(seed) {}
+    using Random::Random;
 
     std::shared_ptr<FCurve> make() {
         auto curve = FCurve::create();
@@ -55,7 +55,7 @@ public:
                                              "\x01\x1f\x7f", "\\x41\\",      "ü€𝄞",    "\xff",  "\xc3",
                                              "\xed\xa0\x80", "\xef\xbf\xbe", " ",      "#{}=;,"};
         std::string result;
-        for (int i = below(4); i > 0; --i) result += pieces[below(static_cast<int>(std::size(pieces)))];
+        for (int i = below(4); i > 0; --i) result += oneOf(pieces);
         return result;
     }
 
@@ -63,20 +63,17 @@ public:
         const double special[] = {0.0, -0.0, 1.0, 5e-324, -2.2250738585072009e-308, 1.7976931348623157e308, 0.1};
         switch (below(4)) {
         case 0:
-            return special[below(static_cast<int>(std::size(special)))];
+            return oneOf(special);
         case 1:
             return below(2000) - 1000;
         default:
-            return std::ldexp(std::uniform_real_distribution<double>(-1.0, 1.0)(m_random), below(80) - 40);
+            return std::ldexp(between(-1.0, 1.0), below(80) - 40);
         }
     }
 
-    int below(int count) { return std::uniform_int_distribution<int>(0, count - 1)(m_random); }
-    bool coin() { return below(2) == 0; }
-
 private:
     // Within single precision, which grids pass through.
-    double positive() { return std::ldexp(std::uniform_real_distribution<double>(0.5, 1.0)(m_random), below(40) - 20); }
+    double positive() { return std::ldexp(between(0.5, 1.0), below(40) - 20); }
 
     std::string expression() {
         static const char* const expressions[] = {"constant()",     "constant_next()", "linear()",      "bezier()",
@@ -84,7 +81,7 @@ private:
                                                   "match()",        "matchin()",       "matchout()",    "cycle()",
                                                   "cycle_offset()", "mirror()",        "2.5",           "-1e-300",
                                                   " sin( x ) * 2",  "x ** 2",          "cycle() + 2*x", "((( < & >"};
-        return expressions[below(static_cast<int>(std::size(expressions)))];
+        return oneOf(expressions);
     }
 
     template<class Part>
@@ -99,8 +96,6 @@ private:
         tangent.setWeightLocked(coin());
         properties(tangent);
     }
-
-    std::mt19937 m_random;
 };
 
 } // namespace Test

@@ -96,6 +96,14 @@ inline std::shared_ptr<FCurve> CurveThrough(const std::vector<Vector2D<double>>&
     return curve;
 }
 
+/// The abscissae of the curve's keys.
+inline std::vector<double> KeysOf(const FCurve& curve) {
+    std::vector<double> xs;
+    for (const Segment& segment : curve)
+        if (const auto key = segment.getRightKey()) xs.push_back(key->getX());
+    return xs;
+}
+
 /// Key number i of the curve.
 inline std::shared_ptr<Keyframe> KeyAt(FCurve& curve, int i) {
     return std::next(curve.begin(), i)->getRightKey();

@@ -27,13 +27,6 @@ struct Range {
     double step;
 };
 
-std::vector<double> KeysOf(const FCurve& curve) {
-    std::vector<double> xs;
-    for (const Segment& segment : curve)
-        if (const auto key = segment.getRightKey()) xs.push_back(key->getX());
-    return xs;
-}
-
 /// Ranges inside one segment, between keys, over all keys and outside them.
 std::vector<Range> RangesOf(const FCurve& curve) {
     const std::vector<double> keys = KeysOf(curve);
@@ -157,9 +150,9 @@ TEST(Baking, LeavesTheRestAloneWhateverTheTangents) {
         const auto curve = random.make({"bezier()", "bezier()", "linear()", "constant()", "constant_next()", "3*x"});
         Decorate(*curve);
         const std::vector<double> keys = KeysOf(*curve);
-        const double step = random.number(0.05, 0.7);
-        const double start = random.below(2) ? keys[0] + random.number(-3, 10) : keys[keys.size() / 2];
-        const double end = random.below(2) ? start + random.number(0, 10) : keys.back();
+        const double step = random.between(0.05, 0.7);
+        const double start = random.below(2) ? keys[0] + random.between(-3, 10) : keys[keys.size() / 2];
+        const double end = random.below(2) ? start + random.between(0, 10) : keys.back();
         SCOPED_TRACE(testing::Message() << "seed " << seed << ": " << start << " to " << end << " by " << step);
         const Points samples = ExpectedSamples(*curve, {start, end, step});
         if (samples.size() < 2) continue;
@@ -186,19 +179,24 @@ TEST(Baking, ChangesNothingWithoutTwoSamples) {
 }
 
 TEST(Baking, LeavesNoPairOfKeysWhereTheRunningSumMissesAKey) {
-    const auto curve = CurveThrough({{-1, 3}, {0, 0}, {1, 4}, {3, 1}}, Bezier::create());
-    const auto end = KeyAt(*curve, 2);
-    BakeCurve(*curve, 0.0, 1.0, 0.1); // the last sample is at 0.9999999999999999
-    EXPECT_EQ(curve->size(), 14U);
-    EXPECT_EQ(KeyAt(*curve, 11), end);
-    EXPECT_EQ(end->get(), Vector2D<double>(1, 4));
-
-    const auto other = CurveThrough({{0, 5}, {0.3, 1}, {2, 0}}, Bezier::create());
-    const auto start = KeyAt(*other, 1);
-    BakeCurve(*other, 0.3, 1.0, 0.1); // the first sample is at 0.30000000000000004
-    EXPECT_EQ(other->size(), 11U);
-    EXPECT_EQ(KeyAt(*other, 1), start);
-    EXPECT_EQ(start->get(), Vector2D<double>(0.3, 1));
+    const struct {
+        std::vector<Vector2D<double>> keys;
+        double start, end;
+        int number; // of the key that the first or last sample misses
+        std::size_t keysAfter;
+    } rows[] = {
+        {{{-1, 3}, {0, 0}, {1, 4}, {3, 1}}, 0, 1, 2, 13}, // the last sample is at 0.9999999999999999
+        {{{0, 5}, {0.3, 1}, {2, 0}}, 0.3, 1, 1, 10},      // the first one is at 0.30000000000000004
+    };
+    for (const auto& row : rows) {
+        const auto curve = CurveThrough(row.keys, Bezier::create());
+        const auto key = KeyAt(*curve, row.number);
+        const auto place = key->get();
+        BakeCurve(*curve, row.start, row.end, 0.1);
+        EXPECT_EQ(KeysOf(*curve).size(), row.keysAfter);
+        EXPECT_EQ(curve->findSegment(place.x)->getLeftKey(), key);
+        EXPECT_EQ(key->get(), place);
+    }
 }
 
 TEST(Baking, KeepsAJumpAtTheStart) {

@@ -120,7 +120,7 @@ TEST(InsertBezierKeyframe, KeepsTheShapeWhateverTheTangents) {
         const auto first = KeyAt(*curve, 0)->getX();
         const auto last = (--curve->end())->getLeftKey()->getX();
         for (int i = 0; i < 3; ++i) {
-            const double x = random.number(first - 1, last + 1);
+            const double x = random.between(first - 1, last + 1);
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", at " << x);
             const auto before = FCurve::createCopy(*curve);
             const auto preview = PreviewBezierKeyframe(*curve, x);

@@ -2,6 +2,7 @@
 // linearly.
 
 #include "support/Invariants.h"
+#include "support/Random.h"
 #include "support/Recorder.h"
 
 #include <gtest/gtest.h>
@@ -48,14 +49,12 @@ struct NaiveCurve {
         x = clamp(i, x);
         keys[i] = {x, y, keys[i].breakdown, keys[i].interpolator, keys[i].property};
         if (x == oldX) return;
-        std::vector<std::size_t> run;
         std::size_t l = i, r = i;
         while (l > 0 && keys[l - 1].breakdown) --l;
         while (r + 1 < keys.size() && keys[r + 1].breakdown) ++r;
-        for (std::size_t k = l; k <= r; ++k)
-            if (k != i) run.push_back(k);
-        if (x > oldX) std::reverse(run.begin(), run.end());
-        for (const std::size_t k : run) {
+        for (std::size_t step = 0; step <= r - l; ++step) {
+            const std::size_t k = x > oldX ? r - step : l + step;
+            if (k == i) continue;
             const bool anchored = k < i ? l > 0 : r + 1 < keys.size();
             const double anchor = !anchored ? 0 : k < i ? keys[l - 1].x : keys[r + 1].x;
             const double old = keys[k].x;
@@ -84,7 +83,6 @@ struct Mirror : FCurveObserver {
     void curveChanged(FCurve& curve) override { sync(curve); }
     void keyframeIntrinsicChanged(Keyframe& key, KeyframeIntrinsicType) override { positions[&key] = key.get(); }
     void tangentIntrinsicChanged(Tangent& tangent, TangentIntrinsicType) override { handles[&tangent] = tangent.get(); }
-    void segmentPropertyChanged(Segment&, const char*, const char*) override {}
     void segmentIntrinsicChanged(Segment&, SegmentIntrinsicType) override {}
     void keyframePropertyChanged(Keyframe&, const char*, const char*) override {}
     void segmentAdded(FCurve&, Segment& segment) override { add(segment); }
@@ -133,9 +131,9 @@ std::string Difference(FCurve& curve, const NaiveCurve& naive, const Mirror& mir
 }
 
 void Drive(unsigned seed, int edits) {
-    std::mt19937 random(seed);
-    const auto pick = [&](std::size_t n) { return static_cast<std::size_t>(random() % n); };
-    const auto number = [&](double scale) { return (static_cast<double>(random()) / 2147483648.0 - 1) * scale; };
+    Random random(seed);
+    const auto pick = [&](std::size_t n) { return static_cast<std::size_t>(random.below(static_cast<int>(n))); };
+    const auto number = [&](double scale) { return random.between(-scale, scale); };
     const std::shared_ptr<Interpolator> interpolators[] = {Constant::create(), Linear::create(), nullptr};
 
     auto curve = FCurve::create();
@@ -148,12 +146,12 @@ void Drive(unsigned seed, int edits) {
         const std::size_t n = naive.keys.size();
         const std::size_t what = n == 0 ? 0 : pick(100);
         const std::size_t i = n == 0 ? 0 : pick(n);
-        const auto key = n == 0 ? nullptr : std::next(curve->begin(), static_cast<std::ptrdiff_t>(i))->getRightKey();
+        const auto key = n == 0 ? nullptr : KeyAt(*curve, static_cast<int>(i));
         if (what < 22) {
             const auto fresh = Keyframe::create(std::round(number(1000)) / 4, number(10));
             fresh->setBreakdown(pick(3) == 0);
             fresh->setTangentsUnified(pick(3) == 0);
-            const auto& interpolator = interpolators[pick(3)];
+            const auto& interpolator = random.oneOf(interpolators);
             curve->insertSegment(*fresh, interpolator);
             const std::size_t at = naive.numberAt(fresh->getX());
             if (at == 0 || naive.keys[at - 1].x != fresh->getX())
@@ -173,25 +171,12 @@ void Drive(unsigned seed, int edits) {
             naive.move(i, x, y);
         } else if (what < 80) {
             const auto tangent = pick(2) ? key->getInTangent() : key->getOutTangent();
-            switch (pick(6)) {
-            case 0:
-                tangent->set(number(5), number(5));
-                break;
-            case 1:
-                tangent->setAngle(number(4));
-                break;
-            case 2:
-                tangent->setWeight(number(5));
-                break;
-            case 3:
-                tangent->setWeighted(pick(2) == 0);
-                break;
-            case 4:
-                tangent->setWeightLocked(pick(2) == 0);
-                break;
-            default:
-                tangent->setType(static_cast<std::uint8_t>(pick(8)));
-            }
+            random.act({{"handle", [&] { tangent->set(number(5), number(5)); }},
+                        {"angle", [&] { tangent->setAngle(number(4)); }},
+                        {"weight", [&] { tangent->setWeight(number(5)); }},
+                        {"weighted", [&] { tangent->setWeighted(random.coin()); }},
+                        {"weight lock", [&] { tangent->setWeightLocked(random.coin()); }},
+                        {"type", [&] { tangent->setType(static_cast<std::uint8_t>(pick(8))); }}});
         } else if (what < 86) {
             const bool breakdown = pick(2) == 0;
             key->setBreakdown(breakdown);
@@ -202,7 +187,7 @@ void Drive(unsigned seed, int edits) {
             key->setProperty("p", value.c_str());
             naive.keys[i].property = value;
         } else if (what < 93) {
-            const auto& interpolator = interpolators[pick(3)];
+            const auto& interpolator = random.oneOf(interpolators);
             std::next(curve->begin(), static_cast<std::ptrdiff_t>(i))->setInterpolator(interpolator);
             (i == 0 ? naive.leading : naive.keys[i - 1].interpolator) = interpolator.get();
         } else if (what < 96) {
@@ -247,8 +232,8 @@ TEST(RandomEdits, AgreeWithANaiveModel) {
 TEST(RandomEdits, LargeCurvesStaySound) {
     for (const int order : {0, 1, 2}) {
         const auto curve = FCurve::create();
-        std::vector<double> xs(5000);
-        for (std::size_t i = 0; i < xs.size(); ++i) xs[i] = static_cast<double>(i) * 1.5;
+        std::vector<double> xs;
+        for (int i = 0; i < 5000; ++i) xs.push_back(i * 1.5);
         std::mt19937 random(7);
         if (order == 1) std::reverse(xs.begin(), xs.end());
         if (order == 2) std::shuffle(xs.begin(), xs.end(), random);

@@ -58,8 +58,7 @@ TEST(FCurveContainer, PropertiesAndSwitches) {
     }
     {
         FCurveContainer::Switch everywhere;
-        const auto curve = CurveThrough({{0, 0}});
-        container->addCurve(curve);
+        container->addCurve(FCurve::create());
         EXPECT_TRUE(everywhere.blockedNotification());
     }
     EXPECT_EQ(counter.calls, 2);

@@ -28,64 +28,60 @@ using V = Vector2D<double>;
 
 const Box kUntouched{-1, -2, -3, -4};
 
-Box TangentBox(double keyX, double keyY, double x, double y, bool in) {
-    const auto curve = CurveThrough({{keyX, keyY}});
-    const auto key = KeyAt(*curve, 0);
-    const auto tangent = in ? key->getInTangent() : key->getOutTangent();
-    tangent->setWeighted(true);
-    tangent->set(x, y);
+// The box of a function that answers whether there is one and leaves the box alone where there is none.
+template<class Function, class... Arguments>
+Box Ask(const Function& extents, const Arguments&... arguments) {
     Box box = kUntouched;
-    GetTangentExtents(*tangent, box);
+    EXPECT_EQ(extents(arguments..., box), !(box == kUntouched));
+    return box;
+}
+Box InteriorOf(const FCurve& curve) {
+    return Ask(GetInteriorExtents, curve);
+}
+Box BoxOf(const Segment& segment) {
+    Box box = kUntouched;
+    GetSegmentExtents(segment, box);
+    return box;
+}
+Box BoxOf(const Tangent& tangent) {
+    Box box = kUntouched;
+    GetTangentExtents(tangent, box);
     return box;
 }
 
 TEST(Extents, OfATangentSpanItsHandle) {
-    EXPECT_EQ(TangentBox(10, 5, -2, 3, true), Box(8, 5, 2, 3));
-    EXPECT_EQ(TangentBox(10, 5, -2, -3, true), Box(8, 2, 2, 3));
-    EXPECT_EQ(TangentBox(10, 5, 2, -3, false), Box(10, 2, 2, 3));
-    EXPECT_EQ(TangentBox(10, 5, 0, 3, false), Box(10, 5, 0, 3));
-    Box box = kUntouched;
-    GetTangentExtents(Tangent(), box);
-    EXPECT_EQ(box, Box());
-    const auto curve = CurveThrough({{10, 5}});
-    GetTangentExtents(*curve->begin()->getOutTangent(), box); // at no key
-    EXPECT_EQ(box, Box());
+    const auto curve = MakeCurve({{10, 5, V(-2, 3), V(2, -3)}});
+    const auto key = KeyAt(*curve, 0);
+    EXPECT_EQ(BoxOf(*key->getInTangent()), Box(8, 5, 2, 3));
+    EXPECT_EQ(BoxOf(*key->getOutTangent()), Box(10, 2, 2, 3));
+    key->getInTangent()->set(-2, -3);
+    EXPECT_EQ(BoxOf(*key->getInTangent()), Box(8, 2, 2, 3));
+    key->getOutTangent()->set(0, 3);
+    EXPECT_EQ(BoxOf(*key->getOutTangent()), Box(10, 5, 0, 3));
+    EXPECT_EQ(BoxOf(Tangent()), Box());
+    EXPECT_EQ(BoxOf(*curve->begin()->getOutTangent()), Box()) << "at no key";
 }
 
 TEST(Extents, OfASegmentThatLacksAKeyAreItsKey) {
     const auto curve = CurveThrough({{4, 7}}, Bezier::create());
-    Box box = kUntouched;
-    GetSegmentExtents(*curve->begin(), box);
-    EXPECT_EQ(box, Box(4, 7, 0, 0));
-    GetSegmentExtents(*curve->findSegment(5), box);
-    EXPECT_EQ(box, Box(4, 7, 0, 0));
-    GetSegmentExtents(*FCurve::create()->begin(), box);
-    EXPECT_EQ(box, Box());
+    EXPECT_EQ(BoxOf(*curve->begin()), Box(4, 7, 0, 0));
+    EXPECT_EQ(BoxOf(*curve->findSegment(5)), Box(4, 7, 0, 0));
+    EXPECT_EQ(BoxOf(*FCurve::create()->begin()), Box());
 }
 
 TEST(Extents, OfTheInterior) {
-    Box box = kUntouched;
-    EXPECT_FALSE(GetInteriorExtents(*FCurve::create(), box));
-    EXPECT_EQ(box, kUntouched);
-    EXPECT_TRUE(GetInteriorExtents(*CurveThrough({{4, 7}}), box));
-    EXPECT_EQ(box, Box(4, 7, 0, 0));
-    EXPECT_TRUE(GetInteriorExtents(*CurveThrough({{-1, 3}, {2, -5}, {7, 1}}), box));
-    EXPECT_EQ(box, Box(-1, -5, 8, 8));
+    EXPECT_EQ(InteriorOf(*FCurve::create()), kUntouched);
+    EXPECT_EQ(InteriorOf(*CurveThrough({{4, 7}})), Box(4, 7, 0, 0));
+    EXPECT_EQ(InteriorOf(*CurveThrough({{-1, 3}, {2, -5}, {7, 1}})), Box(-1, -5, 8, 8));
 
     // The keys count also where their segments' values do not pass through them; no value counts that is not finite.
     const auto curve = CurveThrough({{-2, 3}, {2, -5}}, InterpolatorFactory::create("x**2"));
-    EXPECT_TRUE(GetInteriorExtents(*curve, box));
-    EXPECT_EQ(box, Box(-2, -5, 4, 9));
+    EXPECT_EQ(InteriorOf(*curve), Box(-2, -5, 4, 9));
     curve->findSegment(0)->setInterpolator(InterpolatorFactory::create("0*log(x-100)"));
-    EXPECT_TRUE(GetInteriorExtents(*curve, box));
-    EXPECT_EQ(box, Box(-2, -5, 4, 8));
+    EXPECT_EQ(InteriorOf(*curve), Box(-2, -5, 4, 8));
     curve->findSegment(0)->setInterpolator(nullptr);
-    EXPECT_TRUE(GetInteriorExtents(*curve, box));
-    EXPECT_EQ(box, Box(-2, -5, 4, 8));
-
-    const auto none = CurveThrough({{0, 3}, {2, 5}}, nullptr); // such segments have the value 0
-    EXPECT_TRUE(GetInteriorExtents(*none, box));
-    EXPECT_EQ(box, Box(0, 0, 2, 5));
+    EXPECT_EQ(InteriorOf(*curve), Box(-2, -5, 4, 8));
+    EXPECT_EQ(InteriorOf(*CurveThrough({{0, 3}, {2, 5}}, nullptr)), Box(0, 0, 2, 5)); // such segments have the value 0
 }
 
 class ExtentsOfEveryExhibit : public testing::TestWithParam<Exhibit> {};
@@ -138,56 +134,36 @@ TEST_P(ExtentsOfEveryExhibit, HoldADenseSamplingTightly) {
     }
 }
 
-// The extremes of a Bezier segment, followed to the last bits.
-TEST(Extents, AreTightAtTheExtremesOfABezier) {
-    const auto curve = MakeCurve({{0, 1, V(), V(1.2, 8)}, {3, 2, V(-1.3, 9), V()}});
-    Box box;
-    GetInteriorExtents(*curve, box);
-    double low = 1, high = 1;
-    const auto refine = [&](double from, double to, double sign) { // golden section towards the extreme
-        for (int i = 0; i < 200; ++i) {
-            const double a = from + (to - from) * 0.381966, b = from + (to - from) * 0.618034;
-            (sign * curve->eval(a) > sign * curve->eval(b) ? to : from) =
-                sign * curve->eval(a) > sign * curve->eval(b) ? b : a;
-        }
-        return curve->eval(from);
-    };
-    for (int i = 1; i < 300; ++i) {
-        high = std::max(high, refine((i - 1) * 0.01, (i + 1) * 0.01, 1));
-        low = std::min(low, refine((i - 1) * 0.01, (i + 1) * 0.01, -1));
-    }
-    EXPECT_NEAR(box.y + box.height, high, 1e-9);
-    EXPECT_NEAR(box.y, low, 1e-9);
-}
-
 struct Selected : testing::Test {
     std::shared_ptr<FCurveContainer> curves = FCurveContainer::create();
     Selection selection{curves};
     std::shared_ptr<FCurve> curve =
         MakeCurve({{0, 0, V(-1, 0), V(1, 20)}, {3, 1, V(-1, 0), V(5, -9), "linear()"}, {6, 2, V(), V(), "constant()"}});
-    Box box = kUntouched;
 
     Selected() { curves->addCurve(curve); }
+
+    Box withParts(const FCurve& of) const { return Ask(GetFCurveAndPartsExtents, of, selection); }
+    Box visible() const { return Ask(GetVisibleExtents, *curves, selection); }
+    // Of this part alone.
+    template<class Part>
+    Box selected(Part& part) {
+        selection.clear();
+        selection.select(part);
+        return selected();
+    }
+    Box selected() const { return Ask(GetSelectedExtents, selection); }
 };
 
 TEST_F(Selected, CurvesAreFramedWithTheHandlesThatShapeThem) {
-    Box interior;
-    GetInteriorExtents(*curve, interior);
-    EXPECT_TRUE(GetFCurveAndPartsExtents(*curve, selection, box));
-    EXPECT_EQ(box, interior);
-
+    EXPECT_EQ(withParts(*curve), InteriorOf(*curve));
     selection.select(*curve);
-    EXPECT_TRUE(GetFCurveAndPartsExtents(*curve, selection, box));
-    EXPECT_EQ(box, Box(0, 0, 6, 20)); // neither the linear segment's handle down to -8 nor one at no key
+    EXPECT_EQ(withParts(*curve), Box(0, 0, 6, 20)); // neither the linear segment's handle down to -8 nor one at no key
     curve->begin()->setInterpolator(Bezier::create());
-    EXPECT_TRUE(GetFCurveAndPartsExtents(*curve, selection, box));
-    EXPECT_EQ(box, Box(-1, 0, 7, 20));
+    EXPECT_EQ(withParts(*curve), Box(-1, 0, 7, 20));
 
     const auto empty = FCurve::create();
     selection.select(*empty);
-    box = kUntouched;
-    EXPECT_FALSE(GetFCurveAndPartsExtents(*empty, selection, box));
-    EXPECT_EQ(box, kUntouched);
+    EXPECT_EQ(withParts(*empty), kUntouched);
 }
 
 TEST_F(Selected, VisibleCurvesAreFramedTogether) {
@@ -195,57 +171,30 @@ TEST_F(Selected, VisibleCurvesAreFramedTogether) {
     curves->addCurve(other);
     curves->addCurve(FCurve::create());
     SetVisible(*curve, false);
-    EXPECT_TRUE(GetVisibleExtents(*curves, selection, box));
-    EXPECT_EQ(box, Box(100, 200, 0, 0));
+    EXPECT_EQ(visible(), Box(100, 200, 0, 0));
     SetVisible(*curve, true);
-    EXPECT_TRUE(GetVisibleExtents(*curves, selection, box));
-    EXPECT_EQ(box.x, 0);
-    EXPECT_EQ(box.x + box.width, 100);
-    EXPECT_EQ(box.y + box.height, 200);
+    EXPECT_EQ(visible(), Box(0, 0, 100, 200));
     SetVisible(*curve, false);
     SetVisible(*other, false);
-    box = kUntouched;
-    EXPECT_FALSE(GetVisibleExtents(*curves, selection, box));
-    EXPECT_EQ(box, kUntouched);
+    EXPECT_EQ(visible(), kUntouched);
 }
 
 TEST_F(Selected, PartsAreFramedByTheirKind) {
-    EXPECT_FALSE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, kUntouched);
-
-    selection.select(*KeyAt(*curve, 1));
-    EXPECT_TRUE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, Box(3, 1, 0, 0));
-
+    EXPECT_EQ(selected(), kUntouched);
+    EXPECT_EQ(selected(*KeyAt(*curve, 1)), Box(3, 1, 0, 0));
     selection.select(*KeyAt(*curve, 0)->getOutTangent());
-    EXPECT_TRUE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, Box(0, 0, 3, 20));
-
-    selection.clear();
-    selection.select(*curve->findSegment(4));
-    EXPECT_TRUE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, Box(3, 1, 3, 1));
-
-    selection.clear();
-    selection.select(*--curve->end()); // runs on for ever: its key
-    EXPECT_TRUE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, Box(6, 2, 0, 0));
-
-    Box interior;
-    GetInteriorExtents(*curve, interior);
+    EXPECT_EQ(selected(), Box(0, 0, 3, 20));
+    EXPECT_EQ(selected(*curve->findSegment(4)), Box(3, 1, 3, 1));
+    EXPECT_EQ(selected(*--curve->end()), Box(6, 2, 0, 0)) << "runs on for ever: its key";
     selection.select(*curve);
-    EXPECT_TRUE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, interior);
+    EXPECT_EQ(selected(), InteriorOf(*curve));
 
     // What has no place adds nothing.
-    selection.clear();
     const auto empty = FCurve::create();
     curves->addCurve(empty);
-    selection.select(*empty);
+    EXPECT_EQ(selected(*empty), kUntouched);
     selection.select(*empty->begin());
-    box = kUntouched;
-    EXPECT_FALSE(GetSelectedExtents(selection, box));
-    EXPECT_EQ(box, kUntouched);
+    EXPECT_EQ(selected(), kUntouched);
 }
 
 } // namespace

@@ -27,19 +27,25 @@ std::string properties(const Part& a, const Part& b) {
     return "";
 }
 
-inline std::string tangent(const Tangent& a, const Tangent& b) {
-    if (!bits(a.get(), b.get())) return "handle";
+inline std::string tangentButHandle(const Tangent& a, const Tangent& b) {
     if (a.getType() != b.getType()) return "type";
     if (a.isWeighted() != b.isWeighted()) return "weighted";
     if (a.isWeightLocked() != b.isWeightLocked()) return "weight lock";
     return properties(a, b);
 }
 
-inline std::string key(const Keyframe& a, const Keyframe& b) {
-    if (!bits(a.get(), b.get())) return "position";
+inline std::string tangent(const Tangent& a, const Tangent& b) {
+    return bits(a.get(), b.get()) ? tangentButHandle(a, b) : "handle";
+}
+
+inline std::string keyButPosition(const Keyframe& a, const Keyframe& b) {
     if (a.isBreakdown() != b.isBreakdown()) return "breakdown";
     if (a.isTangentsUnified() != b.isTangentsUnified()) return "unified";
     return properties(a, b);
+}
+
+inline std::string key(const Keyframe& a, const Keyframe& b) {
+    return bits(a.get(), b.get()) ? keyButPosition(a, b) : "position";
 }
 
 // Files say "0" for a segment without interpolator, which evaluates to 0.

@@ -125,16 +125,14 @@ TEST(Smoothing, RefusesWhatItCannotDo) {
     Recorder recorder;
     curve->subscribe(recorder);
     const double nan = std::nan("");
-    SmoothCurve(*curve, 10, 10, 1, 2, SMOOTH_BOX);
-    SmoothCurve(*curve, 12, 10, 1, 2, SMOOTH_BOX);
-    SmoothCurve(*curve, nan, 10, 1, 2, SMOOTH_BOX);
-    SmoothCurve(*curve, 5, 10, 0, 2, SMOOTH_BOX);
-    SmoothCurve(*curve, 5, 10, -1, 2, SMOOTH_BOX);
-    SmoothCurve(*curve, 5, 10, nan, 2, SMOOTH_BOX);
-    SmoothCurve(*curve, 5, 10, 1, -1, SMOOTH_BOX);
-    SmoothCurve(*curve, 5, 10, 1, 2147483647, SMOOTH_BOX);
-    SmoothCurve(*curve, 5, 10, 1, 2, static_cast<SmoothFilter>(4));
-    SmoothCurve(*curve, 5, 5.5, 1, 2, SMOOTH_BOX);
+    const struct {
+        double start, end, step;
+        int width;
+        int filter = SMOOTH_BOX;
+    } rows[] = {{10, 10, 1, 2},  {12, 10, 1, 2}, {nan, 10, 1, 2},        {5, 10, 0, 2},  {5, 10, -1, 2},
+                {5, 10, nan, 2}, {5, 10, 1, -1}, {5, 10, 1, 2147483647}, {5, 5.5, 1, 2}, {5, 10, 1, 2, 4}};
+    for (const auto& row : rows)
+        SmoothCurve(*curve, row.start, row.end, row.step, row.width, static_cast<SmoothFilter>(row.filter));
     SmoothCurveInterior(*curve, 0, 2, SMOOTH_BOX);
     SmoothCurveInterior(*curve, 1, -2, SMOOTH_BOX);
     SmoothCurveInterior(*curve, 100, 2, SMOOTH_BOX);

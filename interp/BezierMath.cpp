@@ -163,7 +163,7 @@ void Private::BezierExtents(const BezierPlace& from, const BezierPlace& to, cons
         if (!(t > std::min(from.t, to.t) && t < std::max(from.t, to.t))) continue;
         const double y = BezierY({t, 1.0 - t}, p);
         // Evaluation next to the extreme may round beyond the value at it.
-        const double rounding = 0x1p-52 * (std::abs(y) + scale);
+        const double rounding = 0x1p-51 * (std::abs(y) + scale);
         minY = std::min(minY, y - rounding);
         maxY = std::max(maxY, y + rounding);
     }

@@ -1,25 +1,15 @@
 #include "support/Ask.h"
+#include "support/Basics.h"
 #include "support/ErrorRecorder.h"
 #include "support/Random.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <cmath>
-#include <functional>
-#include <limits>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace Test {
 namespace {
 
 using Parser = DefaultFallbackParser;
-
-const double infinity = std::numeric_limits<double>::infinity();
 
 // A segment without keys: formulas do not look at it.
 const Segment nowhere;
@@ -83,15 +73,15 @@ TEST(FormulaValue, FunctionsAreThoseOfTheLanguageHosts) {
         {"round", std::round}, {"abs", std::fabs}, {"sqrt", std::sqrt},
     };
     for (const auto& row : rows)
-        for (const double x : {-3.5, -1.0, -0.7, -0.0, 0.0, 0.3, 0.5, 1.0, 2.5, 1e10, infinity})
+        for (const double x : {-3.5, -1.0, -0.7, -0.0, 0.0, 0.3, 0.5, 1.0, 2.5, 1e10, kInfinity})
             EXPECT_TRUE(Same(Eval(std::string(row.name) + "(x)", x), row.function(x))) << row.name << " " << x;
 }
 
 TEST(FormulaValue, OutsideADomainTheArithmeticDecides) {
-    EXPECT_EQ(Eval("1/x", 0.0), infinity);
-    EXPECT_EQ(Eval("-1/x", 0.0), -infinity);
-    EXPECT_EQ(Eval("log(x)", 0.0), -infinity);
-    EXPECT_EQ(Eval("exp(x)", 1e6), infinity);
+    EXPECT_EQ(Eval("1/x", 0.0), kInfinity);
+    EXPECT_EQ(Eval("-1/x", 0.0), -kInfinity);
+    EXPECT_EQ(Eval("log(x)", 0.0), -kInfinity);
+    EXPECT_EQ(Eval("exp(x)", 1e6), kInfinity);
     for (const char* text : {"sqrt(x-1)", "log(x-1)", "asin(x+2)", "acos(x-2)", "0/x", "x%0", "(x-1)**0.5", "1/0*x"})
         EXPECT_TRUE(std::isnan(Eval(text, 0.0))) << text;
 }
@@ -261,7 +251,7 @@ TEST(FormulaExtents, HoldEverythingThatDenseSamplingFinds) {
                 {"sqrt(abs(x-0.777))", 0, 1}};
     for (const auto& row : rows) {
         const auto formula = Parse(row.text);
-        double low = infinity, high = -infinity;
+        double low = kInfinity, high = -kInfinity;
         for (int i = 0; i <= 200000; ++i) {
             const double y = formula->eval(row.x0 + (row.x1 - row.x0) * i / 200000, nowhere);
             low = std::fmin(low, y);

@@ -1,15 +1,8 @@
+#include "support/Basics.h"
 #include "support/Museum.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 
 namespace Test {
 namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(EvalSegment, AsksTheInterpolatorAlsoOutsideTheSpan) {
     const auto curve = MakeCurve({{0, 0, {}, {}, "linear()"}, {2, 4}});
@@ -27,14 +20,14 @@ TEST(EvalInInterior, HoldsXBetweenTheKeys) {
     struct Row {
         double x, y;
     };
-    const Row rows[] = {{-infinity, 5}, {0, 5}, {1, 5}, {1.5, 6}, {2, -3}, {3, -3}, {4, -3}, {5, -3}, {infinity, -3}};
+    const Row rows[] = {{-kInfinity, 5}, {0, 5}, {1, 5}, {1.5, 6}, {2, -3}, {3, -3}, {4, -3}, {5, -3}, {kInfinity, -3}};
     for (const Row& row : rows) EXPECT_EQ(EvalInInterior(row.x, *curve), row.y) << row.x;
     EXPECT_EQ(curve->eval(4), 4000.0);
     // At the last key the segment before it answers, with whatever it makes of that x.
     (*--(--curve->end())).setInterpolator(InterpolatorFactory::create("x + 10"));
     EXPECT_EQ(EvalInInterior(4, *curve), 14.0);
     EXPECT_EQ(EvalInInterior(99, *curve), 14.0);
-    EXPECT_TRUE(std::isnan(EvalInInterior(nan, *curve)));
+    EXPECT_TRUE(std::isnan(EvalInInterior(kNaN, *curve)));
     (*--(--curve->end())).setInterpolator(nullptr);
     EXPECT_EQ(EvalInInterior(4, *curve), 0.0);
 }
@@ -48,7 +41,7 @@ TEST(EvalInInterior, FewKeys) {
     }
     EXPECT_EQ(EvalInInterior(3, *FCurve::create()), 0.0);
     const auto cycles = MakeCurve({{0, 0}, {1, 4}, {3, -1, {}, {}, "cycle()"}}, "cycle()");
-    EXPECT_TRUE(std::isnan(EvalInInterior(nan, *cycles))) << "NaN reaches no cycle";
+    EXPECT_TRUE(std::isnan(EvalInInterior(kNaN, *cycles))) << "NaN reaches no cycle";
 }
 
 TEST(Derivatives, SidesAtAKey) {

@@ -1,17 +1,11 @@
 // What holds of every curve in the museum, whatever its shape.
 
 #include "support/Ask.h"
+#include "support/Basics.h"
 #include "support/Museum.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <string>
 #include <thread>
 #include <typeinfo>
-#include <vector>
 
 namespace Test {
 namespace {

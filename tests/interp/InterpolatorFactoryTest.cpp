@@ -1,13 +1,7 @@
+#include "support/Basics.h"
 #include "support/ErrorRecorder.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace Test {
 namespace {

@@ -1,18 +1,9 @@
 #include "support/Ask.h"
+#include "support/Basics.h"
 #include "support/Museum.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <vector>
 
 namespace Test {
 namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 // A host's own kind: y = x^3, every other operation the default. Remembers where it was asked.
 class Cube : public Interpolator {
@@ -32,8 +23,6 @@ Segment Between(double x0, double y0, double x1, double y1) {
     return Segment(nullptr, key(x0, y0), nullptr, key(x1, y1));
 }
 constexpr double none = std::numeric_limits<double>::quiet_NaN();
-
-using Points = std::vector<Vector2D<double>>;
 
 TEST(Interpolator, DefaultDerivatives) {
     const Cube cube;
@@ -97,7 +86,7 @@ TEST(Interpolator, DefaultExtentsStepByTenths) {
     EXPECT_EQ(asked(0, 100).size(), 2u + 1001u); // the accumulated steps end just before 100
 
     // Where a step cannot move x, or never arrives, the ends are all there is.
-    for (const double x : {1e17, 1e300, infinity, none})
+    for (const double x : {1e17, 1e300, kInfinity, none})
         for (const auto& [x0, x1] : {std::pair(0.0, x), {-x, 0.0}, {-x, x}, {x, x}})
             EXPECT_EQ(asked(x0, x1).size(), 2u) << x;
 

@@ -1,12 +1,8 @@
 #include "support/Allocations.h"
+#include "support/Basics.h"
 #include "support/Museum.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace Test {
 namespace {

@@ -2,21 +2,12 @@
 
 #include "support/Allocations.h"
 #include "support/Ask.h"
+#include "support/Basics.h"
 #include "support/Museum.h"
 #include "support/Random.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
-
 namespace Test {
 namespace {
-
-const double infinity = std::numeric_limits<double>::infinity();
 
 // Keys (first, y0), ..., each kind linear but for the last one's, before and after them the given kind.
 std::shared_ptr<FCurve> Lines(const std::vector<Vector2D<double>>& points, const char* ends) {
@@ -82,8 +73,8 @@ TEST(Repetition, AgreesWithTheKeyedPartCountedOutInLongDoubles) {
             const double ulps = 4 * std::numeric_limits<double>::epsilon() * std::abs(x);
             // The keyed part around the place, as far as x can tell where it is.
             const auto expect = [&](double value, double at, double lift) {
-                double low = infinity;
-                double high = -infinity;
+                double low = kInfinity;
+                double high = -kInfinity;
                 for (const double u : {at - ulps, at, at + ulps}) {
                     low = std::min(low, EvalInInterior(u, *plain));
                     high = std::max(high, EvalInInterior(u, *plain));
@@ -126,7 +117,7 @@ TEST(Repetition, IsExactAtBoundariesAndFarAway) {
             EXPECT_TRUE(std::isfinite(GetFirstDerivative(*curve, x))) << kind;
         }
     for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"})
-        for (const double x : {infinity, -infinity, std::nan("")})
+        for (const double x : {kInfinity, -kInfinity, std::nan("")})
             EXPECT_TRUE(std::isnan(Rough(kind)->eval(x)) && std::isnan(GetFirstDerivative(*Rough(kind), x))) << kind;
 
     // Keys at the ends of the doubles.
@@ -184,7 +175,7 @@ TEST(Repetition, ExtentsHoldWhatDenseSamplingFinds) {
             const double x1 = x0 + length;
             SCOPED_TRACE(testing::Message() << kind << " " << x0 << " " << x1);
             const Segment& segment = trailing ? last : *curve->begin();
-            Extents sampled{infinity, -infinity};
+            Extents sampled{kInfinity, -kInfinity};
             for (int s = 0; s <= 4000; ++s) {
                 const double y = EvalSegment(std::min(x0 + (x1 - x0) * s / 4000, x1), segment);
                 sampled.low = std::min(sampled.low, y);

@@ -1,11 +1,7 @@
 // Spline and the ease kinds.
 
+#include "support/Basics.h"
 #include "support/Museum.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace Test {
 namespace {
@@ -33,21 +29,6 @@ TEST(ThirdsInterp, ControlPoints) {
         kind.getBezierArgs(segment, p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
         EXPECT_EQ(p, row.points) << row.kind;
         EXPECT_FALSE(kind.usesTangents());
-    }
-}
-
-TEST(ThirdsInterp, SlopesAtTheKeys) {
-    const struct {
-        const char* kind;
-        double left, right, middle;
-    } rows[] = {{"ease()", 0, 0, 1.5}, {"easein()", 0, 2, 0.75}, {"easeout()", 2, 0, 2.25}, {"matchin()", 0, 0, 1.5}};
-    for (const auto& row : rows) {
-        const auto curve = MakeCurve({{0, 0, {}, {}, row.kind}, {3, 3}});
-        EXPECT_EQ(GetFirstDerivative(*curve, 0), row.left) << row.kind;
-        EXPECT_DOUBLE_EQ(GetFirstDerivativeLeft(*curve, 3), row.right) << row.kind;
-        EXPECT_DOUBLE_EQ(curve->eval(1.5), row.middle) << row.kind;
-        EXPECT_EQ(curve->eval(9e-8), 0) << row.kind << ": beside a key is at the key";
-        EXPECT_EQ(curve->eval(3 - 9e-8), 3) << row.kind;
     }
 }
 

@@ -1,8 +1,5 @@
+#include "support/Basics.h"
 #include "support/Recorder.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
 
 using namespace Test;
 

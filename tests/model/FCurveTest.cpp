@@ -1,17 +1,10 @@
+#include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/RandomCurve.h"
 #include "support/Recorder.h"
 #include "support/SameCurve.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-
 using namespace Test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

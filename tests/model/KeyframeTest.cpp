@@ -1,16 +1,8 @@
+#include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Recorder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 using namespace Test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

@@ -1,16 +1,11 @@
+#include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Recorder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <optional>
 #include <stdexcept>
 
 using namespace Test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

@@ -1,14 +1,11 @@
 // Thousands of random edits of a curve, beside a naive model that holds its keys in a plain vector and searches
 // linearly.
 
+#include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Random.h"
 #include "support/Recorder.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <map>
 #include <random>
 

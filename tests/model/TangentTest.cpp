@@ -1,14 +1,7 @@
+#include "support/Basics.h"
 #include "support/Recorder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <ostream>
-
 using namespace Test;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -19,39 +12,35 @@ void ExpectHandle(const std::shared_ptr<Tangent>& tangent, double x, double y, c
     EXPECT_NEAR(tangent->getY(), y, 1e-12 * (1 + std::fabs(y))) << what;
 }
 
-// Four keys; the table looks at key 1 (an inner one), at key 0 (the first) and at key 3 (the last).
-const std::vector<Vector2D<double>> kPoints = {{0, 0}, {3, 5}, {9, 7}, {12, 1}};
-
 TEST(Tangent, TypesComputeTheirHandles) {
-    struct Row {
+    const std::vector<Vector2D<double>> points = {{0, 0}, {3, 5}, {9, 7}, {12, 1}};
+    const double inX[] = {-1, -1, -2, -1}, outX[] = {1, 2, 1, 1}; // a third of the neighbouring span, if any
+    const struct {
         Tangent::Type type;
         int key;
-        Vector2D<double> in;
-        Vector2D<double> out;
-    } const rows[] = {
-        {Tangent::Fixed, 1, {-1, 0}, {2, 0}},
-        {Tangent::Flat, 1, {-1, 0}, {2, 0}},
-        {Tangent::Linear, 1, {-1, -5.0 / 3}, {2, 2.0 / 3}},
-        {Tangent::Smooth, 1, {-1, -7.0 / 9}, {2, 14.0 / 9}},
-        {Tangent::SmoothContinued, 1, {-1, -7.0 / 9}, {2, 14.0 / 9}},
-        {Tangent::Smooth, 2, {-2, 2 * 4.0 / 9}, {1, -4.0 / 9}},
-        {Tangent::Plateau, 2, {-2, 0}, {1, 0}}, // the highest key
-        {Tangent::Plateau, 1, {-1, -7.0 / 9}, {2, 14.0 / 9}},
-        {Tangent::Linear, 0, {-1, 0}, {1, 5.0 / 3}},
-        {Tangent::Smooth, 0, {-1, 0}, {1, 5.0 / 3}},
-        {Tangent::SmoothContinued, 0, {-1, -5.0 / 3}, {1, 5.0 / 3}},
-        {Tangent::SmoothContinued, 3, {-1, 2}, {1, -2}},
-        {Tangent::Smooth, 3, {-1, 2}, {1, 0}},
-    };
-    for (const Row& row : rows) {
-        const auto curve = CurveThrough(kPoints);
+        double in, out; // the handles' y; key 2 is the highest
+    } rows[] = {{Tangent::Fixed, 1, 0, 0},
+                {Tangent::Flat, 1, 0, 0},
+                {Tangent::Linear, 0, 0, 5.0 / 3},
+                {Tangent::Linear, 1, -5.0 / 3, 2.0 / 3},
+                {Tangent::Smooth, 0, 0, 5.0 / 3},
+                {Tangent::Smooth, 1, -7.0 / 9, 14.0 / 9},
+                {Tangent::Smooth, 2, 8.0 / 9, -4.0 / 9},
+                {Tangent::Smooth, 3, 2, 0},
+                {Tangent::SmoothContinued, 0, -5.0 / 3, 5.0 / 3},
+                {Tangent::SmoothContinued, 1, -7.0 / 9, 14.0 / 9},
+                {Tangent::SmoothContinued, 3, 2, -2},
+                {Tangent::Plateau, 1, -7.0 / 9, 14.0 / 9},
+                {Tangent::Plateau, 2, 0, 0}};
+    for (const auto& row : rows) {
+        const auto curve = CurveThrough(points);
         const auto key = KeyAt(*curve, row.key);
         key->getInTangent()->setType(row.type);
         key->getOutTangent()->setType(row.type);
         for (const char* when : {"at once", "recomputed, after a key moved away and back"}) {
             SCOPED_TRACE(testing::Message() << "type " << row.type << " key " << row.key << " " << when);
-            ExpectHandle(key->getInTangent(), row.in.x, row.in.y);
-            ExpectHandle(key->getOutTangent(), row.out.x, row.out.y);
+            ExpectHandle(key->getInTangent(), inX[row.key], row.in);
+            ExpectHandle(key->getOutTangent(), outX[row.key], row.out);
             KeyAt(*curve, 2)->set(9.5, 3);
             KeyAt(*curve, 2)->set(9, 7);
         }

@@ -1,13 +1,8 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstring>
-#include <string>
-#include <vector>
 
-using namespace VEM_FN::FCurveLib;
+using namespace Test;
 
 namespace {
 

@@ -1,9 +1,5 @@
+#include "support/Basics.h"
 #include "tests/selection/Parts.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <utility>
 
 namespace {
 

@@ -3,25 +3,12 @@
 // Small curves whose parts have names: "a" is a curve, "a.segment0" its leading segment, "a.key0" its first key,
 // "a.in0" and "a.out0" that key's tangents.
 
-#include "FCurveLib/FCurve.h"
-#include "FCurveLib/FCurveContainer.h"
-#include "FCurveLib/HitRecord.h"
-#include "FCurveLib/HitRecordIterator.h"
-#include "FCurveLib/Interpolator.h"
-#include "FCurveLib/InterpolatorFactory.h"
-#include "FCurveLib/Keyframe.h"
-#include "FCurveLib/Segment.h"
-#include "FCurveLib/Selection.h"
-#include "FCurveLib/Tangent.h"
+#include "support/Basics.h"
 
-#include <memory>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace Test {
 
-using namespace VEM_FN::FCurveLib;
 using Names = std::vector<std::string>;
 
 // A kind that uses tangents.

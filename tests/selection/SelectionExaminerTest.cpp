@@ -1,15 +1,8 @@
-#include "FCurveLib/SelectionExaminer.h"
-
-#include "FCurveLib/DisplayProperties.h"
-#include "FCurveLib/SelectionOperations.h"
+#include "support/Basics.h"
 #include "support/Random.h"
 #include "tests/selection/Parts.h"
 #include "tests/support/Allocations.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
 #include <sstream>
 
 namespace {

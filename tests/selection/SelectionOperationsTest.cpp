@@ -1,15 +1,9 @@
-#include "FCurveLib/SelectionOperations.h"
-
-#include "FCurveLib/FCurveObserver.h"
+#include "support/Basics.h"
 #include "tests/selection/Parts.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
 using namespace Test;
-using testing::IsEmpty;
 
 struct SelectionOperationsTest : testing::Test {
     std::shared_ptr<FCurve> a = makeCurve("a", 1, straight());

@@ -1,19 +1,11 @@
-#include "FCurveLib/SelectionSnapshot.h"
-
-#include "FCurveLib/SelectionOperations.h"
+#include "support/Basics.h"
 #include "tests/selection/Parts.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <iterator>
 #include <random>
 
 namespace {
 
 using namespace Test;
-using testing::IsEmpty;
 using Records = std::set<HitRecord, CompareRecord>;
 
 struct SelectionSnapshotTest : testing::Test {

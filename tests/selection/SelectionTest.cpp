@@ -1,22 +1,15 @@
-#include "FCurveLib/FCurveObserver.h"
-#include "FCurveLib/SelectionOperations.h"
+#include "support/Basics.h"
 #include "support/Random.h"
 #include "tests/selection/Parts.h"
 #include "tests/support/Allocations.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <array>
-#include <functional>
 #include <optional>
 #include <stdexcept>
-#include <utility>
 
 namespace {
 
 using namespace Test;
-using testing::IsEmpty;
 
 // Does something when it is called.
 class Actor : public SelectionObserver {

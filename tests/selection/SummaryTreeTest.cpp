@@ -1,8 +1,7 @@
 // The examiner's internal tree, against a plain sum: sizes that a selection in a test does not reach.
 #include "selection/SummaryTree.h"
+#include "support/Basics.h"
 #include "support/Random.h"
-
-#include <gtest/gtest.h>
 
 #include <numeric>
 

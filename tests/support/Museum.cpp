@@ -64,6 +64,10 @@ std::shared_ptr<FCurve> Mirrors() {
     return Ends<n>("mirror()");
 }
 
+std::function<std::shared_ptr<FCurve>()> Curve(const std::vector<Key>& keys, const char* leading = "constant()") {
+    return [=] { return MakeCurve(keys, leading); };
+}
+
 // Every segment of one kind.
 std::shared_ptr<FCurve> Of(const char* expression) {
     std::vector<Key> keys{{-3, 2}, {0, -1}, {4, 5}, {5, 5}};
@@ -83,24 +87,14 @@ std::shared_ptr<FCurve> NearThirds() {
 
 const std::vector<Exhibit>& Museum() {
     static const std::vector<Exhibit> exhibits{
-        {"NoKey", [] { return MakeCurve({}); }, 0.0, "one segment with neither key"},
-        {"NoKeyBezier", [] { return MakeCurve({}, "bezier()"); }, 0.0, "a Bezier with nothing to run through"},
-        {"OneKey",
-         [] {
-             return MakeCurve({{2, 5, At(-1, -3), At(1, 2)}}, "bezier()");
-         },
-         inexact, "two lines"},
-        {"OneKeyVertical",
-         [] {
-             return MakeCurve({{2, 5, At(0, -3), At(0, 2)}}, "bezier()");
-         },
-         inexact, "lines along handles without length in x"},
+        {"NoKey", Curve({}), 0.0, "one segment with neither key"},
+        {"NoKeyBezier", Curve({}, "bezier()"), 0.0, "a Bezier with nothing to run through"},
+        {"OneKey", Curve({{2, 5, At(-1, -3), At(1, 2)}}, "bezier()"), inexact, "two lines"},
+        {"OneKeyVertical", Curve({{2, 5, At(0, -3), At(0, 2)}}, "bezier()"), inexact,
+         "lines along handles without length in x"},
         {"Flat", [] { return Pair(0.0, At(1, 0), At(-1, 0)); }, 0.0, "the same value everywhere"},
-        {"FlatOffAxis",
-         [] {
-             return MakeCurve({{0, 5.3, {}, At(1, 0)}, {3, 5.3, At(-1.1, 0), {}}});
-         },
-         0.0, "a value whose Bernstein sum would round"},
+        {"FlatOffAxis", Curve({{0, 5.3, {}, At(1, 0)}, {3, 5.3, At(-1.1, 0), {}}}), 0.0,
+         "a value whose Bernstein sum would round"},
         {"Straight", [] { return Pair(5.0, At(1, 5.0 / 3.0), At(-1, -5.0 / 3.0)); }, inexact, "a line"},
         {"Steep", [] { return Pair(1e6, At(0.5, 4e5), At(-2, -1e5)); }, inexact, "slopes of a million"},
         {"EaseInOut", [] { return Pair(10.0, At(1, 0), At(-1, 0)); }, inexact, "flat at both keys"},
@@ -122,11 +116,7 @@ const std::vector<Exhibit>& Museum() {
         {"Off12Digits", NearThirds<12>, inexact, "a coefficient near the tolerance"},
         {"TwoThirdsInAll", [] { return Pair(100.0, At(250, 0), At(-416.66666, 0), 1000.0); }, inexact,
          "handles that add up to two thirds of the span, rounded"},
-        {"MinimumSeparation",
-         [] {
-             return MakeCurve({{0, 0}, {0.001, 1}, {0.002, -1}});
-         },
-         inexact, "keys as near as they come"},
+        {"MinimumSeparation", Curve({{0, 0}, {0.001, 1}, {0.002, -1}}), inexact, "keys as near as they come"},
         {"LongHold", [] { return Pair(1.0, At(3e5, 0.1), At(-1e5, 0), 1e6); }, inexact, "a million frames"},
         {"Frame86400", [] { return Pair(1.0, At(0.7, 0), At(-0.9, 0.2), 2.0, 86400.0); }, inexact, "an hour in"},
         {"Frame1e7", [] { return Pair(1.0, At(0.7, 0), At(-0.9, 0.2), 2.0, 1e7); }, inexact,
@@ -134,11 +124,8 @@ const std::vector<Exhibit>& Museum() {
         {"TinyValues", [] { return Pair(1e-12, At(1, 3e-12), At(-1.2, 1e-12)); }, inexact,
          "values below the library's tolerance"},
         {"HugeValues", [] { return Pair(1e12, At(1, -3e12), At(-1.2, 1e12)); }, inexact, "values of 1e12"},
-        {"TinyAndHuge",
-         [] {
-             return MakeCurve({{0, 1e12, {}, At(1, 0)}, {3, 1e-12, At(-1, 0), {}}});
-         },
-         inexact, "both ends keep their digits"},
+        {"TinyAndHuge", Curve({{0, 1e12, {}, At(1, 0)}, {3, 1e-12, At(-1, 0), {}}}), inexact,
+         "both ends keep their digits"},
         {"TypeFlat", OfType<Tangent::Flat>, inexact, "a tangent type at first, middle and last key"},
         {"TypeLinear", OfType<Tangent::Linear>, inexact, "a tangent type at first, middle and last key"},
         {"TypeSmooth", OfType<Tangent::Smooth>, inexact, "a tangent type at first, middle and last key"},
@@ -154,19 +141,14 @@ const std::vector<Exhibit>& Museum() {
         {"Eases", [] { return Of("ease()"); }, inexact, "flat at every key"},
         {"EasesIn", [] { return Of("easein()"); }, inexact, "flat departures"},
         {"EasesOut", [] { return Of("easeout()"); }, inexact, "flat arrivals"},
-        {"Matches",
-         [] {
-             return MakeCurve({{-3, 2}, {0, -1, {}, {}, "match()"}, {4, 5}, {5, 5}});
-         },
-         inexact, "a segment that takes value and slope from its neighbours"},
+        {"Matches", Curve({{-3, 2}, {0, -1, {}, {}, "match()"}, {4, 5}, {5, 5}}), inexact,
+         "a segment that takes value and slope from its neighbours"},
         {"MatchesAll", [] { return Of("match()"); }, inexact, "matches that neighbour matches"},
         {"MatchesIn", [] { return Of("matchin()"); }, inexact, "matches that arrive flat"},
         {"MatchesOut", [] { return Of("matchout()"); }, inexact, "matches that leave flat"},
         {"FormulasOverCycles",
-         [] {
-             return MakeCurve({{0, 1}, {4, 5, {}, {}, "match()"}, {6, -2, {}, {}, "cycle() + x / 3"}},
-                              "2 * mirror() - cycle_offset()");
-         },
+         Curve({{0, 1}, {4, 5, {}, {}, "match()"}, {6, -2, {}, {}, "cycle() + x / 3"}},
+               "2 * mirror() - cycle_offset()"),
          inexact, "repetitions as parts of formulas"},
         {"CyclesOn1Key", Cycles<1>, 0.0, "nothing to repeat"},
         {"CyclesOn2Keys", Cycles<2>, inexact, "one segment repeated"},
@@ -186,15 +168,13 @@ const std::vector<Exhibit>& Museum() {
          },
          0.0, "segments that compute nothing"},
         {"ManyKinds",
-         [] {
-             return MakeCurve({{0, 1, {}, {}, "linear()"},
-                               {2, 5, {}, {}, "constant()"},
-                               {3, 4, {}, At(2, 2)},
-                               {7, 8, At(-1, 3), {}, "constant_next()"},
-                               {9, 0, {}, {}, "x * x"},
-                               {10, 100, {}, {}, "cycle()"}},
-                              "mirror()");
-         },
+         Curve({{0, 1, {}, {}, "linear()"},
+                {2, 5, {}, {}, "constant()"},
+                {3, 4, {}, At(2, 2)},
+                {7, 8, At(-1, 3), {}, "constant_next()"},
+                {9, 0, {}, {}, "x * x"},
+                {10, 100, {}, {}, "cycle()"}},
+               "mirror()"),
          inexact, "jumps and corners between kinds"},
     };
     return exhibits;

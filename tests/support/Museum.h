@@ -5,6 +5,7 @@
 
 #include "FCurveLib/FCurveLib.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -17,7 +18,7 @@ using namespace VEM_FN::FCurveLib;
 
 struct Exhibit {
     const char* name; ///< letters and digits, fit for the name of a test
-    std::shared_ptr<FCurve> (*make)();
+    std::function<std::shared_ptr<FCurve>()> make;
     double tolerance; ///< of a value, relative to the largest absolute value of the curve's keys and handles
     const char* why;
 };

@@ -96,11 +96,16 @@ inline std::shared_ptr<FCurve> CurveThrough(const std::vector<Vector2D<double>>&
     return curve;
 }
 
-/// The abscissae of the curve's keys.
+/// The places of the curve's keys, and their abscissae.
+inline std::vector<Vector2D<double>> PointsOf(const FCurve& curve) {
+    std::vector<Vector2D<double>> points;
+    for (const Segment& segment : curve)
+        if (const auto key = segment.getRightKey()) points.push_back(key->get());
+    return points;
+}
 inline std::vector<double> KeysOf(const FCurve& curve) {
     std::vector<double> xs;
-    for (const Segment& segment : curve)
-        if (const auto key = segment.getRightKey()) xs.push_back(key->getX());
+    for (const auto& point : PointsOf(curve)) xs.push_back(point.x);
     return xs;
 }
 

@@ -1,4 +1,4 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Museum.h"
 #include "support/Recorder.h"
@@ -6,20 +6,11 @@
 #include "tools/Outside.h"
 #include "tools/RandomShape.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <sstream>
-#include <string>
-#include <vector>
 
-using namespace VEM_FN::FCurveLib;
 using namespace Test;
 
 namespace {
-
-using Points = std::vector<Vector2D<double>>;
-using Heard = std::vector<std::string>;
 
 struct Range {
     double start;
@@ -169,11 +160,10 @@ TEST(Baking, ChangesNothingWithoutTwoSamples) {
     const auto before = FCurve::createCopy(*curve);
     Recorder recorder;
     curve->subscribe(recorder);
-    const double nan = std::nan("");
-    for (const Range& range : {Range{0.5, 0.9, 1}, Range{2, 1, 0.1}, Range{0, 3, 0}, Range{0, 3, -1}, Range{0, 3, nan},
-                               Range{nan, 3, 1}, Range{0, HUGE_VAL, 1}, Range{0, 3, 1e-300}, Range{0, 3, HUGE_VAL}})
+    for (const Range& range : {Range{0.5, 0.9, 1}, Range{2, 1, 0.1}, Range{0, 3, 0}, Range{0, 3, -1}, Range{0, 3, kNaN},
+                               Range{kNaN, 3, 1}, Range{0, HUGE_VAL, 1}, Range{0, 3, 1e-300}, Range{0, 3, HUGE_VAL}})
         BakeCurve(*curve, range.start, range.end, range.step);
-    for (const double step : {0.0, -1.0, nan, HUGE_VAL, 1e-300}) BakeInterior(*curve, step);
+    for (const double step : {0.0, -1.0, kNaN, HUGE_VAL, 1e-300}) BakeInterior(*curve, step);
     EXPECT_EQ(Difference(*before, *curve), "");
     EXPECT_TRUE(recorder.heard.empty());
 }

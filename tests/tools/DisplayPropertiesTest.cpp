@@ -1,16 +1,8 @@
-#include "FCurveLib/DisplayProperties.h"
+#include "support/Basics.h"
 
-#include "FCurveLib/FCurve.h"
-#include "FCurveLib/FCurveObserver.h"
-#include "FCurveLib/Keyframe.h"
-#include "FCurveLib/Rectangle.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
 #include <locale>
 
-using namespace VEM_FN::FCurveLib;
+using namespace Test;
 
 namespace {
 
@@ -84,8 +76,6 @@ TEST(DisplayProperties, AKeyHasALockOfItsOwn) {
 }
 
 TEST(DisplayProperties, GridIsTextOfSixDigitsReadInSinglePrecision) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    const double nan = std::numeric_limits<double>::quiet_NaN();
     const auto curve = FCurve::create();
     Rectangle<double> grid(1, 2, 3, 4);
     EXPECT_FALSE(HasGridSettings(*curve));
@@ -104,12 +94,12 @@ TEST(DisplayProperties, GridIsTextOfSixDigitsReadInSinglePrecision) {
     GetGridSettings(*curve, grid);
     EXPECT_EQ(grid, Rectangle<double>(-0.5, 1e7, 3.33333F, 123456));
 
-    SetGridSettings(*curve, {infinity, 0, 1, 1});
-    SetGridSettings(*curve, {0, 0, 1, infinity});
+    SetGridSettings(*curve, {kInfinity, 0, 1, 1});
+    SetGridSettings(*curve, {0, 0, 1, kInfinity});
     EXPECT_STREQ(curve->getProperty("fc_grid"), "-0.5 1e+07 3.33333 123456");
 
     for (const Rectangle<double>& none :
-         {Rectangle<double>(1, 1, 0, 1), Rectangle<double>(1, 1, 1, -1), Rectangle<double>(1, 1, nan, 1)}) {
+         {Rectangle<double>(1, 1, 0, 1), Rectangle<double>(1, 1, 1, -1), Rectangle<double>(1, 1, kNaN, 1)}) {
         curve->setProperty("fc_grid", "0 0 1 1");
         SetGridSettings(*curve, none);
         EXPECT_FALSE(HasGridSettings(*curve));

@@ -1,14 +1,8 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 #include "support/Museum.h"
 #include "support/Recorder.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
 #include <ostream>
-#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -18,7 +12,6 @@ void PrintTo(const Rectangle<double>& box, std::ostream* out) {
 } // namespace v19
 } // namespace VEM_FN::FCurveLib
 
-using namespace VEM_FN::FCurveLib;
 using namespace Test;
 
 namespace {
@@ -32,7 +25,8 @@ const Box kUntouched{-1, -2, -3, -4};
 template<class Function, class... Arguments>
 Box Ask(const Function& extents, const Arguments&... arguments) {
     Box box = kUntouched;
-    EXPECT_EQ(extents(arguments..., box), !(box == kUntouched));
+    const bool any = extents(arguments..., box);
+    EXPECT_EQ(any, !(box == kUntouched));
     return box;
 }
 Box InteriorOf(const FCurve& curve) {

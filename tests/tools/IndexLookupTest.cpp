@@ -1,21 +1,15 @@
-#include "FCurveLib/FCurveLib.h"
-
-#include <gtest/gtest.h>
+#include "support/Basics.h"
+#include "support/Recorder.h"
 
 #include <climits>
-#include <iterator>
 
 namespace {
 
-using namespace VEM_FN::FCurveLib;
+using namespace Test;
 
 std::shared_ptr<FCurve> makeCurve(int keys) {
     auto curve = FCurve::create();
-    for (int i = 0; i < keys; ++i) {
-        Keyframe key;
-        key.set(i, 0.0);
-        curve->insertSegment(key, nullptr);
-    }
+    for (int i = 0; i < keys; ++i) AddKey(*curve, i, 0, nullptr);
     return curve;
 }
 

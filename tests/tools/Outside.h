@@ -2,18 +2,12 @@
 
 // What of a curve must stay when a range of it is replaced, recorded before the edit and compared after it.
 
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 #include "support/SameCurve.h"
 
-#include <algorithm>
-#include <cmath>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace Test {
-
-using namespace VEM_FN::FCurveLib;
 
 /// Properties on every part, so that lost ones are noticed.
 inline void Decorate(FCurve& curve) {

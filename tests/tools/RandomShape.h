@@ -2,14 +2,10 @@
 
 // Curves of sober values whose tangents have every type, flag and relation, made at random from a seed.
 
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 #include "support/Random.h"
 
-#include <vector>
-
 namespace Test {
-
-using namespace VEM_FN::FCurveLib;
 
 class RandomShape : public Random {
 public:

@@ -1,23 +1,12 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 #include "support/Recorder.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <limits>
-#include <vector>
 
-using namespace VEM_FN::FCurveLib;
 using namespace Test;
 
 namespace {
-
-using Points = std::vector<Vector2D<double>>;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 Points Abscissae(const std::vector<double>& xs, const FCurve& curve) {
     Points points;

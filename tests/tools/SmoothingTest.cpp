@@ -1,27 +1,17 @@
-#include "FCurveLib/FCurveLib.h"
+#include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Museum.h"
 #include "support/Recorder.h"
 #include "support/SameCurve.h"
 #include "tools/Outside.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <fstream>
 #include <iomanip>
 #include <sstream>
-#include <string>
-#include <vector>
 
-using namespace VEM_FN::FCurveLib;
 using namespace Test;
 
 namespace {
-
-using Points = std::vector<Vector2D<double>>;
-using Heard = std::vector<std::string>;
 
 constexpr SmoothFilter kFilters[] = {SMOOTH_BOX, SMOOTH_TRIANGLE, SMOOTH_GAUSSIAN, SMOOTH_SAVITZKY_GOLAY};
 
@@ -124,13 +114,12 @@ TEST(Smoothing, RefusesWhatItCannotDo) {
     const auto before = FCurve::createCopy(*curve);
     Recorder recorder;
     curve->subscribe(recorder);
-    const double nan = std::nan("");
     const struct {
         double start, end, step;
         int width;
         int filter = SMOOTH_BOX;
-    } rows[] = {{10, 10, 1, 2},  {12, 10, 1, 2}, {nan, 10, 1, 2},        {5, 10, 0, 2},  {5, 10, -1, 2},
-                {5, 10, nan, 2}, {5, 10, 1, -1}, {5, 10, 1, 2147483647}, {5, 5.5, 1, 2}, {5, 10, 1, 2, 4}};
+    } rows[] = {{10, 10, 1, 2},   {12, 10, 1, 2}, {kNaN, 10, 1, 2},       {5, 10, 0, 2},  {5, 10, -1, 2},
+                {5, 10, kNaN, 2}, {5, 10, 1, -1}, {5, 10, 1, 2147483647}, {5, 5.5, 1, 2}, {5, 10, 1, 2, 4}};
     for (const auto& row : rows)
         SmoothCurve(*curve, row.start, row.end, row.step, row.width, static_cast<SmoothFilter>(row.filter));
     SmoothCurveInterior(*curve, 0, 2, SMOOTH_BOX);

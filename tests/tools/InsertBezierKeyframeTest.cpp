@@ -6,8 +6,6 @@
 #include "tools/Outside.h"
 #include "tools/RandomShape.h"
 
-#include <sstream>
-
 using namespace Test;
 
 namespace {
@@ -28,35 +26,20 @@ std::string ChangeOf(const FCurve& before, const FCurve& after) {
         // Where the curve is vertical, the last bit of x or of a handle moves the value by its cube root.
         if (std::abs(GetFirstDerivative(before, x)) == 9999999.0) continue;
         const double change = std::abs(after.eval(x) - y);
-        if (change > worst) {
-            worst = change;
-            where = x;
-        }
+        if (change > worst) where = x;
+        worst = std::max(worst, change);
     }
     // Values near an offset, and beyond the keys of a line, are as exact as their own size allows.
     const double size = std::max({high - low, std::abs(low) * 1e-3, std::abs(high) * 1e-3});
     if (!(worst > 1e-12 * size)) return "";
-    std::ostringstream text;
-    text.precision(17);
-    text << "changed by " << worst << " at " << where << ", range " << high - low;
-    return text.str();
+    return (testing::Message() << "changed by " << worst << " at " << where << ", range " << high - low).GetString();
 }
 
 std::vector<double> PlacesToCut(const FCurve& curve) {
     std::vector<double> places;
     for (const Segment& segment : curve) {
-        const auto left = segment.getLeftKey();
-        const auto right = segment.getRightKey();
-        if (left && right) {
-            const double width = right->getX() - left->getX();
-            for (const double part : {0.1, 0.25, 0.5, 0.7713}) places.push_back(left->getX() + part * width);
-        } else if (left) {
-            places.push_back(left->getX() + 2.7);
-        } else if (right) {
-            places.push_back(right->getX() - 2.7);
-        } else {
-            places.push_back(0.6);
-        }
+        const auto [from, to] = SpanOf(segment);
+        for (const double part : {0.1, 0.25, 0.5, 0.7713}) places.push_back(from + part * (to - from));
     }
     return places;
 }

@@ -3,9 +3,8 @@
 // What of a curve must stay when a range of it is replaced, recorded before the edit and compared after it.
 
 #include "support/Basics.h"
+#include "support/Museum.h"
 #include "support/SameCurve.h"
-
-#include <sstream>
 
 namespace Test {
 
@@ -82,19 +81,18 @@ private:
         std::size_t i = 0;
         for (const Segment& old : *m_before) {
             const auto& now = m_segments[i];
-            std::ostringstream where;
-            where << "segment " << i++ << ": ";
+            const std::string where = "segment " + std::to_string(i++) + ": ";
             if (!isLeft(old) && !isRight(old)) continue;
-            if (now->getOwningCurve().get() != &m_curve) return where.str() + "left the curve";
+            if (now->getOwningCurve().get() != &m_curve) return where + "left the curve";
             std::string fault = SameCurve::expression(*now) != SameCurve::expression(old) ? "interpolator" : "";
             if (fault.empty()) fault = SameCurve::tangent(*old.getInTangent(), *now->getInTangent());
-            if (!fault.empty() && !isRight(old)) return where.str() + "in tangent: " + fault;
+            if (!fault.empty() && !isRight(old)) return where + "in tangent: " + fault;
             fault = SameCurve::tangent(*old.getOutTangent(), *now->getOutTangent());
-            if (!fault.empty() && isRight(old)) return where.str() + "out tangent: " + fault;
+            if (!fault.empty() && isRight(old)) return where + "out tangent: " + fault;
             if (isRight(old) && old.getRightKey()) fault = SameCurve::key(*old.getRightKey(), *now->getRightKey());
             if (isLeft(old) && old.getLeftKey()) fault = SameCurve::key(*old.getLeftKey(), *now->getLeftKey());
             if (fault.empty()) fault = SameCurve::properties(old, *now);
-            if (!fault.empty()) return where.str() + fault;
+            if (!fault.empty()) return where + fault;
         }
         return "";
     }
@@ -106,9 +104,7 @@ private:
             const bool whole = isLeft(old) || isRight(old);
             if (ReadsOtherKeys(old) || (!whole && ChangesWhenCut(old))) continue;
             const auto left = old.getLeftKey();
-            const auto right = old.getRightKey();
-            const double from = left ? left->getX() : right ? right->getX() - 10.0 : m_start - 10.0;
-            const double to = right ? right->getX() : left ? left->getX() + 10.0 : m_end + 10.0;
+            const auto [from, to] = SpanOf(old);
             constexpr int places = 200;
             for (int k = 0; k < places; ++k) {
                 const double x = from + (to - from) * k / places;
@@ -121,11 +117,9 @@ private:
                 if (!whole && std::abs(expected - found) <= tolerance) continue;
                 // Where a cut curve is vertical, the last bit of a handle moves the value by its cube root.
                 if (!whole && std::abs(GetFirstDerivative(*m_before, x)) == 9999999.0) continue;
-                std::ostringstream fault;
-                fault.precision(17);
-                fault << "segment " << number << " " << ExpressionOf(old) << " at " << x << ": " << expected
-                      << " became " << found;
-                return fault.str();
+                return (testing::Message() << "segment " << number << " " << ExpressionOf(old) << " at " << x << ": "
+                                           << expected << " became " << found)
+                    .GetString();
             }
         }
         return "";

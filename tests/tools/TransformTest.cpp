@@ -27,10 +27,7 @@ const Map kMaps[] = {
 // beside them, never at a key's own x, which reversing time gives to the other side.
 std::string Misfit(const FCurve& before, const FCurve& after, const Map& map) {
     for (const Segment& segment : before) {
-        const auto left = segment.getLeftKey();
-        const auto right = segment.getRightKey();
-        const double from = left ? left->getX() : right ? right->getX() - 11 : -5;
-        const double to = right ? right->getX() : left ? left->getX() + 11 : 5;
+        const auto [from, to] = SpanOf(segment);
         double size = std::abs(map.offset.y) + std::abs(map.scale.y) * SizeOf(before);
         constexpr int places = 300;
         for (int i = 0; i < places; ++i) {
@@ -44,10 +41,9 @@ std::string Misfit(const FCurve& before, const FCurve& after, const Map& map) {
             const double digits = std::abs(expected.x) + std::abs(map.offset.x) + std::abs(map.scale.x * x);
             const double rounding = std::abs(map.scale.y) * slope * 1e-14 * (digits + 1e-3) / std::abs(map.scale.x);
             if (std::abs(found - expected.y) <= 1e-10 * size + rounding) continue;
-            std::ostringstream text;
-            text.precision(17);
-            text << ExpressionOf(segment) << " at " << x << ": " << expected.y << " expected, " << found << " found";
-            return text.str();
+            return (testing::Message() << ExpressionOf(segment) << " at " << x << ": " << expected.y << " expected, "
+                                       << found << " found")
+                .GetString();
         }
     }
     return "";

@@ -1,3 +1,4 @@
+#include "support/BinaryDocument.h"
 #include "support/CallRecorder.h"
 #include "support/Complaint.h"
 #include "support/RandomCurve.h"
@@ -9,7 +10,6 @@
 
 #include <climits>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <regex>
 #include <sstream>
@@ -27,34 +27,17 @@ std::string written(const FCurve& curve) {
 
 // --- documents by hand -----------------------------------------------------------------------------------------------
 
-std::string u16(unsigned number) {
-    return {static_cast<char>(number & 255U), static_cast<char>(number >> 8U)};
-}
-std::string u32(std::size_t number) {
-    return u16(static_cast<unsigned>(number & 65535U)) + u16(static_cast<unsigned>(number >> 16U));
-}
-std::string f64(double number) {
-    std::uint64_t bits;
-    std::memcpy(&bits, &number, sizeof bits);
-    return u32(bits & 0xFFFFFFFFU) + u32(bits >> 32U);
-}
-std::string text(const std::string& content) {
-    return u32(content.size()) + content;
-}
-std::string block(const char* type, const std::string& content) {
-    return std::string(type, 4) + u32(content.size()) + content;
-}
 std::string version(unsigned major, unsigned minor) {
     return block("Vers", u16(major) + u16(minor));
 }
-const std::string kName = block("Name", text("c"));
-const std::string kExpressions = block("Expr", u32(1) + text("3"));
+const std::string kName = block("Name", sized("c"));
+const std::string kExpressions = block("Expr", u32(1) + sized("3"));
 
 std::string document(const std::string& content) {
-    return block("Crvs", version(1, 0) + content);
+    return binaryDocument(content);
 }
 std::string newer(const std::string& content) {
-    return block("Crvs", version(1, 7) + content);
+    return binaryDocument(content, 7);
 }
 std::string curveOf(const std::string& rest) {
     return block("Curv", kName + rest);
@@ -156,8 +139,15 @@ TEST(BinaryFormat, SkipsBlocksOfUnknownTypes) {
               "startCurve c, finishCurve");
 }
 
+TEST(BinaryFormat, FlatHandlesAreAThirdOfASpanOr1) {
+    const auto key = [](double x) { return u16(16) + f64(x) + f64(0); };
+    EXPECT_EQ(callsOf(segments(5, key(0) + key(6) + u16(0) + key(9) + key(12)), {"tangentVector"}),
+              "tangentVector 1 0, tangentVector -1 0, tangentVector 2 0, tangentVector -2 0, tangentVector 1 0, "
+              "tangentVector -1 0, tangentVector 1 0, tangentVector -1 0, tangentVector 1 0, tangentVector -1 0");
+}
+
 TEST(BinaryFormat, OfALaterMinorVersionItReadsWhatItKnows) {
-    const std::string name = block("Name", text("c") + "more");
+    const std::string name = block("Name", sized("c") + "more");
     const std::string show = block("Show", u16(1U + 0x100U) + "more");
     const std::string segs = block("Segs", u32(2) + u16(16U + 0x0200U + 0x8000U) + f64(1) + f64(2) + u32(3) + "xyz"
                                                + u16(2) + "\x90"s + "more");
@@ -195,16 +185,16 @@ TEST(BinaryFormat, RefusesWhatIsWrongAndSaysWhere) {
         {document(block("Curv", "")), "MissingBlock at 28"},
         {document(block("Curv", block("Show", u16(0)) + kName)), "WrongBlockType at 28"},
         {document(block("Curv", block("Name", u32(5) + "four"))), "WrongBlockSize at 40"},
-        {document(block("Curv", block("Name", text("a\0b"s)))), "BadValue at 36"},
+        {document(block("Curv", block("Name", sized("a\0b"s)))), "BadValue at 36"},
         {document(block("Curv", block("Name", u32(1U << 30U)))), "LimitExceeded at 36"},
         {document(curveOf(kName)), "WrongBlockType at 41"},
         {document(curveOf(kExpressions + block("Show", u16(0)))), "WrongBlockType at 58"},
         {document(curveOf(block("Show", u16(128)))), "BadValue at 49"},
         {document(curveOf(block("Show", u16(32) + f64(0) + f64(1) + f64(HUGE_VAL) + f64(1)))), "BadValue at 67"},
-        {document(curveOf(block("Prop", u32(1) + text("key")))), "WrongBlockSize at 49"},
+        {document(curveOf(block("Prop", u32(1) + sized("key")))), "WrongBlockSize at 49"},
         {document(curveOf(block("Prop", u32(100000)))), "LimitExceeded at 49"},
         {document(curveOf(block("Expr", u32(0xFFFFFFFFU)))), "LimitExceeded at 49"},
-        {document(curveOf(block("Expr", u32(2) + text("a")))), "WrongBlockSize at 49"},
+        {document(curveOf(block("Expr", u32(2) + sized("a")))), "WrongBlockSize at 49"},
         {document(curveOf(block("Segs", u32(1) + u16(0)))), "BadValue at 53"},
         {segments(1, u16(1) + u32(1)), "BadValue at 70"},
         {segments(2, u16(0)), "WrongBlockSize at 66"},
@@ -254,7 +244,7 @@ TEST(BinaryFormat, ExceptionsTellWhatWasExpectedAndFound) {
 TEST(BinaryFormat, KeepsTheLimitsThatTheHostSet) {
     const std::string two = segments(2, u16(16) + f64(0) + f64(0) + u16(0));
     const std::string properties =
-        document(curveOf(block("Prop", u32(2) + text("k") + text("v") + text("l") + text("v"))));
+        document(curveOf(block("Prop", u32(2) + sized("k") + sized("v") + sized("l") + sized("v"))));
     const std::string curves = container(curveOf("") + curveOf(""));
     FormatLimits limits;
     limits.text = 1;

@@ -3,6 +3,7 @@
 
 #include "FCurveLib/FCurveLib.h"
 #include "support/Allocations.h"
+#include "support/BinaryDocument.h"
 #include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
@@ -40,26 +41,8 @@ std::string old(const std::string& content) {
     return "fcurve { name \"\" extensions constant constant " + content + '}';
 }
 
-// Of the format "binary": a little-endian number, a text, a block, a document of one curve.
-std::string number(std::size_t value, int bytes = 4) {
-    std::string result;
-    for (int i = 0; i < bytes; ++i) result += static_cast<char>(value >> (8 * i) & 0xFFU);
-    return result;
-}
-std::string binaryText(const std::string& text) {
-    return number(text.size()) + text;
-}
-std::string block(const char* type, const std::string& content, std::size_t size) {
-    return type + number(size) + content;
-}
-std::string block(const char* type, const std::string& content) {
-    return block(type, content, content.size());
-}
-std::string document(const std::string& content) {
-    return block("Crvs", block("Vers", number(1, 2) + number(1, 2)) + content);
-}
 std::string binary(const std::string& blocksOfCurve) {
-    return document(block("Curv", block("Name", binaryText("a")) + blocksOfCurve));
+    return binaryDocument(block("Curv", block("Name", sized("a")) + blocksOfCurve));
 }
 
 struct Hostile {
@@ -111,16 +94,16 @@ const Hostile kHostile[] = {
     {"a run", "hClip", "{tracklength=10000000{data_rle=@10000000 1}}", "LimitExceeded"},
     {"rotations", "hClip", "{tracklength=1{data=1}quaternions=xyz 1000000 " + repeated("0 ") + '}', "UnexpectedWord"},
 
-    {"empty curves", "binary", document(block("Cont", repeated(block("Curv", block("Name", number(0)))))), ""},
-    {"unknown blocks", "binary", document(repeated(block("Nope", ""))), "MissingBlock"},
-    {"a size beyond the end", "binary", binary(block("Segs", "", 0x7FFFFFFF)), "WrongBlockSize"},
-    {"a size of all bits", "binary", block("Crvs", "Vers", 0xFFFFFFFF), "UnexpectedEnd"},
-    {"expressions", "binary", binary(block("Expr", number(9999999))), "WrongBlockSize"},
-    {"segments", "binary", binary(block("Segs", number(9999999))), "WrongBlockSize"},
-    {"properties", "binary", binary(block("Prop", number(60000))), "WrongBlockSize"},
-    {"a text", "binary", document(block("Curv", block("Name", number(1048576)))), "WrongBlockSize"},
+    {"empty curves", "binary", binaryDocument(block("Cont", repeated(block("Curv", block("Name", u32(0)))))), ""},
+    {"unknown blocks", "binary", binaryDocument(repeated(block("Nope", ""))), "MissingBlock"},
+    {"a size beyond the end", "binary", binary("Segs" + u32(0x7FFFFFFF)), "WrongBlockSize"},
+    {"a size of all bits", "binary", "Crvs" + u32(0xFFFFFFFF) + "Vers", "UnexpectedEnd"},
+    {"expressions", "binary", binary(block("Expr", u32(9999999))), "WrongBlockSize"},
+    {"segments", "binary", binary(block("Segs", u32(9999999))), "WrongBlockSize"},
+    {"properties", "binary", binary(block("Prop", u32(60000))), "WrongBlockSize"},
+    {"a text", "binary", binaryDocument(block("Curv", block("Name", u32(1048576)))), "WrongBlockSize"},
     {"one long formula for many segments", "binary",
-     binary(block("Expr", number(1) + binaryText(kSum)) + block("Segs", number(60000) + std::string(120000, '\0'))),
+     binary(block("Expr", u32(1) + sized(kSum)) + block("Segs", u32(60000) + std::string(120000, '\0'))),
      "LimitExceeded"},
 };
 

@@ -189,7 +189,7 @@ TEST_P(EveryWrittenFormat, IgnoresCallsThatMakeNoDocument) {
                      "keyframePosition 1 2, curveLocked 1, curveVisible 0, curveLocked 0, startSegmentContainer, "
                      "curveVisible 1, curveProperty too late, "
                      "startSegment null, segmentProperty null v, startKeyframe, "
-                     "startInTangent, tangentProperty k null, tangentType 9, tangentVector -1 2, finishOutTangent, "
+                     "startInTangent, tangentProperty k null, tangentType 7, tangentVector -1 2, finishOutTangent, "
                      "finishInTangent, tangentVector 1 2, finishSegment, "
                      "startKeyframe, keyframeProperty p q, keyframeBreakdown 1, keyframePosition -0 5e-324, "
                      "finishKeyframe, startSegment linear(), finishSegment, finishSegmentContainer, startSegment 3",

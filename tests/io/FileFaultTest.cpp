@@ -148,33 +148,34 @@ protected:
     // judge() looks at what is left; each is done anew for each failure.
     void failEverywhere(const std::function<void()>& prepare, const std::function<void()>& work,
                         const std::function<void(const std::string& outcome)>& judge) {
+        // No system interrupts for ever.
+        const std::pair<Way, int> ways[] = {{Way::Once, ENOSPC}, {Way::Once, EACCES},  {Way::Once, EIO},
+                                            {Way::Once, EINTR},  {Way::Stays, ENOSPC}, {Way::Stays, EACCES},
+                                            {Way::Stays, EIO},   {Way::Short, 0},      {Way::Fills, ENOSPC}};
         int failures = 0;
         for (const char* const call : kCalls) {
-            for (const Way way : {Way::Once, Way::Stays, Way::Short, Way::Fills}) {
-                for (const int error : {ENOSPC, EACCES, EIO, EINTR}) {
-                    const bool transfers = std::strcmp(call, "read") == 0 || std::strcmp(call, "write") == 0;
-                    if ((way == Way::Short || way == Way::Fills) && (!transfers || error != ENOSPC)) continue;
-                    if (way == Way::Stays && error == EINTR) continue; // no system interrupts for ever
-                    m_call = call;
-                    bool again = true;
-                    for (int use = 1; again; ++use) {
-                        SCOPED_TRACE(std::string(call) + ", use " + std::to_string(use) + ", way "
-                                     + std::to_string(static_cast<int>(way)) + ", " + std::strerror(error));
-                        clear();
-                        prepare();
-                        const std::ptrdiff_t descriptors = openDescriptors();
-                        fault = Fault{call, use, way, error};
-                        const std::string outcome = outcomeOf(work);
-                        again = fault.happened;
-                        failures += again;
-                        m_harmless = !again || way == Way::Short || (error == EINTR && isRepeated(call));
-                        fault = Fault();
+            for (const auto& [way, error] : ways) {
+                const bool transfers = std::strcmp(call, "read") == 0 || std::strcmp(call, "write") == 0;
+                if ((way == Way::Short || way == Way::Fills) && !transfers) continue;
+                m_call = call;
+                bool again = true;
+                for (int use = 1; again; ++use) {
+                    SCOPED_TRACE(std::string(call) + ", use " + std::to_string(use) + ", way "
+                                 + std::to_string(static_cast<int>(way)) + ", " + std::strerror(error));
+                    clear();
+                    prepare();
+                    const std::ptrdiff_t descriptors = openDescriptors();
+                    fault = Fault{call, use, way, error};
+                    const std::string outcome = outcomeOf(work);
+                    again = fault.happened;
+                    failures += again;
+                    m_harmless = !again || way == Way::Short || (error == EINTR && isRepeated(call));
+                    fault = Fault();
 
-                        ASSERT_EQ(openDescriptors(), descriptors) << "a descriptor leaks";
-                        ASSERT_TRUE(outcome.empty() || !m_harmless) << outcome;
-                        judge(outcome);
-                        if (HasFailure()) return;
-                    }
+                    ASSERT_EQ(openDescriptors(), descriptors) << "a descriptor leaks";
+                    ASSERT_TRUE(outcome.empty() || !m_harmless) << outcome;
+                    judge(outcome);
+                    if (HasFailure()) return;
                 }
             }
         }

@@ -26,8 +26,7 @@ inline namespace v19 {
 ///    1e-15 of the values;
 ///  - constant, constant_next, linear, numbers and formulas keep their values by themselves;
 ///  - kinds that read the curve's keys (spline, ease, match, cycle, mirror) read the baked ones from now on. To keep
-///  the
-///    shape of such a segment, call InsertBezierKeyframe at the ends of the range first.
+///    the shape of such a segment, call InsertBezierKeyframe at the ends of the range first.
 ///
 /// Where the curve jumps at a key at the start of the range (at the begin of a formula, say), the jump stays: that key
 /// keeps its value for the segment on its left, a "constant_next()" segment of 0.001 frames (half a step if that is

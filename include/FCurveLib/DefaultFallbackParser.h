@@ -17,7 +17,7 @@ inline namespace v19 {
 ///
 ///     sum      = product { ("+" | "-") product } .
 ///     product  = signed { ("*" | "/" | "%") signed } .
-///     signed   = [ "+" | "-" ] power ...              signs may be repeated: --x is x
+///     signed   = { "+" | "-" } power .                --x is x
 ///     power    = primary [ "**" signed ] .            2**3**2 is 2**9, -2**2 is -(2**2)
 ///     primary  = number | name | name "(" [ argument { "," argument } ] ")" | "(" sum ")" .
 ///     argument = sum | string .
@@ -99,6 +99,7 @@ public:
     /// Why a text is no formula. what() names the class.
     /// @{
 
+    /// Base of the others. Raised itself for a text beyond the limits, and where a maker threw.
     class FCURVELIB_API ParseError : public Exception {
     public:
         /// The message is for users, in full sentences; the position counts bytes from the begin of the text.

@@ -90,12 +90,11 @@ public:
     /// Adds a key with the given key's position, breakdown and unified flags and properties, and a segment from it to
     /// the next key with the given interpolator (which may be empty). Returns the new segment's position.
     ///
-    /// The segment that held x keeps its interpolator and now ends at the new key. The new key's tangents are new ones;
-    /// every other key keeps its own. The new key's tangents are new ones; only a key added after the last one takes
-    /// over the trailing segment's in tangent. Where the curve has a key at exactly that x, nothing is inserted or
-    /// changed and that key's position is returned. Keys may be inserted closer than Keyframe::getMinSeparation() to
-    /// others. Tells segmentAdded, then of each neighbouring tangent that changed. Logarithmic for any order of
-    /// insertion.
+    /// The segment that held x keeps its interpolator and now ends at the new key. Every other key keeps its tangents;
+    /// the new key's are new ones, except that a key added after the last one takes over the trailing segment's in
+    /// tangent. Where the curve has a key at exactly that x, nothing is inserted or changed and that key's position is
+    /// returned. Keys may be inserted closer than Keyframe::getMinSeparation() to others. Tells segmentAdded, then of
+    /// each neighbouring tangent that changed. Logarithmic for any order of insertion.
     iterator insertSegment(const Keyframe& key, std::shared_ptr<Interpolator> interpolator);
 
     /// Removes the key at which the segment starts, together with the segment, and returns the position after it. The
@@ -143,8 +142,17 @@ public:
     static void unsubscribeGlobal(FCurveObserver& observer) noexcept;
 
     /// Brackets an interactive edit: BeginChange at its start, StepChange for each step, EndChange at its end, then
-    /// OrdinaryChange again. One setting for all curves. It decides what notifyChanged sends; edits of parts send their
-    /// own operations whatever it is.
+    /// OrdinaryChange again. One setting for all curves. Setting it tells nobody: it decides what notifyChanged sends.
+    /// Edits of parts send their own operations whatever it is.
+    ///
+    ///     FCurve::setChangeType(FCurve::BeginChange);    // the button goes down
+    ///     curve.notifyChanged();
+    ///     FCurve::setChangeType(FCurve::StepChange);     // each move of the pointer
+    ///     key.set(x, y);
+    ///     curve.notifyChanged();
+    ///     FCurve::setChangeType(FCurve::EndChange);      // the button goes up
+    ///     curve.notifyChanged();
+    ///     FCurve::setChangeType(FCurve::OrdinaryChange);
     enum ChangeType : std::uint32_t { OrdinaryChange = 0, BeginChange = 1, StepChange = 2, EndChange = 3 };
     static void setChangeType(FCurve::ChangeType type) noexcept;
     static FCurve::ChangeType getChangeType() noexcept;

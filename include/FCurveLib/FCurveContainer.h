@@ -23,8 +23,13 @@ class FCURVELIB_API FCurveContainer : public SharedFromThis<FCurveContainer> {
     using List = std::list<std::shared_ptr<FCurve>>;
 
 public:
+    /// \name Make
+    /// @{
+
+    /// Without curves and properties.
     static std::shared_ptr<FCurveContainer> create();
     ~FCurveContainer();
+    /// @}
 
     /// \name Curves
     /// Iterators walk the curves in list order and yield FCurve&; they stay valid until their curve is removed.
@@ -49,6 +54,7 @@ public:
     /// moved: the result is its element and nobody is told. A null pointer is refused the same way, with end().
     /// Constant time.
     iterator insertCurve(iterator position, std::shared_ptr<FCurve> curve);
+    /// As insertCurve, at the end.
     iterator addCurve(std::shared_ptr<FCurve> curve);
     /// Removes the curve and returns the position after it. Precondition: a position of this container other than
     /// end().

@@ -60,8 +60,8 @@ public:
     /// a curve that have the same expression of more than 64 bytes share an interpolator too, as it may be one that a
     /// few bytes of a file give to a million segments.
     void startSegment(const char* expression) override;
-    /// A key whose property "fc_isUnified" is "1" becomes a key with unified tangents; neither its handles nor the
-    /// property change.
+    /// If the property "fc_isUnified" of the segment's left key is "1", that key's tangents become unified; neither its
+    /// handles nor the property change.
     void finishSegment() override;
     void segmentProperty(const char* key, const char* value) override;
 

@@ -12,7 +12,8 @@ inline namespace v19 {
 /// Each edit calls the finest operation that fits. The defaults carry it upward: a property or intrinsic change of a
 /// part calls the part's own changed operation, that calls curveChanged of the owning curve, if there is one. So an
 /// observer that overrides curveChanged alone hears of everything, exactly once per change; one that overrides a finer
-/// operation and still wants the coarser calls invokes the base implementation.
+/// operation and still wants the coarser calls invokes the base implementation. A property operation carries the key
+/// and its new value, which is empty where the property was erased.
 ///
 /// Calls are synchronous, on the thread that edits. From inside a call an observer may edit, subscribe, unsubscribe and
 /// destroy observers, curves and containers; what is notified stays alive until the delivery ends. An exception that

@@ -20,8 +20,8 @@ struct FormatLimits {
     std::size_t curves = 1000000;
     /// Keys of one curve.
     std::size_t keys = 10000000;
-    /// Keys of one file that are run lengths instead of written out: a few bytes stand for any number of them, while
-    /// everything else in a file takes room there too.
+    /// Keys of one file that stand there as run lengths. A few bytes are enough for any number of such keys, whereas
+    /// keys that are written out take room in the file too.
     std::size_t runs = 4194304;
     /// Bytes of the expressions of one file, counted for every segment: some formats name one for many segments.
     std::size_t expressions = 1U << 31;

@@ -40,16 +40,14 @@ public:
 
     /// \name Position (x in frames, y in the curve's own unit)
     /// The setters ignore non-finite coordinates and the present position. Otherwise a key in a curve
-    ///  - is clamped in x to 0.001 frames from the previous and the next key; where the keys stand so close that there
-    ///  is
-    ///    no such room, x stays as it is (so the order of keys never changes);
+    ///  - is clamped in x to 0.001 frames from the previous and the next key; where these leave no such room, x stays
+    ///    as it is (so the order of keys never changes);
     ///  - takes along the breakdown keys on either side, up to the next key that is none, so that each keeps its exact
     ///    proportion of the way between the moved key and that key (where the run of breakdown keys reaches the curve's
     ///    end, it moves by the same distance);
     ///  - recomputes the tangents of every key that moved and of the keys next to those;
-    ///  - then tells the curve's observers: one position change per key that moved, the set key first, and after these
-    ///  one
-    ///    change per tangent whose handle changed, from left to right.
+    ///  - then tells the curve's observers: one position change per key that moved, the set key first, then one change
+    ///    per tangent whose handle changed, from left to right.
     /// The model is complete before the first observer is called.
     /// @{
 

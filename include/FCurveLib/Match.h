@@ -30,10 +30,9 @@ inline namespace v19 {
 ///    back here, because the curve repeats on both sides, both ends take the first key's y (beside CycleOffset each its
 ///    key's y) and the slope of the chord across the joint.
 ///  - Mirror: the key's y, flat, which is the only smooth way to turn back.
-///  - A formula is evaluated with these contributions in place of the kinds that it uses. Where that makes a match's
-///  end
-///    depend on itself, as "2*mirror()" after it does, or "2*cycle()" where the curve repeats on both sides, there may
-///    be no value that joins, and a jump stays.
+///  - A formula is evaluated with these contributions in place of the kinds that it uses. Where that makes an end of a
+///    match depend on itself, as "2*mirror()" after it does, or "2*cycle()" where the curve repeats on both sides,
+///    there may be no value that joins, and a jump stays.
 ///  - A host's own kind is shown its segment alone: a copy with the same keys' positions and the same tangents, but
 ///    without a curve and without other segments. A kind that computes from its own segment joins smoothly.
 ///

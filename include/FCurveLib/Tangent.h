@@ -95,8 +95,7 @@ public:
     /// \name Edit
     /// The setters ignore non-finite arguments and unknown types. They propose a handle, which then
     ///  - keeps the direction of an automatic type (set the type to Fixed to shape by hand); a flat one keeps its
-    ///  length if
-    ///    it is weighted;
+    ///    length if it is weighted;
     ///  - keeps its length if the tangent is weighted and weight locked;
     ///  - is held to the limits above;
     ///  - turns a fixed tangent on the other side of a unified key to the same angle, with that tangent's own weight.

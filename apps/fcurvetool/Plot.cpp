@@ -19,6 +19,7 @@
 #include <cmath>
 #include <cstddef>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace fcurvetool {
@@ -59,6 +60,7 @@ constexpr double kLargestDot = 4.0;
 constexpr std::size_t kMostDots = 5000;
 constexpr std::size_t kMostHints = 1000;
 constexpr std::size_t kMostCurvesWithHandles = 6;
+constexpr double kAway = 9.0; // pixels between a part and its name
 
 struct FrameSpan {
     double first = 0.0;
@@ -145,6 +147,33 @@ struct Panel {
     double height = 0.0;
 
     double bottom() const { return top + height; }
+};
+
+/// Writes names of parts beside them. One that would cover another is left out.
+class PartNames {
+public:
+    explicit PartNames(Svg& svg) : m_svg(svg) {}
+
+    void add(const char* text, const Pixel& at, std::string_view anchor) {
+        const double width = estimateTextWidth(text, kTextSize);
+        const double left = at.x - (anchor == "start" ? 0.0 : anchor == "end" ? width : width / 2.0);
+        const Place place = {left, left + width, at.y};
+        for (const Place& other : m_taken)
+            if (std::fabs(place.y - other.y) < kTextSize && place.left < other.right && other.left < place.right)
+                return;
+        m_taken.push_back(place);
+        m_svg.leaf("text", {{"x", at.x}, {"y", at.y}, {"text-anchor", anchor}}, text);
+    }
+
+private:
+    struct Place {
+        double left;
+        double right;
+        double y;
+    };
+
+    Svg& m_svg;
+    std::vector<Place> m_taken;
 };
 
 class Picture {
@@ -450,16 +479,58 @@ private:
         svg.close();
     }
 
-    /// Names the parts of the panel's first curve: one key and its tangents, and every segment that is wide enough.
+    /// Names the parts of the panel's first curve: one key and its tangents, and every segment where there is room.
     void drawPartNames(Svg& svg, const Panel& panel) const {
-        constexpr double kAway = 9.0;
         const std::size_t index = panel.curves.front().index;
-        const FCurve& curve = *m_curves[index].curve;
         svg.open("g", {{"class", "parts"}, {"font-size", kTextSize}, {"font-style", "italic"}, {"fill", kTextColour}});
-        const auto label = [&svg](const char* text, const Pixel& at, const char* anchor) {
-            svg.leaf("text", {{"x", at.x}, {"y", at.y}, {"text-anchor", anchor}}, text);
-        };
+        PartNames names(svg);
+        nameKey(names, panel, index);
+        nameSegments(names, panel, *m_curves[index].curve);
+        svg.close();
+    }
 
+    void nameKey(PartNames& names, const Panel& panel, std::size_t index) const {
+        const Keyframe* const key = keyToName(index);
+        if (!key) return;
+        const Pixel at = toPixel(panel, {key->getX(), key->getY()});
+        const bool hasRoomAbove = at.y - kAway - kTextSize > panel.top;
+        names.add("keyframe", {at.x, hasRoomAbove ? at.y - kAway - 3.0 : at.y + kAway + kTextSize}, "middle");
+        if (!m_drawHandles[index]) return;
+        forEachHandle(index, [&](const Keyframe& owner, const Sample& end) {
+            if (&owner != key) return;
+            const Pixel tip = toPixel(panel, end);
+            const bool isIn = end.x < key->getX();
+            names.add(isIn ? "in tangent" : "out tangent", {tip.x + (isIn ? -kAway : kAway), tip.y - kAway / 2.0},
+                      isIn ? "end" : "start");
+        });
+    }
+
+    /// The key whose shorter handle is the longest, for the names of both need room; the first key where no handles are
+    /// drawn. Null without keys.
+    const Keyframe* keyToName(std::size_t index) const {
+        struct Candidate {
+            const Keyframe* key = nullptr;
+            int handles = 0;
+            double shortest = 0.0;
+        };
+        std::vector<Candidate> candidates;
+        forEachKey(index, [&candidates](const Keyframe& key) { candidates.push_back({&key}); });
+        if (candidates.empty()) return nullptr;
+        if (!m_drawHandles[index]) return candidates.front().key;
+        auto candidate = candidates.begin();
+        forEachHandle(index, [&candidate](const Keyframe& key, const Sample& end) {
+            while (candidate->key != &key) ++candidate; // both walk the keys in order
+            const double length = std::fabs(end.x - key.getX());
+            candidate->shortest = candidate->handles++ == 0 ? length : std::min(candidate->shortest, length);
+        });
+        return std::max_element(candidates.begin(), candidates.end(),
+                                [](const Candidate& a, const Candidate& b) {
+                                    return std::tie(a.handles, a.shortest) < std::tie(b.handles, b.shortest);
+                                })
+            ->key;
+    }
+
+    void nameSegments(PartNames& names, const Panel& panel, const FCurve& curve) const {
         for (const Segment& segment : curve) {
             const auto left = segment.getLeftKey();
             const auto right = segment.getRightKey();
@@ -472,43 +543,10 @@ private:
             // Below the curve, on the side where it leaves room.
             const double rise = toY(panel, curve.eval(from)) - toY(panel, curve.eval(to));
             if (std::fabs(rise) < 4.0 * kAway)
-                label(text, {at.x, at.y + kAway + kTextSize}, "middle");
+                names.add(text, {at.x, at.y + kAway + kTextSize}, "middle");
             else
-                label(text, {at.x + (rise > 0.0 ? kAway : -kAway), at.y + kTextSize}, rise > 0.0 ? "start" : "end");
+                names.add(text, {at.x + (rise > 0.0 ? kAway : -kAway), at.y + kTextSize}, rise > 0.0 ? "start" : "end");
         }
-
-        // The key with the longest handles on both sides, for their names need room.
-        const Keyframe* chosen = nullptr;
-        if (m_drawHandles[index]) {
-            std::vector<std::pair<const Keyframe*, double>> shortest; // of each key's handles
-            forEachHandle(index, [&shortest](const Keyframe& key, const Sample& end) {
-                const double length = std::fabs(end.x - key.getX());
-                if (shortest.empty() || shortest.back().first != &key)
-                    shortest.emplace_back(&key, length);
-                else
-                    shortest.back().second = std::min(shortest.back().second, length);
-            });
-            double longest = 0.0;
-            for (const auto& [key, length] : shortest) {
-                if (length <= longest) continue;
-                longest = length;
-                chosen = key;
-            }
-            forEachHandle(index, [&](const Keyframe& key, const Sample& end) {
-                if (&key != chosen) return;
-                const Pixel at = toPixel(panel, end);
-                const bool isIn = end.x < key.getX();
-                label(isIn ? "in tangent" : "out tangent", {at.x + (isIn ? -kAway : kAway), at.y - kAway / 2.0},
-                      isIn ? "end" : "start");
-            });
-        } else {
-            forEachKey(index, [&chosen](const Keyframe& key) { chosen = chosen ? chosen : &key; });
-        }
-        if (chosen) {
-            const Pixel at = toPixel(panel, {chosen->getX(), chosen->getY()});
-            label("keyframe", {at.x, at.y - kAway - 3.0}, "middle");
-        }
-        svg.close();
     }
 
     void drawAxes(Svg& svg, const Panel& panel) const {
@@ -669,8 +707,12 @@ private:
     void drawFoot(Svg& svg) const {
         const double bottom = m_panels.back().bottom();
         svg.open("g", {{"class", "frames"}, {"font-size", kTextSize}, {"fill", kFaintTextColour}});
-        for (const Tick& tick : m_ticks.marks)
-            svg.leaf("text", {{"x", toX(tick.value)}, {"y", bottom + 17.0}, {"text-anchor", "middle"}}, tick.label);
+        for (const Tick& tick : m_ticks.marks) {
+            // A label at the picture's edge moves in rather than being cut off.
+            const double room = estimateTextWidth(tick.label, kTextSize) / 2.0 + 2.0;
+            const double x = std::clamp(toX(tick.value), room, std::max(room, m_options.width - room));
+            svg.leaf("text", {{"x", x}, {"y", bottom + 17.0}, {"text-anchor", "middle"}}, tick.label);
+        }
         const std::string title = "frame" + (m_ticks.exponent != 0 ? exponentText(m_ticks.exponent) : "");
         const double y = bottom + 37.0;
         const double titleEnd = m_left + estimateTextWidth(title, kTextSize);

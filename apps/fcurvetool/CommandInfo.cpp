@@ -93,7 +93,7 @@ void describe(const Document& document, Output& output) {
                  + (document.curves->size() == 1 ? " curve\n" : " curves\n"));
     if (document.curves->empty()) return;
     Table table;
-    for (const char* heading : {"#"}) table.addColumn(heading, Table::Align::Right);
+    table.addColumn("#", Table::Align::Right);
     table.addColumn("name", Table::Align::Left);
     for (const char* heading : {"keys", "first", "last", "lowest", "highest"})
         table.addColumn(heading, Table::Align::Right);

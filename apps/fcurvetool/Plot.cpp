@@ -400,6 +400,11 @@ private:
             m_ticks = makeTicks(m_frames.low, m_frames.high, count);
             if ((widestLabel(m_ticks) + 18.0) * static_cast<double>(m_ticks.marks.size()) < m_right - m_left) break;
         }
+        if (!m_ticks.marks.empty()) { // the last label may be wider than the margin
+            const double end = toX(m_ticks.marks.back().value);
+            const double overhang = end + widestLabel(m_ticks) / 2.0 + 2.0 - m_options.width;
+            if (overhang > 0.0) m_right -= overhang * (m_right - m_left) / (end - m_left);
+        }
         for (Panel& panel : m_panels)
             for (PanelCurve& curve : panel.curves)
                 curve.trace.refine((panel.values.high - panel.values.low) / panel.height);
@@ -707,12 +712,8 @@ private:
     void drawFoot(Svg& svg) const {
         const double bottom = m_panels.back().bottom();
         svg.open("g", {{"class", "frames"}, {"font-size", kTextSize}, {"fill", kFaintTextColour}});
-        for (const Tick& tick : m_ticks.marks) {
-            // A label at the picture's edge moves in rather than being cut off.
-            const double room = estimateTextWidth(tick.label, kTextSize) / 2.0 + 2.0;
-            const double x = std::clamp(toX(tick.value), room, std::max(room, m_options.width - room));
-            svg.leaf("text", {{"x", x}, {"y", bottom + 17.0}, {"text-anchor", "middle"}}, tick.label);
-        }
+        for (const Tick& tick : m_ticks.marks)
+            svg.leaf("text", {{"x", toX(tick.value)}, {"y", bottom + 17.0}, {"text-anchor", "middle"}}, tick.label);
         const std::string title = "frame" + (m_ticks.exponent != 0 ? exponentText(m_ticks.exponent) : "");
         const double y = bottom + 37.0;
         const double titleEnd = m_left + estimateTextWidth(title, kTextSize);

@@ -2,14 +2,18 @@
 
 #include "Failure.h"
 #include "Picture.h"
+#include "Svg.h"
+#include "Trace.h"
 #include "support/Museum.h"
 
 #include <FCurveLib/FCurveLib.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -264,6 +268,36 @@ TEST(Plot, ManyKeysGiveSmallPictures) {
     for (const auto& stroke : View::ReadPath((*picture.panels()[0].element->find("path", "line").front())["d"]))
         for (const auto& point : stroke) lowestPixel = std::max(lowestPixel, point.y);
     EXPECT_NEAR(lowestPixel, picture.panels()[0].values.toPixel(lowest), 0.2);
+}
+
+// Below a curve of many short segments there is no room for all names. No label leaves the picture.
+TEST(Plot, NamesOfPartsAndFramesAreReadable) {
+    Keys zigzag;
+    for (int i = 0; i <= 7; ++i) zigzag.emplace_back(86400000.0 + i / 7.0, i % 2 * 10.0);
+    PlotOptions options;
+    options.parts = true;
+    const View::Picture picture = Draw(Make(zigzag, "bezier()", "bezier()"), options);
+    const auto names = picture.root().find("g", "parts").front()->find("text");
+    const auto spanOf = [](const View::Element& text) {
+        const double width = estimateTextWidth(text.text, 12.0);
+        const std::string& anchor = text["text-anchor"];
+        const double left = text.number("x") - (anchor == "start" ? 0.0 : anchor == "end" ? width : width / 2.0);
+        return Extent{left, left + width};
+    };
+    std::set<std::string> kinds;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        kinds.insert(names[i]->text);
+        for (std::size_t j = 0; j < i; ++j) {
+            const bool isBeside = std::fabs(names[i]->number("y") - names[j]->number("y")) >= 12.0;
+            const Extent a = spanOf(*names[i]);
+            const Extent b = spanOf(*names[j]);
+            EXPECT_TRUE(isBeside || a.high <= b.low || b.high <= a.low) << names[i]->text << ", " << names[j]->text;
+        }
+    }
+    EXPECT_THAT(kinds, testing::IsSupersetOf({"keyframe", "in tangent", "out tangent", "segment"}));
+    for (const View::Element* label : picture.root().find("g", "frames").front()->find("text")) {
+        EXPECT_LE(spanOf(*label).high, options.width) << label->text;
+    }
 }
 
 TEST(Plot, TextIsEscaped) {

@@ -31,6 +31,7 @@ const struct {
     {1, [](FCurve& c) { KeyAt(c, 1)->setProperty("a", "b"); }},
     {2, [](FCurve& c) { KeyAt(c, 1)->clearProperties(); }},
     {2, [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setType(Tangent::Linear); }},
+    {1, [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setWeightLocked(true); }},
     {1, [](FCurve& c) { KeyAt(c, 1)->getInTangent()->setProperty("a", "b"); }},
     {1, [](FCurve& c) { *KeyAt(c, 1)->getInTangent() = *KeyAt(c, 1)->getOutTangent(); }},
     {1, [](FCurve& c) { c.begin()->setInterpolator(nullptr); }},

@@ -291,7 +291,9 @@ private:
     }
     void setFlags(FCurve& curve) {
         curve.setName(coin() ? "a" : "b");
-        SetVisible(curve, coin());
+        for (const auto set :
+             {&SetVisible, &SetEditable, &SetVelocityVisible, &SetAccelerationVisible, &SetDiscontinuityVisible})
+            set(curve, coin());
         SetLocked(curve, coin());
     }
     void editSilently(FCurve& curve, const FCurve::iterator& segment) {

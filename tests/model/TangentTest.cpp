@@ -117,9 +117,14 @@ TEST(Tangent, WeightedHandlesStayAsSet) {
     EXPECT_NEAR(out->getWeight(), 1e-05, 1e-17);
     out->setWeight(-3);
     EXPECT_NEAR(out->getWeight(), 1e-05, 1e-17);
-    out->set(0, 0);
-    out->setWeight(2);
-    ExpectHandle(out, 2, 0, "a handle without direction becomes flat");
+    for (const auto& [tangent, side] : {std::pair(out, 1.0), {in, -1.0}}) {
+        tangent->set(0, 0);
+        tangent->setWeight(2);
+        ExpectHandle(tangent, 2 * side, 0, "a handle without direction becomes flat");
+        tangent->set(0, 0);
+        tangent->setAngle(0);
+        ExpectHandle(tangent, side, 0, "and one without length becomes 1 long");
+    }
 
     out->set(3, 4);
     out->setWeightLocked(true);

@@ -1,0 +1,87 @@
+// How do I let a user drag keys?
+//
+// The change type tells every view that a drag begins, goes on and ends. A step moves all keys under a switch and then
+// tells once, so that views redraw once per step however many keys move. Each step starts from where the keys stood
+// when the button went down: a key that was held back by its neighbour comes along again when the pointer returns.
+
+#include <FCurveLib/FCurveLib.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+#include <vector>
+
+using namespace VEM_FN::FCurveLib;
+
+class Drag {
+public:
+    // The keys in order of x.
+    Drag(FCurve& curve, std::vector<std::shared_ptr<Keyframe>> keys) : m_curve(curve), m_keys(std::move(keys)) {
+        for (const auto& key : m_keys) m_start.push_back(key->get());
+        announce(FCurve::BeginChange);
+    }
+    ~Drag() {
+        announce(FCurve::EndChange);
+        FCurve::setChangeType(FCurve::OrdinaryChange);
+    }
+    Drag(const Drag&) = delete;
+    Drag& operator=(const Drag&) = delete;
+
+    void moveTo(const Vector2D<double>& offset) {
+        {
+            const FCurve::Switch silence(m_curve);
+            // Those ahead first: a key never passes its neighbour, not even one that is about to leave.
+            const std::size_t count = m_keys.size();
+            const bool toTheRight = count > 0 && offset.x > m_keys[0]->getX() - m_start[0].x;
+            for (std::size_t i = 0; i < count; ++i) {
+                const std::size_t k = toTheRight ? count - 1 - i : i;
+                m_keys[k]->set(m_start[k] + offset);
+            }
+        }
+        announce(FCurve::StepChange);
+    }
+
+private:
+    void announce(FCurve::ChangeType type) {
+        FCurve::setChangeType(type);
+        m_curve.notifyChanged();
+    }
+
+    FCurve& m_curve;
+    std::vector<std::shared_ptr<Keyframe>> m_keys;
+    std::vector<Vector2D<double>> m_start;
+};
+
+// What a view hears. Whatever it does not override ends up in curveChanged.
+class View : public FCurveObserver {
+public:
+    void beginValueChange(FCurve&) override { std::printf("the drag begins\n"); }
+    void endValueChange(FCurve&) override { std::printf("the drag ends\n"); }
+    void curveChanged(FCurve& curve) override {
+        std::printf("redraw:");
+        for (const Segment& segment : curve)
+            if (const auto key = segment.getLeftKey()) std::printf(" (%g, %g)", key->getX(), key->getY());
+        std::printf("\n");
+        ++redraws;
+    }
+    int redraws = 0;
+};
+
+int main() {
+    const auto curve = FCurve::create();
+    for (const double x : {0.0, 10.0, 11.0, 24.0})
+        curve->insertSegment(*Keyframe::create(x, x / 4.0), InterpolatorFactory::create("bezier()"));
+    View view;
+    curve->subscribe(view);
+    {
+        Drag drag(*curve, {GetIndexedKeyframe(*curve, 1), GetIndexedKeyframe(*curve, 2)});
+        drag.moveTo({5.0, 0.5});
+        drag.moveTo({20.0, 1.0}); // too far: both stop before the key at 24
+        drag.moveTo({2.0, 1.0});  // and come back
+    }
+    const auto first = GetIndexedKeyframe(*curve, 1);
+    const auto second = GetIndexedKeyframe(*curve, 2);
+    const bool isRight = first->getX() == 12.0 && second->getX() == 13.0 && view.redraws == 3;
+    return isRight ? EXIT_SUCCESS : EXIT_FAILURE;
+}

@@ -25,6 +25,16 @@ std::string written(const FCurve& curve) {
     return bytes;
 }
 
+// What the calls make of a writer's stream.
+template<class Call>
+std::string writtenBy(const Call& call) {
+    Writer& writer = *FormatFactory::getWriter("binary");
+    MemoryStream stream;
+    const Writer::StreamLink link(writer, stream);
+    call(writer);
+    return BytesOf(stream);
+}
+
 // --- documents by hand -----------------------------------------------------------------------------------------------
 
 std::string version(unsigned major, unsigned minor) {
@@ -139,11 +149,18 @@ TEST(BinaryFormat, SkipsBlocksOfUnknownTypes) {
               "startCurve c, finishCurve");
 }
 
-TEST(BinaryFormat, FlatHandlesAreAThirdOfASpanOr1) {
+TEST(BinaryFormat, FlatHandlesAreAThirdOfASpanOr1AndTakeNoRoom) {
     const auto key = [](double x) { return u16(16) + f64(x) + f64(0); };
-    EXPECT_EQ(callsOf(segments(5, key(0) + key(6) + u16(0) + key(9) + key(12)), {"tangentVector"}),
+    const std::string bytes = document(curveOf(block("Show", u16(1)) + kExpressions
+                                               + block("Segs", u32(5) + key(0) + key(6) + u16(0) + key(9) + key(12))));
+    EXPECT_EQ(callsOf(bytes, {"tangentVector"}),
               "tangentVector 1 0, tangentVector -1 0, tangentVector 2 0, tangentVector -2 0, tangentVector 1 0, "
               "tangentVector -1 0, tangentVector 1 0, tangentVector -1 0, tangentVector 1 0, tangentVector -1 0");
+    EXPECT_EQ(writtenBy([&](Writer& writer) {
+                  MemoryStream stream = StreamOf(bytes);
+                  FormatFactory::getReader("binary")->readCurve(stream, writer);
+              }),
+              bytes);
 }
 
 TEST(BinaryFormat, OfALaterMinorVersionItReadsWhatItKnows) {
@@ -267,15 +284,19 @@ TEST(BinaryFormat, KeepsTheLimitsThatTheHostSet) {
     EXPECT_EQ(complaint(document(curveOf(""))), "LimitExceeded at 36");
 }
 
-TEST(BinaryWriter, AKeyBeforeAnySegmentIsIgnored) {
-    Writer& writer = *FormatFactory::getWriter("binary");
-    MemoryStream stream;
-    const Writer::StreamLink link(writer, stream);
-    CallPlayer::play("startCurve c, startSegmentContainer, startKeyframe, keyframePosition inf 0, finishKeyframe, "
-                     "finishCurve",
-                     writer);
-    EXPECT_EQ(BytesOf(stream),
+TEST(BinaryWriter, IgnoresKeysBeforeSegmentsAndPropertiesBehindCurves) {
+    EXPECT_EQ(writtenBy([](Writer& writer) {
+                  CallPlayer::play("startCurve c, startSegmentContainer, startKeyframe, keyframePosition inf 0, "
+                                   "finishKeyframe, finishCurve",
+                                   writer);
+              }),
               document(curveOf(block("Show", u16(1)) + block("Expr", u32(0)) + block("Segs", u32(0)))));
+    EXPECT_EQ(writtenBy([](Writer& writer) {
+                  CallPlayer::play("startCurveContainer, startCurve c, finishCurve, containerProperty a b, "
+                                   "finishCurveContainer",
+                                   writer);
+              }),
+              container(curveOf(block("Show", u16(1)))));
 }
 
 TEST(BinaryWriter, RefusesADocumentBeyondTheEndOfAllStreams) {

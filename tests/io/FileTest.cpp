@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <climits>
 #include <filesystem>
 #include <string>
@@ -256,13 +257,24 @@ TEST_F(FileTest, InterruptedTransfersAreContinued) {
     std::string got(sent.size(), '\0');
     const int length = static_cast<int>(sent.size());
     std::atomic<int> running{2};
+    // First the reader is slow, for which the writer has to wait, then the writer.
+    const auto dawdle = [](int at) {
+        if (at % 50000 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(4));
+    };
     std::thread reading([&] {
-        EXPECT_NO_THROW(File(m_missing.c_str(), File::Read, 0).readData(got.data(), length));
+        File file(m_missing.c_str(), File::Read, 0);
+        for (int at = 0; at < length; at += 1000) {
+            if (at < length / 2) dawdle(at);
+            EXPECT_NO_THROW(file.readData(got.data() + at, 1000));
+        }
         --running;
     });
     std::thread writing([&] {
         File file(m_missing.c_str(), File::Write, 0);
-        for (int at = 0; at < length; at += 1000) file.writeData(sent.data() + at, 1000);
+        for (int at = 0; at < length; at += 1000) {
+            if (at >= length / 2) dawdle(at);
+            file.writeData(sent.data() + at, 1000);
+        }
         EXPECT_TRUE(file.flush());
         --running;
     });

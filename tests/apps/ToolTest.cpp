@@ -186,14 +186,16 @@ TEST_F(Tool, InfoFindsExtremaBetweenKeysAndHoldsStrangeNames) {
     container->addCurve(MakeCurve({{0, 0, {}, {}, "16 * sin(x) ** 2"}, {1e9, 1, {}, {}, "constant()"}}))
         ->setName("\x1b[31mred\nline");
     container->addCurve(FCurve::create());
+    container->addCurve(MakeCurve({{0, 0, {}, Vector2D<double>(5, 9)}, {10, 0, Vector2D<double>(-5, 9)}}));
     save(*container, "strange.fcrvx");
     const Result result = run("info strange.fcrvx");
     EXPECT_EQ(result.code, 0) << result.err;
     const auto lines = Lines(result.out);
-    ASSERT_EQ(lines.size(), 4U);
+    ASSERT_EQ(lines.size(), 5U);
     EXPECT_THAT(lines[2], HasSubstr("\\x1b[31mred\\x0aline  "));
     EXPECT_THAT(lines[2], HasSubstr("  15.99")); // 10^9 frames are looked at in a moment
     EXPECT_THAT(lines[3], HasSubstr("0      -"));
+    EXPECT_THAT(lines[4], HasSubstr("     6.75  "));
 }
 
 TEST_F(Tool, EvalTabulates) {
@@ -245,6 +247,11 @@ TEST_F(Tool, SampleChoosesAndQuotesColumns) {
     for (const auto& [arguments, columns] : rows) {
         EXPECT_EQ(Lines(run("sample --to 0 " + arguments).out).at(0), columns);
     }
+    const auto spans = FCurveContainer::create();
+    spans->addCurve(MakeCurve({{2, 0}, {4, 0}}));
+    spans->addCurve(MakeCurve({{3, 0}, {5, 0}}));
+    save(*spans, "spans.fcrvx");
+    EXPECT_EQ(Lines(run("sample spans.fcrvx").out).size(), 5U) << "a heading, and frames 2 to 5";
 }
 
 TEST_F(Tool, PlotDrawsEveryExample) {

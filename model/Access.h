@@ -82,9 +82,9 @@ struct Access {
     // Takes every segment of a chain out of it, for whoever still holds parts of it.
     static void release(std::shared_ptr<Segment> leading) noexcept;
 
-    // --- rebuild a stored or copied curve to the last bit: nothing is recomputed, limited or notified
-    // ------------------ Appends a key behind the last one, with the flags and properties of the given key. Returns the
-    // new segment. Precondition: x is above the last key's (else null is returned and nothing happens).
+    // --- rebuild a stored or copied curve to the last bit: nothing is recomputed, limited or notified ----------------
+    // Appends a key behind the last one, with the flags and properties of the given key. Returns the new segment; null,
+    // and nothing happens, if x is not above the last key's.
     static Segment* appendRaw(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator);
     static void setHandleRaw(Tangent& t, double x, double y) noexcept { t.m_handle = {x, y}; }
     static void setTypeRaw(Tangent& t, std::uint8_t type) noexcept { t.m_type = type; }

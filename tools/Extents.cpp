@@ -60,12 +60,12 @@ Box HandleBox(const Tangent& tangent, const Keyframe& key) noexcept {
             std::abs(handle.x), std::abs(handle.y)};
 }
 
-bool AddSegment(const Segment& segment, Union& sum) {
+void AddSegment(const Segment& segment, Union& sum) {
     const Keyframe* left = Access::leftKey(segment);
     const Keyframe* right = Access::rightKey(segment);
     if (left) sum.add(*left);
     if (right) sum.add(*right);
-    if (!left || !right) return left || right;
+    if (!left || !right) return;
 
     double low = std::min(left->getY(), right->getY());
     double high = std::max(left->getY(), right->getY());
@@ -76,7 +76,6 @@ bool AddSegment(const Segment& segment, Union& sum) {
     if (std::isfinite(least)) low = std::min(low, least);
     if (std::isfinite(most)) high = std::max(high, most);
     sum.add(Box(left->getX(), low, LengthTo(left->getX(), right->getX()), LengthTo(low, high)));
-    return true;
 }
 
 void AddHandles(const Segment& segment, Union& sum) {

@@ -33,6 +33,14 @@ const char* expressionOf(TovKey::InterpType interp) {
     }
 }
 
+// The next word that is in no comment.
+void nextWord(Private::WordSource& words, Word& word) {
+    for (words.next(word); word.text.substr(0, 2) == "//"; words.next(word)) {
+        TextSource& source = words.source();
+        while (source.peek() != '\n' && source.peek() != '\r' && source.peek() != TextSource::kEnd) source.take();
+    }
+}
+
 class Parser {
 public:
     Parser(Stream& stream, FormatInterface& target)
@@ -69,10 +77,7 @@ public:
 
 private:
     void next() {
-        for (m_words.next(m_word); m_word.text.substr(0, 2) == "//"; m_words.next(m_word)) {
-            TextSource& source = m_words.source();
-            while (source.peek() != '\n' && source.peek() != '\r' && source.peek() != TextSource::kEnd) source.take();
-        }
+        nextWord(m_words, m_word);
         if (m_word.isTooLong) throw LimitExceeded("A word is too long.", m_word.line, m_word.column);
     }
 
@@ -228,10 +233,7 @@ void OldReader::readCurve(Stream& stream, FormatInterface& target) {
 bool OldReader::canRead(Stream&, Stream& header) {
     Private::WordSource words(header, "{}", 1024);
     Word word;
-    for (words.next(word); word.text.substr(0, 2) == "//"; words.next(word)) {
-        TextSource& source = words.source();
-        while (source.peek() != '\n' && source.peek() != '\r' && source.peek() != TextSource::kEnd) source.take();
-    }
+    nextWord(words, word);
     if (word.text != "fcurve") return false;
     words.next(word);
     return word.text == "{";

@@ -18,7 +18,7 @@ inline namespace v19 {
 ///     try {
 ///         ReadCurves(stream, container);
 ///     } catch (...) {
-///         messages.formatException(std::cerr); // walk.fcrvx:12:5: The attribute "x" is no number: "1,5".
+///         messages.formatException(std::cerr); // walk.fcrvx:12:5: The attribute x has ...
 ///     }
 ///
 /// Copies share the formatters, which are not owned and must live as long as they are asked. Any number of threads may
@@ -69,7 +69,7 @@ private:
 /// One line without a line break: the name of what was read, then as much of the position as the exception knows, then
 /// whole sentences that say what was expected and what was found.
 ///
-///     walk.fcrvx:12:5: The attribute "x" is no number: "1,5".
+///     walk.fcrvx:12:5: The attribute x has the value "1,5", which is not a number.
 ///     walk.fcrvb: at byte 96: ...
 ///     walk.fcrvx: There is no such file or folder.
 ///

@@ -48,7 +48,7 @@ public:
     const char* what() const noexcept override;
 };
 
-/// The document was written for a later major version of the format.
+/// The document was written for another major version of the format.
 class FCURVELIB_API UnsupportedVersion : public TextError {
 public:
     using TextError::TextError;

@@ -85,7 +85,7 @@ public:
     const char* what() const noexcept override;
 };
 
-/// The document was written for a later major version of the format.
+/// The document was written for another major version of the format.
 class FCURVELIB_API UnsupportedVersion : public XMLError {
 public:
     UnsupportedVersion(unsigned major, unsigned supported, std::uint64_t line, std::uint64_t column);

@@ -130,6 +130,9 @@ std::vector<std::string> axisTitle(Quantity quantity) {
     return {};
 }
 
+/// What the legend below the panels explains.
+enum class Mark { Key, Handle, Outside, Jump, SelectedKey };
+
 /// A curve within a panel.
 struct PanelCurve {
     std::size_t index; // among all curves
@@ -716,58 +719,70 @@ private:
             svg.leaf("text", {{"x", toX(tick.value)}, {"y", bottom + 17.0}, {"text-anchor", "middle"}}, tick.label);
         const std::string title = "frame" + (m_ticks.exponent != 0 ? exponentText(m_ticks.exponent) : "");
         const double y = bottom + 37.0;
-        const double titleEnd = m_left + estimateTextWidth(title, kTextSize);
         svg.leaf("text", {{"x", m_left}, {"y", y}}, title);
-
-        const std::vector<std::pair<bool, std::string_view>> marks = {{m_hasKeys, "key"},
-                                                                      {m_hasHandles, "tangent handle"},
-                                                                      {m_hasOutside, "outside the keys"},
-                                                                      {m_hasJumps, "jump"},
-                                                                      {m_hasSelection, "selected key"}};
-        double x = m_right;
-        for (const auto& [drawn, text] : marks)
-            if (drawn) x -= estimateTextWidth(text, kTextSize) + 28.0 + 14.0;
-        if (x < titleEnd + 20.0) {
-            svg.close();
-            return;
-        }
-        const double middle = y - 4.0;
-        for (std::size_t i = 0; i < marks.size(); ++i) {
-            const auto& [drawn, text] = marks[i];
-            if (!drawn) continue;
-            x += 14.0;
-            const std::string line = toPathData({{x, middle}, {x + 20.0, middle}});
-            switch (i) {
-            case 0:
-                svg.leaf("circle", {{"cx", x + 14.0}, {"cy", middle}, {"r", 4.0}});
-                break;
-            case 1:
-                svg.leaf("path", {{"d", line}, {"stroke", kFaintTextColour}});
-                svg.leaf("rect", {{"x", x + 17.5},
-                                  {"y", middle - 2.5},
-                                  {"width", 5.0},
-                                  {"height", 5.0},
-                                  {"fill", "#ffffff"},
-                                  {"stroke", kFaintTextColour}});
-                break;
-            case 4:
-                svg.leaf("circle", {{"cx", x + 14.0},
-                                    {"cy", middle},
-                                    {"r", 6.5},
-                                    {"fill", "none"},
-                                    {"stroke", kTextColour},
-                                    {"stroke-width", 1.6}});
-                break;
-            default:
-                svg.leaf("path", {{"d", line},
-                                  {"stroke", kFaintTextColour},
-                                  {"stroke-width", i == 2 ? 1.6 : 1.2},
-                                  {"stroke-dasharray", i == 2 ? "6 4" : "2 3"}});
-            }
-            svg.leaf("text", {{"x", x + 28.0}, {"y", y}}, text);
-            x += 28.0 + estimateTextWidth(text, kTextSize);
-        }
+        drawMarkLegend(svg, m_left + estimateTextWidth(title, kTextSize) + 20.0, y);
         svg.close();
+    }
+
+    /// What the marks in this picture mean, if there is room for that from left on.
+    void drawMarkLegend(Svg& svg, double left, double y) const {
+        constexpr double kSampleWidth = 28.0;
+        constexpr double kGap = 14.0;
+        struct Entry {
+            bool isDrawn;
+            Mark mark;
+            std::string_view text;
+        };
+        const Entry entries[] = {{m_hasKeys, Mark::Key, "key"},
+                                 {m_hasHandles, Mark::Handle, "tangent handle"},
+                                 {m_hasOutside, Mark::Outside, "outside the keys"},
+                                 {m_hasJumps, Mark::Jump, "jump"},
+                                 {m_hasSelection, Mark::SelectedKey, "selected key"}};
+        double x = m_right;
+        for (const Entry& entry : entries)
+            if (entry.isDrawn) x -= estimateTextWidth(entry.text, kTextSize) + kSampleWidth + kGap;
+        if (x < left) return;
+        for (const Entry& entry : entries) {
+            if (!entry.isDrawn) continue;
+            x += kGap;
+            drawSample(svg, entry.mark, {x, y - 4.0});
+            svg.leaf("text", {{"x", x + kSampleWidth}, {"y", y}}, entry.text);
+            x += kSampleWidth + estimateTextWidth(entry.text, kTextSize);
+        }
+    }
+
+    /// A mark as it looks in the panels, 20 pixels wide, from its left end.
+    static void drawSample(Svg& svg, Mark mark, const Pixel& at) {
+        const std::string line = toPathData({at, {at.x + 20.0, at.y}});
+        switch (mark) {
+        case Mark::Key:
+            svg.leaf("circle", {{"cx", at.x + 14.0}, {"cy", at.y}, {"r", 4.0}});
+            break;
+        case Mark::Handle:
+            svg.leaf("path", {{"d", line}, {"stroke", kFaintTextColour}});
+            svg.leaf("rect", {{"x", at.x + 17.5},
+                              {"y", at.y - 2.5},
+                              {"width", 5.0},
+                              {"height", 5.0},
+                              {"fill", "#ffffff"},
+                              {"stroke", kFaintTextColour}});
+            break;
+        case Mark::Outside:
+        case Mark::Jump:
+            svg.leaf("path", {{"d", line},
+                              {"stroke", kFaintTextColour},
+                              {"stroke-width", mark == Mark::Outside ? 1.6 : 1.2},
+                              {"stroke-dasharray", mark == Mark::Outside ? "6 4" : "2 3"}});
+            break;
+        case Mark::SelectedKey:
+            svg.leaf("circle", {{"cx", at.x + 14.0},
+                                {"cy", at.y},
+                                {"r", 6.5},
+                                {"fill", "none"},
+                                {"stroke", kTextColour},
+                                {"stroke-width", 1.6}});
+            break;
+        }
     }
     /// @}
 

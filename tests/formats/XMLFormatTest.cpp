@@ -194,6 +194,7 @@ TEST(XMLReader, RefusesWhatTheFormatDoesNotAllowAndSaysWhere) {
         {document("<curve name='\\x4'/>"), "BadAttribute 1:26 name"},
         {document("<curve name='\\x00'/>"), "BadAttribute 1:26 name"},
         {document("<curve name='\\xG0'/>"), "BadAttribute 1:26 name"},
+        {document("<curve name='\\xg0'/>"), "BadAttribute 1:26 name"},
         {document("<curve name='\\n'/>"), "BadAttribute 1:26 name"},
         // Entities, which would be the way to a document that grows for ever, or to other files.
         {"<?xml version='1.0'?>\n<!DOCTYPE fcurvelib [<!ENTITY a '&b;&b;'>]>\n<fcurvelib/>", "DoctypeRefused 2:21"},

@@ -152,7 +152,7 @@ TEST(BinaryFormat, SkipsBlocksOfUnknownTypes) {
 TEST(BinaryFormat, FlatHandlesAreAThirdOfASpanOr1AndTakeNoRoom) {
     const auto key = [](double x) { return u16(16) + f64(x) + f64(0); };
     const std::string bytes = document(curveOf(block("Show", u16(1)) + kExpressions
-                                               + block("Segs", u32(5) + key(0) + key(6) + u16(0) + key(9) + key(12))));
+                                               + block("Segs", u32(5) + key(0) + key(6) + u16(0) + key(12) + key(15))));
     EXPECT_EQ(callsOf(bytes, {"tangentVector"}),
               "tangentVector 1 0, tangentVector -1 0, tangentVector 2 0, tangentVector -2 0, tangentVector 1 0, "
               "tangentVector -1 0, tangentVector 1 0, tangentVector -1 0, tangentVector 1 0, tangentVector -1 0");
@@ -292,11 +292,12 @@ TEST(BinaryWriter, IgnoresKeysBeforeSegmentsAndPropertiesBehindCurves) {
               }),
               document(curveOf(block("Show", u16(1)) + block("Expr", u32(0)) + block("Segs", u32(0)))));
     EXPECT_EQ(writtenBy([](Writer& writer) {
-                  CallPlayer::play("startCurveContainer, startCurve c, finishCurve, containerProperty a b, "
-                                   "finishCurveContainer",
-                                   writer);
+                  CallPlayer::play(
+                      "startCurveContainer, startCurve c, finishCurve, containerProperty a b, startCurve c, "
+                      "finishCurve, finishCurveContainer",
+                      writer);
               }),
-              container(curveOf(block("Show", u16(1)))));
+              container(curveOf(block("Show", u16(1))) + curveOf(block("Show", u16(1)))));
 }
 
 TEST(BinaryWriter, RefusesADocumentBeyondTheEndOfAllStreams) {

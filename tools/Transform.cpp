@@ -81,7 +81,7 @@ public:
     Transformation(FCurve& curve, const AffineMap& x, const AffineMap& y)
         : m_curve(curve), m_x(x), m_y(y), m_reversed(x.scale < 0.0) {}
 
-    // The image, a curve of its own; empty if keys would collide.
+    // The image, a curve of its own; empty if keys would collide, or keys or handles would not be finite.
     std::shared_ptr<FCurve> run(std::vector<std::string>& kept) {
         auto image = FCurve::create();
         const FCurve::Switch quiet(*image); // the observers of all curves need not hear of a curve in the making
@@ -102,6 +102,7 @@ public:
             if (!to) return nullptr;
             from = m_reversed ? Access::leftSegment(*key) : Access::rightSegment(*key);
         }
+        if (!m_isFinite) return nullptr;
         checkImages(kept);
         return image;
     }
@@ -122,7 +123,7 @@ private:
         Access::setInterpolatorRaw(to, mapInterpolator(from, to));
     }
 
-    void mapTangent(const Tangent& from, Tangent& to, const Segment& segment) const {
+    void mapTangent(const Tangent& from, Tangent& to, const Segment& segment) {
         Access::copyTangent(to, from);
         Vector2D<double> handle = from.get();
         const bool runsOn = !(Access::leftKey(segment) && Access::rightKey(segment))
@@ -139,7 +140,10 @@ private:
                 if (mapped < least) handle = (least / mapped) * handle;
             }
         }
-        Access::setHandleRaw(to, m_x.scale * handle.x + 0.0, m_y.scale * handle.y + 0.0); // + 0.0: no negative zero
+        const Vector2D<double> mapped(m_x.scale * handle.x + 0.0,
+                                      m_y.scale * handle.y + 0.0); // + 0.0: no negative zero
+        m_isFinite = m_isFinite && std::isfinite(mapped.x) && std::isfinite(mapped.y);
+        Access::setHandleRaw(to, mapped.x, mapped.y);
     }
 
     InterpolatorPtr mapInterpolator(const Segment& from, Segment& to) {
@@ -222,6 +226,7 @@ private:
     const AffineMap m_x;
     const AffineMap m_y;
     const bool m_reversed;
+    bool m_isFinite = true; // the handles mapped so far
     std::unordered_map<const Interpolator*, InterpolatorPtr> m_images;
     std::vector<Check> m_checks;
 };

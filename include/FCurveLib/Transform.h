@@ -60,7 +60,8 @@ struct TransformResult {
 /// formula.
 ///
 /// Refused, silently and before anything changes: a scale.x within 1e-07 of zero, which would collapse time; numbers
-/// that are not finite; and a transformation after which keys would not be finite or not apart from each other.
+/// that are not finite; and a transformation after which keys or handles would not be finite, or keys not apart from
+/// each other.
 /// scale.y may be zero. Linear in the number of keys.
 /// @{
 

@@ -158,6 +158,11 @@ TEST(Transform, RefusesWithoutTouchingAnything) {
     }
     EXPECT_EQ(KeyAt(*curve, 1), key);
     EXPECT_TRUE(recorder.heard.empty());
+
+    // A handle may be longer than any key is far.
+    const auto steep = CurveThrough({{0, 0}, {10, 0}}, Bezier::create());
+    KeyAt(*steep, 0)->getOutTangent()->set(1, 1e10);
+    EXPECT_FALSE(TransformCurve(*steep, {1, 1e300}, {0, 0}).transformed);
 }
 
 TEST(Transform, FlipsAboutTheMiddleOfTheKeyedRange) {

@@ -40,7 +40,6 @@ class Constant;
 class ConstantNext;
 class Linear;
 class BezierInterpBase;
-class ThirdsInterp;
 class Bezier;
 class Spline;
 class Ease;

@@ -93,7 +93,7 @@ Names namesOf(Iterator first, Iterator last) {
 }
 
 // What an observer hears, as short texts: "+a.key0", "-a.key0", "cleared".
-class Recorder : public SelectionObserver {
+class SelectionRecorder : public SelectionObserver {
 public:
     void selected(const HitRecord& part) override { heard.push_back("+" + nameOf(part)); }
     void deselected(const HitRecord& part) override { heard.push_back("-" + nameOf(part)); }

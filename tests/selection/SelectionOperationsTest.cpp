@@ -10,7 +10,7 @@ struct SelectionOperationsTest : testing::Test {
     std::shared_ptr<FCurve> b = makeCurve("b", 3, bent());
     std::shared_ptr<FCurveContainer> container = makeContainer({a, b});
     Selection selection{container};
-    Recorder recorder;
+    SelectionRecorder recorder;
 
     SelectionOperationsTest() { selection.subscribe(recorder); }
 };

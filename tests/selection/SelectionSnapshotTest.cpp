@@ -28,7 +28,7 @@ TEST_F(SelectionSnapshotTest, RestoresByTellingOnlyWhatChanges) {
     selection.deselect(key(*a, 0));
     selection.select(key(*a, 2));
     EXPECT_NE(SelectionSnapshot(selection), snapshot);
-    Recorder recorder;
+    SelectionRecorder recorder;
     selection.subscribe(recorder);
     EXPECT_EQ(snapshot.restore(selection), 0U);
     EXPECT_EQ(recorder.take(), (Names{"-a.key2", "+a.key0"}));

@@ -33,7 +33,7 @@ struct SelectionTest : testing::Test {
     std::shared_ptr<FCurve> b = makeCurve("b", 2, straight());
     std::shared_ptr<FCurveContainer> container = makeContainer({a, b});
     Selection selection{container};
-    Recorder recorder;
+    SelectionRecorder recorder;
 
     SelectionTest() { selection.subscribe(recorder); }
 
@@ -117,7 +117,7 @@ TEST_F(SelectionTest, TakesSetsInTheirOrder) {
 
 TEST_F(SelectionTest, IsSharedByAllSelectionsOfTheContainer) {
     Selection other(container);
-    Recorder otherRecorder;
+    SelectionRecorder otherRecorder;
     other.subscribe(otherRecorder);
     selection.select(keyOf(*b, 1));
     EXPECT_TRUE(other.isSelected(keyOf(*b, 1)));
@@ -260,7 +260,7 @@ TEST_F(SelectionTest, ObserversMayComeAndGoDuringACall) {
 }
 
 TEST_F(SelectionTest, AThrowingObserverLeavesEverythingSound) {
-    Recorder late;
+    SelectionRecorder late;
     int left = 0;
     const auto step = [&](const HitRecord&) {
         if (left-- == 0) throw std::runtime_error("stop");
@@ -284,7 +284,7 @@ TEST_F(SelectionTest, AThrowingObserverLeavesEverythingSound) {
 TEST_F(SelectionTest, MayDieInACall) {
     selectEverything();
     auto mortal = std::make_unique<Selection>(container);
-    Recorder before, after;
+    SelectionRecorder before, after;
     Actor killer([&](const HitRecord& part) {
         if (nameOf(part) == "a.key1") mortal.reset();
     });
@@ -294,7 +294,7 @@ TEST_F(SelectionTest, MayDieInACall) {
     mortal->clear();
     EXPECT_EQ(mortal, nullptr);
     EXPECT_THAT(namesOf(selection), IsEmpty());
-    for (const Recorder* r : {&before, &after}) {
+    for (const SelectionRecorder* r : {&before, &after}) {
         EXPECT_THAT(r->heard, testing::Contains("-a.out0"));
         EXPECT_THAT(r->heard, testing::Not(testing::Contains("-a.in2")));
         EXPECT_THAT(r->heard, testing::Not(testing::Contains("cleared")));

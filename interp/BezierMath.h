@@ -160,19 +160,11 @@ inline BezierPlace FindBezierPlace(double x, const BezierArgs& p) noexcept {
     return RepairBezierPlace(x, p, t);
 }
 
-// How far from a key, in x, a place still is that key: the library's tolerance, of a frame or of a span below a frame.
-// So a frame that was computed and rounded meets its key.
-inline double KeyTolerance(const BezierArgs& p) noexcept {
-    const double width = p.x3 - p.x0;
-    return width < 1.0 ? GetEpsilon() * width : GetEpsilon();
-}
-
 // The parameter in [0, 1] at which the curve reaches x, for control abscissae x0 to x3; 0 at and before the left key, 1
 // at and after the right one, NaN for NaN.
 inline BezierPlace SolveBezier(double x, const BezierArgs& p) noexcept {
-    const double tolerance = KeyTolerance(p);
-    if (!(x - p.x0 > tolerance)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
-    if (p.x3 - x <= tolerance) return {1.0, 0.0};
+    if (!(x > p.x0)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
+    if (x >= p.x3) return {1.0, 0.0};
     return FindBezierPlace(x, p);
 }
 inline double SolveBezierT(double x, double x0, double x1, double x2, double x3) noexcept {
@@ -194,12 +186,20 @@ inline double BezierY(const BezierPlace& at, const BezierArgs& p) noexcept {
     return base + ((3.0 * r * far + s * rise) * s + 3.0 * r * r * nearHandle) * s;
 }
 
+// The value y that was found at x, or the key's: a frame that was computed and rounded, 0.1 + 0.2, meets its key. Only
+// what cannot be told from the key's value is taken for it, as next to a vertical handle much happens in 1e-07 frames.
+inline double MeetKey(double x, double y, const BezierArgs& p) noexcept {
+    const bool atLeft = x - p.x0 <= GetEpsilon();
+    if (!atLeft && !(p.x3 - x <= GetEpsilon())) return y;
+    const double key = atLeft ? p.y0 : p.y3;
+    return std::abs(y - key) <= 1e-12 * std::abs(p.y3 - p.y0) ? key : y;
+}
+
 // The curve's value at x; the nearer key's at and beyond the keys; NaN for NaN.
 inline double EvalBezierY(double x, const BezierArgs& p) noexcept {
-    const double tolerance = KeyTolerance(p);
-    if (!(x - p.x0 > tolerance)) return std::isnan(x) ? x : p.y0;
-    if (p.x3 - x <= tolerance) return p.y3;
-    return BezierY(FindBezierPlace(x, p), p);
+    if (!(x > p.x0)) return std::isnan(x) ? x : p.y0;
+    if (x >= p.x3) return p.y3;
+    return MeetKey(x, BezierY(FindBezierPlace(x, p), p), p);
 }
 
 // The abscissa at a place.

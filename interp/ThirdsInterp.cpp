@@ -26,9 +26,8 @@ BezierArgs ArgsOf(const Segment& segment, const Heights& heights) noexcept {
 
 // The place at x, held between the keys. There is nothing to solve: t runs evenly.
 BezierPlace PlaceAt(double x, const BezierArgs& p) noexcept {
-    const double tolerance = KeyTolerance(p);
-    if (!(x - p.x0 > tolerance)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
-    if (p.x3 - x <= tolerance) return {1.0, 0.0};
+    if (!(x > p.x0)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
+    if (x >= p.x3) return {1.0, 0.0};
     const double width = p.x3 - p.x0;
     return {(x - p.x0) / width, (p.x3 - x) / width};
 }
@@ -45,7 +44,7 @@ ThirdsInterp::ThirdsInterp(const ThirdsInterp& other) = default;
 double ThirdsInterp::eval(double x, const Segment& segment) const {
     if (!HasBothKeys(segment)) return BezierInterpBase::eval(x, segment);
     const BezierArgs args = ArgsOf(segment, getHeights(segment));
-    return BezierY(PlaceAt(x, args), args);
+    return MeetKey(x, BezierY(PlaceAt(x, args), args), args);
 }
 
 void ThirdsInterp::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {

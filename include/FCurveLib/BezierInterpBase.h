@@ -15,9 +15,10 @@ inline namespace v19 {
 ///     (left key) P0      -----o P2
 ///
 /// Between the keys, value and derivatives are those of the exact curve: the parameter at x is found in closed form,
-/// checked, and repaired where the closed form is ill-conditioned. A place at, beyond or within 1e-07 frames of a key
-/// is that key (in a segment shorter than a frame, within 1e-07 of its span): the value is exactly the key's y there,
-/// also where a computed frame misses the key by its rounding. NaN gives NaN. Without both keys the curve is Constant.
+/// checked, and repaired where the closed form is ill-conditioned. A place at or beyond a key is that key: the value is
+/// exactly the key's y there. So it is where a computed frame misses the key by its rounding: within 1e-07 frames, as
+/// long as the exact value differs from the key's by at most 1e-12 of what y changes over the segment. NaN gives NaN.
+/// Without both keys the curve is Constant.
 ///
 /// Where the curve is vertical (|dx/dt| <= 1e-07), the first derivative is 9999999, or -9999999 if y falls; else where
 /// |dy/dt| <= 1e-07, it is 0.

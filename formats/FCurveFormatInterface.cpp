@@ -104,9 +104,8 @@ void FCurveFormatInterface::startSegment(const char* expression) {
 
 std::shared_ptr<Interpolator> FCurveFormatInterface::interpolatorOf(const char* expression) {
     constexpr std::size_t kLong = 64;
-    std::string text = expression;
-    if (text.size() <= kLong) return InterpolatorFactory::create(expression);
-    std::shared_ptr<Interpolator>& known = m_longFormulas[std::move(text)];
+    if (std::strlen(expression) <= kLong) return InterpolatorFactory::create(expression);
+    std::shared_ptr<Interpolator>& known = m_longFormulas[expression];
     if (!known) known = InterpolatorFactory::create(expression);
     return known;
 }

@@ -28,6 +28,11 @@ void Private::SampleBezier(const BezierArgs& p, double x0, double x1, int count,
 
 void Private::BezierRangeExtents(const BezierArgs& p, double x0, double x1, double& minY, double& maxY) noexcept {
     BezierExtents(SolveBezier(x0, p), SolveBezier(x1, p), p, minY, maxY);
+    // Evaluation beside a key meets the key.
+    for (const double y : {EvalBezierY(x0, p), EvalBezierY(x1, p)}) {
+        minY = std::min(minY, y);
+        maxY = std::max(maxY, y);
+    }
 }
 
 } // namespace v19

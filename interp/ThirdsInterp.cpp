@@ -3,6 +3,7 @@
 #include "interp/BezierSampling.h"
 #include "model/Access.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace VEM_FN::FCurveLib {
@@ -51,6 +52,12 @@ void ThirdsInterp::getRangeExtents(const Segment& segment, double x0, double x1,
     if (!HasBothKeys(segment)) return BezierInterpBase::getRangeExtents(segment, x0, x1, minY, maxY);
     const BezierArgs args = ArgsOf(segment, getHeights(segment));
     BezierExtents(PlaceAt(x0, args), PlaceAt(x1, args), args, minY, maxY);
+    // Evaluation beside a key meets the key.
+    for (const double x : {x0, x1}) {
+        const double y = MeetKey(x, BezierY(PlaceAt(x, args), args), args);
+        minY = std::min(minY, y);
+        maxY = std::max(maxY, y);
+    }
 }
 
 void ThirdsInterp::computePolyline(const Segment& segment, double x0, double x1, int count,

@@ -45,5 +45,21 @@ TEST(ThirdsInterp, FarFromTheOriginValuesKeepTheirBits) {
     }
 }
 
+TEST(ThirdsInterp, ExtentsHoldTheValueBesideAKeyAsBeziersDo) {
+    for (const char* kind : {"bezier()", "easein()", "easeout()"}) {
+        for (const double height : {1e3, -1e3}) {
+            const auto curve = MakeCurve({{0.3, 7, {}, Vector2D<double>(0.5, height / 3), kind}, {2.3, height}});
+            const Segment& segment = *curve->findSegment(1);
+            for (double x = 0.3; x < 0.3 + 1e-15; x = std::nextafter(x, 1)) {
+                double low = 0;
+                double high = 0;
+                segment.getInterpolator()->getRangeExtents(segment, x, 1, low, high);
+                EXPECT_LE(low, curve->eval(x)) << kind;
+                EXPECT_GE(high, curve->eval(x)) << kind;
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace Test

@@ -1,6 +1,7 @@
 #include "FCurveLib/Bezier.h"
 
 #include "interp/BezierSampling.h"
+#include "interp/ControlPoints.h"
 #include "interp/TwoPoints.h"
 #include "model/Access.h"
 
@@ -63,6 +64,10 @@ auto ByShape(const Segment& segment, const OnCurve& onCurve, const OnLine& onLin
 }
 
 } // namespace
+
+BezierArgs Private::HandleArgs(const Interpolator&, const Segment& segment) {
+    return ArgsOf(segment, *Access::leftKey(segment), *Access::rightKey(segment));
+}
 
 Bezier::Bezier() {
     setExpression("bezier()");

@@ -2,6 +2,7 @@
 
 #include "FCurveLib/Constant.h"
 #include "interp/BezierSampling.h"
+#include "interp/ControlPoints.h"
 #include "interp/TwoPoints.h"
 #include "model/Access.h"
 
@@ -20,25 +21,25 @@ bool HasBothKeys(const Segment& segment) noexcept {
     return Access::leftKey(segment) && Access::rightKey(segment);
 }
 
-BezierArgs ArgsOf(const BezierInterpBase& interpolator, const Segment& segment) {
+} // namespace
+
+BezierArgs Private::StatedArgs(const Interpolator& interpolator, const Segment& segment) {
     double x0 = 0.0, y0 = 0.0, x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0, x3 = 0.0, y3 = 0.0;
-    interpolator.getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
+    static_cast<const BezierInterpBase&>(interpolator).getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
     return BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
 }
-
-} // namespace
 
 BezierInterpBase::BezierInterpBase() = default;
 BezierInterpBase::BezierInterpBase(const BezierInterpBase& other) = default;
 
 double BezierInterpBase::eval(double x, const Segment& segment) const {
     if (!HasBothKeys(segment)) return Constant::evaluate(x, segment);
-    return Private::EvalBezierY(x, ArgsOf(*this, segment));
+    return Private::EvalBezierY(x, Private::StatedArgs(*this, segment));
 }
 
 void BezierInterpBase::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
     if (HasBothKeys(segment))
-        Private::BezierRangeExtents(ArgsOf(*this, segment), x0, x1, minY, maxY);
+        Private::BezierRangeExtents(Private::StatedArgs(*this, segment), x0, x1, minY, maxY);
     else
         minY = maxY = Constant::evaluate(x0, segment);
 }
@@ -46,7 +47,7 @@ void BezierInterpBase::getRangeExtents(const Segment& segment, double x0, double
 void BezierInterpBase::computePolyline(const Segment& segment, double x0, double x1, int count,
                                        std::vector<Vector2D<double>>& points) const {
     if (HasBothKeys(segment)) {
-        Private::SampleBezier(ArgsOf(*this, segment), x0, x1, count, points, Private::BezierY);
+        Private::SampleBezier(Private::StatedArgs(*this, segment), x0, x1, count, points, Private::BezierY);
     } else {
         const double y = Constant::evaluate(x0, segment);
         TwoPoints(points, x0, y, x1, y);
@@ -55,28 +56,28 @@ void BezierInterpBase::computePolyline(const Segment& segment, double x0, double
 
 double BezierInterpBase::getFirstDerivative(double x, const Segment& segment) const {
     if (!HasBothKeys(segment)) return 0.0;
-    const BezierArgs args = ArgsOf(*this, segment);
+    const BezierArgs args = Private::StatedArgs(*this, segment);
     return Private::BezierSlope(Private::SolveBezier(x, args), args);
 }
 
 void BezierInterpBase::firstDerivPolyline(const Segment& segment, double x0, double x1, int count,
                                           std::vector<Vector2D<double>>& points) const {
     if (HasBothKeys(segment))
-        Private::SampleBezier(ArgsOf(*this, segment), x0, x1, count, points, Private::BezierSlope);
+        Private::SampleBezier(Private::StatedArgs(*this, segment), x0, x1, count, points, Private::BezierSlope);
     else
         TwoPoints(points, x0, 0.0, x1, 0.0);
 }
 
 double BezierInterpBase::getSecondDerivative(double x, const Segment& segment) const {
     if (!HasBothKeys(segment)) return 0.0;
-    const BezierArgs args = ArgsOf(*this, segment);
+    const BezierArgs args = Private::StatedArgs(*this, segment);
     return Private::BezierSecond(Private::SolveBezier(x, args), args);
 }
 
 void BezierInterpBase::secondDerivPolyline(const Segment& segment, double x0, double x1, int count,
                                            std::vector<Vector2D<double>>& points) const {
     if (HasBothKeys(segment))
-        Private::SampleBezier(ArgsOf(*this, segment), x0, x1, count, points, Private::BezierSecond);
+        Private::SampleBezier(Private::StatedArgs(*this, segment), x0, x1, count, points, Private::BezierSecond);
     else
         TwoPoints(points, x0, 0.0, x1, 0.0);
 }

@@ -4,6 +4,7 @@
 #include "FCurveLib/NumberInterp.h"
 #include "interp/Formula.h"
 #include "interp/FormulaTokenizer.h"
+#include "interp/Kinds.h"
 
 #include <cmath>
 #include <cstddef>
@@ -291,8 +292,8 @@ private:
     }
 
     Operand leaf(const std::shared_ptr<Interpolator>& made) {
-        if (const auto* const number = dynamic_cast<const NumberInterp*>(made.get()))
-            return {Operand::Number, number->getNumber()};
+        if (KindOf(*made).kind == Kind::Number)
+            return {Operand::Number, static_cast<const NumberInterp&>(*made).getNumber()};
         append(m_program, {m_busy ? Code::PushLeaf : Code::LoadLeaf, m_program.addLeaf(made)});
         return {Operand::Result};
     }

@@ -1,22 +1,9 @@
 #include "FCurveLib/InterpolatorFactory.h"
 
-#include "FCurveLib/Bezier.h"
-#include "FCurveLib/Constant.h"
-#include "FCurveLib/ConstantNext.h"
-#include "FCurveLib/Cycle.h"
-#include "FCurveLib/CycleOffset.h"
-#include "FCurveLib/Ease.h"
-#include "FCurveLib/EaseIn.h"
-#include "FCurveLib/EaseOut.h"
-#include "FCurveLib/Linear.h"
-#include "FCurveLib/Match.h"
-#include "FCurveLib/MatchIn.h"
-#include "FCurveLib/MatchOut.h"
-#include "FCurveLib/Mirror.h"
 #include "FCurveLib/NumberInterp.h"
-#include "FCurveLib/Spline.h"
 #include "FCurveLib/UnknownExpression.h"
 #include "interp/DefaultParser.h"
+#include "interp/Kinds.h"
 
 #include <atomic>
 #include <charconv>
@@ -32,22 +19,12 @@ namespace {
 
 using Registry = std::map<std::string, std::shared_ptr<Interpolator>, std::less<>>;
 
-// Every built-in kind; its expression is its key.
-constexpr std::shared_ptr<Interpolator> (*builtInKinds[])() = {
-    &Bezier::create,  &Constant::create, &ConstantNext::create, &Cycle::create,  &CycleOffset::create,
-    &Ease::create,    &EaseIn::create,   &EaseOut::create,      &Linear::create, &Match::create,
-    &MatchIn::create, &MatchOut::create, &Mirror::create,       &Spline::create,
-};
-
 const Registry& GetRegistry() {
     // Deliberate: never destroyed, so that a host's static objects may create interpolators while the process ends.
     static const Registry& registry = *[] {
         auto filled = std::make_unique<Registry>();
-        for (const auto create : builtInKinds) {
-            std::shared_ptr<Interpolator> prototype = create();
-            const std::string text = prototype->getExpression();
-            filled->emplace(text, std::move(prototype));
-        }
+        for (const Private::KindRow& row : Private::AllKinds())
+            if (row.create) filled->emplace(row.expression, row.create());
         return filled.release();
     }();
     return registry;

@@ -15,8 +15,12 @@
 #include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/Spline.h"
 #include "FCurveLib/UnknownExpression.h"
+#include "interp/ControlPoints.h"
 #include "interp/Formula.h"
+#include "model/Access.h"
 
+#include <cstddef>
+#include <iterator>
 #include <typeinfo>
 
 namespace VEM_FN::FCurveLib {
@@ -24,35 +28,120 @@ inline namespace v19 {
 
 namespace Private {
 
-Kind KindOf(const Interpolator& interpolator) noexcept {
-    static constexpr struct {
-        const std::type_info* type;
-        Kind kind;
-    } kinds[] = {
-        {&typeid(Bezier), Kind::Local},
-        {&typeid(Linear), Kind::Local},
-        {&typeid(Constant), Kind::Local},
-        {&typeid(Match), Kind::Match},
-        {&typeid(Formula), Kind::Formula},
-        {&typeid(Cycle), Kind::Cycle},
-        {&typeid(Spline), Kind::Local},
-        {&typeid(Ease), Kind::Local},
-        {&typeid(EaseIn), Kind::Local},
-        {&typeid(EaseOut), Kind::Local},
-        {&typeid(MatchIn), Kind::MatchIn},
-        {&typeid(MatchOut), Kind::MatchOut},
-        {&typeid(CycleOffset), Kind::CycleOffset},
-        {&typeid(Mirror), Kind::Mirror},
-        {&typeid(ConstantNext), Kind::Local},
-        {&typeid(NumberInterp), Kind::Local},
-        {&typeid(UnknownExpression), Kind::Local},
-    };
-    // Deliberate: by address, which is much faster than by name. Only the library makes objects of these classes, so
-    // they all carry the library's own type_info; one that did not would pass for a host's, which is safe.
+namespace {
+
+constexpr Reads bothKeys = readsLeftKey | readsRightKey;
+constexpr Reads andNext = bothKeys | readsNextKeys;
+constexpr Reads andBeside = bothKeys | readsNeighbours;
+constexpr Reads leftOrAll = readsLeftKey | readsCurve;
+
+// clang-format off
+constexpr KindRow rows[] = {
+// kind                expression         create                 reversed            image           reads                     shape              beyond           left half           right half          args
+{Kind::Constant,     "constant()",      &Constant::create,     Kind::ConstantNext, Image::Same,    readsLeftKey,             Shape::LeftValue,  Beyond::Flat,    Kind::Constant,     Kind::Constant,     nullptr},
+{Kind::ConstantNext, "constant_next()", &ConstantNext::create, Kind::Constant,     Image::Same,    readsRightKey,            Shape::RightValue, Beyond::Flat,    Kind::ConstantNext, Kind::ConstantNext, nullptr},
+{Kind::Linear,       "linear()",        &Linear::create,       Kind::Linear,       Image::Same,    bothKeys,                 Shape::Line,       Beyond::Flat,    Kind::Linear,       Kind::Linear,       nullptr},
+{Kind::Bezier,       "bezier()",        &Bezier::create,       Kind::Bezier,       Image::Same,    bothKeys | readsTangents, Shape::Bezier,     Beyond::Handle,  Kind::Bezier,       Kind::Bezier,       &HandleArgs},
+{Kind::Spline,       "spline()",        &Spline::create,       Kind::Spline,       Image::Same,    andNext,                  Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
+{Kind::Ease,         "ease()",          &Ease::create,         Kind::Ease,         Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
+{Kind::EaseIn,       "easein()",        &EaseIn::create,       Kind::EaseOut,      Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
+{Kind::EaseOut,      "easeout()",       &EaseOut::create,      Kind::EaseIn,       Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
+{Kind::Match,        "match()",         &Match::create,        Kind::Match,        Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::Match,        Kind::Match,        &ThirdsArgs},
+{Kind::MatchIn,      "matchin()",       &MatchIn::create,      Kind::MatchOut,     Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::Match,        Kind::MatchIn,      &ThirdsArgs},
+{Kind::MatchOut,     "matchout()",      &MatchOut::create,     Kind::MatchIn,      Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::MatchOut,     Kind::Match,        &ThirdsArgs},
+{Kind::Cycle,        "cycle()",         &Cycle::create,        Kind::ConstantNext, Image::Same,    leftOrAll,                Shape::LeftValue,  Beyond::Repeats, Kind::Cycle,        Kind::Cycle,        nullptr},
+{Kind::CycleOffset,  "cycle_offset()",  &CycleOffset::create,  Kind::ConstantNext, Image::Same,    leftOrAll,                Shape::LeftValue,  Beyond::Repeats, Kind::CycleOffset,  Kind::CycleOffset,  nullptr},
+{Kind::Mirror,       "mirror()",        &Mirror::create,       Kind::ConstantNext, Image::Same,    leftOrAll,                Shape::LeftValue,  Beyond::Repeats, Kind::Mirror,       Kind::Mirror,       nullptr},
+{Kind::Formula,      "",                nullptr,               Kind::Formula,      Image::Text,    readsAnything,            Shape::Free,       Beyond::Free,    Kind::Formula,      Kind::Formula,      nullptr},
+{Kind::Number,       "",                nullptr,               Kind::Number,       Image::Number,  0,                        Shape::Number,     Beyond::Flat,    Kind::Number,       Kind::Number,       nullptr},
+{Kind::Unknown,      "",                nullptr,               Kind::Unknown,      Image::Compare, 0,                        Shape::Number,     Beyond::Flat,    Kind::Unknown,      Kind::Unknown,      nullptr},
+{Kind::HostBezier,   "",                nullptr,               Kind::HostBezier,   Image::Compare, readsAnything,            Shape::Bezier,     Beyond::Free,    Kind::HostBezier,   Kind::HostBezier,   &StatedArgs},
+{Kind::Host,         "",                nullptr,               Kind::Host,         Image::Compare, readsAnything,            Shape::Free,       Beyond::Free,    Kind::Host,         Kind::Host,         nullptr},
+{Kind::Absent,       "",                nullptr,               Kind::Absent,       Image::Number,  0,                        Shape::Number,     Beyond::Flat,    Kind::Absent,       Kind::Absent,       nullptr},
+};
+// clang-format on
+
+constexpr bool IsInOrder() noexcept {
+    for (std::size_t i = 0; i < std::size(rows); ++i)
+        if (rows[i].kind != static_cast<Kind>(i)) return false;
+    return std::size(rows) == static_cast<std::size_t>(Kind::Absent) + 1;
+}
+static_assert(IsInOrder());
+
+// The classes of the library's kinds, in the rows' order. They are found by the address of their type_info, which is
+// much faster than by name. Deliberate: only the library makes objects of these classes, so they all carry its own
+// type_info; one that did not would pass for a host's, which is safe.
+constexpr const std::type_info* types[] = {
+    &typeid(Constant),
+    &typeid(ConstantNext),
+    &typeid(Linear),
+    &typeid(Bezier),
+    &typeid(Spline),
+    &typeid(Ease),
+    &typeid(EaseIn),
+    &typeid(EaseOut),
+    &typeid(Match),
+    &typeid(MatchIn),
+    &typeid(MatchOut),
+    &typeid(Cycle),
+    &typeid(CycleOffset),
+    &typeid(Mirror),
+    &typeid(Formula),
+    &typeid(NumberInterp),
+    &typeid(UnknownExpression),
+};
+static_assert(std::size(types) == static_cast<std::size_t>(Kind::HostBezier));
+
+} // namespace
+
+std::string_view KindRow::name() const noexcept {
+    const std::string_view text(expression);
+    return text.substr(0, text.find('('));
+}
+
+KindTable AllKinds() noexcept {
+    return {std::begin(rows), std::end(rows)};
+}
+
+const KindRow& RowOf(Kind kind) noexcept {
+    return rows[static_cast<std::size_t>(kind)];
+}
+
+const KindRow& KindOf(const Interpolator& interpolator) noexcept {
     const std::type_info* const type = &typeid(interpolator);
-    for (const auto& known : kinds)
-        if (known.type == type) return known.kind;
-    return Kind::Host;
+    for (std::size_t i = 0; i < std::size(types); ++i)
+        if (types[i] == type) return rows[i];
+    return RowOf(dynamic_cast<const BezierInterpBase*>(&interpolator) ? Kind::HostBezier : Kind::Host);
+}
+const KindRow& KindOf(const Interpolator* interpolator) noexcept {
+    return interpolator ? KindOf(*interpolator) : RowOf(Kind::Absent);
+}
+const KindRow& KindOf(const Segment& segment) noexcept {
+    return KindOf(Access::interpolator(segment));
+}
+
+const KindRow* FindKind(std::string_view name) noexcept {
+    if (name.empty()) return nullptr;
+    for (const KindRow& row : rows)
+        if (row.name() == name) return &row;
+    return nullptr;
+}
+
+Reads ReadsOf(const Interpolator* interpolator, const Segment& segment) noexcept {
+    const KindRow& row = KindOf(interpolator);
+    if (row.kind == Kind::Formula) {
+        Reads reads = 0;
+        for (const auto& leaf : static_cast<const Formula*>(interpolator)->program().leaves())
+            reads |= ReadsOf(leaf.get(), segment);
+        return reads;
+    }
+    if (row.isHost() || row.reads == 0) return row.reads;
+    const bool left = Access::leftKey(segment) != nullptr;
+    const bool right = Access::rightKey(segment) != nullptr;
+    if (left && right) return row.reads & ~readsCurve;
+    if (row.repeats() && left != right) return bothKeys | readsCurve;
+    const Reads own = (left ? readsLeftKey : 0) | (right ? readsRightKey : 0);
+    return own | (row.reads & (readsTangents | readsNeighbours));
 }
 
 } // namespace Private

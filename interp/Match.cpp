@@ -81,7 +81,7 @@ double Isolated(Quantity quantity, const Interpolator& interpolator, const Segme
 // Whether an open segment takes the quantity from the curve's other end.
 bool Wraps(Quantity quantity, const Interpolator* interpolator) noexcept {
     if (!interpolator) return false;
-    switch (Private::KindOf(*interpolator)) {
+    switch (Private::KindOf(*interpolator).kind) {
     case Kind::Cycle:
         return true;
     case Kind::CycleOffset:
@@ -97,20 +97,7 @@ bool Wraps(Quantity quantity, const Interpolator* interpolator) noexcept {
 
 // Whether the interpolator can be asked on this segment without asking a match back.
 bool IsSafe(const Interpolator& interpolator, const Segment& segment) noexcept {
-    switch (Private::KindOf(interpolator)) {
-    case Kind::Local:
-        return true;
-    case Kind::Cycle:
-    case Kind::CycleOffset:
-    case Kind::Mirror:
-        return !IsOpen(segment); // constant there
-    case Kind::Formula: {
-        const auto& leaves = static_cast<const Private::Formula&>(interpolator).program().leaves();
-        return std::all_of(leaves.begin(), leaves.end(), [&](const auto& leaf) { return IsSafe(*leaf, segment); });
-    }
-    default:
-        return false;
-    }
+    return !(Private::ReadsOf(&interpolator, segment) & (Private::readsNeighbours | Private::readsCurve));
 }
 
 double Contribution(Quantity quantity, const Interpolator& interpolator, const Segment& neighbour, const Keyframe& key,
@@ -130,12 +117,12 @@ double AcrossCycle(Quantity quantity, Kind cycle, const Segment& open, const Key
     const Segment& farSegment = *Beside(far, side);
     const Interpolator* const interpolator = Access::interpolator(farSegment);
     if (!interpolator) return 0.0;
-    const Kind kind = Private::KindOf(*interpolator);
-    if (!Private::IsMatch(kind)) return Contribution(quantity, *interpolator, farSegment, far, side);
+    const Private::KindRow& farKind = Private::KindOf(*interpolator);
+    if (!farKind.isMatch()) return Contribution(quantity, *interpolator, farSegment, far, side);
 
     // That end is a match's, too, and depends on the other open segment. If both lead to the other end, the left one is
     // decided here and the right one follows it, as a period is taken from its start.
-    if (quantity == Quantity::Slope && IsFlatEnd(kind, side)) return 0.0;
+    if (quantity == Quantity::Slope && IsFlatEnd(farKind.kind, side)) return 0.0;
     if (side == Side::Left && Wraps(quantity, Access::interpolator(trailing))) {
         if (quantity == Quantity::Value) return key.getY();
         return ChordSlope(*Access::leftKey(farSegment), last, first, *Access::rightKey(*Access::rightSegment(first)));
@@ -155,24 +142,18 @@ double InFormula(Quantity quantity, const Private::Formula& formula, const Segme
 double Contribution(Quantity quantity, const Interpolator& interpolator, const Segment& neighbour, const Keyframe& key,
                     Side side) {
     if (IsSafe(interpolator, neighbour)) return Own(quantity, key.getX(), interpolator, neighbour);
-    const Kind kind = Private::KindOf(interpolator);
-    switch (kind) {
-    case Kind::Match:
-    case Kind::MatchIn:
-    case Kind::MatchOut:
-        return BesideMatch(quantity, kind, key, side);
+    const Private::KindRow& row = Private::KindOf(interpolator);
+    if (row.isMatch()) return BesideMatch(quantity, row.kind, key, side);
+    if (row.isHost()) return Isolated(quantity, interpolator, neighbour, key.getX());
+    switch (row.kind) {
     case Kind::Cycle:
     case Kind::CycleOffset:
-        return AcrossCycle(quantity, kind, neighbour, key, side);
+        return AcrossCycle(quantity, row.kind, neighbour, key, side);
     case Kind::Formula:
         return InFormula(quantity, static_cast<const Private::Formula&>(interpolator), neighbour, key, side);
-    case Kind::Host:
-        return Isolated(quantity, interpolator, neighbour, key.getX());
-    case Kind::Mirror:
-    case Kind::Local:
-        break;
+    default: // Mirror
+        return FlatAt(quantity, key);
     }
-    return FlatAt(quantity, key);
 }
 
 // The value or the slope at a match segment's end. Precondition: it has a key there.

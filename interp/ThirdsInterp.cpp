@@ -1,6 +1,7 @@
 #include "FCurveLib/ThirdsInterp.h"
 
 #include "interp/BezierSampling.h"
+#include "interp/ControlPoints.h"
 #include "model/Access.h"
 
 #include <algorithm>
@@ -35,8 +36,8 @@ BezierPlace PlaceAt(double x, const BezierArgs& p) noexcept {
 
 } // namespace
 
-BezierArgs ExactArgsOf(const ThirdsInterp& interpolator, const Segment& segment) {
-    return ArgsOf(segment, interpolator.getHeights(segment));
+BezierArgs ThirdsArgs(const Interpolator& thirds, const Segment& segment) {
+    return ArgsOf(segment, static_cast<const ThirdsInterp&>(thirds).getHeights(segment));
 }
 
 ThirdsInterp::ThirdsInterp() = default;

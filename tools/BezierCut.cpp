@@ -1,13 +1,11 @@
 #include "tools/BezierCut.h"
 
-#include "FCurveLib/Bezier.h"
-#include "FCurveLib/BezierInterpBase.h"
-#include "FCurveLib/ThirdsInterp.h"
+#include "FCurveLib/Interpolator.h"
+#include "interp/Kinds.h"
 #include "model/Access.h"
 
 #include <algorithm>
 #include <cmath>
-#include <typeinfo>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -15,19 +13,7 @@ namespace Private {
 
 BezierArgs BezierArgsOf(const Segment& segment) {
     const Interpolator& interpolator = *Access::interpolator(segment);
-    if (typeid(interpolator) == typeid(Bezier)) {
-        const Vector2D<double>& left = Access::leftKey(segment)->get();
-        const Vector2D<double>& right = Access::rightKey(segment)->get();
-        const Vector2D<double>& out = Access::outTangent(segment)->get();
-        const Vector2D<double>& in = Access::inTangent(segment)->get();
-        BezierArgs args{left.x, left.y, right.x, right.y, out.x, out.y, in.x, in.y};
-        MakeBezierMonotonic(args);
-        return args;
-    }
-    if (const auto* thirds = dynamic_cast<const ThirdsInterp*>(&interpolator)) return ExactArgsOf(*thirds, segment);
-    double x0 = 0.0, y0 = 0.0, x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0, x3 = 0.0, y3 = 0.0;
-    static_cast<const BezierInterpBase&>(interpolator).getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
-    return BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+    return KindOf(interpolator).args(interpolator, segment);
 }
 
 namespace {
@@ -81,7 +67,7 @@ BezierCut CutBezierArgs(const BezierArgs& p, double x) {
 
 std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x) {
     const Interpolator* interpolator = Access::interpolator(segment);
-    if (!interpolator || typeid(*interpolator) != typeid(Bezier)) return std::nullopt;
+    if (KindOf(interpolator).kind != Kind::Bezier) return std::nullopt;
     const Keyframe* left = Access::leftKey(segment);
     const Keyframe* right = Access::rightKey(segment);
     if (left && right) return CutBezierArgs(BezierArgsOf(segment), x);

@@ -41,7 +41,7 @@ protected:
 
 private:
     /// The control points with all their digits, which getBezierArgs loses far from 0.
-    friend BezierArgs ExactArgsOf(const ThirdsInterp& interpolator, const Segment& segment);
+    friend BezierArgs ThirdsArgs(const Interpolator& thirds, const Segment& segment);
 
     /// Precondition: the segment has both keys.
     virtual Heights getHeights(const Segment& segment) const = 0;

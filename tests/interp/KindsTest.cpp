@@ -1,0 +1,189 @@
+// The table of kinds, an internal header: what each row says is what the kind does. A new row is tested with the
+// others.
+
+#include "support/Basics.h"
+#include "support/Museum.h"
+
+#include "interp/BezierMath.h"
+#include "interp/Kinds.h"
+
+namespace Test {
+namespace {
+
+using namespace Private;
+
+// Six keys; the kind is between the third and the fourth and at both ends, all else is bezier().
+std::shared_ptr<FCurve> Around(const std::shared_ptr<Interpolator>& interpolator) {
+    const auto curve = MakeCurve({{13, 2, {}, Vector2D<double>(1, 2)},
+                                  {15, -1, Vector2D<double>(-0.5, 1), Vector2D<double>(1, -1)},
+                                  {19, 4, Vector2D<double>(-1, 2), Vector2D<double>(2, 3)},
+                                  {23, 1, Vector2D<double>(-1.5, -2), Vector2D<double>(1, 1)},
+                                  {25, 6, Vector2D<double>(-0.5, 1), Vector2D<double>(1, 0.5)},
+                                  {28, 3, Vector2D<double>(-1, 1), Vector2D<double>(1, -2)}});
+    for (const double x : {0.0, 20.0, 40.0}) curve->findSegment(x)->setInterpolator(interpolator);
+    return curve;
+}
+Keyframe& KeyAt(FCurve& curve, double x) {
+    return *curve.findSegment(x)->getLeftKey();
+}
+
+Points Sampled(const FCurve& curve, double x0, double x1) {
+    Points points;
+    for (int i = 1; i < 40; ++i) {
+        const double x = x0 + (x1 - x0) * i / 40.1;
+        points.emplace_back(x, curve.eval(x));
+    }
+    return points;
+}
+
+class EveryKind : public testing::TestWithParam<KindRow> {
+protected:
+    const KindRow& row = GetParam();
+    const std::shared_ptr<Interpolator> interpolator = row.create();
+    const std::shared_ptr<FCurve> curve = Around(interpolator);
+};
+
+TEST_P(EveryKind, IsFoundByObjectNameAndSegment) {
+    EXPECT_EQ(&KindOf(*interpolator), &RowOf(row.kind));
+    EXPECT_EQ(&KindOf(*interpolator->clone()), &RowOf(row.kind));
+    EXPECT_EQ(&KindOf(*curve->findSegment(20)), &RowOf(row.kind));
+    EXPECT_EQ(FindKind(row.name()), &RowOf(row.kind));
+    EXPECT_STREQ(interpolator->getExpression(), row.expression);
+    EXPECT_EQ(&KindOf(*InterpolatorFactory::create(row.expression)), &RowOf(row.kind));
+}
+
+TEST_P(EveryKind, HasTheShapeOfItsRow) {
+    const Segment& segment = *curve->findSegment(20);
+    for (const auto& point : Sampled(*curve, 19, 23)) {
+        const double expected = row.shape == Shape::LeftValue    ? 4.0
+                                : row.shape == Shape::RightValue ? 1.0
+                                : row.shape == Shape::Line       ? 4.0 - 0.75 * (point.x - 19)
+                                                           : EvalBezierY(point.x, row.args(*interpolator, segment));
+        EXPECT_NEAR(point.y, expected, 1e-14);
+    }
+    EXPECT_EQ(row.isBezier(), dynamic_cast<const BezierInterpBase*>(interpolator.get()) != nullptr);
+    const bool flat = curve->eval(29) == curve->eval(38.3) && curve->eval(12) == curve->eval(3.3);
+    EXPECT_EQ(row.beyond == Beyond::Flat, flat);
+    EXPECT_EQ(row.beyond == Beyond::Handle, !flat && std::abs(GetSecondDerivative(*curve, 30.1)) < 1e-9);
+}
+
+// Changes one thing after the other, and looks whether values change.
+TEST_P(EveryKind, ReadsWhatItsRowSays) {
+    const struct {
+        const char* what;
+        void (*change)(FCurve& curve);
+        Reads between; // any of these says that values between 19 and 23 change
+        Reads after;   // the same after the last key
+    } rows[] = {
+        {"key 19", [](FCurve& c) { KeyAt(c, 19).setY(5); }, readsLeftKey, readsCurve},
+        {"key 23", [](FCurve& c) { KeyAt(c, 23).setY(5); }, readsRightKey, readsCurve},
+        {"tangent", [](FCurve& c) { c.findSegment(20)->getOutTangent()->set(1, 1); }, readsTangents, 0},
+        {"key 15", [](FCurve& c) { KeyAt(c, 15).setY(7); }, readsNextKeys, readsCurve},
+        {"key 25", [](FCurve& c) { KeyAt(c, 25).setY(7); }, readsNextKeys, readsCurve},
+        {"neighbours",
+         [](FCurve& c) {
+             c.findSegment(16)->getInTangent()->set(-1, 5);
+             c.findSegment(24)->getOutTangent()->set(0.5, 4);
+         },
+         readsNeighbours, readsCurve},
+        {"key 28", [](FCurve& c) { KeyAt(c, 28).setY(7); }, readsCurve, readsLeftKey},
+        {"last segment", [](FCurve& c) { c.findSegment(27)->setInterpolator(InterpolatorFactory::create("7")); },
+         readsCurve, readsNeighbours | readsCurve},
+        {"last tangent", [](FCurve& c) { c.findSegment(40)->getOutTangent()->set(1, 1); }, 0, readsTangents},
+        {"first tangent", [](FCurve& c) { c.findSegment(0)->getInTangent()->set(-1, 1); }, 0, 0},
+    };
+    const Reads between = ReadsOf(interpolator.get(), *curve->findSegment(20));
+    const Reads after = ReadsOf(interpolator.get(), *curve->findSegment(40));
+    EXPECT_EQ(between, row.reads & ~readsCurve);
+    for (const auto& change : rows) {
+        SCOPED_TRACE(change.what);
+        const auto changed = FCurve::createCopy(*curve);
+        change.change(*changed);
+        EXPECT_EQ((between & change.between) != 0, Sampled(*changed, 19, 23) != Sampled(*curve, 19, 23));
+        EXPECT_EQ((after & change.after) != 0, Sampled(*changed, 28, 47) != Sampled(*curve, 28, 47));
+    }
+}
+
+TEST_P(EveryKind, RunsBackwardsAsItsReversedKind) {
+    const auto reversed = FCurve::create();
+    for (auto it = std::prev(curve->end()); it->getLeftKey(); --it) {
+        const auto key = it->getLeftKey();
+        reversed->insertSegment(*Keyframe::create(-key->getX(), key->getY()), Bezier::create());
+    }
+    for (Segment& segment : *reversed) {
+        const auto left = segment.getLeftKey();
+        const auto right = segment.getRightKey();
+        const Segment& from = *curve->findSegment(left && right ? -0.5 * (left->getX() + right->getX())
+                                                  : left        ? 0
+                                                                : 40);
+        if (KindOf(from).kind == row.kind)
+            segment.setInterpolator(left && right ? RowOf(row.reversed).create() : interpolator);
+        const auto turn = [](Tangent& to, const Tangent& handle) {
+            to.setWeighted(true);
+            to.set(-handle.getX(), handle.getY());
+        };
+        turn(*segment.getInTangent(), *from.getOutTangent());
+        turn(*segment.getOutTangent(), *from.getInTangent());
+    }
+    for (const auto& point : Sampled(*curve, 3, 38)) EXPECT_NEAR(reversed->eval(-point.x), point.y, 1e-12) << point.x;
+}
+
+TEST_P(EveryKind, KeepsTheShapeInItsHalves) {
+    if (!row.isStraight()) return;
+    const auto cut = FCurve::createCopy(*curve);
+    cut->insertSegment(*Keyframe::create(20.5, curve->eval(20.5)), RowOf(row.rightHalf).create());
+    cut->findSegment(20)->setInterpolator(RowOf(row.leftHalf).create());
+    for (const auto& point : Sampled(*curve, 19, 23)) EXPECT_NEAR(cut->eval(point.x), point.y, 1e-14) << point.x;
+}
+
+const auto named = [] {
+    std::vector<KindRow> rows;
+    for (const KindRow& row : AllKinds())
+        if (row.create) rows.push_back(row);
+    return rows;
+}();
+INSTANTIATE_TEST_SUITE_P(Table, EveryKind, testing::ValuesIn(named),
+                         [](const auto& kind) { return std::string(kind.param.name()); });
+
+TEST(Kinds, WithoutNameAreTold) {
+    class HostKind : public Interpolator {
+        double eval(double x, const Segment&) const override { return x; }
+        std::shared_ptr<Interpolator> clone() override { return std::make_shared<HostKind>(); }
+    };
+    class HostBezier : public BezierInterpBase {
+        std::shared_ptr<Interpolator> clone() override { return std::make_shared<HostBezier>(); }
+        void getBezierArgs(const Segment&, double& x0, double& y0, double& x1, double& y1, double& x2, double& y2,
+                           double& x3, double& y3) const override {
+            x0 = 10, y0 = 1, x1 = 11, y1 = 3, x2 = 12, y2 = 4, x3 = 14, y3 = 2;
+        }
+    };
+    const auto bezier = std::make_shared<HostBezier>();
+    const auto curve = Around(bezier);
+    const Segment& segment = *curve->findSegment(20);
+    EXPECT_EQ(KindOf(segment).kind, Kind::HostBezier);
+    EXPECT_EQ(EvalBezierY(12, KindOf(segment).args(*bezier, segment)), bezier->BezierInterpBase::eval(12, segment));
+    EXPECT_EQ(KindOf(HostKind()).kind, Kind::Host);
+    EXPECT_EQ(KindOf(static_cast<const Interpolator*>(nullptr)).kind, Kind::Absent);
+    EXPECT_EQ(FindKind(""), nullptr);
+    EXPECT_EQ(FindKind("cycle()"), nullptr);
+
+    const struct {
+        const char* text;
+        Kind kind;
+        Reads between, after;
+    } rows[] = {
+        {"7", Kind::Number, 0, 0},
+        {"(((", Kind::Unknown, 0, 0},
+        {"x", Kind::Formula, 0, 0},
+        {"cycle() + x", Kind::Formula, readsLeftKey, readsLeftKey | readsRightKey | readsCurve},
+    };
+    for (const auto& row : rows) {
+        const auto made = InterpolatorFactory::create(row.text);
+        EXPECT_EQ(KindOf(*made).kind, row.kind) << row.text;
+        EXPECT_EQ(ReadsOf(made.get(), segment), row.between) << row.text;
+        EXPECT_EQ(ReadsOf(made.get(), *curve->findSegment(40)), row.after) << row.text;
+    }
+}
+
+} // namespace
+} // namespace Test

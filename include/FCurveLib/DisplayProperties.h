@@ -7,22 +7,29 @@ namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 /// \file
-/// What an editor remembers of a curve's display, kept in the curve's own properties so that it travels with the curve
-/// through copies and files.
+/// What an editor remembers of a curve's display, kept in the curve's own properties, so that it travels with the curve
+/// through copies, and what the display looks like through files, too.
 ///
-/// | key             | meaning                                     | stored                         | absent         |
-/// |-----------------|---------------------------------------------|--------------------------------|----------------|
-/// | "fc_sel"        | selected (any part)                         | "1"                            | not selected   |
-/// | "fc_vis"        | the curve is hidden                         | "1"                            | visible        |
-/// | "fc_edit"       | the curve cannot be edited                  | "1"                            | editable       |
-/// | "fc_lock"       | the curve, or key, is locked                | "1"                            | unlocked       |
-/// | "fc_vel"        | the first derivative is displayed           | "1"                            | off            |
-/// | "fc_acc"        | the second derivative is displayed          | "1"                            | off            |
-/// | "fc_disc"       | discontinuities are displayed               | "1"                            | off            |
-/// | "fc_grid"       | grid: x, y, width, height                   | four numbers, a space between  | no grid        |
-/// | "fc_scal"       | scale of the displayed tangent handles      | one number                     | 1              |
-/// | "fc_tnm"        | reserved                                    | -                              | -              |
-/// | "fc_isUnified"  | the key's tangents are unified, in files    | "1"                            | -              |
+/// | key             | meaning                                   | stored                        | absent       | files
+/// |
+/// |-----------------|-------------------------------------------|-------------------------------|--------------|-------|
+/// | "fc_sel"        | selected (any part)                       | "1"                           | not selected | no |
+/// | "fc_vis"        | the curve is hidden                       | "1"                           | visible      | yes |
+/// | "fc_edit"       | the curve cannot be edited                | "1"                           | editable     | no |
+/// | "fc_lock"       | the curve, or key, is locked              | "1"                           | unlocked     | yes |
+/// | "fc_vel"        | the first derivative is displayed         | "1"                           | off          | yes |
+/// | "fc_acc"        | the second derivative is displayed        | "1"                           | off          | yes |
+/// | "fc_disc"       | discontinuities are displayed             | "1"                           | off          | yes |
+/// | "fc_grid"       | grid: x, y, width, height                 | four numbers, a space between | no grid      | yes |
+/// | "fc_scal"       | scale of the displayed tangent handles    | one number                    | 1            | yes |
+/// | "fc_tnm"        | reserved                                  | -                             | -            | no |
+/// | "fc_isUnified"  | the key's tangents are unified            | "1"                           | -            | flag
+/// |
+///
+/// Files keep what says "yes" in the formats that have display settings (docs/formats/README.md), each as a setting of
+/// its own; a key's lock likewise. Selection, editability and all other properties that begin with "fc_" stay out of
+/// files: what was saved comes back editable and not selected. "fc_isUnified" is understood where a file has it as a
+/// key's property; the library itself keeps Keyframe::isTangentsUnified() and writes that.
 ///
 /// "fc_vis" and "fc_edit" deliberately store the exception, so that a curve without properties is visible and editable.
 /// Any text but the empty one counts as set.
@@ -64,13 +71,13 @@ FCURVELIB_API void RemoveGridSettings(FCurve& curve);
 /// \name Scale of the displayed tangent handles
 /// @{
 
-/// 1 when none is stored, 0 when the stored text is no number.
+/// 1 when none is stored, 0 when the stored text is not a number.
 FCURVELIB_API double GetTangentScale(const FCurve& curve);
 /// A scale of exactly 1 is never stored: it erases the property. A non-finite one is ignored.
 FCURVELIB_API void SetTangentScale(FCurve& curve, double scale);
 /// @}
 
-/// Whether a property key belongs to the editor: begins with "fc_". False for null.
+/// Whether a property key belongs to the editor: starts with "fc_". False for null.
 FCURVELIB_API bool IsEditorKeyString(const char* key) noexcept;
 
 } // namespace v19

@@ -90,11 +90,12 @@ public:
     /// Adds a key with the given key's position, breakdown and unified flags and properties, and a segment from it to
     /// the next key with the given interpolator (which may be empty). Returns the new segment's position.
     ///
-    /// The segment that held x keeps its interpolator and now ends at the new key. Every other key keeps its tangents;
-    /// the new key's are new ones, except that a key added after the last one takes over the trailing segment's in
-    /// tangent. Where the curve has a key at exactly that x, nothing is inserted or changed and that key's position is
-    /// returned. Keys may be inserted closer than Keyframe::getMinSeparation() to others. Tells segmentAdded, then of
-    /// each neighbouring tangent that changed. Logarithmic for any order of insertion.
+    /// The segment that held x keeps its interpolator and now ends at the new key. Every other key keeps its tangents,
+    /// and the new key's are new ones. The trailing segment's in tangent, which stands at no key, stays at the end of
+    /// the curve when a key is added after the last one, and the leading segment's out tangent at its start. Where the
+    /// curve has a key at exactly that x, nothing is inserted or changed and that key's position is returned. Keys may
+    /// be inserted closer than Keyframe::getMinSeparation() to others. Tells segmentAdded, then of each neighbouring
+    /// tangent that changed. Logarithmic for any order of insertion.
     iterator insertSegment(const Keyframe& key, std::shared_ptr<Interpolator> interpolator);
 
     /// Removes the key at which the segment starts, together with the segment, and returns the position after it. The

@@ -66,9 +66,10 @@ struct TangentFilter : TypeFilter<HitRecordTypes::TANGENT, HitRecordTypes::TANGE
 
 /// Which curves, segments, keyframes and tangents of a container are selected.
 ///
-/// The selection keeps no list: a part is selected when its own property "fc_sel" is "1". So it survives copies and
-/// files, any number of Selection objects over one container see the same selected parts, and a part that leaves its
-/// curve, or a curve its container, takes its state along without any notification. What a Selection object does keep
+/// The selection keeps no list: a part is selected when its own property "fc_sel" is "1". So copies of
+/// a curve are selected as it is, any number of Selection objects over one container see the same selected parts, and a
+/// part that leaves its curve, or a curve its container, takes its state along without any notification. Files do not
+/// keep it: what was saved comes back not selected. What a Selection object does keep
 /// is its observers: they hear of the changes made through this object. (The curves' own observers hear of all of them,
 /// as property changes.)
 ///

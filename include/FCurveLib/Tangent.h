@@ -26,22 +26,26 @@ inline namespace v19 {
 /// keys before and after the tangent's own key.
 ///
 ///  - Fixed: as set, within the limits below.
-///  - Flat: horizontal.
+///  - Flat: horizontal. Its length is a third of the segment's span; where the segment lacks a key, it stays.
 ///  - Linear: straight at the segment's other key.
 ///  - Smooth: parallel to the chord from P to N; Linear at the first and last key.
 ///  - SmoothContinued: as Smooth, but where the segment lacks its other key the handle continues the straight line from
 ///    the only neighbour, so that the curve goes on in that direction outside its keys.
-///  - Clamped: Smooth, but flat when P's or N's value is within 0.05 of the handle's own y.
+///  - Clamped: Smooth, but flat when P's or N's value is within 0.05 of the handle's own y, an offset, not of the key's
+///    value (deliberate). So it depends on the handle it had before, and may alternate between the two from one
+///    recomputation to the next while a key is dragged. Plateau does what the name promises.
 ///  - Plateau: Smooth, but flat at a key that is not between its neighbours in value, and flat where the handle would
 ///    rise above or fall below both keys of its segment.
 ///
 /// Limits
 /// ------
 /// An unweighted handle reaches a third of its segment's span in x, and keeps its slope; a vertical one is stored with
-/// the slope 5729577.948511148 (89.99999 degrees). Only Fixed and Flat tangents can be weighted, that is, keep the
-/// length that was set; other types are held to the third whatever their flag says. A tangent whose segment lacks a key
-/// keeps the handle that was set; only a vertical one loses its height when its key moves, having no x to rise along. A
-/// handle that differs from the stored one by no more than 1e-07 in x and in y is not stored.
+/// the slope 5729577.948511148 (89.99999 degrees). Only Fixed and Flat tangents can be weighted: they take the length
+/// that is set, a Fixed one for good, a Flat one until it is recomputed. Other types are held to the third whatever
+/// their flag says. A tangent whose segment lacks a key keeps the handle that was set; only a vertical one loses its
+/// height when its key moves, having no x to rise along. A handle that differs from the stored one by no more than
+/// 1e-07 in x and in y is not stored, so curves whose values span less than about 1e-04 need a larger unit: see
+/// docs/editing.md.
 ///
 /// A new tangent is Fixed, unweighted, unlocked and flat: (1, 0) or (-1, 0) until its segment has both keys.
 class FCURVELIB_API Tangent : public SharedFromThis<Tangent> {
@@ -94,8 +98,8 @@ public:
 
     /// \name Edit
     /// The setters ignore non-finite arguments and unknown types. They propose a handle, which then
-    ///  - keeps the direction of an automatic type (set the type to Fixed to shape by hand); a flat one keeps its
-    ///    length if it is weighted;
+    ///  - keeps the direction of an automatic type (set the type to Fixed to shape by hand); a flat one takes the
+    ///    proposed length if it is weighted;
     ///  - keeps its length if the tangent is weighted and weight locked;
     ///  - is held to the limits above;
     ///  - turns a fixed tangent on the other side of a unified key to the same angle, with that tangent's own weight.

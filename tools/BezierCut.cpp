@@ -67,11 +67,15 @@ BezierCut CutBezierArgs(const BezierArgs& p, double x) {
 
 std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x) {
     const Interpolator* interpolator = Access::interpolator(segment);
-    if (KindOf(interpolator).kind != Kind::Bezier) return std::nullopt;
+    if (KindOf(interpolator).beyond != Beyond::Handle) return std::nullopt;
     const Keyframe* left = Access::leftKey(segment);
     const Keyframe* right = Access::rightKey(segment);
     if (left && right) return CutBezierArgs(BezierArgsOf(segment), x);
-    if (!left && !right) return std::nullopt;
+    if (!left && !right) { // 0 everywhere, whatever the handles
+        const double out = Access::outTangent(segment)->getX();
+        const double in = Access::inTangent(segment)->getX();
+        return BezierCut{0.0, {out, 0.0}, {in, 0.0}, {out, 0.0}, {in, 0.0}};
+    }
 
     // The straight line from the only key: thirds of the way on it up to the cut, the present handle beyond.
     const Keyframe& key = left ? *left : *right;

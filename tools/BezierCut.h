@@ -25,8 +25,8 @@ BezierArgs BezierArgsOf(const Segment& segment);
 // De Casteljau's cut at an x between the keys.
 BezierCut CutBezierArgs(const BezierArgs& p, double x);
 
-// The cut of a "bezier()" segment, also of one that lacks a key and so runs along the other key's tangent. Nothing for
-// other kinds and for a segment without keys. Precondition: x lies strictly inside the segment.
+// The cut of a segment that its tangents shape, also of one that lacks a key and so runs along the other key's tangent,
+// or lacks both and so is 0. Nothing for other kinds. Precondition: x lies strictly inside the segment.
 std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x);
 
 // Stores a handle that the cut gave. A tangent that cannot have this length by itself becomes weighted.

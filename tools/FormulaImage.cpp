@@ -1,6 +1,7 @@
 #include "tools/FormulaImage.h"
 
 #include "interp/FormulaTokenizer.h"
+#include "interp/Kinds.h"
 
 #include <charconv>
 #include <cmath>
@@ -74,12 +75,12 @@ bool TakeAtom(TokenReader& reader, Atom& atom) {
         reader.moveTo(reader.at() + 1);
         return true;
     }
-    if ((name == "cycle" || name == "cycle_offset" || name == "mirror") && call && reader.kind(2) == TokenKind::Close) {
-        atom = {true, name};
-        reader.moveTo(reader.at() + 3);
-        return true;
-    }
-    return false;
+    if (call && reader.kind(2) != TokenKind::Close) return false;
+    const KindRow* const kind = FindKind(name);
+    if (!kind || !kind->repeats()) return false;
+    atom = {true, name};
+    reader.moveTo(reader.at() + (call ? 3 : 1));
+    return true;
 }
 
 // An atom seen through a map: (atom - offset) / scale.

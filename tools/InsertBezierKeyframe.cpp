@@ -1,14 +1,11 @@
 #include "FCurveLib/InsertBezierKeyframe.h"
 
 #include "FCurveLib/Bezier.h"
-#include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
-#include "FCurveLib/Linear.h"
-#include "FCurveLib/Match.h"
-#include "FCurveLib/MatchIn.h"
-#include "FCurveLib/MatchOut.h"
-#include "FCurveLib/Spline.h"
+#include "FCurveLib/Evaluation.h"
+#include "FCurveLib/Interpolator.h"
+#include "interp/Kinds.h"
 #include "model/Edit.h"
 #include "tools/BezierCut.h"
 #include "tools/HandleKeeper.h"
@@ -19,7 +16,6 @@
 #include <cmath>
 #include <memory>
 #include <optional>
-#include <typeinfo>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -27,6 +23,8 @@ inline namespace v19 {
 
 using Private::Access;
 using Private::BezierCut;
+using Private::KindOf;
+using Private::KindRow;
 
 namespace {
 
@@ -34,30 +32,26 @@ bool HasBothKeys(const Segment& segment) noexcept {
     return Access::leftKey(segment) && Access::rightKey(segment);
 }
 
-double ValueAt(const Segment& segment, double x) {
-    const Interpolator* interpolator = Access::interpolator(segment);
-    return interpolator ? interpolator->eval(x, segment) : 0.0;
+Private::Reads ReadsOf(const Segment& segment) noexcept {
+    return Private::ReadsOf(Access::interpolator(segment), segment);
 }
 
-bool IsBezierShaped(const Segment& segment) {
-    return dynamic_cast<const BezierInterpBase*>(Access::interpolator(segment)) != nullptr;
+// Whether halves with the same interpolator have the segment's shape, whatever its keys are.
+bool IsSelfSimilar(const Segment& segment) noexcept {
+    const KindRow& row = KindOf(segment);
+    return HasBothKeys(segment) ? row.isStraight() : row.isStraight() && row.beyond == Private::Beyond::Flat;
 }
-bool IsSpline(const Segment& segment) {
-    const Interpolator* interpolator = Access::interpolator(segment);
-    return interpolator && typeid(*interpolator) == typeid(Spline);
-}
-bool IsStraight(const Segment& segment) {
-    const Interpolator* interpolator = Access::interpolator(segment);
-    if (!interpolator) return false;
-    const std::type_info& kind = typeid(*interpolator);
-    return kind == typeid(Linear) || kind == typeid(Constant) || kind == typeid(ConstantNext);
+// Whether the shape comes from the keys beside the segment's own.
+bool ReadsNextKeys(const Segment& segment) noexcept {
+    const KindRow& row = KindOf(segment);
+    return HasBothKeys(segment) && row.isBezier() && !row.isHost() && (row.reads & Private::readsNextKeys);
 }
 
 bool IsRoomFor(double x, const Segment& segment) {
     const Keyframe* left = Access::leftKey(segment);
     const Keyframe* right = Access::rightKey(segment);
     return std::isfinite(x) && !(left && x - left->getX() < Keyframe::getMinSeparation())
-           && !(right && right->getX() - x < Keyframe::getMinSeparation()) && std::isfinite(ValueAt(segment, x));
+           && !(right && right->getX() - x < Keyframe::getMinSeparation()) && std::isfinite(EvalSegment(x, segment));
 }
 
 // --- the insertion ---------------------------------------------------------------------------------------------------
@@ -67,12 +61,11 @@ public:
     Insertion(FCurve& curve, double x, Segment& segment) : m_curve(curve), m_x(x), m_segment(segment) {}
 
     Segment& run() {
-        const double y = ValueAt(m_segment, m_x);
-        const bool bezierShaped = IsBezierShaped(m_segment);
+        const double y = EvalSegment(m_x, m_segment);
         m_left = m_right = m_segment.getInterpolator();
-        if (bezierShaped) cut(y);
+        if (KindOf(m_segment).isBezier()) cut(y);
         for (Segment* neighbour : {segmentBefore(), segmentAfter()})
-            if (neighbour && IsSpline(*neighbour) && HasBothKeys(*neighbour)) turnIntoBezier(*neighbour);
+            if (neighbour && ReadsNextKeys(*neighbour)) turnIntoBezier(*neighbour);
 
         m_handles.keepLeftOf(Access::leftKey(m_segment));
         m_handles.keepRightOf(Access::rightKey(m_segment));
@@ -124,23 +117,23 @@ private:
             return;
         }
         m_cut = Private::CutBezierArgs(args, m_x);
-        const Interpolator& interpolator = *Access::interpolator(m_segment);
-        const std::type_info& kind = typeid(interpolator);
+        const KindRow& row = KindOf(m_segment);
         if (leftMeets)
             m_left = Bezier::create();
-        else if (kind == typeid(MatchIn))
-            m_left = Match::create();
+        else if (row.leftHalf != row.kind)
+            m_left = Private::RowOf(row.leftHalf).create();
         if (rightMeets)
             m_right = Bezier::create();
-        else if (kind == typeid(MatchOut))
-            m_right = Match::create();
+        else if (row.rightHalf != row.kind)
+            m_right = Private::RowOf(row.rightHalf).create();
     }
 
-    // Outside the keys these kinds are flat. A match may be so at another height than the key's.
+    // Outside the keys these kinds are flat. A match may be so at another height than the key's, which the constant
+    // half beside that key takes from the new one.
     void cutOutside(const Keyframe& key, double y, bool afterKey) {
         std::shared_ptr<Interpolator>& between = afterKey ? m_left : m_right;
         if (y != key.getY()) {
-            between = afterKey ? MatchOut::create() : MatchIn::create();
+            between = afterKey ? ConstantNext::create() : Constant::create();
             return;
         }
         between = Bezier::create();
@@ -235,20 +228,57 @@ std::shared_ptr<FCurve> CopyAround(const Segment& segment) {
     return copy;
 }
 
+bool RepeatsBeyondItsKeys(const FCurve& curve) noexcept {
+    const auto reads = ReadsOf(Access::firstSegment(curve)) | ReadsOf(Access::lastSegment(curve));
+    return (reads & Private::readsCurve) != 0;
+}
+
+struct Comparison {
+    double error = 0.0;
+    double range = 0.0;
+
+    void add(const FCurve& before, const FCurve& after, double from, double to) {
+        constexpr int places = 1000;
+        for (int i = 0; i < places; ++i) {
+            const double x = from + (to - from) * (static_cast<double>(i) + 0.5) / places;
+            const double y = before.eval(x);
+            if (!std::isfinite(y)) continue;
+            range = std::max(range, std::abs(y));
+            const double change = std::abs(after.eval(x) - y);
+            error = std::isfinite(change) ? std::max(error, change) : change;
+        }
+    }
+};
+
+// What a key at x may change by way of a repetition: that at the other end, if x lies outside the keyed range, and a
+// match at the first or the last key, which looks across the joint.
+void compareElsewhere(const FCurve& before, const FCurve& after, double x, Comparison& sum) {
+    const double first = Access::rightKey(Access::firstSegment(after))->getX();
+    const double last = Access::leftKey(Access::lastSegment(after))->getX();
+    if (x == last) sum.add(before, after, first - (last - first), first);
+    if (x == first) sum.add(before, after, last, last + (last - first));
+    const double second =
+        Access::rightKey(*Access::rightSegment(*Access::rightKey(Access::firstSegment(after))))->getX();
+    const double lastButOne =
+        Access::leftKey(*Access::leftSegment(*Access::leftKey(Access::lastSegment(after))))->getX();
+    if (x > second) sum.add(before, after, first, second);
+    if (x < lastButOne) sum.add(before, after, lastButOne, last);
+}
+
 } // namespace
 
 KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
     const Segment& segment = Access::findSegment(curve, x);
     if (!IsRoomFor(x, segment)) return {};
-    KeyframeInsertion result;
-    const bool local = IsBezierShaped(segment) || IsStraight(segment);
+    const bool repeats = RepeatsBeyondItsKeys(curve);
+    const bool local = !repeats && (IsSelfSimilar(segment) || KindOf(segment).isBezier());
     const auto before = local ? CopyAround(segment) : FCurve::createCopy(curve);
     const auto after = FCurve::createCopy(*before);
     const FCurve::Switch quiet(*after);
     Insertion insertion(*after, x, Access::findSegment(*after, x));
     insertion.run();
 
-    // Compared over the segment and its neighbours; outside the keys as far beyond x as x is beyond them.
+    // The segment and its neighbours; outside the keys as far beyond x as x is beyond them.
     const Keyframe* left = Access::leftKey(segment);
     const Keyframe* right = Access::rightKey(segment);
     double from = left ? left->getX() : right ? 2.0 * x - right->getX() : x - 1.0;
@@ -257,21 +287,21 @@ KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
         from = Access::leftKey(*Access::leftSegment(*left))->getX();
     if (right && Access::rightKey(*Access::rightSegment(*right)))
         to = Access::rightKey(*Access::rightSegment(*right))->getX();
-    constexpr int places = 1000;
-    double range = 0.0;
-    for (int i = 0; i < places; ++i) {
-        const double place = from + (to - from) * (static_cast<double>(i) + 0.5) / places;
-        const double y = before->eval(place);
-        if (!std::isfinite(y)) continue;
-        range = std::max(range, std::abs(y));
-        const double change = std::abs(after->eval(place) - y);
-        result.error = std::isfinite(change) ? std::max(result.error, change) : change;
-    }
-    if (IsStraight(segment) || insertion.keepsShape())
-        result.outcome = KeyframeInsertion::KeepsShape;
-    else
-        result.outcome =
-            result.error <= 1e-9 * range ? KeyframeInsertion::KeepsExpression : KeyframeInsertion::ChangesShape;
+    Comparison here;
+    here.add(*before, *after, from, to);
+    Comparison elsewhere;
+    if (repeats && after->size() > 2) compareElsewhere(*before, *after, x, elsewhere);
+
+    KeyframeInsertion result;
+    result.error = std::max(here.error, elsewhere.error);
+    const double range = std::max(here.range, elsewhere.range);
+    const bool known = IsSelfSimilar(segment) || insertion.keepsShape();
+    // Near a vertical place the last bit of a handle moves the value by its cube root.
+    const double rounding = known && KindOf(segment).beyond == Private::Beyond::Handle ? 1e-4 : 1e-9;
+    const bool keeps = here.error <= rounding * range && elsewhere.error <= 1e-9 * range;
+    result.outcome = !keeps  ? KeyframeInsertion::ChangesShape
+                     : known ? KeyframeInsertion::KeepsShape
+                             : KeyframeInsertion::KeepsExpression;
     return result;
 }
 

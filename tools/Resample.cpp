@@ -1,12 +1,11 @@
 #include "tools/Resample.h"
 
-#include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
+#include "FCurveLib/Evaluation.h"
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/Linear.h"
-#include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/Tolerance.h"
-#include "FCurveLib/UnknownExpression.h"
+#include "interp/Kinds.h"
 #include "tools/BezierCut.h"
 #include "tools/HandleKeeper.h"
 
@@ -14,7 +13,6 @@
 #include <cmath>
 #include <limits>
 #include <optional>
-#include <typeinfo>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -41,14 +39,6 @@ Border FindBorder(FCurve& curve, double x, double tolerance) {
     return {nullptr, &segment, false};
 }
 
-// Whether the segment's values may depend on the value of its right key.
-bool ReadsRightKey(const Segment& segment) {
-    const Interpolator* interpolator = Access::interpolator(segment);
-    if (!interpolator) return false;
-    if (typeid(*interpolator) == typeid(Constant)) return !Access::leftKey(segment);
-    return typeid(*interpolator) != typeid(NumberInterp) && typeid(*interpolator) != typeid(UnknownExpression);
-}
-
 class Replacement {
 public:
     Replacement(FCurve& curve, const Points& samples, Borders borders)
@@ -69,6 +59,7 @@ public:
         for (++it; &*it != &after;) it = m_curve.removeSegment(it);
         makeStart();
         for (std::size_t i = 1; i < last; ++i) insert(m_samples[i].x, m_samples[i].y, m_linear);
+        if (m_borders == Borders::Follow) meet(after);
         restore(after);
     }
 
@@ -76,10 +67,10 @@ private:
     void remember() {
         if (m_start.key) {
             m_handles.keepLeftOf(m_start.key);
+            m_endBefore = EvalSegment(m_start.key->getX(), *Access::leftSegment(*m_start.key));
         } else {
             const Segment& cut = *m_start.cut;
             m_leftCut = CutBezierSegment(cut, m_samples.front().x);
-            m_valueAtCut = m_curve.eval(m_samples.front().x);
             Access::copyTangent(m_leftIn, *Access::inTangent(cut));
             m_handles.keep(*Access::outTangent(*m_start.cut));
             m_handles.keepLeftOf(Access::leftKey(*m_start.cut));
@@ -114,24 +105,25 @@ private:
     // The key at the first sample, and the linear segment that starts there.
     void makeStart() {
         const Vector2D<double>& sample = m_samples.front();
-        const Segment& outside = m_start.key ? *Access::leftSegment(*m_start.key) : *m_start.cut;
-        const bool bound = m_borders == Borders::Keep && ReadsRightKey(outside);
-        const double held = m_start.key ? m_start.key->getY() : m_valueAtCut;
-        const double rounding = (m_start.key && !m_start.exact ? 1e-6 : 1e-12) * m_scale;
-        const bool jumps = bound && std::abs(sample.y - held) > rounding;
-
-        Segment* segment = nullptr;
-        if (m_start.key) {
-            segment = Access::rightSegment(*m_start.key);
-            segment->setInterpolator(m_linear);
-            Access::properties(*segment).clear();
-            if (!bound) m_start.key->setY(sample.y);
-        } else {
-            segment = &insert(sample.x, bound ? held : sample.y, m_linear);
+        if (m_start.cut) {
+            insert(sample.x, sample.y, m_linear);
             Access::copyTangent(*Access::inTangent(*m_start.cut), m_leftIn);
             m_handles.keep(*Access::inTangent(*m_start.cut));
+            return;
         }
-        if (jumps) makeJump(*segment);
+        Keyframe& key = *m_start.key;
+        Segment& segment = *Access::rightSegment(key);
+        segment.setInterpolator(m_linear);
+        Access::properties(segment).clear();
+        const double rounding = (m_start.exact ? 1e-12 : 1e-6) * m_scale;
+        const auto differs = [&](double y) { return std::abs(y - sample.y) > rounding; };
+        const Segment& outside = *Access::leftSegment(key);
+        const bool reads = (ReadsOf(Access::interpolator(outside), outside) & readsRightKey) != 0;
+        const bool holds = m_borders == Borders::Keep && reads;
+        if (holds && differs(m_endBefore))
+            makeJump(segment);
+        else if (!holds || differs(key.getY()))
+            key.setY(sample.y);
     }
 
     void makeJump(Segment& segment) {
@@ -144,6 +136,13 @@ private:
         }
         segment.setInterpolator(ConstantNext::create());
         insert(x, m_samples.front().y, m_linear);
+    }
+
+    // Lets the line end where the curve goes on, if that has a value of its own there.
+    void meet(Segment& after) {
+        Keyframe& key = *Access::leftKey(after);
+        const double y = EvalSegment(key.getX(), after);
+        if (std::abs(y - key.getY()) > 1e-12 * m_scale && std::isfinite(y)) key.setY(y);
     }
 
     void restore(Segment& after) {
@@ -176,8 +175,8 @@ private:
     const std::shared_ptr<Interpolator> m_linear = Linear::create();
 
     Border m_start, m_end;
-    double m_scale = 0.0;      // the largest of the samples' values
-    double m_valueAtCut = 0.0; // of the curve as it was
+    double m_scale = 0.0;     // the largest of the samples' values
+    double m_endBefore = 0.0; // the value with which the curve comes to a key at the start
     std::optional<BezierCut> m_leftCut, m_rightCut;
     Tangent m_leftIn, m_rightOut; // what the cut segments' tangents inside the range were
     std::shared_ptr<Interpolator> m_rightInterpolator;

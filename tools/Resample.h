@@ -11,7 +11,7 @@ namespace Private {
 
 enum class Borders {
     Keep,  // the curve outside the samples stays as it is; Baking.h has the contract
-    Follow // keys that stand at the first and the last sample take their values, and what begins there follows
+    Follow // the line runs through the first and the last sample, and the segments beside it follow; see Smoothing.h
 };
 
 // Replaces the stretch of the curve between the first and the last sample by linear keys through the samples. Samples

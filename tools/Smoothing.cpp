@@ -63,7 +63,8 @@ bool IsKnown(SmoothFilter filter) noexcept {
     return static_cast<std::uint32_t>(filter) <= SMOOTH_SAVITZKY_GOLAY;
 }
 
-// The filtered samples of [start, end), then the point at end.
+// Replaces [start, end] by its filtered samples: those of [start, end), then the point at end, which may stand off
+// their grid and so has a window of its own.
 bool Smooth(FCurve& curve, double start, double end, double step, int width, SmoothFilter filter, bool extrapolate) {
     const double margin = width * step;
     Points samples;
@@ -79,21 +80,17 @@ bool Smooth(FCurve& curve, double start, double end, double step, int width, Smo
     points.reserve(samples.size() - 2 * w);
     for (std::size_t i = w; i + w + 1 < samples.size(); ++i) points.push_back({samples[i].x, kernel.mean(samples, i)});
 
-    if (extrapolate) {
-        // The last key is filtered, too, with a window of its own: it may stand off the grid.
-        Points window;
-        window.reserve(2 * w + 1);
-        const double slope = (curve.eval(end) - curve.eval(start)) / (end - start);
-        for (std::size_t k = 0; k <= 2 * w; ++k) {
-            const double x = end + (static_cast<double>(k) - static_cast<double>(w)) * step;
-            const bool beyond = x < start || x > end;
-            window.push_back({x, beyond ? (x - start) * slope + curve.eval(start) : curve.eval(x)});
-        }
-        points.push_back({end, kernel.mean(window, w)});
-    } else {
-        points.push_back({end, curve.eval(end)});
+    Points window;
+    window.reserve(2 * w + 1);
+    const double first = curve.eval(start);
+    const double slope = (curve.eval(end) - first) / (end - start);
+    for (std::size_t k = 0; k <= 2 * w; ++k) {
+        const double x = end + (static_cast<double>(k) - static_cast<double>(w)) * step;
+        const bool continued = extrapolate && (x < start || x > end);
+        window.push_back({x, continued ? (x - start) * slope + first : curve.eval(x)});
     }
-    return Private::ReplaceBySamples(curve, std::move(points), extrapolate ? Borders::Follow : Borders::Keep);
+    points.push_back({end, kernel.mean(window, w)});
+    return Private::ReplaceBySamples(curve, std::move(points), Borders::Follow);
 }
 
 } // namespace

@@ -1,27 +1,12 @@
 #include "FCurveLib/Transform.h"
 
-#include "FCurveLib/Bezier.h"
-#include "FCurveLib/Constant.h"
-#include "FCurveLib/ConstantNext.h"
-#include "FCurveLib/Cycle.h"
-#include "FCurveLib/CycleOffset.h"
-#include "FCurveLib/Ease.h"
-#include "FCurveLib/EaseIn.h"
-#include "FCurveLib/EaseOut.h"
 #include "FCurveLib/Extents.h"
 #include "FCurveLib/FCurve.h"
 #include "FCurveLib/InterpolatorFactory.h"
-#include "FCurveLib/Linear.h"
-#include "FCurveLib/Match.h"
-#include "FCurveLib/MatchIn.h"
-#include "FCurveLib/MatchOut.h"
-#include "FCurveLib/Mirror.h"
 #include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/Rectangle.h"
-#include "FCurveLib/Spline.h"
 #include "FCurveLib/Tolerance.h"
-#include "FCurveLib/UnknownExpression.h"
-#include "interp/Formula.h"
+#include "interp/Kinds.h"
 #include "model/Access.h"
 #include "tools/FormulaImage.h"
 
@@ -29,7 +14,6 @@
 #include <array>
 #include <cmath>
 #include <memory>
-#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 
@@ -38,27 +22,13 @@ inline namespace v19 {
 
 using Private::Access;
 using Private::AffineMap;
+using Private::Image;
+using Private::Kind;
+using Private::KindRow;
 
 namespace {
 
 using InterpolatorPtr = std::shared_ptr<Interpolator>;
-
-template<class... Kinds>
-bool IsOneOf(const Interpolator& interpolator) {
-    return ((typeid(interpolator) == typeid(Kinds)) || ...);
-}
-
-// The kind that has the mirrored shape between two keys; empty for a kind without counterpart.
-const char* Counterpart(const Interpolator& interpolator) {
-    const std::type_info& kind = typeid(interpolator);
-    if (kind == typeid(Constant)) return "constant_next()";
-    if (kind == typeid(ConstantNext)) return "constant()";
-    if (kind == typeid(EaseIn)) return "easeout()";
-    if (kind == typeid(EaseOut)) return "easein()";
-    if (kind == typeid(MatchIn)) return "matchout()";
-    if (kind == typeid(MatchOut)) return "matchin()";
-    return nullptr;
-}
 
 // Abscissae at which to compare a segment with its image: places that are no simple fractions, so that no jump is
 // likely to hide there.
@@ -149,17 +119,23 @@ private:
     InterpolatorPtr mapInterpolator(const Segment& from, Segment& to) {
         InterpolatorPtr original = from.getInterpolator();
         if (!original) return m_y.offset == 0.0 ? nullptr : NumberInterp::create(m_y.offset);
-        const Interpolator& kind = *original;
+        const KindRow& row = Private::KindOf(*original);
         const bool between = Access::leftKey(from) && Access::rightKey(from);
-
-        if (const char* counterpart = Counterpart(kind))
-            return m_reversed && between ? InterpolatorFactory::create(counterpart) : original;
-        if (IsOneOf<Bezier, Linear, Spline, Ease, Match, Cycle, CycleOffset, Mirror>(kind)) return original;
-        if (m_x.isIdentity() && m_y.isIdentity()) return original;
-        if (IsOneOf<NumberInterp>(kind)) return mapNumber(static_cast<const NumberInterp&>(kind), original);
-
-        m_checks.push_back({&from, &to});
-        return IsOneOf<Private::Formula>(kind) ? textImage(original) : original;
+        const bool turns = m_reversed && between && row.reversed != row.kind;
+        const bool moves = !(m_x.isIdentity() && m_y.isIdentity());
+        switch (row.image) {
+        case Image::Number:
+            return mapNumber(static_cast<const NumberInterp&>(*original), original);
+        case Image::Text:
+            if (moves) m_checks.push_back({&from, &to});
+            return moves ? textImage(original) : original;
+        case Image::Compare:
+            if (moves) m_checks.push_back({&from, &to});
+            break;
+        case Image::Same:
+            break;
+        }
+        return turns ? Private::RowOf(row.reversed).create() : original;
     }
 
     InterpolatorPtr mapNumber(const NumberInterp& number, const InterpolatorPtr& original) {
@@ -183,7 +159,7 @@ private:
         const std::string text = Private::FormulaImage(original->getExpression(), m_x, m_y);
         if (text.empty()) return image;
         InterpolatorPtr made = InterpolatorFactory::create(text.c_str());
-        if (!IsOneOf<UnknownExpression>(*made)) image = std::move(made);
+        if (Private::KindOf(*made).kind != Kind::Unknown) image = std::move(made);
         return image;
     }
 
@@ -191,11 +167,12 @@ private:
         for (const Check& check : m_checks) {
             const InterpolatorPtr original = check.from->getInterpolator();
             if (hasImage(check)) continue;
-            if (check.to->getInterpolator() == original && !IsOneOf<UnknownExpression>(*original)) {
+            const KindRow& row = Private::KindOf(*original);
+            if (row.isHost()) {
                 Access::setInterpolatorRaw(*check.to, textImage(original));
                 if (hasImage(check)) continue;
             }
-            Access::setInterpolatorRaw(*check.to, original);
+            if (!row.create) Access::setInterpolatorRaw(*check.to, original);
             std::string expression = original->getExpression();
             if (std::find(kept.begin(), kept.end(), expression) == kept.end()) kept.push_back(std::move(expression));
         }

@@ -28,9 +28,10 @@ inline namespace v19 {
 ///  - kinds that read the curve's keys (spline, ease, match, cycle, mirror) read the baked ones from now on. To keep
 ///    the shape of such a segment, call InsertBezierKeyframe at the ends of the range first.
 ///
-/// Where the curve jumps at a key at the start of the range (at the begin of a formula, say), the jump stays: that key
-/// keeps its value for the segment on its left, a "constant_next()" segment of 0.001 frames (half a step if that is
-/// less) begins with the sample's value, and the line goes on from its end.
+/// Where the curve jumps at a key at the start of the range (to the first value of a formula, say), the jump stays: the
+/// key keeps its value for the segment on its left, and a "constant_next()" segment of 0.001 frames (half a step if
+/// that is less) holds the sample's value up to a further key, from which the line goes on. Only there: where the curve
+/// does not jump, or the segment on the left does not depend on the key's value, the line starts at the key itself.
 ///
 /// Inside the range all parts are new ones, except keys that stand on the range's ends.
 ///

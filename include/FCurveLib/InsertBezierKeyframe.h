@@ -15,18 +15,20 @@ struct KeyframeInsertion {
         /// No key can stand there: x, or the curve's value at x, is not finite, or a key is nearer than
         /// Keyframe::getMinSeparation().
         Refused = 0,
-        /// The segment is cut in two that have its shape: Bezier-shaped, linear and constant kinds.
+        /// The segment is cut in two that have its shape: Bezier-shaped, linear and constant kinds, numbers.
         KeepsShape = 1,
-        /// Both sides get the same expression, and it keeps the shape: numbers, formulas in x.
+        /// Both sides get the same expression, and a comparison finds the same shape: formulas in x, say.
         KeepsExpression = 2,
-        /// Both sides get the same expression, but that reads the keys in such a way that the shape changes: cycle()
-        /// and the like outside the keys; a match between two neighbours that end beside its keys; a host's own kind,
-        /// perhaps.
+        /// The curve changes its shape: the segment, because it reads the keys (cycle() and the like outside them; a
+        /// match between two neighbours that end beside its keys; a host's own kind, perhaps), or another part that
+        /// reads what the key changes: the repetition at the other end, when the key lies beyond the keyed range; a
+        /// match at the first or the last key, which looks across the joint of a repetition.
         ChangesShape = 3
     };
     Outcome outcome = Refused;
-    /// The greatest change of the curve's value found at 1 000 places around x, in the curve's unit; 0 where refused.
-    /// Besides rounding it shows where no better can be had: near an x at which the curve is vertical.
+    /// The greatest change of the curve's value, in the curve's unit, found at 1 000 places around x and at as many of
+    /// each other part that may change; 0 where refused. Besides rounding it shows where no better can be had: near an
+    /// x at which the curve is vertical.
     double error = 0.0;
 };
 
@@ -40,8 +42,7 @@ struct KeyframeInsertion {
 ///  - bezier: bezier, with the handles of de Casteljau's cut.
 ///  - spline, ease, match and their variants: bezier, likewise: these kinds cannot draw a part of themselves. A match
 ///    that ends beside its key, because its neighbour does, stays a match at that end; one that does so at both ends
-///    changes its shape. One case is not foreseen in the outcome: a match whose other match lies across the joint of an
-///    open cycle may change its shape although KeepsShape is reported; the error shows it.
+///    changes its shape.
 ///  - linear, constant, constant_next: the same kind.
 ///  - Anything else: the same interpolator on both sides.
 ///
@@ -54,8 +55,9 @@ struct KeyframeInsertion {
 /// and its bits.
 /// @{
 
-/// What an insertion would do; tries it on a copy. Time: that of 2 000 evaluations, and where the segment's kind may
-/// read more of the curve than the keys nearby, that of a copy of the curve.
+/// What an insertion would do; tries it on a copy. Time: that of 2 000 evaluations, 8 000 for a curve that repeats
+/// itself beyond its keys; and where the segment or such a repetition may read more than the keys nearby, that of a
+/// copy of the curve.
 FCURVELIB_API KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x);
 
 /// Adds a key at x, with the curve's value there, and returns the position of the segment that starts at it; end()

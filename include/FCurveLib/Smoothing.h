@@ -26,23 +26,33 @@ enum SmoothFilter : std::uint32_t {
 /// \name Smoothing: filter a stretch of a curve and replace it by linear keys through the result
 ///
 /// The stretch is sampled, with width further samples on either side; each sample becomes the weighted mean of itself
-/// and its neighbours; the result is put into the curve as by baking, whose rules for what stays and for notification
-/// hold. Weights are scaled to a sum of one.
+/// and its neighbours, with weights scaled to a sum of one. The results become keys joined by linear segments; nothing
+/// else is inserted. A sample within 1e-07 frames of a key at an end of the range moves that key.
 ///
-/// Nothing changes where start is not below end, for a width below 0, an unknown filter, or where sampling (under the
-/// rules of SampleCurve) gives no two points. A width of 0 bakes. Time: the number of samples times width, and the
-/// edit.
+///     before   ---o~~~~~~~~/\/\/\~~~~~~~o---
+///     after    ---o~~~~~~~~x-x-x-x~~~~~~~o---        x smoothed keys
+///
+/// Outside the range all keys, interpolators, handles, flags and properties stay, to the last bit. The segment before
+/// the range now ends at the first result and the one after it starts at the last, so these two change their shape.
+/// Where the range cuts a segment, the rest keeps its shape but for that end, as under BakeCurve. A segment with a
+/// value of its own (a formula, a number) does not follow: at the start of the range the curve then steps to the first
+/// result.
+///
+/// The point at the end of the range is filtered like the others, unless that makes a jump: where the curve goes on
+/// from a value of its own (a formula, a number, constant_next, cycle), the point takes that value instead.
+///
+/// Observers are told as by BakeCurve. Nothing changes where start is not below end, for a width below 0, an unknown
+/// filter, or where sampling (under the rules of SampleCurve) gives no two points. A width of 0 bakes. Time: the number
+/// of samples times width, and the edit.
 /// @{
 
-/// Smooths [start, end), on the grid start, start + step and so on. What surrounds the range is read for the filter,
-/// and stays as it is: at end, the curve continues from its own value, which is not filtered. At start, the curve steps
-/// from its own value to the filtered one within 0.001 frames where it must (see BakeCurve): frames before the range
-/// keep their values, frames inside have filtered ones.
+/// Smooths [start, end] on the grid start, start + step and so on. The point at end stands in for the last one of the
+/// grid, which may lie up to a step before it. The filter reads what surrounds the range.
 FCURVELIB_API void SmoothCurve(FCurve& curve, double start, double end, double step, int width, SmoothFilter filter);
 
-/// Smooths the whole keyed range, from the first key on in steps to the last, both filtered. What surrounds it is not
-/// read: the filter sees the straight line through the first and the last key continued. The end keys move in value,
-/// and the leading and the trailing segment follow them as their kinds do. Nothing for a curve of less than two keys.
+/// Smooths the whole keyed range, from the first key on in steps to the last, both included. What surrounds it is not
+/// read: the filter sees the straight line through the first and the last key continued. Nothing for a curve of less
+/// than two keys.
 FCURVELIB_API void SmoothCurveInterior(FCurve& curve, double step, int width, SmoothFilter filter);
 /// @}
 

@@ -22,8 +22,8 @@ enum FlipType : std::int32_t {
 struct TransformResult {
     /// False: it was refused, and the curve and its parts are untouched.
     bool transformed = false;
-    /// The expressions, each once, of segments whose interpolator has no image; those segments kept the interpolator.
-    /// Empty: the curve is the exact image of the old one.
+    /// The expressions, each once, of segments whose interpolator has no image; those segments kept the interpolator
+    /// (or got the other one of its pair, below). Empty: the curve is the exact image of the old one.
     std::vector<std::string> kept;
 };
 
@@ -41,7 +41,9 @@ struct TransformResult {
 ///  - bezier, linear, spline, ease, match, cycle, cycle_offset, mirror: the same kind; tangents keep their type, their
 ///    handles are scaled.
 ///  - constant and constant_next, easein and easeout, matchin and matchout: under reversal between two keys, the other
-///    one of the pair.
+///    one of the pair. cycle, cycle_offset and mirror, which hold their left key's value there, become constant_next.
+///  - A match whose two ends both look across the joint of an open cycle takes the value at the left one, so under
+///    reversal it has no image, unless the joint closes: it stays a match, and is reported.
 ///  - A number: the scaled number.
 ///  - A formula: the text, rewritten: "sin(x)" moved by 5 frames and doubled is "2*(sin((x-5)))". Transforming again
 ///    rewrites the numbers, so texts do not grow. cycle(), cycle_offset() and mirror() inside a formula are scaled back

@@ -43,6 +43,13 @@ std::shared_ptr<FCurve> Breakdowns() {
     return curve;
 }
 
+std::shared_ptr<FCurve> KeylessBezier() {
+    auto curve = MakeCurve({}, "bezier()");
+    SetExactly(*curve->begin()->getInTangent(), At(-1, -2));
+    SetExactly(*curve->begin()->getOutTangent(), At(1, 3));
+    return curve;
+}
+
 // The kind before the first key and after the last, with n keys between.
 template<int n>
 std::shared_ptr<FCurve> Ends(const char* expression) {
@@ -88,7 +95,7 @@ std::shared_ptr<FCurve> NearThirds() {
 const std::vector<Exhibit>& Museum() {
     static const std::vector<Exhibit> exhibits{
         {"NoKey", Curve({}), 0.0, "one segment with neither key"},
-        {"NoKeyBezier", Curve({}, "bezier()"), 0.0, "a Bezier with nothing to run through"},
+        {"NoKeyBezier", KeylessBezier, 0.0, "handles with nothing to run through"},
         {"OneKey", Curve({{2, 5, At(-1, -3), At(1, 2)}}, "bezier()"), inexact, "two lines"},
         {"OneKeyVertical", Curve({{2, 5, At(0, -3), At(0, 2)}}, "bezier()"), inexact,
          "lines along handles without length in x"},

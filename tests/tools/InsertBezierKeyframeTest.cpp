@@ -1,8 +1,4 @@
-#include "support/Basics.h"
 #include "support/Invariants.h"
-#include "support/Museum.h"
-#include "support/Recorder.h"
-#include "support/SameCurve.h"
 #include "tools/Outside.h"
 #include "tools/RandomShape.h"
 
@@ -15,7 +11,7 @@ std::string ChangeOf(const FCurve& before, const FCurve& after) {
     const double first = before.size() > 1 ? before.begin()->getRightKey()->getX() : -1.0;
     const double last = before.size() > 1 ? (--before.end())->getLeftKey()->getX() : 1.0;
     const double margin = 0.3 * (last - first) + 1.0;
-    constexpr int places = 10000;
+    constexpr int places = 4000;
     double low = HUGE_VAL, high = -HUGE_VAL, worst = 0.0, where = 0.0;
     for (int i = 0; i < places; ++i) {
         const double x = first - margin + (last - first + 2 * margin) * i / places;
@@ -35,94 +31,77 @@ std::string ChangeOf(const FCurve& before, const FCurve& after) {
     return (testing::Message() << "changed by " << worst << " at " << where << ", range " << high - low).GetString();
 }
 
-std::vector<double> PlacesToCut(const FCurve& curve) {
-    std::vector<double> places;
-    for (const Segment& segment : curve) {
-        const auto [from, to] = SpanOf(segment);
-        for (const double part : {0.1, 0.25, 0.5, 0.7713}) places.push_back(from + part * (to - from));
+// Inserts, and compares with what was said beforehand. Returns the new segment; end() where refused.
+FCurve::iterator InsertAsForetold(FCurve& curve, double x) {
+    const auto before = FCurve::createCopy(curve);
+    const KeyframeInsertion preview = PreviewBezierKeyframe(curve, x);
+    EXPECT_EQ(Difference(*before, curve), "");
+    Recorder recorder;
+    curve.subscribe(recorder);
+    const auto added = InsertBezierKeyframe(curve, x);
+    EXPECT_EQ(Fault(curve), "");
+    if (preview.outcome == KeyframeInsertion::Refused) {
+        EXPECT_EQ(added, curve.end());
+        EXPECT_EQ(Difference(*before, curve), "");
+        EXPECT_TRUE(recorder.heard.empty());
+        return added;
     }
-    return places;
+    EXPECT_EQ(recorder.heard, Heard{"curve"});
+    EXPECT_EQ(curve.size(), before->size() + 1);
+    EXPECT_EQ(added->getLeftKey()->getX(), x);
+    const bool changes = preview.outcome == KeyframeInsertion::ChangesShape;
+    const std::string change = ChangeOf(*before, curve);
+    EXPECT_EQ(changes, !change.empty()) << SameCurve::expression(*before->findSegment(x)) << " " << change;
+    EXPECT_TRUE(changes || preview.error <= 1e-4 * (1 + SizeOf(*before))) << preview.error;
+    return added;
 }
 
 class InsertionInEveryExhibit : public testing::TestWithParam<Exhibit> {};
 INSTANTIATE_TEST_SUITE_P(Museum, InsertionInEveryExhibit, testing::ValuesIn(Museum()), ExhibitName());
 
-TEST_P(InsertionInEveryExhibit, KeepsTheShape) {
-    for (const double x : PlacesToCut(*GetParam().make())) {
-        SCOPED_TRACE(testing::Message() << "at " << x);
-        const auto curve = GetParam().make();
-        Decorate(*curve);
-        const auto before = FCurve::createCopy(*curve);
-        const KeyframeInsertion preview = PreviewBezierKeyframe(*curve, x);
-        EXPECT_EQ(Difference(*before, *curve), "");
-        Recorder recorder;
-        curve->subscribe(recorder);
-        const auto added = InsertBezierKeyframe(*curve, x);
-        EXPECT_EQ(Fault(*curve), "");
-        if (preview.outcome == KeyframeInsertion::Refused) {
-            EXPECT_EQ(added, curve->end());
-            EXPECT_EQ(Difference(*before, *curve), "");
-            EXPECT_TRUE(recorder.heard.empty());
-            continue;
-        }
-        EXPECT_EQ(recorder.take(), Heard{"curve"});
-        ASSERT_NE(added, curve->end());
-        EXPECT_EQ(added->getLeftKey()->getX(), x);
-        EXPECT_EQ(curve->size(), before->size() + 1);
-
-        const std::string kind = ExpressionOf(*before->findSegment(x));
-        const bool open = !before->findSegment(x)->getLeftKey() || !before->findSegment(x)->getRightKey();
-        const bool reads = kind.find("cycle") != std::string::npos || kind.find("mirror") != std::string::npos;
-        if (reads && open && before->size() > 2)
-            EXPECT_EQ(preview.outcome, KeyframeInsertion::ChangesShape);
-        else
-            EXPECT_EQ(ChangeOf(*before, *curve), "") << kind;
-        if (preview.outcome == KeyframeInsertion::KeepsShape) {
-            EXPECT_LE(preview.error, 1e-11 * SizeOf(*before)) << kind;
+TEST_P(InsertionInEveryExhibit, KeepsTheShapeOrSaysBeforehand) {
+    for (std::size_t i = 0; i < GetParam().make()->size(); ++i) {
+        for (const double part : {0.1, 0.25, 0.5, 0.7713}) {
+            const auto curve = GetParam().make();
+            Decorate(*curve);
+            const auto [from, to] = SpanOf(*std::next(curve->begin(), static_cast<int>(i)));
+            SCOPED_TRACE(testing::Message() << "at " << from + part * (to - from));
+            InsertAsForetold(*curve, from + part * (to - from));
         }
     }
 }
 
 // Whatever the tangents, what was there keeps its shape also when it is recomputed.
 TEST(InsertBezierKeyframe, KeepsTheShapeWhateverTheTangents) {
-    const std::vector<const char*> kinds = {"bezier()",   "bezier()",        "bezier()", "spline()",
-                                            "ease()",     "easein()",        "linear()", "match()",
-                                            "constant()", "constant_next()", "sin(x)"};
-    for (unsigned seed = 0; seed < 200; ++seed) {
+    const std::vector<const char*> kinds = {"bezier()", "bezier()",   "bezier()",        "spline()",
+                                            "ease()",   "easein()",   "linear()",        "match()",
+                                            "match()",  "constant()", "constant_next()", "sin(x)"};
+    const std::vector<const char*> repetitions = {"cycle()", "cycle_offset()", "mirror()", "x + cycle()"};
+    for (unsigned seed = 0; seed < 240; ++seed) {
         RandomShape random(seed);
         const auto curve = random.make(kinds);
         const auto first = KeyAt(*curve, 0)->getX();
         const auto last = (--curve->end())->getLeftKey()->getX();
+        if (seed % 3 == 0) { // both ends, one end, or none repeat the curve
+            const auto repetition = [&] { return InterpolatorFactory::create(random.oneOf(repetitions)); };
+            if (random.below(3) > 0) curve->begin()->setInterpolator(repetition());
+            if (random.below(3) > 0) (--curve->end())->setInterpolator(repetition());
+        }
         for (int i = 0; i < 3; ++i) {
             const double x = random.between(first - 1, last + 1);
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", at " << x);
-            const auto before = FCurve::createCopy(*curve);
-            const auto preview = PreviewBezierKeyframe(*curve, x);
-            const auto added = InsertBezierKeyframe(*curve, x);
-            if (preview.outcome == KeyframeInsertion::Refused) {
-                ASSERT_EQ(Difference(*before, *curve), "");
-                continue;
-            }
-            ASSERT_EQ(Fault(*curve), "");
-            if (preview.outcome == KeyframeInsertion::ChangesShape) { // only a match that passes beside both its keys
-                const Segment& cut = *before->findSegment(x);
-                ASSERT_EQ(ExpressionOf(cut), "match()");
-                ASSERT_NE(EvalSegment(cut.getLeftKey()->getX(), cut), cut.getLeftKey()->getY());
-                ASSERT_NE(EvalSegment(cut.getRightKey()->getX(), cut), cut.getRightKey()->getY());
-                continue;
-            }
-            ASSERT_EQ(ChangeOf(*before, *curve), "") << ExpressionOf(*before->findSegment(x));
+            const auto added = InsertAsForetold(*curve, x);
+            ASSERT_FALSE(HasFailure());
+            if (added == curve->end() || SameCurve::expression(*added) != "bezier()") continue;
 
             // A move of the key too small to be seen recomputes the tangents around it: they must not leap.
-            if (ExpressionOf(*added) != "bezier()") continue;
             const auto moved = FCurve::createCopy(*curve);
             const auto key = moved->findSegment(x)->getLeftKey();
             key->setY(key->getY() + 1e-9);
-            double worst = 0.0;
-            for (double at = first; at < last; at += (last - first) / 500)
-                if (std::abs(GetFirstDerivative(*curve, at)) < 1e5)
-                    worst = std::max(worst, std::abs(curve->eval(at) - moved->eval(at)));
-            ASSERT_LE(worst, 1e-5 * SizeOf(*curve));
+            for (double at = first; at < last; at += (last - first) / 500) {
+                if (std::abs(GetFirstDerivative(*curve, at)) > 1e3) continue;
+                ASSERT_NEAR(curve->eval(at), moved->eval(at), 1e-5 * SizeOf(*curve));
+            }
         }
     }
 }
@@ -133,7 +112,6 @@ TEST(InsertBezierKeyframe, GivesTheHandlesOfTheCut) {
     const auto left = KeyAt(*curve, 0), right = KeyAt(*curve, 1);
     // P = (0, 0), (1, 6), (3, 10), (4, 8) at t = 1/2.
     const auto added = InsertBezierKeyframe(*curve, 2.0)->getLeftKey();
-    EXPECT_EQ(added->get(), V(2, 7));
     EXPECT_EQ(left->getOutTangent()->get(), V(0.5, 3));
     EXPECT_EQ(added->getInTangent()->get(), V(-0.75, -1.5));
     EXPECT_EQ(added->getOutTangent()->get(), V(0.75, 1.5));
@@ -149,10 +127,8 @@ TEST(InsertBezierKeyframe, KeepsTangentTypesThatStillGiveTheShape) {
     for (const std::uint8_t type : {Tangent::Fixed, Tangent::Flat, Tangent::Linear, Tangent::Smooth}) {
         for (const bool straight : {true, false}) {
             const auto curve = FCurve::createCopy(straight ? *line : *wave);
-            for (Segment& segment : *curve) {
-                segment.getInTangent()->setType(type);
-                segment.getOutTangent()->setType(type);
-            }
+            for (Segment& segment : *curve)
+                for (const auto& tangent : {segment.getInTangent(), segment.getOutTangent()}) tangent->setType(type);
             const bool stays = type != Tangent::Smooth || straight;
             InsertBezierKeyframe(*curve, 4.0);
             for (const auto& tangent : {KeyAt(*curve, 1)->getInTangent(), KeyAt(*curve, 1)->getOutTangent(),
@@ -167,41 +143,45 @@ TEST(InsertBezierKeyframe, KeepsTangentTypesThatStillGiveTheShape) {
 TEST(InsertBezierKeyframe, RefusesWhereNoKeyCanStand) {
     const auto curve = CurveThrough({{0, 0}, {1, 4}, {1.0015, 5}}, Bezier::create());
     (--curve->end())->setInterpolator(InterpolatorFactory::create("log(x-50)"));
-    const auto before = FCurve::createCopy(*curve);
-    for (const double x : {0.0, 0.0009, -0.0009, 0.9995, 1.0, 1.001, 7.0, std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+    for (const double x : {0.0, 0.0009, -0.0009, 0.9995, 1.0, 1.001, 7.0, kNaN, kInfinity, -kInfinity}) {
         EXPECT_EQ(PreviewBezierKeyframe(*curve, x).outcome, KeyframeInsertion::Refused) << x;
-        EXPECT_EQ(InsertBezierKeyframe(*curve, x), curve->end()) << x;
+        EXPECT_EQ(InsertAsForetold(*curve, x), curve->end()) << x;
     }
-    EXPECT_EQ(Difference(*before, *curve), "");
-    EXPECT_NE(InsertBezierKeyframe(*curve, 0.001), curve->end());
-    EXPECT_NE(InsertBezierKeyframe(*curve, 60.0), curve->end());
+    EXPECT_NE(InsertAsForetold(*curve, 0.001), curve->end());
+    EXPECT_NE(InsertAsForetold(*curve, 60.0), curve->end());
 }
 
-TEST(InsertBezierKeyframe, SaysBeforehandWhatItWillDo) {
+TEST(InsertBezierKeyframe, TellsWhatKeepsByKindAndWhatByComparison) {
     const struct {
-        const char* kind;
+        const char *kind, *ends;
         double x;
         KeyframeInsertion::Outcome outcome;
     } kRows[] = {
-        {"bezier()", 1.5, KeyframeInsertion::KeepsShape},         {"bezier()", 9.0, KeyframeInsertion::KeepsShape},
-        {"spline()", 1.5, KeyframeInsertion::KeepsShape},         {"easeout()", 1.5, KeyframeInsertion::KeepsShape},
-        {"match()", 1.5, KeyframeInsertion::KeepsShape},          {"linear()", 1.5, KeyframeInsertion::KeepsShape},
-        {"constant_next()", -3.0, KeyframeInsertion::KeepsShape}, {"5", 1.5, KeyframeInsertion::KeepsExpression},
-        {"sin(x)", 9.0, KeyframeInsertion::KeepsExpression},      {"((", 1.5, KeyframeInsertion::KeepsExpression},
-        {"cycle()", 1.5, KeyframeInsertion::KeepsExpression},     {"cycle()", 9.0, KeyframeInsertion::ChangesShape},
-        {"mirror()", -2.5, KeyframeInsertion::ChangesShape},      {"cycle() + x", 9.0, KeyframeInsertion::ChangesShape},
+        {"bezier()", "bezier()", 11.5, KeyframeInsertion::KeepsShape},
+        {"bezier()", "bezier()", 19, KeyframeInsertion::KeepsShape},
+        {"spline()", "cycle()", 11.5, KeyframeInsertion::KeepsShape},
+        {"match()", "linear()", 11.5, KeyframeInsertion::KeepsShape},
+        {"linear()", "constant_next()", 7, KeyframeInsertion::KeepsShape},
+        {"5", "5", 11.5, KeyframeInsertion::KeepsShape},
+        {"sin(x)", "sin(x)", 19, KeyframeInsertion::KeepsExpression},
+        {"cycle() * x", "0", 11.5, KeyframeInsertion::ChangesShape},
+        {"linear()", "cycle()", 19, KeyframeInsertion::ChangesShape},
+        {"linear()", "cycle() + x", 7.5, KeyframeInsertion::ChangesShape},
     };
     for (const auto& row : kRows) {
-        const auto kind = InterpolatorFactory::create(row.kind);
-        const auto curve = CurveThrough({{0, 0}, {1, 4}, {3, 1}}, kind);
-        curve->begin()->setInterpolator(kind);
+        const auto curve = CurveThrough({{10, 0}, {11, 4}, {13, 1}}, InterpolatorFactory::create(row.kind));
+        for (Segment* end : {&*curve->begin(), &*--curve->end()})
+            end->setInterpolator(InterpolatorFactory::create(row.ends));
         const KeyframeInsertion preview = PreviewBezierKeyframe(*curve, row.x);
         EXPECT_EQ(preview.outcome, row.outcome) << row.kind << " at " << row.x;
-        if (row.outcome == KeyframeInsertion::ChangesShape)
-            EXPECT_GT(preview.error, 0.1) << row.kind;
-        else
-            EXPECT_LT(preview.error, 1e-12) << row.kind;
+        EXPECT_EQ(preview.error > 0.1, row.outcome == KeyframeInsertion::ChangesShape) << preview.error;
+        InsertAsForetold(*curve, row.x);
     }
+    // A key beyond the keyed range lengthens what the other end repeats.
+    const auto curve = CurveThrough({{10, 0}, {11, 4}, {13, 1}});
+    curve->begin()->setInterpolator(InterpolatorFactory::create("mirror()"));
+    EXPECT_GT(PreviewBezierKeyframe(*curve, 16).error, 0.5);
+    EXPECT_EQ(PreviewBezierKeyframe(*curve, 16).outcome, KeyframeInsertion::ChangesShape);
 }
 
 } // namespace

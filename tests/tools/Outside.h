@@ -1,12 +1,38 @@
 #pragma once
 
-// What of a curve must stay when a range of it is replaced, recorded before the edit and compared after it.
+// Ranges of a curve to replace, and what must stay outside them: recorded before the edit and compared after it.
 
 #include "support/Basics.h"
 #include "support/Museum.h"
+#include "support/Recorder.h"
 #include "support/SameCurve.h"
 
 namespace Test {
+
+struct Range {
+    double start;
+    double end;
+    double step;
+};
+
+/// Ranges inside one segment, between keys, over all keys and outside them.
+inline std::vector<Range> RangesOf(const FCurve& curve) {
+    const std::vector<double> keys = KeysOf(curve);
+    const double first = keys.empty() ? 0.0 : keys.front();
+    const double last = keys.empty() ? 0.0 : keys.back();
+    std::vector<Range> ranges = {{first - 5, first - 1, 1},
+                                 {last + 1.3, last + 4.7, 0.5},
+                                 {first - 3, last + 3, (last - first + 6) / 40},
+                                 {first - 2, first + 1.5, 0.25}};
+    for (std::size_t i = 0; i + 1 < keys.size() && i < 4; ++i) {
+        const double width = keys[i + 1] - keys[i];
+        ranges.push_back({keys[i] + 0.31 * width, keys[i] + 0.77 * width, 0.09 * width});
+        ranges.push_back({keys[i], keys[i + 1], width / 8});
+        ranges.push_back({keys[i], keys.back(), (keys.back() - keys[i]) / 16});
+        ranges.push_back({keys[i] + 0.4 * width, keys.back() + 0.5 * width, 0.3 * width});
+    }
+    return ranges;
+}
 
 /// Properties on every part, so that lost ones are noticed.
 inline void Decorate(FCurve& curve) {
@@ -22,33 +48,52 @@ inline void Decorate(FCurve& curve) {
     }
 }
 
-inline std::string ExpressionOf(const Segment& segment) {
-    const auto interpolator = segment.getInterpolator();
-    return interpolator ? interpolator->getExpression() : "";
-}
-
-/// Whether the segment's shape depends on keys beyond its own.
-inline bool ReadsOtherKeys(const Segment& segment) {
-    const std::string text = ExpressionOf(segment);
-    for (const char* kind : {"spline", "match", "cycle", "mirror"})
-        if (text.find(kind) != std::string::npos) return true;
-    return false;
-}
-
-/// Whether a part of such a segment between new keys is shaped otherwise than before.
-inline bool ChangesWhenCut(const Segment& segment) {
-    return ReadsOtherKeys(segment) || ExpressionOf(segment).find("ease") == 0;
-}
-
 /// The largest absolute value of the keys and handles.
 inline double SizeOf(const FCurve& curve) {
     double size = 0.0;
-    for (const Segment& segment : curve) {
-        const auto key = segment.getRightKey();
-        if (key) size = std::max(size, std::abs(key->getY()) + std::abs(key->getInTangent()->getY()));
-        if (key) size = std::max(size, std::abs(key->getY()) + std::abs(key->getOutTangent()->getY()));
-    }
+    for (const Segment& segment : curve)
+        if (const auto key = segment.getRightKey())
+            for (const auto& tangent : {key->getInTangent(), key->getOutTangent()})
+                size = std::max(size, std::abs(key->getY()) + std::abs(tangent->getY()));
     return size;
+}
+
+/// Whether the curve has other values over the segment's span after an edit of a copy.
+template<class Edit>
+bool Reshapes(const Segment& segment, const Edit& edit) {
+    const auto curve = segment.getOwningCurve();
+    const auto copy = FCurve::createCopy(*curve);
+    edit(*copy, *GetIndexedSegment(*copy, GetSegmentIndex(*curve, segment)));
+    const auto [from, to] = SpanOf(segment);
+    for (int i = 1; i < 30; ++i) {
+        const double x = from + (to - from) * i / 30;
+        if (std::abs(copy->eval(x) - curve->eval(x)) > 1e-9 * SizeOf(*curve)) return true;
+    }
+    return false;
+}
+
+/// Whether the segment's shape depends on more of the curve than its own keys and tangents.
+inline bool ReadsOtherParts(const Segment& segment) {
+    return Reshapes(segment, [](FCurve& curve, Segment& same) {
+        for (const auto& tangent : {same.getInTangent(), same.getOutTangent()}) tangent->setType(Tangent::Fixed);
+        const double shift = 1.0 + SizeOf(curve);
+        for (Segment& other : curve) {
+            if (&other != &same) other.setInterpolator(InterpolatorFactory::create("7 * x + 1"));
+            const auto key = other.getRightKey();
+            if (key && key != same.getLeftKey() && key != same.getRightKey()) key->setY(key->getY() + shift);
+        }
+    });
+}
+
+/// Whether a part of the segment between new keys is shaped otherwise than before, handles apart.
+inline bool ChangesWhenCut(const Segment& segment) {
+    if (ReadsOtherParts(segment)) return true;
+    if (!segment.getInterpolator() || segment.getInterpolator()->usesTangents()) return false;
+    return Reshapes(segment, [](FCurve& curve, Segment& same) {
+        const auto [from, to] = SpanOf(same);
+        const double x = from + 0.4 * (to - from);
+        curve.insertSegment(*Keyframe::create(x, curve.eval(x)), same.getInterpolator());
+    });
 }
 
 class Outside {
@@ -58,26 +103,9 @@ public:
         for (Segment& segment : curve) m_segments.push_back(segment.getShared());
     }
 
-    /// Empty, or the first thing that changed outside the range though it should not. Values are compared with the
-    /// given tolerance where the range cuts a segment, to the last bit elsewhere.
-    std::string difference(double tolerance) const {
-        std::string fault = compareParts();
-        return fault.empty() ? compareValues(tolerance) : fault;
-    }
-
-    const FCurve& before() const { return *m_before; }
-
-private:
-    static constexpr double kOnKey = 1e-7;
-
-    bool isLeft(const Segment& segment) const {
-        return segment.getRightKey() && segment.getRightKey()->getX() <= m_start + kOnKey;
-    }
-    bool isRight(const Segment& segment) const {
-        return segment.getLeftKey() && segment.getLeftKey()->getX() >= m_end - kOnKey;
-    }
-
-    std::string compareParts() const {
+    /// Empty, or the first part outside the range that changed: another object, key, handle, interpolator, flag or
+    /// property. The keys at the ends of the range are let off.
+    std::string changedPart() const {
         std::size_t i = 0;
         for (const Segment& old : *m_before) {
             const auto& now = m_segments[i];
@@ -97,32 +125,41 @@ private:
         return "";
     }
 
-    std::string compareValues(double tolerance) const {
-        std::size_t i = 0;
+    /// Empty, or the first value outside the range that changed: by more than the tolerance where the range cuts a
+    /// segment, by a bit elsewhere. Segments that read what the edit replaced are let off.
+    std::string changedValue(double tolerance) const {
         for (const Segment& old : *m_before) {
-            const std::size_t number = i++;
             const bool whole = isLeft(old) || isRight(old);
-            if (ReadsOtherKeys(old) || (!whole && ChangesWhenCut(old))) continue;
-            const auto left = old.getLeftKey();
+            if (whole ? ReadsOtherParts(old) : ChangesWhenCut(old)) continue;
             const auto [from, to] = SpanOf(old);
             constexpr int places = 200;
             for (int k = 0; k < places; ++k) {
                 const double x = from + (to - from) * k / places;
                 // Near an end that is not on a key, a cut may stand an ulp beside the range.
                 if (x > m_start - kOnKey && x < m_end + kOnKey) continue;
-                if (left && x < left->getX()) continue;
+                if (old.getLeftKey() && x < old.getLeftKey()->getX()) continue;
                 const double expected = m_before->eval(x);
                 const double found = m_curve.eval(x);
                 if (expected == found || (std::isnan(expected) && std::isnan(found))) continue;
                 if (!whole && std::abs(expected - found) <= tolerance) continue;
                 // Where a cut curve is vertical, the last bit of a handle moves the value by its cube root.
                 if (!whole && std::abs(GetFirstDerivative(*m_before, x)) == 9999999.0) continue;
-                return (testing::Message() << "segment " << number << " " << ExpressionOf(old) << " at " << x << ": "
-                                           << expected << " became " << found)
+                return (testing::Message()
+                        << SameCurve::expression(old) << " at " << x << ": " << expected << " became " << found)
                     .GetString();
             }
         }
         return "";
+    }
+
+private:
+    static constexpr double kOnKey = 1e-7;
+
+    bool isLeft(const Segment& segment) const {
+        return segment.getRightKey() && segment.getRightKey()->getX() <= m_start + kOnKey;
+    }
+    bool isRight(const Segment& segment) const {
+        return segment.getLeftKey() && segment.getLeftKey()->getX() >= m_end - kOnKey;
     }
 
     FCurve& m_curve;

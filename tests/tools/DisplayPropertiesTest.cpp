@@ -1,4 +1,5 @@
 #include "support/Basics.h"
+#include "support/Recorder.h"
 
 #include <locale>
 
@@ -6,69 +7,47 @@ using namespace Test;
 
 namespace {
 
-struct Counter : FCurveObserver {
-    int changes = 0;
-    void curveChanged(FCurve&) override { ++changes; }
-};
-
-struct Flag {
-    const char* name;
-    bool (*is)(const FCurve&);
-    void (*set)(FCurve&, bool);
-    const char* key;
-    bool byDefault;
-};
-
-const Flag kFlags[] = {
-    {"Visible", &IsVisible, &SetVisible, "fc_vis", true},
-    {"Editable", &IsEditable, &SetEditable, "fc_edit", true},
-    {"Locked", &IsLocked, &SetLocked, "fc_lock", false},
-    {"Velocity", &IsVelocityVisible, &SetVelocityVisible, "fc_vel", false},
-    {"Acceleration", &IsAccelerationVisible, &SetAccelerationVisible, "fc_acc", false},
-    {"Discontinuity", &IsDiscontinuityVisible, &SetDiscontinuityVisible, "fc_disc", false},
-};
-
 // A locale that writes 1.5 as "1,5" and 1000000 as "1.000.000".
 struct Continental : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
 };
-
 struct UnderLocale {
     std::locale before = std::locale::global(std::locale(std::locale::classic(), new Continental));
     ~UnderLocale() { std::locale::global(before); }
 };
 
-} // namespace
-
 TEST(DisplayProperties, FlagsStoreOnlyWhatDiffersFromANewCurve) {
-    for (const Flag& flag : kFlags) {
-        SCOPED_TRACE(flag.name);
+    const struct {
+        const char* key;
+        bool (*is)(const FCurve&);
+        void (*set)(FCurve&, bool);
+        bool byDefault;
+    } flags[] = {
+        {"fc_vis", &IsVisible, &SetVisible, true},
+        {"fc_edit", &IsEditable, &SetEditable, true},
+        {"fc_lock", &IsLocked, &SetLocked, false},
+        {"fc_vel", &IsVelocityVisible, &SetVelocityVisible, false},
+        {"fc_acc", &IsAccelerationVisible, &SetAccelerationVisible, false},
+        {"fc_disc", &IsDiscontinuityVisible, &SetDiscontinuityVisible, false},
+    };
+    for (const auto& flag : flags) {
+        SCOPED_TRACE(flag.key);
         const auto curve = FCurve::create();
-        Counter counter;
-        curve->subscribe(counter);
-
-        EXPECT_EQ(flag.is(*curve), flag.byDefault);
-        flag.set(*curve, flag.byDefault);
-        EXPECT_EQ(counter.changes, 0);
-
-        flag.set(*curve, !flag.byDefault);
-        flag.set(*curve, !flag.byDefault);
-        EXPECT_EQ(counter.changes, 1);
-        EXPECT_STREQ(curve->getProperty(flag.key), "1");
-        EXPECT_EQ(flag.is(*curve), !flag.byDefault);
-
+        Recorder recorder;
+        curve->subscribe(recorder);
+        for (const bool on : {flag.byDefault, !flag.byDefault, !flag.byDefault}) {
+            flag.set(*curve, on);
+            EXPECT_EQ(flag.is(*curve), on);
+        }
+        EXPECT_EQ(recorder.heard, Heard{std::string("curve ") + flag.key + "=1"});
         curve->setProperty(flag.key, "0"); // any text counts
         EXPECT_EQ(flag.is(*curve), !flag.byDefault);
-
         flag.set(*curve, flag.byDefault);
         EXPECT_EQ(curve->sizeProperties(), 0U);
     }
-}
-
-TEST(DisplayProperties, AKeyHasALockOfItsOwn) {
-    Keyframe key;
+    Keyframe key; // has a lock of its own
     SetLocked(key, true);
     EXPECT_STREQ(key.getProperty("fc_lock"), "1");
     SetLocked(key, false);
@@ -76,65 +55,62 @@ TEST(DisplayProperties, AKeyHasALockOfItsOwn) {
 }
 
 TEST(DisplayProperties, GridIsTextOfSixDigitsReadInSinglePrecision) {
-    const auto curve = FCurve::create();
-    Rectangle<double> grid(1, 2, 3, 4);
-    EXPECT_FALSE(HasGridSettings(*curve));
-    GetGridSettings(*curve, grid);
-    EXPECT_EQ(grid, Rectangle<double>());
-
     const UnderLocale locale;
-    SetGridSettings(*curve, {0.1, 0, 2, 2});
-    EXPECT_TRUE(HasGridSettings(*curve));
-    EXPECT_STREQ(curve->getProperty("fc_grid"), "0.1 0 2 2");
-    GetGridSettings(*curve, grid);
-    EXPECT_EQ(grid, Rectangle<double>(0.10000000149011612, 0, 2, 2));
-
-    SetGridSettings(*curve, {-0.5, 1e7, 10.0 / 3.0, 123456});
-    EXPECT_STREQ(curve->getProperty("fc_grid"), "-0.5 1e+07 3.33333 123456");
-    GetGridSettings(*curve, grid);
-    EXPECT_EQ(grid, Rectangle<double>(-0.5, 1e7, 3.33333F, 123456));
-
-    SetGridSettings(*curve, {kInfinity, 0, 1, 1});
-    SetGridSettings(*curve, {0, 0, 1, kInfinity});
-    EXPECT_STREQ(curve->getProperty("fc_grid"), "-0.5 1e+07 3.33333 123456");
-
-    for (const Rectangle<double>& none :
-         {Rectangle<double>(1, 1, 0, 1), Rectangle<double>(1, 1, 1, -1), Rectangle<double>(1, 1, kNaN, 1)}) {
+    using Grid = Rectangle<double>;
+    const struct {
+        Grid grid;
+        const char* text; // over "0 0 1 1"
+        Grid read;
+    } rows[] = {
+        {{0.1, 0, 2, 2}, "0.1 0 2 2", {0.10000000149011612, 0, 2, 2}},
+        {{-0.5, 1e7, 10.0 / 3.0, 123456}, "-0.5 1e+07 3.33333 123456", {-0.5, 1e7, 3.33333F, 123456}},
+        {{kInfinity, 0, 1, 1}, "0 0 1 1", {0, 0, 1, 1}},
+        {{0, 0, 1, kInfinity}, "0 0 1 1", {0, 0, 1, 1}},
+        {{1, 1, 0, 1}, "", {}},
+        {{1, 1, 1, -1}, "", {}},
+        {{1, 1, kNaN, 1}, "", {}},
+    };
+    const auto curve = FCurve::create();
+    Grid found;
+    for (const auto& row : rows) {
         curve->setProperty("fc_grid", "0 0 1 1");
-        SetGridSettings(*curve, none);
-        EXPECT_FALSE(HasGridSettings(*curve));
+        SetGridSettings(*curve, row.grid);
+        EXPECT_STREQ(curve->getProperty("fc_grid"), row.text);
+        EXPECT_EQ(HasGridSettings(*curve), *row.text != '\0');
+        GetGridSettings(*curve, found);
+        EXPECT_EQ(found, row.read) << row.text;
     }
-    curve->setProperty("fc_grid", "0 0 1 1");
+    curve->setProperty("fc_grid", "7 grid 3 4");
+    GetGridSettings(*curve, found);
+    EXPECT_EQ(found, Grid(7, 0, 0, 0));
     RemoveGridSettings(*curve);
     EXPECT_FALSE(HasGridSettings(*curve));
-
-    curve->setProperty("fc_grid", "7 grid 3 4");
-    GetGridSettings(*curve, grid);
-    EXPECT_EQ(grid, Rectangle<double>(7, 0, 0, 0));
 }
 
 TEST(DisplayProperties, TangentScaleOfOneIsNotStored) {
     const UnderLocale locale;
     const auto curve = FCurve::create();
-    EXPECT_EQ(GetTangentScale(*curve), 1.0);
-    SetTangentScale(*curve, 1.23456789);
-    EXPECT_STREQ(curve->getProperty("fc_scal"), "1.23457");
-    EXPECT_EQ(GetTangentScale(*curve), 1.23457);
-    SetTangentScale(*curve, 1234567.0);
-    EXPECT_STREQ(curve->getProperty("fc_scal"), "1.23457e+06");
-    SetTangentScale(*curve, std::numeric_limits<double>::infinity());
-    EXPECT_EQ(GetTangentScale(*curve), 1234570.0);
-    SetTangentScale(*curve, 1.0);
-    EXPECT_EQ(curve->sizeProperties(), 0U);
+    const struct {
+        double scale;
+        const char* text;
+        double read;
+    } rows[] = {{1.23456789, "1.23457", 1.23457},
+                {1234567.0, "1.23457e+06", 1234570.0},
+                {kInfinity, "1.23457e+06", 1234570.0},
+                {1.0, "", 1.0}};
+    for (const auto& row : rows) {
+        SetTangentScale(*curve, row.scale);
+        EXPECT_STREQ(curve->getProperty("fc_scal"), row.text);
+        EXPECT_EQ(GetTangentScale(*curve), row.read);
+    }
     curve->setProperty("fc_scal", "large");
     EXPECT_EQ(GetTangentScale(*curve), 0.0);
 }
 
-TEST(DisplayProperties, EditorKeysBeginWithFc) {
-    const struct {
-        const char* key;
-        bool isEditorKey;
-    } rows[] = {{"fc_sel", true}, {"fc_", true},   {"fc", false},   {"", false},
-                {"xfc_a", false}, {"Fc_a", false}, {nullptr, false}};
-    for (const auto& row : rows) EXPECT_EQ(IsEditorKeyString(row.key), row.isEditorKey) << (row.key ? row.key : "null");
+TEST(DisplayProperties, EditorKeysStartWithFc) {
+    for (const char* key : {"fc_sel", "fc_"}) EXPECT_TRUE(IsEditorKeyString(key));
+    for (const char* key : {"fc", "xfc_a", "Fc_a", static_cast<const char*>(nullptr)})
+        EXPECT_FALSE(IsEditorKeyString(key));
 }
+
+} // namespace

@@ -30,7 +30,6 @@ void FCurveFormatInterface::setCurve(std::shared_ptr<FCurve> curve) {
     m_tangent.reset();
     m_keyPending = false;
     m_unsettled.clear();
-    m_longFormulas.clear();
 }
 
 // --- curve -----------------------------------------------------------------------------------------------------------
@@ -89,25 +88,26 @@ void FCurveFormatInterface::startSegmentContainer() {
 
 void FCurveFormatInterface::startSegment(const char* expression) {
     if (!m_curve) return;
-    std::shared_ptr<Interpolator> interpolator = interpolatorOf(orEmpty(expression));
+    const std::shared_ptr<Interpolator>& interpolator = interpolatorOf(orEmpty(expression));
     if (m_keyPending) {
-        addKey(std::move(interpolator));
+        addKey(interpolator);
     } else if (m_firstPending) {
         Segment& first = *m_curve->begin();
-        Access::setInterpolatorRaw(first, std::move(interpolator));
+        Access::setInterpolatorRaw(first, interpolator);
         enter(first);
         m_firstPending = false;
     } else {
-        Access::setInterpolatorRaw(*m_segment, std::move(interpolator));
+        Access::setInterpolatorRaw(*m_segment, interpolator);
     }
 }
 
-std::shared_ptr<Interpolator> FCurveFormatInterface::interpolatorOf(const char* expression) {
-    constexpr std::size_t kLong = 64;
-    if (std::strlen(expression) <= kLong) return InterpolatorFactory::create(expression);
-    std::shared_ptr<Interpolator>& known = m_longFormulas[expression];
-    if (!known) known = InterpolatorFactory::create(expression);
-    return known;
+const std::shared_ptr<Interpolator>& FCurveFormatInterface::interpolatorOf(const char* expression) {
+    if (!m_lastUsed || m_lastUsed->first != expression) {
+        const auto entry = m_interpolators.try_emplace(expression).first;
+        if (!entry->second) entry->second = InterpolatorFactory::create(expression);
+        m_lastUsed = &*entry;
+    }
+    return m_lastUsed->second;
 }
 
 void FCurveFormatInterface::finishSegment() {

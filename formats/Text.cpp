@@ -1,5 +1,6 @@
 #include "formats/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -72,6 +73,38 @@ bool parseNumber(std::string_view text, double& number) noexcept {
     if (!std::isfinite(value)) return false;
     number = negative ? -value : value;
     return true;
+}
+
+bool parseVersion(std::string_view text, unsigned& major, unsigned& minor) noexcept {
+    constexpr std::size_t mostDigits = 6;
+    const std::size_t point = std::min(text.find('.'), text.size());
+    const auto read = [](std::string_view digits, unsigned& number) {
+        if (digits.empty() || digits.size() > mostDigits) return false;
+        number = 0;
+        for (const char c : digits) {
+            if (!isDigit(c)) return false;
+            number = number * 10 + static_cast<unsigned>(c - '0');
+        }
+        return true;
+    };
+    return point < text.size() && read(text.substr(0, point), major) && read(text.substr(point + 1), minor);
+}
+
+std::string expectedFound(const std::string& expected, const std::string& found) {
+    return "Expected " + expected + ", found " + found + '.';
+}
+
+std::string textTooLong(std::size_t length, std::size_t limit) {
+    return "A text has " + std::to_string(length) + " bytes; the limit is " + std::to_string(limit) + '.';
+}
+
+std::string tooMany(const char* what, std::size_t limit) {
+    return std::string("There are too many ") + what + "; the limit is " + std::to_string(limit) + '.';
+}
+
+std::string unsupportedVersion(unsigned major, unsigned minor, unsigned supported) {
+    return "The document has version " + std::to_string(major) + '.' + std::to_string(minor)
+           + " of the format; version " + std::to_string(supported) + " can be read.";
 }
 
 std::string quoted(std::string_view text) {

@@ -1,7 +1,6 @@
 #pragma once
 
-// The bytes of a stream, one after the other, with the place in the text where each one stands: what a reader of a text
-// format is written on.
+// The bytes of a stream one after the other, and where in the text each one stands.
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
@@ -14,7 +13,7 @@ inline namespace v19 {
 
 namespace Private {
 
-// Reads a stream in pieces from its position to its end, behind a UTF-8 byte-order mark if there is one. LF, CR LF and
+// Reads a stream in pieces from its position to its end, after a UTF-8 byte-order mark if there is one. LF, CR LF and
 // a lone CR end lines. Exceptions of the stream pass through.
 class TextSource {
 public:
@@ -25,7 +24,7 @@ public:
     // The next byte, 0 to 255, or kEnd.
     int peek() { return m_next != m_end ? static_cast<unsigned char>(*m_next) : fill(); }
 
-    // Likewise, and goes behind it.
+    // Likewise, and goes past it.
     int take() {
         const int c = peek();
         if (c == kEnd) return c;
@@ -45,11 +44,15 @@ public:
     std::uint64_t line() const noexcept { return m_line; }
     std::uint64_t column() const noexcept { return m_column; }
 
+    // How many bytes were taken.
+    std::int64_t taken() const noexcept { return m_fetched - (m_end - m_next); }
+
 private:
     int fill();
 
     Stream& m_stream;
     std::int64_t m_remaining; // in the stream
+    std::int64_t m_fetched = 0;
     std::vector<char> m_piece;
     const char* m_next = nullptr;
     const char* m_end = nullptr;

@@ -1,5 +1,6 @@
 #include "FCurveLib/BinaryFormat.h"
 
+#include "formats/Text.h"
 #include "formats/binary/Layout.h"
 
 #include <algorithm>
@@ -36,8 +37,7 @@ const char* BinaryError::what() const noexcept {
 }
 
 UnexpectedEnd::UnexpectedEnd(std::uint64_t expectedSize, std::uint64_t foundSize, std::uint64_t offset)
-    : BinaryError("The document ends too early: " + bytes(expectedSize) + " should follow here, and " + bytes(foundSize)
-                      + (foundSize == 1 ? " does." : " do."),
+    : BinaryError("The document ends too early: expected " + bytes(expectedSize) + ", found " + bytes(foundSize) + '.',
                   offset),
       m_expected(expectedSize), m_found(foundSize) {}
 const char* UnexpectedEnd::what() const noexcept {
@@ -45,9 +45,7 @@ const char* UnexpectedEnd::what() const noexcept {
 }
 
 WrongBlockType::WrongBlockType(const char* expected, const char* found, std::uint64_t offset)
-    : BinaryError(std::string("Expected here is ") + expected + ", found is a block of type \"" + printableType(found)
-                      + "\".",
-                  offset),
+    : BinaryError(Private::expectedFound(expected, "a block of type \"" + printableType(found) + '"'), offset),
       m_types(std::make_shared<const std::pair<std::string, std::string>>(expected, printableType(found))) {}
 const char* WrongBlockType::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockType";
@@ -70,11 +68,7 @@ const char* BadValue::what() const noexcept {
 }
 
 UnsupportedVersion::UnsupportedVersion(unsigned major, unsigned minor, std::uint64_t offset)
-    : BinaryError("The document has version " + std::to_string(major) + '.' + std::to_string(minor)
-                      + " of the format; version " + std::to_string(kMajor) + '.' + std::to_string(kMinor)
-                      + " can be read.",
-                  offset),
-      m_major(major), m_minor(minor) {}
+    : BinaryError(Private::unsupportedVersion(major, minor, kMajor), offset), m_major(major), m_minor(minor) {}
 const char* UnsupportedVersion::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::UnsupportedVersion";
 }
@@ -87,6 +81,9 @@ const char* LimitExceeded::what() const noexcept {
 }
 const char* DocumentTooLarge::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::DocumentTooLarge";
+}
+const char* RefusedCall::what() const noexcept {
+    return "VEM_FN::FCurveLib::BinaryFormat::RefusedCall";
 }
 const char* NotFinite::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::NotFinite";

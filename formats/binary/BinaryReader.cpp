@@ -4,6 +4,8 @@
 #include "FCurveLib/FormatLimits.h"
 #include "FCurveLib/IFF.h"
 #include "FCurveLib/Stream.h"
+#include "FCurveLib/Tangent.h"
+#include "formats/Text.h"
 #include "formats/binary/Layout.h"
 
 #include <algorithm>
@@ -26,7 +28,7 @@ std::string inQuotes(const IFFType& type) {
     return '"' + std::string(type.getTypeBytes(), strnlen(type.getTypeBytes(), 4)) + '"';
 }
 
-// One block of a document: its type, and its content's begin and end in the document's bytes.
+// One block of a document: its type, and where its content starts and ends in the document's bytes.
 struct Span {
     IFFType type;
     int begin = 0;
@@ -36,7 +38,7 @@ struct Span {
 // The bytes of a document, and what counts for all of it.
 class Source {
 public:
-    // The content of the root block. The stream stands behind it afterwards.
+    // The content of the root block. The stream stands after it afterwards.
     explicit Source(Stream& stream) : m_limits(GetFormatLimits()) {
         IO io;
         const int begin = stream.getPosition();
@@ -67,9 +69,7 @@ public:
     // Counts an expression that a segment has.
     void use(const std::string& expression, std::uint64_t offset) {
         if (expression.size() > m_limits.expressions - m_expressionBytes)
-            throw LimitExceeded("The segments' expressions have more than the " + std::to_string(m_limits.expressions)
-                                    + " bytes that are allowed.",
-                                offset);
+            throw LimitExceeded(Private::tooMany("bytes in all expressions", m_limits.expressions), offset);
         m_expressionBytes += expression.size();
     }
 
@@ -123,7 +123,7 @@ public:
         throw WrongBlockType(expected, block.type.getTypeBytes(), m_source.offsetOf(m_current));
     }
 
-    // Where the walk is: at the end, behind all blocks.
+    // Where the walk is: at the end, after all blocks.
     std::uint64_t offset() const { return m_source.offsetOf(m_next); }
 
 private:
@@ -171,7 +171,7 @@ public:
     double finite() {
         const std::uint64_t begin = offset();
         const double result = number<double>();
-        if (!std::isfinite(result)) throw BadValue("Here is a number that is not finite.", begin);
+        if (!std::isfinite(result)) throw BadValue("A number is not finite.", begin);
         return result;
     }
 
@@ -179,11 +179,9 @@ public:
         const std::uint64_t begin = offset();
         const std::size_t length = number<std::uint32_t>();
         if (length > m_source->limits().text)
-            throw LimitExceeded("A text has " + std::to_string(length) + " bytes; "
-                                    + std::to_string(m_source->limits().text) + " are allowed.",
-                                begin);
+            throw LimitExceeded(Private::textTooLong(length, m_source->limits().text), begin);
         const char* const text = take(length);
-        if (length > 0 && std::memchr(text, '\0', length)) throw BadValue("Here is a text with a zero byte.", begin);
+        if (length > 0 && std::memchr(text, '\0', length)) throw BadValue("A text has a zero byte.", begin);
         return {text, length};
     }
 
@@ -191,10 +189,7 @@ public:
     std::uint32_t count(std::size_t limit, std::size_t least, const char* things) {
         const std::uint64_t begin = offset();
         const auto result = number<std::uint32_t>();
-        if (result > limit)
-            throw LimitExceeded("There are " + std::to_string(result) + ' ' + things + "; " + std::to_string(limit)
-                                    + " are allowed.",
-                                begin);
+        if (result > limit) throw LimitExceeded(Private::tooMany(things, limit), begin);
         if (result > room() / least)
             throw WrongBlockSize(std::to_string(result) + ' ' + things + " need more room",
                                  result * std::uint64_t{least}, room(), begin);
@@ -206,14 +201,15 @@ public:
         const std::uint64_t begin = offset();
         const auto result = number<Flags>();
         if ((result & ~known) && !m_source->isNewer())
-            throw BadValue("Here are flags that this version of the format does not have.", begin);
+            throw BadValue("A flag is set that this version of the format does not have.", begin);
         return result;
     }
 
     // The block has nothing further.
     void finish() const {
         if (room() > 0 && !m_source->isNewer())
-            throw WrongBlockSize("The block " + inQuotes(m_type) + " goes on behind its content", 0, room(), offset());
+            throw WrongBlockSize("The block " + inQuotes(m_type) + " has extra bytes after its content", 0, room(),
+                                 offset());
     }
 
 private:
@@ -225,7 +221,7 @@ private:
 
 using PropertyCall = void (FormatInterface::*)(const char* key, const char* value);
 
-// Hands texts to a target, which wants them with a zero byte behind.
+// Hands texts to a target, which wants them with a zero byte at the end.
 class Deliverer {
 public:
     Deliverer(const Source& source, FormatInterface& target) : m_source(source), m_target(target) {}
@@ -267,21 +263,29 @@ struct TangentRecord {
     std::uint8_t type = 0;
     double x = 0.0;
     double y = 0.0;
-    Cursor properties; // where they begin, if there are any
+    Cursor properties; // where they start, if there are any
 
     explicit TangentRecord(const Cursor& at) : properties(at) {}
 
     void read(Cursor& from) {
         const std::uint64_t begin = from.offset();
         flags = from.flags<std::uint8_t>(AllTangentFlags);
-        if ((flags & HasHandle) && (flags & HandleIsFlat)) throw BadValue("Here is a tangent with two handles.", begin);
-        if (flags & HasType) type = from.number<std::uint8_t>();
+        if ((flags & HasHandle) && (flags & HandleIsFlat)) throw BadValue("A tangent has two handles.", begin);
+        if (flags & HasType) readType(from);
         if (flags & HasHandle) {
             x = from.finite();
             y = from.finite();
         }
         properties = from;
         if (flags & HasTangentProperties) Deliverer::skipProperties(from);
+    }
+
+    void readType(Cursor& from) {
+        const std::uint64_t begin = from.offset();
+        type = from.number<std::uint8_t>();
+        if (type <= Tangent::Plateau) return;
+        if (!from.source().isNewer()) throw BadValue(std::to_string(type) + " is not a tangent type.", begin);
+        type = Tangent::Fixed; // the handle stays as the later version computed it
     }
 
     void deliver(Deliverer& to) {
@@ -311,14 +315,14 @@ void readSegments(Source& source, const Span& block, const std::vector<std::stri
     target.startSegmentContainer();
     std::size_t expression = 0;
     bool hasLeftKey = false;
-    double leftX = 0.0;
+    double leftX = -HUGE_VAL;
     for (std::uint32_t i = 0; i < count; ++i) {
-        // The whole record first: flat handles reach as far as the key behind them says.
+        // The whole record first: flat handles reach as far as the key after them says.
         const std::uint64_t begin = cursor.offset();
         const auto flags = cursor.flags<std::uint16_t>(AllSegmentFlags);
         if (flags & HasExpression) expression = cursor.number<std::uint32_t>();
         if (expression >= expressions.size())
-            throw BadValue("The segment here has expression " + std::to_string(expression) + "; there are "
+            throw BadValue("A segment has the expression number " + std::to_string(expression) + " of "
                                + std::to_string(expressions.size()) + '.',
                            begin);
         TangentRecord out(cursor);
@@ -330,11 +334,15 @@ void readSegments(Source& source, const Span& block, const std::vector<std::stri
         const bool hasKey = (flags & HasKey) != 0;
         double x = 0.0;
         double y = 0.0;
+        if (hasKey == (i + 1 == count))
+            throw BadValue(hasKey ? Private::kKeyAtEnd : "A segment that is not the last one ends at no key.", begin);
         if (hasKey) {
+            const std::uint64_t position = cursor.offset();
             x = cursor.finite();
+            if (!(x > leftX)) throw BadValue(Private::kKeyOutOfOrder, position);
             y = cursor.finite();
         } else if (flags & (KeyLocked | KeyBreakdown | KeyUnified | HasKeyProperties)) {
-            throw BadValue("The segment here has flags of a key and no key.", begin);
+            throw BadValue("A segment without a key has flags of one.", begin);
         }
         Cursor keyProperties = cursor;
         if (flags & HasKeyProperties) Deliverer::skipProperties(cursor);
@@ -442,15 +450,14 @@ void readContainerBlock(Source& source, const Span& container, FormatInterface& 
         if (block.type != Block::curve)
             blocks.refuse(block, isFirst ? "\"Prop\", \"Curv\" or the end" : "\"Curv\" or the end");
         if (++curves > source.limits().curves)
-            throw LimitExceeded("There are more curves than the " + std::to_string(source.limits().curves)
-                                    + " that are allowed.",
+            throw LimitExceeded(Private::tooMany("curves", source.limits().curves),
                                 source.offsetOf(block.begin - kHeaderSize));
         if (!readCurveBlock(source, block, target)) break;
     }
     target.finishCurveContainer();
 }
 
-// The document's one block behind its version.
+// The document's one block after its version.
 Span readHead(Source& source, Blocks& blocks, const char* expected) {
     Span block;
     if (!blocks.next(block)) throw MissingBlock("The document ends without a block \"Vers\".", blocks.offset());

@@ -43,7 +43,7 @@ enum DisplayFlag : std::uint16_t {
     AllDisplayFlags = 127
 };
 
-// Of a segment and the key behind it, in the block "Segs". What is absent is at its default.
+// Of a segment and the key after it, in the block "Segs". What is absent is at its default.
 enum SegmentFlag : std::uint16_t {
     HasExpression = 1, // else that of the segment before; the first one of the table in the first segment
     HasOutTangent = 2, // else a default one, as of a new curve: fixed, without flags, the handle flat

@@ -4,6 +4,7 @@
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Stream.h"
 #include "FCurveLib/Tolerance.h"
+#include "formats/Opening.h"
 #include "formats/Text.h"
 #include "formats/TextSource.h"
 
@@ -19,6 +20,9 @@ inline namespace v19 {
 
 namespace HoudiniChanFormat {
 
+using Private::isBlank;
+using Private::isLineEnd;
+using Private::isSpace;
 using Private::TextSource;
 
 namespace {
@@ -26,11 +30,18 @@ namespace {
 constexpr std::size_t kMostColumns = 65536;
 constexpr std::size_t kMostCells = 50000000;
 
-bool isBlank(int c) {
-    return c == ' ' || c == '\t' || c == '\v' || c == '\f';
-}
-bool isLineEnd(int c) {
-    return c == '\n' || c == '\r' || c == TextSource::kEnd;
+// Goes to the first character of a row.
+void skipToRow(TextSource& source) {
+    for (;;) {
+        const int c = source.peek();
+        if (c == '#') { // as a line starts with nothing but blanks before it: rows are read as a whole
+            while (!isLineEnd(source.peek())) source.take();
+        } else if (isSpace(c)) {
+            source.take();
+        } else {
+            return;
+        }
+    }
 }
 
 // The numbers of a whole file, row by row.
@@ -62,27 +73,20 @@ private:
 
 Table::Table(Stream& stream, HoudiniChanReader::FrameColumn frameColumn) {
     TextSource source(stream);
-    for (int c = source.peek(); c != TextSource::kEnd; c = source.peek()) {
-        if (isBlank(c) || isLineEnd(c)) {
-            source.take();
-        } else if (c == '#') { // as a line begins with nothing but blanks before it: rows are read as a whole
-            while (!isLineEnd(source.peek())) source.take();
-        } else {
-            readRow(source, frameColumn == HoudiniChanReader::Yes);
-        }
-    }
+    for (skipToRow(source); source.peek() != TextSource::kEnd; skipToRow(source))
+        readRow(source, frameColumn == HoudiniChanReader::Yes);
     if (m_cells.empty()) throw NoData("There are no numbers.", source.line(), source.column());
 
     m_hasFrames =
         frameColumn == HoudiniChanReader::Yes || (frameColumn == HoudiniChanReader::Auto && looksLikeFrames());
     if (channels() == 0) throw NoData("There is no column besides the frames.", source.line(), source.column());
-    if (channels() > m_limits.curves) throw LimitExceeded("There are too many columns.", 1, 1);
+    if (channels() > m_limits.curves) throw LimitExceeded(Private::tooMany("columns", m_limits.curves), 1, 1);
 }
 
 void Table::readRow(TextSource& source, bool framesGiven) {
     const std::size_t before = m_cells.size();
     if (m_columns > 0 && before / m_columns >= m_limits.keys) {
-        throw LimitExceeded("There are too many rows.", source.line(), source.column());
+        throw LimitExceeded(Private::tooMany("rows", m_limits.keys), source.line(), source.column());
     }
     std::size_t found = 0;
     std::uint64_t surplusColumn = 0; // where the first cell stands that is too much
@@ -97,7 +101,7 @@ void Table::readRow(TextSource& source, bool framesGiven) {
         }
         if (framesGiven && found == 1 && before > 0
             && number - m_cells[before - m_columns] < Keyframe::getMinSeparation() - GetEpsilon()) {
-            throw BadFrame("The frame does not come at least 0.001 after the one before it.", line, column);
+            throw BadFrame("The frame is not at least 0.001 after the one before it.", line, column);
         }
         if (!isSurplus) m_cells.push_back(number);
         while (isBlank(source.peek())) source.take();
@@ -179,39 +183,25 @@ void HoudiniChanReader::readCurve(Stream& stream, FormatInterface& target) {
     emitChannel(Table(stream, m_frameColumn), 0, target);
 }
 
-// Nothing but printable ASCII and white space, and in it at least one row, all of whose cells are numbers; no row with
-// anything else. The last cell counts only when the window shows it whole.
+// After comments and blank lines 1024 bytes of rows whose cells are all numbers. The last cell counts only when the
+// window shows it whole.
 bool HoudiniChanReader::canRead(Stream& stream, Stream& header) {
-    char bytes[1024];
-    const int size = std::min({stream.getSize(), header.getSize(), static_cast<int>(sizeof bytes)});
-    if (size <= 0) return false;
-    header.readData(bytes, size);
-    std::string_view text(bytes, static_cast<std::size_t>(size));
-    if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
-    for (const char c : text) {
-        if ((c < ' ' || c > '~') && !isBlank(c) && c != '\n' && c != '\r') return false;
-    }
-    const bool isCut = stream.getSize() > size;
-
+    Private::Opening opening(stream, header);
+    TextSource source(opening);
+    const auto atEnd = [&] { return source.peek() == TextSource::kEnd; };
     std::size_t numbers = 0;
-    while (!text.empty()) {
-        const std::size_t length = std::min(text.find_first_of("\r\n"), text.size());
-        std::string_view line = text.substr(0, length);
-        const bool isLast = length == text.size();
-        text.remove_prefix(isLast ? length : length + 1);
-
-        bool isRowBegin = true;
-        for (;;) {
-            line.remove_prefix(std::min(line.find_first_not_of(" \t\v\f"), line.size()));
-            if (line.empty() || (isRowBegin && line.front() == '#')) break;
-            isRowBegin = false;
-            const std::string_view cell = line.substr(0, line.find_first_of(" \t\v\f"));
-            line.remove_prefix(cell.size());
-            if (isCut && isLast && line.empty()) break;
-            double number = 0.0;
-            if (!Private::parseNumber(cell, number)) return false;
-            ++numbers;
-        }
+    std::string cell;
+    skipToRow(source);
+    const std::int64_t end = source.taken() + 1024;
+    while (!atEnd() && source.taken() < end) {
+        cell.clear();
+        while (!atEnd() && !isSpace(source.peek()) && source.taken() < end) cell += static_cast<char>(source.take());
+        const bool isCut = !atEnd() && !isSpace(source.peek());
+        double number = 0.0;
+        if (!isCut && !Private::parseNumber(cell, number)) return false;
+        if (!isCut) ++numbers;
+        while (isBlank(source.peek())) source.take();
+        if (isLineEnd(source.peek())) skipToRow(source);
     }
     return numbers > 0;
 }

@@ -2,6 +2,7 @@
 #include "FCurveLib/FormatLimits.h"
 #include "FCurveLib/HoudiniClipFormat.h"
 #include "FCurveLib/Tangent.h"
+#include "formats/Opening.h"
 #include "formats/Text.h"
 #include "formats/WordSource.h"
 
@@ -24,6 +25,7 @@ namespace {
 constexpr std::size_t kLongestTrack = std::size_t{1} << 24U;
 constexpr std::size_t kMostTracks = std::size_t{1} << 20U;
 constexpr std::size_t kMostSamples = 50000000;
+constexpr std::size_t kKeysPerByte = 64;           // that runs may expand to, besides FormatLimits::runs
 constexpr double kFarthestStart = 1099511627776.0; // 2^40: samples beyond it would come too close to each other
 
 struct Track {
@@ -35,25 +37,32 @@ struct Track {
     double fallback = 0.0; // "default"
 };
 
-class Clip {
+struct Errors {
+    using UnexpectedWord = HoudiniClipFormat::UnexpectedWord;
+    using BadNumber = HoudiniClipFormat::BadNumber;
+    using LimitExceeded = HoudiniClipFormat::LimitExceeded;
+};
+
+constexpr std::string_view kPunctuation = "{}=";
+
+class Clip : Private::WordParser<Errors> {
 public:
-    explicit Clip(Stream& stream) : m_limits(GetFormatLimits()), m_words(stream, "{}=", m_limits.text) {
-        next();
+    explicit Clip(Stream& stream) : WordParser(stream, kPunctuation) {
         expect("{");
-        while (m_word.text != "}") {
-            if (m_word.text == "{") {
+        while (!at("}")) {
+            if (at("{")) {
                 readTrack();
             } else {
                 readSetting();
             }
         }
         if (m_hasTracks && m_tracks.size() != m_trackCount) {
-            throw WrongTrackCount("The header says that there are " + std::to_string(m_trackCount)
-                                      + " tracks, and there are " + std::to_string(m_tracks.size()) + '.',
-                                  m_word.line, m_word.column);
+            raise<WrongTrackCount>("The header says " + std::to_string(m_trackCount) + " tracks, found "
+                                       + std::to_string(m_tracks.size()) + '.',
+                                   m_word);
         }
         next();
-        if (!m_word.text.empty()) refuse("the end of the text");
+        if (!atEnd()) refuse("the end of the text");
     }
 
     void emitProperties(FormatInterface& target) const {
@@ -129,65 +138,36 @@ private:
 
     // --- words -------------------------------------------------------------------------------------------------------
 
-    void next() {
-        m_words.next(m_word);
-        checkLength();
-    }
-    void checkLength() const {
-        if (m_word.isTooLong) throw LimitExceeded("A word is too long.", m_word.line, m_word.column);
-        if (m_word.text.find('\0') != std::string::npos) refuse("text without a zero byte");
-    }
-    [[noreturn]] void refuse(const std::string& expected) const {
-        throw UnexpectedWord("Expected here is " + expected + ", found is "
-                                 + (m_word.text.empty() ? "the end of the text" : Private::quoted(m_word.text)) + '.',
-                             m_word.line, m_word.column);
-    }
-    void expect(const char* word) {
-        if (m_word.text != word) refuse(Private::quoted(word));
-        next();
-    }
-
-    // A word and "=". The word behind it is the next one.
+    // A word and "=". The word after it is the next one.
     std::string readKey() {
-        if (m_word.text.empty() || m_word.text == "{" || m_word.text == "}" || m_word.text == "=") {
-            refuse("the name of a setting");
-        }
+        if (atPunctuation()) refuse("the name of a setting");
         std::string key = m_word.text;
         if (key.front() >= '0' && key.front() <= '9') refuse("the name of a setting");
         for (const char c : key)
             if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'))
                 refuse("the name of a setting");
         next();
-        if (m_word.text != "=") refuse("\"=\"");
+        if (!at("=")) refuse("\"=\"");
         return key;
     }
+    bool atPunctuation() const { return atEnd() || at("{") || at("}") || at("="); }
     std::string readWord() {
-        if (m_word.text.empty() || m_word.text == "{" || m_word.text == "}" || m_word.text == "=") refuse("a value");
+        if (atPunctuation()) refuse("a value");
         std::string word = m_word.text;
         next();
         return word;
-    }
-    double readNumber() {
-        double number = 0.0;
-        if (!Private::parseNumber(m_word.text, number)) {
-            if (m_word.text.empty() || m_word.text == "}") refuse("a number");
-            throw BadNumber("Expected here is a number, found is " + Private::quoted(m_word.text) + '.', m_word.line,
-                            m_word.column);
-        }
-        next();
-        return number;
     }
     // A whole number from least to most.
     std::size_t readCount(std::size_t least, std::size_t most, const char* what) {
         const Word word = m_word;
         const double number = readNumber();
         if (number != std::floor(number) || number < static_cast<double>(least)) {
-            throw BadNumber(Private::quoted(word.text) + " is no number of " + what + '.', word.line, word.column);
+            raise<BadNumber>(Private::quoted(word.text) + " is not a valid " + what + '.', word);
         }
         if (number > static_cast<double>(most)) {
-            throw LimitExceeded(Private::quoted(word.text) + ' ' + what + " are more than the " + std::to_string(most)
-                                    + " that are allowed.",
-                                word.line, word.column);
+            raise<LimitExceeded>("The " + std::string(what) + ' ' + Private::quoted(word.text)
+                                     + " is above the limit of " + std::to_string(most) + '.',
+                                 word);
         }
         return static_cast<std::size_t>(number);
     }
@@ -202,16 +182,14 @@ private:
             m_rate = readNumber();
         } else if (key == "start") {
             m_start = readNumber();
-            if (std::abs(m_start) > kFarthestStart)
-                throw BadNumber("The start lies too far from 0.", at.line, at.column);
+            if (std::abs(m_start) > kFarthestStart) raise<BadNumber>("The start lies too far from 0.", at);
         } else if (key == "tracklength") {
-            const std::size_t length = readCount(0, std::min(kLongestTrack, m_limits.keys), "samples");
-            if (!m_tracks.empty() && length != m_length)
-                throw BadNumber("The length of tracks changes.", at.line, at.column);
+            const std::size_t length = readCount(0, std::min(kLongestTrack, m_limits.keys), "sample count");
+            if (!m_tracks.empty() && length != m_length) raise<BadNumber>("The length of tracks changes.", at);
             m_length = length;
             m_hasLength = true;
         } else if (key == "tracks") {
-            m_trackCount = readCount(0, std::min(kMostTracks, m_limits.curves), "tracks");
+            m_trackCount = readCount(0, std::min(kMostTracks, m_limits.curves), "track count");
             m_hasTracks = true;
         } else if (key == "quaternions") {
             readQuaternions();
@@ -226,18 +204,18 @@ private:
             refuse("an order of rotations, such as \"xyz\"");
         }
         std::string text = readWord();
-        const std::size_t count = readCount(0, kMostTracks, "rotations");
+        const std::size_t count = readCount(0, kMostTracks, "rotation count");
         for (std::size_t i = 0; i < count; ++i) {
             for (int axis = 0; axis < 3; ++axis) {
                 const Word at = m_word;
-                const std::size_t index = readCount(0, kMostTracks, "a track");
+                const std::size_t index = readCount(0, kMostTracks, "track number");
                 if (index >= m_tracks.size()) {
-                    throw BadNumber("There is no track " + std::to_string(index) + '.', at.line, at.column);
+                    raise<BadNumber>("There is no track " + std::to_string(index) + '.', at);
                 }
                 text += axis > 0 ? ',' : i > 0 ? ';' : ':';
                 text += std::to_string(index);
             }
-            if (text.size() > m_limits.text) throw LimitExceeded("There are too many rotations.", m_word.line, 0);
+            if (text.size() > m_limits.text) raise<LimitExceeded>("There are too many rotations.", m_word);
         }
         m_quaternions = std::move(text);
     }
@@ -245,15 +223,14 @@ private:
     void readTrack() {
         const Word at = m_word;
         if (m_tracks.size() >= std::min(kMostTracks, m_limits.curves))
-            throw LimitExceeded("There are too many tracks.", at.line, at.column);
+            raise<LimitExceeded>(Private::tooMany("tracks", m_tracks.size()), at);
         next();
         Track track;
-        while (m_word.text != "}") {
+        while (!this->at("}")) {
             const std::string key = readKey();
             if (key == "name") {
-                m_words.nextWhole(m_word);
-                checkLength();
-                if (m_word.text.empty()) refuse("a name");
+                nextWhole();
+                if (atEnd()) refuse("a name");
                 track.name = m_word.text;
                 next();
                 continue;
@@ -277,11 +254,11 @@ private:
     }
 
     void readSamples(Track& track, bool hasRuns) {
-        if (!m_hasLength) refuse("\"tracklength\" in front of all data");
+        if (!m_hasLength) refuse("\"tracklength\" before all data");
         if (track.hasSamples) refuse("one \"data\" for each track");
         // Counted before room for them is taken.
         if (m_length > kMostSamples - m_samples)
-            throw LimitExceeded("There are more than 50000000 samples.", m_word.line, m_word.column);
+            raise<LimitExceeded>(Private::tooMany("samples", kMostSamples), m_word);
         m_samples += m_length;
         track.hasSamples = true;
         while (track.samples.size() < m_length) {
@@ -289,25 +266,22 @@ private:
             if (hasRuns && m_word.text.size() > 1 && m_word.text.front() == '@') {
                 m_word.text.erase(0, 1);
                 const Word at = m_word;
-                run = readCount(1, kLongestTrack, "samples");
+                run = readCount(1, kLongestTrack, "run length");
                 if (run > m_length - track.samples.size()) {
-                    throw BadNumber("A run of " + std::to_string(run) + " samples goes on behind the track's "
-                                        + std::to_string(m_length) + '.',
-                                    at.line, at.column);
+                    raise<BadNumber>("A run of " + std::to_string(run)
+                                         + " samples is longer than the rest of the track, "
+                                         + std::to_string(m_length - track.samples.size()) + '.',
+                                     at);
                 }
-                if (run > m_limits.runs - m_inRuns) {
-                    throw LimitExceeded("More than " + std::to_string(m_limits.runs) + " samples stand in runs.",
-                                        at.line, at.column);
-                }
-                m_inRuns += run;
+                m_inRuns += run; // no more than there are samples
+                const auto read = static_cast<std::size_t>(m_words.source().taken());
+                if (m_inRuns > m_limits.runs && m_inRuns - m_limits.runs > kKeysPerByte * read)
+                    raise<LimitExceeded>("Too many samples stand in runs for a text of this length.", at);
             }
             track.samples.insert(track.samples.end(), run, readNumber());
         }
     }
 
-    const FormatLimits m_limits;
-    Private::WordSource m_words;
-    Word m_word; // the next one
     double m_rate = 30.0;
     double m_start = 0.0;
     bool m_hasLength = false;
@@ -340,8 +314,9 @@ void HoudiniClipReader::readCurve(Stream& stream, FormatInterface& target) {
     clip.emit(0, target);
 }
 
-bool HoudiniClipReader::canRead(Stream&, Stream& header) {
-    Private::WordSource words(header, "{}=", 1024);
+bool HoudiniClipReader::canRead(Stream& stream, Stream& header) {
+    Private::Opening opening(stream, header);
+    Private::WordSource words(opening, kPunctuation, 1024);
     Word word;
     words.next(word);
     if (word.text != "{") return false;

@@ -4,10 +4,12 @@
 #include "FCurveLib/Tangent.h"
 #include "FCurveLib/TovConversion.h"
 #include "FCurveLib/Vector2D.h"
+#include "formats/Opening.h"
 #include "formats/Text.h"
 #include "formats/WordSource.h"
-#include "formats/old/Handles.h"
+#include "formats/old/Grammar.h"
 
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -33,28 +35,30 @@ const char* expressionOf(TovKey::InterpType interp) {
     }
 }
 
-// The next word that is in no comment.
-void nextWord(Private::WordSource& words, Word& word) {
-    for (words.next(word); word.text.substr(0, 2) == "//"; words.next(word)) {
-        TextSource& source = words.source();
-        while (source.peek() != '\n' && source.peek() != '\r' && source.peek() != TextSource::kEnd) source.take();
-    }
-}
+struct Errors {
+    using UnexpectedWord = OldFormat::UnexpectedWord;
+    using BadNumber = OldFormat::BadNumber;
+    using LimitExceeded = OldFormat::LimitExceeded;
+};
 
-class Parser {
+constexpr std::string_view kPunctuation = "{}";
+constexpr std::string_view kComment = "//";
+
+class Parser : Private::WordParser<Errors> {
 public:
-    Parser(Stream& stream, FormatInterface& target)
-        : m_target(target), m_limits(GetFormatLimits()), m_words(stream, "{}", m_limits.text) {
-        next();
-    }
+    Parser(Stream& stream, FormatInterface& target) : WordParser(stream, kPunctuation, kComment), m_target(target) {}
 
-    bool atEnd() const { return m_word.text.empty(); }
+    using WordParser::atEnd;
+
+    [[noreturn]] void refuseCurve(std::size_t limit) const {
+        raise<LimitExceeded>(Private::tooMany("curves", limit), m_word);
+    }
 
     // Returns whether the target wants further curves.
     bool readCurve() {
         expect("fcurve");
         expect("{");
-        if (m_word.text != "name") refuse("\"name\"");
+        if (!at("name")) refuse("\"name\"");
         const std::string name = readName();
         expect("extensions");
         expect("constant");
@@ -62,11 +66,13 @@ public:
         m_isWanted = m_target.startCurve(name.c_str());
         m_isFirst = true;
         if (m_isWanted) m_target.startSegmentContainer();
-        for (std::size_t keys = 0; m_word.text == "keyframe"; ++keys) {
-            if (keys >= m_limits.keys) throw LimitExceeded("There are too many keys.", m_word.line, m_word.column);
+        for (std::size_t keys = 0; at("keyframe"); ++keys) {
+            if (keys >= m_limits.keys) raise<LimitExceeded>(Private::tooMany("keys", m_limits.keys), m_word);
             TovKey key;
             readKey(key);
             if (m_isWanted) emitKey(key);
+            m_before = key;
+            m_isFirst = false;
         }
         expect("}");
         if (!m_isWanted) return true;
@@ -76,22 +82,7 @@ public:
     }
 
 private:
-    void next() {
-        nextWord(m_words, m_word);
-        if (m_word.isTooLong) throw LimitExceeded("A word is too long.", m_word.line, m_word.column);
-    }
-
-    [[noreturn]] void refuse(const std::string& expected) const {
-        throw UnexpectedWord("Expected here is " + expected + ", found is "
-                                 + (atEnd() ? "the end of the text" : Private::quoted(m_word.text)) + '.',
-                             m_word.line, m_word.column);
-    }
-    void expect(const char* word) {
-        if (m_word.text != word) refuse(Private::quoted(word));
-        next();
-    }
-
-    // Up to the quotation mark in front of "extensions", which becomes the word.
+    // Up to the quotation mark before "extensions", which becomes the word.
     std::string readName() {
         m_words.skipSpace();
         TextSource& source = m_words.source();
@@ -108,26 +99,16 @@ private:
             if (c == 0) throw UnexpectedWord("A name has a zero byte.", source.line(), source.column());
             text += static_cast<char>(c);
             const std::string_view end = Private::wordAfterName;
-            if (text.size() > m_limits.text) throw LimitExceeded("A name is too long.", m_word.line, m_word.column);
+            if (text.size() > m_limits.text) raise<LimitExceeded>("A name is too long.", m_word);
             if (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) continue;
             std::size_t length = text.size() - end.size();
-            while (length > 0 && Private::isOldSpace(text[length - 1])) --length;
+            while (length > 0 && Private::isSpace(text[length - 1])) --length;
             if (length == 0 || text[length - 1] != '"') continue;
             m_word = {std::string(end), source.line(), source.column(), false};
             return text.substr(0, length - 1);
         }
     }
 
-    double readNumber() {
-        double number = 0.0;
-        if (!Private::parseNumber(m_word.text, number)) {
-            if (atEnd()) refuse("a number");
-            throw BadNumber("Expected here is a number, found is " + Private::quoted(m_word.text) + '.', m_word.line,
-                            m_word.column);
-        }
-        next();
-        return number;
-    }
     Vector2D<double> readPair() {
         const double x = readNumber();
         return {x, readNumber()};
@@ -135,9 +116,8 @@ private:
 
     // Absent where the kind has no word.
     TovKey::InterpType readInterp() {
-        constexpr const char* words[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
-        for (std::uint32_t i = 0; i < 4; ++i) {
-            if (m_word.text != words[i]) continue;
+        for (std::uint32_t i = 0; i < std::size(Private::interpWords); ++i) {
+            if (!at(Private::interpWords[i])) continue;
             next();
             return static_cast<TovKey::InterpType>(i);
         }
@@ -147,7 +127,11 @@ private:
     void readKey(TovKey& key) {
         expect("keyframe");
         expect("{");
+        const Word x = m_word;
         key.setLocation(readPair());
+        if (!m_isFirst && !(key.getLocation().x > m_before.getLocation().x)) {
+            raise<BadNumber>(Private::kKeyOutOfOrder, x);
+        }
         expect("interp");
         key.setInterp(readInterp());
         expect("tangents");
@@ -156,8 +140,8 @@ private:
         readInterp();
         key.setRightTangent(readPair());
         readInterp();
-        if (m_word.text == "snapped") next();
-        if (m_word.text == "locked") {
+        if (at("snapped")) next();
+        if (at("locked")) {
             key.setLocked(true);
             next();
         }
@@ -188,8 +172,6 @@ private:
         m_target.keyframePosition(key.getLocation().x, key.getLocation().y);
         m_target.keyframeLocked(key.isLocked());
         m_target.finishKeyframe();
-        m_before = key;
-        m_isFirst = false;
     }
     void emitLast() {
         m_target.startSegment("constant()");
@@ -202,9 +184,6 @@ private:
     }
 
     FormatInterface& m_target;
-    const FormatLimits m_limits;
-    Private::WordSource m_words;
-    Word m_word; // the next one
     bool m_isWanted = true;
     bool m_isFirst = true;
     TovKey m_before;
@@ -221,7 +200,7 @@ void OldReader::readCurves(Stream& stream, FormatInterface& target) {
     target.startCurveContainer();
     std::size_t curves = 0;
     do {
-        if (++curves > limit) throw LimitExceeded("There are too many curves.");
+        if (++curves > limit) parser.refuseCurve(limit);
     } while (parser.readCurve() && !parser.atEnd());
     target.finishCurveContainer();
 }
@@ -230,10 +209,11 @@ void OldReader::readCurve(Stream& stream, FormatInterface& target) {
     Parser(stream, target).readCurve();
 }
 
-bool OldReader::canRead(Stream&, Stream& header) {
-    Private::WordSource words(header, "{}", 1024);
+bool OldReader::canRead(Stream& stream, Stream& header) {
+    Private::Opening opening(stream, header);
+    Private::WordSource words(opening, kPunctuation, 1024, kComment);
     Word word;
-    nextWord(words, word);
+    words.next(word);
     if (word.text != "fcurve") return false;
     words.next(word);
     return word.text == "{";

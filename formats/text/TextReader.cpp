@@ -1,10 +1,13 @@
 #include "FCurveLib/FormatInterface.h"
 #include "FCurveLib/FormatLimits.h"
 #include "FCurveLib/TextFormat.h"
+#include "formats/Opening.h"
+#include "formats/TangentTypes.h"
 #include "formats/Text.h"
 #include "formats/TextSource.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <iterator>
 #include <string>
@@ -16,6 +19,8 @@ inline namespace v19 {
 
 namespace TextFormat {
 
+using Private::isBlank;
+using Private::isLineEnd;
 using Private::TextSource;
 
 namespace {
@@ -73,13 +78,14 @@ public:
         if (atEnd() || at("{") || at("}")) refuse(expected);
         return m_words[m_read++];
     }
+    // The next one; empty at the end of the line.
+    Word word() const { return atEnd() ? Word() : m_words[m_read]; }
     const std::string& text(const char* expected) { return take(expected).text; }
     double number() {
         const Word& word = take("a number");
         double result = 0.0;
         if (word.isQuoted || !Private::parseNumber(word.text, result)) {
-            throw BadNumber("Expected here is a number, found is " + Private::quoted(word.text) + '.', word.line,
-                            word.column);
+            throw BadNumber(Private::expectedFound("a number", Private::quoted(word.text)), word.line, word.column);
         }
         return result;
     }
@@ -96,24 +102,19 @@ public:
     [[noreturn]] void refuse(const std::string& expected) const {
         if (!atEnd()) {
             const Word& word = m_words[m_read];
-            throw UnexpectedWord("Expected here is " + expected + ", found is " + Private::quoted(word.text) + '.',
-                                 word.line, word.column);
+            throw UnexpectedWord(Private::expectedFound(expected, Private::quoted(word.text)), word.line, word.column);
         }
         const bool isText = m_words.empty();
-        throw UnexpectedWord("Expected here is " + expected + ", found is the end of the "
-                                 + (isText ? "text." : "line."),
+        throw UnexpectedWord(Private::expectedFound(expected, isText ? "the end of the text" : "the end of the line"),
                              isText ? m_source.line() : m_words.back().line,
                              isText ? m_source.column() : m_words.back().column + m_words.back().text.size());
     }
 
-    [[noreturn]] void exceed(const char* message) const {
+    [[noreturn]] void exceed(const std::string& message) const {
         throw LimitExceeded(message, m_source.line(), m_source.column());
     }
 
 private:
-    static bool isBlank(int c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
-    static bool isLineEnd(int c) { return c == '\n' || c == '\r' || c == TextSource::kEnd; }
-
     void readWord() {
         if (m_words.size() >= kMostWords) exceed("There are too many words in this line.");
         Word word;
@@ -136,7 +137,7 @@ private:
         m_source.take();
         for (;;) {
             if (isLineEnd(m_source.peek())) {
-                throw BadText("A text in quotation marks has no end in this line.", word.line, word.column);
+                throw BadText("A text in quotation marks does not end in its line.", word.line, word.column);
             }
             const int c = m_source.take();
             if (c == '"') return;
@@ -169,7 +170,7 @@ private:
         default:
             break;
         }
-        throw BadText("Expected behind a backslash is one of \" \\ n r t, or x and two hexadecimal digits.", line,
+        throw BadText("A backslash is not followed by one of \" \\ n r t, or x and two hexadecimal digits.", line,
                       column);
     }
 
@@ -217,7 +218,7 @@ public:
     }
     [[noreturn]] void refuse(const char* expected) const { m_lines.refuse(expected); }
     void countCurve() {
-        if (++m_curves > m_limits.curves) m_lines.exceed("There are too many curves.");
+        if (++m_curves > m_limits.curves) m_lines.exceed(Private::tooMany("curves", m_limits.curves));
     }
 
     // --- curve -------------------------------------------------------------------------------------------------------
@@ -243,26 +244,15 @@ public:
 private:
     void readVersion() {
         if (!m_lines.next() || !m_lines.skip(kMagic)) m_lines.refuse("\"fcurvetext\" and a version");
-        const Word version = m_lines.take("a version, such as 1.0");
+        const Word version = m_lines.take("a version such as 1.0");
         unsigned major = 0;
         unsigned minor = 0;
-        const char* const end = version.text.data() + version.text.size();
-        auto result = std::from_chars(version.text.data(), end, major);
-        if (result.ec == std::errc() && result.ptr != end && *result.ptr == '.')
-            result = std::from_chars(result.ptr + 1, end, minor);
-        else
-            result.ptr = version.text.data();
-        if (version.isQuoted || result.ec != std::errc() || result.ptr != end) {
-            throw UnexpectedWord("Expected here is a version, such as 1.0, found is " + Private::quoted(version.text)
-                                     + '.',
+        if (version.isQuoted || !Private::parseVersion(version.text, major, minor)) {
+            throw UnexpectedWord(Private::expectedFound("a version such as 1.0", Private::quoted(version.text)),
                                  version.line, version.column);
         }
-        if (major != kMajor) {
-            throw UnsupportedVersion("The document has version " + std::to_string(major) + '.' + std::to_string(minor)
-                                         + " of the format; version " + std::to_string(kMajor) + '.'
-                                         + std::to_string(kMinor) + " can be read.",
-                                     version.line, version.column);
-        }
+        if (major != kMajor)
+            throw UnsupportedVersion(Private::unsupportedVersion(major, minor, kMajor), version.line, version.column);
         m_isNewer = minor > kMinor;
         m_lines.finish();
     }
@@ -283,7 +273,7 @@ private:
                 continue;
             }
             while (!m_lines.atEnd() && !m_lines.at("{")) m_lines.take("\"{\" or the end of the line");
-            if (m_lines.opens() && ++depth > m_limits.nesting) m_lines.exceed("Blocks are nested too deep.");
+            if (m_lines.opens() && ++depth > m_limits.nesting) m_lines.exceed("The blocks are nested too deeply.");
         }
     }
 
@@ -296,7 +286,7 @@ private:
     }
 
     void readProperty(PropertyCall call, std::size_t& count) {
-        if (++count > m_limits.properties) m_lines.exceed("There are too many properties.");
+        if (++count > m_limits.properties) m_lines.exceed(Private::tooMany("properties", m_limits.properties));
         m_lines.skip("property");
         const std::string key = m_lines.text("the property's name");
         const std::string value = m_lines.text("the property's value");
@@ -351,10 +341,11 @@ private:
     void readSegments() {
         std::string between = "linear()";
         bool hasSegment = false; // since the last key
+        m_lastX = -HUGE_VAL;
         std::size_t keys = 0;
         for (; m_inCurve; m_inCurve = nextInBlock()) {
             if (m_lines.at("key")) {
-                if (++keys > m_limits.keys) m_lines.exceed("There are too many keys.");
+                if (++keys > m_limits.keys) m_lines.exceed(Private::tooMany("keys", m_limits.keys));
                 if (!hasSegment) plainSegment(keys == 1 ? "constant()" : between);
                 readKey();
                 hasSegment = false;
@@ -373,7 +364,7 @@ private:
 
     void startSegment(const std::string& expression) {
         if (expression.size() > m_limits.expressions - m_expressionBytes)
-            m_lines.exceed("The segments' expressions are too long together.");
+            m_lines.exceed(Private::tooMany("bytes in all expressions", m_limits.expressions));
         m_expressionBytes += expression.size();
         m_target.startSegment(expression.c_str());
     }
@@ -387,14 +378,18 @@ private:
         startSegment(m_lines.text("an interpolator, such as bezier()"));
         if (m_lines.opens()) {
             std::size_t properties = 0;
+            bool hasOut = false;
+            bool hasIn = false;
             while (nextInBlock()) {
                 if (m_lines.at("property")) {
                     readProperty(&FormatInterface::segmentProperty, properties);
-                } else if (m_lines.skip("out")) {
+                } else if (!hasOut && m_lines.skip("out")) {
+                    hasOut = true;
                     m_target.startOutTangent();
                     readTangent();
                     m_target.finishOutTangent();
-                } else if (m_lines.skip("in")) {
+                } else if (!hasIn && m_lines.skip("in")) {
+                    hasIn = true;
                     m_target.startInTangent();
                     readTangent();
                     m_target.finishInTangent();
@@ -407,11 +402,16 @@ private:
     }
 
     void readTangent() {
-        constexpr const char* types[] = {"fixed", "flat", "linear", "smooth", "smoothContinued", "clamped", "plateau"};
-        unsigned char type = 0;
-        while (type < std::size(types) && !m_lines.skip(types[type])) ++type;
-        if (type == std::size(types)) m_lines.refuse("the tangent's type, such as \"fixed\"");
-        m_target.tangentType(type);
+        const Word word = m_lines.word();
+        std::size_t type = Private::tangentTypeOf(word.isQuoted ? "" : word.text);
+        if (type == std::size(Private::kTangentTypes)) {
+            double number = 0.0;
+            const bool isLater = m_isNewer && !word.isQuoted && !Private::parseNumber(word.text, number);
+            if (!isLater) m_lines.refuse("the tangent's type, such as \"fixed\"");
+            type = 0; // the handle stays as the later version computed it
+        }
+        m_lines.take("the tangent's type");
+        m_target.tangentType(static_cast<unsigned char>(type));
         if (!m_lines.atEnd() && !m_lines.at("weighted") && !m_lines.at("weightLocked") && !m_lines.at("{")) {
             const double x = m_lines.number();
             m_target.tangentVector(x, m_lines.number());
@@ -423,8 +423,11 @@ private:
 
     void readKey() {
         m_lines.skip("key");
-        m_target.startKeyframe();
+        const Word at = m_lines.word();
         const double x = m_lines.number();
+        if (!(x > m_lastX)) throw BadNumber(Private::kKeyOutOfOrder, at.line, at.column);
+        m_lastX = x;
+        m_target.startKeyframe();
         m_target.keyframePosition(x, m_lines.number());
         if (m_lines.skip("locked")) m_target.keyframeLocked(true);
         if (m_lines.skip("breakdown")) m_target.keyframeBreakdown(true);
@@ -439,6 +442,7 @@ private:
     bool m_isNewer = false;
     bool m_more = false; // whether a line of the container is there to be looked at
     bool m_inCurve = false;
+    double m_lastX = 0.0;
     std::size_t m_curves = 0;
     std::size_t m_expressionBytes = 0;
 };
@@ -464,11 +468,16 @@ void TextReader::readCurve(Stream& stream, FormatInterface& target) {
     parser.readContainerProperties(false);
     if (!parser.atCurve()) parser.refuse("\"curve\"");
     parser.readCurve();
-    if (parser.atCurve()) parser.refuse("the end of the text, behind a single curve");
+    if (parser.atCurve()) parser.refuse("the end of the text after a single curve");
 }
 
-bool TextReader::canRead(Stream&, Stream& header) {
-    TextSource source(header);
+bool TextReader::canRead(Stream& stream, Stream& header) {
+    Private::Opening opening(stream, header);
+    TextSource source(opening);
+    while (Private::isSpace(source.peek()) || source.peek() == '#') {
+        if (source.take() != '#') continue;
+        while (!isLineEnd(source.peek())) source.take();
+    }
     for (const char* c = kMagic; *c; ++c)
         if (source.take() != *c) return false;
     return source.peek() == ' ' || source.peek() == '\t';

@@ -53,6 +53,9 @@ const char* UnsupportedVersion::what() const noexcept {
 const char* LimitExceeded::what() const noexcept {
     return "VEM_FN::FCurveLib::XMLFormat::LimitExceeded";
 }
+const char* RefusedCall::what() const noexcept {
+    return "VEM_FN::FCurveLib::XMLFormat::RefusedCall";
+}
 const char* NotFinite::what() const noexcept {
     return "VEM_FN::FCurveLib::XMLFormat::NotFinite";
 }

@@ -2,9 +2,13 @@
 #include "FCurveLib/FormatLimits.h"
 #include "FCurveLib/Stream.h"
 #include "FCurveLib/XMLFormat.h"
+#include "formats/Opening.h"
+#include "formats/TangentTypes.h"
 #include "formats/Text.h"
+#include "formats/TextSource.h"
 #include "formats/xml/BoundedMemory.h"
-#include "formats/xml/Names.h"
+#include "formats/xml/Escapes.h"
+#include "formats/xml/Vocabulary.h"
 
 #include <expat.h>
 
@@ -32,7 +36,8 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 16U; // bytes that are fed to Expat at once
 
-bool isSpace(char c) {
+// Of XML, which knows fewer than C.
+bool isXMLSpace(int c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
@@ -122,7 +127,7 @@ private:
     void finishCurve();
 
     void count(std::size_t& counted, std::size_t limit, const char* what) const {
-        if (counted >= limit) raise<LimitExceeded>(std::string("There are too many ") + what + ".");
+        if (counted >= limit) raise<LimitExceeded>(Private::tooMany(what, limit));
         ++counted;
     }
 
@@ -183,7 +188,8 @@ public:
     // A text without its escapes.
     const char* text(const char* name, std::string& buffer) {
         const char* value = require(name);
-        if (!unescape(value, buffer)) bad(name, value, R"(a text, in which "\" begins "\\" or "\x01" to "\xFF")");
+        if (!unescape(value, buffer))
+            bad(name, value, R"(a text in which a backslash starts "\\" or "\x01" to "\xFF")");
         if (buffer.size() > m_document.m_limits.text) {
             m_document.raise<LimitExceeded>(std::string("The attribute ") + name + " is too long.", name);
         }
@@ -245,7 +251,7 @@ Document::Node Document::startAny(const char* tag, Attributes& attributes) {
     const auto is = [tag](const char* name) { return std::strcmp(tag, name) == 0; };
     if (m_open.empty()) {
         if (is(Tag::root)) return startRoot(attributes);
-        raise<UnexpectedTag>("The document is no curve file: it begins with " + quoted(tag) + ".", tag);
+        raise<UnexpectedTag>("The document is not a curve file: its root is " + quoted(tag) + ".", tag);
     }
 
     switch (m_open.back().node) {
@@ -265,7 +271,7 @@ Document::Node Document::startAny(const char* tag, Attributes& attributes) {
         break;
     case Node::Container:
         if (is(Tag::curve)) return startCurve(attributes);
-        if (is(Tag::property)) return startProperty(attributes);
+        if (is(Tag::property) && m_curves == 0) return startProperty(attributes);
         break;
     case Node::Curve:
         if (is(Tag::segment) && m_run != Run::Segment) return startSegment(attributes);
@@ -322,23 +328,17 @@ void Document::end() {
 }
 
 void Document::text(std::string_view text) const {
-    if (m_isLater || std::all_of(text.begin(), text.end(), &isSpace)) return;
+    if (m_isLater || std::all_of(text.begin(), text.end(), &isXMLSpace)) return;
     raise<UnexpectedText>("There is text between the tags: " + quoted(text) + ".");
 }
 
 Document::Node Document::startRoot(Attributes& attributes) {
     const char* version = attributes.require("version");
-    unsigned numbers[2] = {0, 0};
-    const char* c = version;
-    for (unsigned& number : numbers) {
-        const char* first = c;
-        for (; *c >= '0' && *c <= '9' && c < first + 6; ++c) number = number * 10 + static_cast<unsigned>(*c - '0');
-        const char end = &number == numbers ? '.' : '\0';
-        if (c == first || *c != end) attributes.bad("version", version, "a version such as 1.0");
-        ++c;
-    }
-    if (numbers[0] != kMajor) throw UnsupportedVersion(numbers[0], kMajor, line(), column());
-    m_isLater = numbers[1] > kMinor;
+    unsigned major = 0;
+    unsigned minor = 0;
+    if (!Private::parseVersion(version, major, minor)) attributes.bad("version", version, "a version such as 1.0");
+    if (major != kMajor) throw UnsupportedVersion(major, kMajor, line(), column());
+    m_isLater = minor > kMinor;
     return Node::Root;
 }
 
@@ -385,7 +385,7 @@ Document::Node Document::startCurve(Attributes& attributes) {
 }
 
 void Document::finishCurve() {
-    if (m_run == Run::Key) raise<MissingTag>("The curve's last key has no segment behind it.", Tag::segment);
+    if (m_run == Run::Key) raise<MissingTag>(Private::kKeyAtEnd, Tag::segment);
     if (m_run == Run::Nothing) m_out->startSegmentContainer();
     m_out->finishSegmentContainer();
     if (!m_out->finishCurve()) {
@@ -411,8 +411,8 @@ Document::Node Document::startSegment(Attributes& attributes) {
 Document::Node Document::startTangent(Attributes& attributes, bool isIn) {
     std::size_t type = 0;
     if (const char* const name = attributes.find("type")) {
-        while (type < std::size(kTangentTypes) && std::strcmp(name, kTangentTypes[type]) != 0) ++type;
-        if (type == std::size(kTangentTypes)) {
+        type = Private::tangentTypeOf(name);
+        if (type == std::size(Private::kTangentTypes)) {
             if (!m_isLater) attributes.bad("type", name, "a type of tangent");
             type = 0; // the handle stays as the later version computed it
         }
@@ -455,7 +455,7 @@ Document::Node Document::startKey(Attributes& attributes) {
     const bool breakdown = attributes.flag("breakdown");
     const bool unified = attributes.flag("unified");
     attributes.done();
-    if (!(x > m_lastX)) raise<BadAttribute>("The key does not come after the one before it.", "x");
+    if (!(x > m_lastX)) raise<BadAttribute>(Private::kKeyOutOfOrder, "x");
 
     m_lastX = x;
     m_run = Run::Key;
@@ -526,7 +526,7 @@ void Document::read() {
         const XML_Index done = XML_GetCurrentByteIndex(m_expat);
         const std::uint64_t pending = done < 0 ? fed : fed - static_cast<std::uint64_t>(done);
         if (pending > m_longestTag) raise<LimitExceeded>("A tag or comment is too long.");
-        // Expat looks at an unfinished tag from its beginning each time, so the pieces grow with it.
+        // Expat looks at an unfinished tag from its start each time, so the pieces grow with it.
         piece = std::max(kPiece, static_cast<std::size_t>(pending));
     } while (remaining > 0);
 }
@@ -544,46 +544,46 @@ void XMLReader::readCurve(Stream& stream, FormatInterface& target) {
     Document(stream, target, false).read();
 }
 
-// Looks for "<fcurvelib" or "<!DOCTYPE fcurvelib" behind a byte-order mark, declarations, comments and white space.
-bool XMLReader::canRead(Stream&, Stream& header) {
-    char bytes[1024];
-    const int size = std::min(header.getSize(), static_cast<int>(sizeof bytes));
-    if (size <= 0) return false;
-    header.readData(bytes, size);
-    std::string_view text(bytes, static_cast<std::size_t>(size));
-
-    const auto skip = [&text](std::string_view prefix) {
-        if (text.substr(0, prefix.size()) != prefix) return false;
-        text.remove_prefix(prefix.size());
-        return true;
+// Looks for "<fcurvelib" or "<!DOCTYPE fcurvelib" after a byte-order mark, declarations, comments and white space.
+bool XMLReader::canRead(Stream& stream, Stream& header) {
+    Private::Opening opening(stream, header);
+    Private::TextSource source(opening);
+    const auto takes = [&](std::string_view text) {
+        return std::all_of(text.begin(), text.end(), [&](char c) { return source.take() == c; });
     };
-    const auto skipTo = [&text](std::string_view end) {
-        const std::size_t found = text.find(end);
-        text.remove_prefix(found == std::string_view::npos ? text.size() : found + end.size());
+    const auto skipSpace = [&] {
+        while (isXMLSpace(source.peek())) source.take();
     };
-    const auto skipSpace = [&text] {
-        while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+    const auto skipPast = [&](std::string_view end) {
+        std::string last;
+        for (int c = source.take(); c != source.kEnd; c = source.take()) {
+            last += static_cast<char>(c);
+            if (last.size() > end.size()) last.erase(0, 1);
+            if (last == end) return;
+        }
     };
 
-    skip("\xEF\xBB\xBF");
     for (;;) {
         skipSpace();
-        if (skip("<?")) {
-            skipTo("?>");
-        } else if (skip("<!--")) {
-            skipTo("-->");
+        if (!takes("<")) return false;
+        if (source.peek() == '?') {
+            skipPast("?>");
+        } else if (source.peek() == '!') {
+            source.take();
+            if (source.peek() != '-') {
+                if (!takes("DOCTYPE")) return false;
+                skipSpace();
+                break;
+            }
+            if (!takes("--")) return false;
+            skipPast("-->");
         } else {
             break;
         }
     }
-    if (skip("<!DOCTYPE")) {
-        skipSpace();
-    } else if (!skip("<")) {
-        return false;
-    }
-    if (!skip(Tag::root)) return false;
-    return !text.empty()
-           && (isSpace(text.front()) || text.front() == '>' || text.front() == '/' || text.front() == '[');
+    if (!takes(Tag::root)) return false;
+    const int next = source.peek();
+    return isXMLSpace(next) || next == '>' || next == '/' || next == '[';
 }
 
 } // namespace XMLFormat

@@ -5,13 +5,12 @@
 #include "FCurveLib/FormatType.h"
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/Reader.h"
-#include "FCurveLib/Writer.h"
+#include "FCurveLib/detail/DocumentWriter.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -32,7 +31,7 @@ public:
     explicit BinaryError(const std::string& message = {}, std::uint64_t offset = 0);
     const char* what() const noexcept override;
 
-    /// Where the wrong thing begins, in bytes from the stream's beginning. 0 from a writer.
+    /// Where the wrong thing starts, in bytes from the start of the stream. 0 from a writer.
     std::uint64_t offset() const noexcept { return m_offset; }
 
 private:
@@ -80,7 +79,7 @@ public:
 /// A block that is longer than the one that holds it, too short for its content, or longer than its content.
 class FCURVELIB_API WrongBlockSize : public BinaryError {
 public:
-    /// problem begins the message: "The block "Name" is longer than the one that holds it".
+    /// problem starts the message: "The block "Name" is longer than the one that holds it".
     WrongBlockSize(const std::string& problem, std::uint64_t expectedSize, std::uint64_t foundSize,
                    std::uint64_t offset);
     const char* what() const noexcept override;
@@ -93,8 +92,9 @@ private:
     std::uint64_t m_found;
 };
 
-/// A number or a text that cannot be what it stands for: a coordinate that is not finite, an index without its
-/// expression, a text with a zero byte, a flag that this version does not have.
+/// A number or a text that cannot be what it stands for: a coordinate that is not finite, a key that does not come
+/// after the one before it, an unknown tangent type, an index without its expression, a text with a zero byte, a flag
+/// that this version does not have.
 class FCURVELIB_API BadValue : public BinaryError {
 public:
     using BinaryError::BinaryError;
@@ -117,7 +117,7 @@ private:
     unsigned m_minor;
 };
 
-/// More than FormatLimits allow.
+/// More than FormatLimits allow, in a document that is read or in one to be written.
 class FCURVELIB_API LimitExceeded : public BinaryError {
 public:
     using BinaryError::BinaryError;
@@ -131,6 +131,14 @@ public:
     const char* what() const noexcept override;
 };
 
+/// A writer was told something that makes no document which the reader takes: a call out of the stated order, a second
+/// out tangent, a key that does not come after the one before it, an unknown tangent type. Nothing was written.
+class FCURVELIB_API RefusedCall : public BinaryError {
+public:
+    using BinaryError::BinaryError;
+    const char* what() const noexcept override;
+};
+
 /// A writer was given a number that is not finite, which no curve holds.
 class FCURVELIB_API NotFinite : public BinaryError {
 public:
@@ -139,7 +147,7 @@ public:
 };
 /// @}
 
-/// Reads documents of version 1.x from the stream's position on, and leaves the stream behind the document. readCurve
+/// Reads documents of version 1.x from the stream's position on, and leaves the stream after the document. readCurve
 /// takes a document of a single curve; readCurves also takes one, as a container that holds it. Where the stream ends
 /// too early, the target hears the curves that are there whole. Takes memory for the document's bytes, and no more than
 /// the stream has.
@@ -156,61 +164,16 @@ public:
 
 /// Writes documents of version 1.0. The bytes depend on nothing but the calls. A document is composed in memory and
 /// reaches the stream in one piece, with finishCurve or finishCurveContainer: an exception before that leaves the
-/// stream alone. Calls that make no document of the stated order are ignored; numbers that are not finite raise
-/// NotFinite.
-class FCURVELIB_API BinaryWriter : public Writer {
+/// stream alone. What the reader would refuse raises here: RefusedCall, NotFinite, LimitExceeded, DocumentTooLarge.
+/// An exception drops the document. Of the grid and of the tangent scale six significant digits are written, as many
+/// as curves keep; a grid without area is none.
+class FCURVELIB_API BinaryWriter : public Private::DocumentWriter {
 public:
     BinaryWriter();
     ~BinaryWriter() override;
 
-    void startCurveContainer() override;
-    void finishCurveContainer() override;
-    void containerProperty(const char* key, const char* value) override;
-
-    bool startCurve(const char* name) override;
-    bool finishCurve() override;
-    void curveVisible(bool visible) override;
-    void curveLocked(bool locked) override;
-    void curveShowVelocity(bool show) override;
-    void curveShowAcceleration(bool show) override;
-    void curveShowDiscontinuities(bool show) override;
-    void curveGrid(double x, double y, double width, double height) override;
-    void curveTangentScale(double scale) override;
-    void curveProperty(const char* key, const char* value) override;
-
-    void startSegmentContainer() override;
-    void finishSegmentContainer() override;
-    void startSegment(const char* expression) override;
-    void finishSegment() override;
-    void segmentProperty(const char* key, const char* value) override;
-
-    void startInTangent() override;
-    void finishInTangent() override;
-    void startOutTangent() override;
-    void finishOutTangent() override;
-    void tangentVector(double x, double y) override;
-    void tangentType(unsigned char type) override;
-    void tangentWeightLocked(bool locked) override;
-    void tangentWeighted(bool weighted) override;
-    void tangentProperty(const char* key, const char* value) override;
-
-    void startKeyframe() override;
-    void finishKeyframe() override;
-    void keyframePosition(double x, double y) override;
-    void keyframeTangentsUnified(bool unified) override;
-    void keyframeBreakdown(bool breakdown) override;
-    void keyframeLocked(bool locked) override;
-    void keyframeProperty(const char* key, const char* value) override;
-
 private:
-    class Document;
-
-    void newStream(Stream* stream) override;
-    Document* document() const noexcept { return m_documents.empty() ? nullptr : m_documents.back().get(); }
-    bool at(int part) const noexcept;
-    bool atTangent() const noexcept;
-
-    std::vector<std::unique_ptr<Document>> m_documents; // of the linked streams; the last one is the current
+    std::unique_ptr<Private::PartCollector> newDocument(Stream& stream) const override;
 };
 
 } // namespace BinaryFormat

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -56,9 +57,8 @@ public:
     void curveProperty(const char* key, const char* value) override;
 
     void startSegmentContainer() override;
-    /// The interpolator comes from InterpolatorFactory::create: one shared instance for each built-in kind. Segments of
-    /// a curve that have the same expression of more than 64 bytes share an interpolator too, as it may be one that a
-    /// few bytes of a file give to a million segments.
+    /// The interpolator comes from InterpolatorFactory::create. Segments with the same expression share one, in all
+    /// curves that this object builds, as a few bytes of a file may give it to a million segments.
     void startSegment(const char* expression) override;
     /// If the property "fc_isUnified" of the segment's left key is "1", that key's tangents become unified; neither its
     /// handles nor the property change.
@@ -81,7 +81,7 @@ public:
     void keyframeProperty(const char* key, const char* value) override;
 
 private:
-    std::shared_ptr<Interpolator> interpolatorOf(const char* expression);
+    const std::shared_ptr<Interpolator>& interpolatorOf(const char* expression);
     void enter(Segment& segment);
     void leave();
     void settle(Tangent& tangent);
@@ -98,7 +98,8 @@ private:
     bool m_keyPending = false;
     std::vector<std::shared_ptr<Tangent>>
         m_unsettled; // of automatic types, without a handle: wait for their neighbours
-    std::unordered_map<std::string, std::shared_ptr<Interpolator>> m_longFormulas; // by expression
+    std::unordered_map<std::string, std::shared_ptr<Interpolator>> m_interpolators;          // by expression
+    const std::pair<const std::string, std::shared_ptr<Interpolator>>* m_lastUsed = nullptr; // of these
 };
 
 } // namespace v19

@@ -27,7 +27,7 @@ public:
     /// \name By content
     /// @{
 
-    /// Shows each reader the first 1024 bytes of the stream (with zeros behind a shorter one) and returns the first
+    /// Shows each reader the first 1024 bytes of the stream (zeros after a shorter one) and returns the first
     /// that recognises them. A reader that raises an exception derived from Exception does not recognise them. The
     /// stream stands at position 0 afterwards.
     static Reader* getReader(Stream& stream);

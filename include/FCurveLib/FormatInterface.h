@@ -29,7 +29,8 @@ inline namespace v19 {
 ///               keyframeProperty*  finishKeyframe
 ///
 /// The first segment lies before the first key, the last one after the last key. Readers may leave out what their
-/// format does not say: flags, tangents, properties. The library's writers accept such sequences too.
+/// format does not say: flags, tangents, properties. The library's writers accept such sequences too, and the calls
+/// within a part in any order; they refuse everything else that the order above does not have.
 ///
 /// Texts are valid during the call only and never null. Editor properties (names with "fc_") that have a call of their
 /// own travel by that call.

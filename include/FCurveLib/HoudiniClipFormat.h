@@ -57,7 +57,7 @@ public:
 /// @}
 
 /// Reads each track as a curve with one key a sample, "linear()" between them. readCurve takes the first track.
-/// Recognises a text by its opening brace and the first word of a header behind it.
+/// Recognises a text by its opening brace and the first word of a header after it.
 class FCURVELIB_API HoudiniClipReader : public Reader {
 public:
     HoudiniClipReader();

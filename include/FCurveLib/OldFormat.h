@@ -49,7 +49,7 @@ public:
 };
 /// @}
 
-/// Reads what TovConversion::TovCurve writes, with any white space and any comment lines, and several curves behind
+/// Reads what TovConversion::TovCurve writes, with any white space and any comment lines, and several curves after
 /// each other. readCurve takes the first curve. A text without "no conversion loss" reads like any other. Recognises a
 /// text by its first word that is no comment, "fcurve".
 class FCURVELIB_API OldReader : public Reader {

@@ -27,8 +27,9 @@ public:
     virtual void readCurves(Stream& stream, FormatInterface& target) = 0;
     /// Reads a single curve, likewise.
     virtual void readCurve(Stream& stream, FormatInterface& target) = 0;
-    /// Whether the stream's data is in this format. header holds its first 1024 bytes, with zeros behind a shorter one;
-    /// both stand at position 0 and may be moved. Raises nothing, whatever the data.
+    /// Whether the stream's data is in this format. header holds its first 1024 bytes, zeros after a shorter one; both
+    /// stand at position 0 and may be moved. A text may have more blanks and comments than that before it tells. Raises
+    /// nothing, whatever the data.
     virtual bool canRead(Stream& stream, Stream& header) = 0;
 
     const FormatType& getFormatType() const noexcept { return m_type; }

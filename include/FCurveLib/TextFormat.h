@@ -64,7 +64,8 @@ public:
 /// @}
 
 /// Reads documents of version 1.x. readCurve takes a document of exactly one curve; properties of the container are
-/// then read and dropped. Recognises a document by its first word, "fcurvetext".
+/// then read and dropped. Recognises a document by its first word that is in no
+/// comment, "fcurvetext".
 class FCURVELIB_API TextReader : public Reader {
 public:
     TextReader();

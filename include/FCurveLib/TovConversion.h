@@ -96,7 +96,7 @@ public:
     /// **Keys.** Where a span does not begin with the value of its key, the key takes the span's value
     /// (ShiftedKeyframes) if the span before is constant and so may end in a step. Otherwise there is a step that the
     /// older system has no means for: HealedDiscontinuities. It becomes a straight span of 0.001 frames (or half of the
-    /// span before, if that is shorter) in front of the key, with a key of its own; a Bezier span before gives way, its
+    /// span before, if that is shorter) before the key, with a key of its own; a Bezier span before gives way, its
     /// handles shortened in proportion (ShiftedTangents).
     ///
     /// **PropertyLoss** is all else that files hold and the older system does not: properties, display settings,

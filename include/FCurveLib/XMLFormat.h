@@ -5,11 +5,10 @@
 #include "FCurveLib/FormatType.h"
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/Reader.h"
-#include "FCurveLib/Writer.h"
+#include "FCurveLib/detail/DocumentWriter.h"
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -99,8 +98,16 @@ private:
     unsigned m_supported;
 };
 
-/// More than FormatLimits allow.
+/// More than FormatLimits allow, in a document that is read or in one to be written.
 class FCURVELIB_API LimitExceeded : public XMLError {
+public:
+    using XMLError::XMLError;
+    const char* what() const noexcept override;
+};
+
+/// A writer was told something that makes no document which the reader takes: a call out of the stated order, a second
+/// out tangent, a key that does not come after the one before it, an unknown tangent type. Nothing was written.
+class FCURVELIB_API RefusedCall : public XMLError {
 public:
     using XMLError::XMLError;
     const char* what() const noexcept override;
@@ -127,67 +134,18 @@ public:
     bool canRead(Stream& stream, Stream& header) override;
 };
 
-/// Writes documents of version 1.0, in UTF-8. The bytes depend on nothing but the calls. They reach the stream in large
-/// pieces, the last ones with finishCurve or finishCurveContainer. Calls that make no document of the stated order are
-/// ignored; numbers that are not finite raise NotFinite.
-class FCURVELIB_API XMLWriter : public Writer {
+/// Writes documents of version 1.0. The bytes depend on nothing but the calls. A document is composed in memory and
+/// reaches the stream in large pieces, with finishCurve or finishCurveContainer: an exception before that leaves the
+/// stream alone. What the reader would refuse raises here: RefusedCall, NotFinite, LimitExceeded.
+/// An exception drops the document. Of the grid and of the tangent scale six significant digits are written, as many
+/// as curves keep; a grid without area is none.
+class FCURVELIB_API XMLWriter : public Private::DocumentWriter {
 public:
     XMLWriter();
     ~XMLWriter() override;
 
-    void startCurveContainer() override;
-    void finishCurveContainer() override;
-    void containerProperty(const char* key, const char* value) override;
-
-    bool startCurve(const char* name) override;
-    bool finishCurve() override;
-    void curveVisible(bool visible) override;
-    void curveLocked(bool locked) override;
-    void curveShowVelocity(bool show) override;
-    void curveShowAcceleration(bool show) override;
-    void curveShowDiscontinuities(bool show) override;
-    /// Six significant digits of the grid and of the tangent scale are written, as many as curves keep. A grid without
-    /// area is none.
-    void curveGrid(double x, double y, double width, double height) override;
-    void curveTangentScale(double scale) override;
-    void curveProperty(const char* key, const char* value) override;
-
-    void startSegmentContainer() override;
-    void finishSegmentContainer() override;
-    void startSegment(const char* expression) override;
-    void finishSegment() override;
-    void segmentProperty(const char* key, const char* value) override;
-
-    void startInTangent() override;
-    void finishInTangent() override;
-    void startOutTangent() override;
-    void finishOutTangent() override;
-    void tangentVector(double x, double y) override;
-    void tangentType(unsigned char type) override;
-    void tangentWeightLocked(bool locked) override;
-    void tangentWeighted(bool weighted) override;
-    void tangentProperty(const char* key, const char* value) override;
-
-    void startKeyframe() override;
-    void finishKeyframe() override;
-    void keyframePosition(double x, double y) override;
-    void keyframeTangentsUnified(bool unified) override;
-    void keyframeBreakdown(bool breakdown) override;
-    void keyframeLocked(bool locked) override;
-    void keyframeProperty(const char* key, const char* value) override;
-
 private:
-    struct Document;
-
-    void newStream(Stream* stream) override;
-    bool at(int part) const noexcept;
-    void enterDocument();
-    void leaveDocument();
-    void startTangent(int part);
-    void finishTangent(int part, const char* tag);
-
-    std::unique_ptr<Document> m_document;               // null while there is no stream
-    std::vector<std::unique_ptr<Document>> m_suspended; // of the streams that nested links put aside
+    std::unique_ptr<Private::PartCollector> newDocument(Stream& stream) const override;
 };
 
 } // namespace XMLFormat

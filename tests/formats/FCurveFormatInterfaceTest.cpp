@@ -67,11 +67,16 @@ TEST(FCurveFormatInterface, OddOrdersLeadToTheNearestCurve) {
     for (const auto& row : rows) EXPECT_EQ(Built(row.calls).finish(), row.curve) << row.calls;
 }
 
-TEST(FCurveFormatInterface, SharesTheBuiltInInterpolators) {
-    Built built("linear() (1 1) linear()");
-    built.finish();
-    for (const Segment& segment : *built.curve) {
-        EXPECT_EQ(segment.getInterpolator(), InterpolatorFactory::create("linear()"));
+TEST(FCurveFormatInterface, EqualExpressionsShareAnInterpolator) {
+    for (const std::string expression :
+         {"linear()", "x*2", "unknown((", "x+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1+1"}) {
+        Built built(expression + " (1 1) 0 (2 2) " + expression);
+        built.finish();
+        EXPECT_EQ(built.curve->begin()->getInterpolator(), (--built.curve->end())->getInterpolator());
+        const auto first = built.curve->begin()->getInterpolator();
+        built.builder.setCurve(built.curve = FCurve::create());
+        built.add(expression);
+        EXPECT_EQ(built.curve->begin()->getInterpolator(), first);
     }
 }
 

@@ -1,6 +1,8 @@
-// Documents become curves, then XML, and are compared with tests/golden. "FCURVELIB_UPDATE_GOLDEN=1 test_formats"
-// writes these files anew and fails: git diff shows what became different.
+// Documents become curves, then XML, and are compared with tests/golden; those of tests/refused raise the message that
+// stands above them. "FCURVELIB_UPDATE_GOLDEN=1 test_formats" writes these files anew and fails: git diff shows what
+// became different.
 
+#include "support/BinaryDocument.h"
 #include "support/SameCurve.h"
 #include "support/StreamOf.h"
 #include "support/TempFolder.h"
@@ -123,6 +125,52 @@ std::string outcomeOf(const std::string& bytes, const char* format) {
     return out.str();
 }
 
+// In tests/refused "{{00}}" is a byte.
+std::string withBytes(std::string text) {
+    for (std::size_t at = 0; (at = text.find("{{", at)) != std::string::npos && text.compare(at + 4, 2, "}}") == 0;
+         ++at)
+        text.replace(at, 6, 1, static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)));
+    return text;
+}
+
+// The document of a text such as: Name[ "sized" u8:7 f64:nan 'raw' ]
+std::string assembled(std::istream& in) {
+    std::string bytes;
+    for (std::string word; in >> word && word != "]";) {
+        const std::string number = word.substr(word.find(':') + 1);
+        const std::string text = word.size() > 1 ? withBytes(word.substr(1, word.size() - 2)) : "";
+        if (word.back() == '[') {
+            bytes += block(word.substr(0, 4), assembled(in));
+        } else if (word[0] == '\'' || word[0] == '"') {
+            bytes += word[0] == '"' ? sized(text) : text;
+        } else if (word[0] == 'f') {
+            bytes += f64(std::strtod(number.c_str(), nullptr));
+        } else {
+            bytes += u32(std::stoul(number)).substr(0, std::stoul(word.substr(1)) / 8);
+        }
+    }
+    return bytes;
+}
+
+// Reading a container, or where that succeeds, a single curve.
+std::string refusalOf(const std::string& text, const char* format) {
+    std::istringstream words(text);
+    const std::string bytes = format == std::string("binary") ? assembled(words) : withBytes(text);
+    FormatInterface nobody;
+    MemoryStream stream = StreamOf(bytes);
+    const std::string error = errorOf([&] { FormatFactory::getReader(format)->readCurves(stream, nobody); });
+    if (!error.empty()) return error;
+    const auto curve = FCurve::create();
+    const auto before = FCurve::createCopy(*curve);
+    const std::string single = errorOf([&] { ReadFCurveFromString(bytes, format, *curve); });
+    EXPECT_EQ(Difference(*curve, *before), "");
+    return single;
+}
+
+bool isUpdating() {
+    return std::getenv("FCURVELIB_UPDATE_GOLDEN") != nullptr;
+}
+
 class GoldenDocuments : public testing::TestWithParam<const char*> {};
 
 } // namespace
@@ -136,7 +184,7 @@ TEST_P(GoldenDocuments, ReadAsEver) {
     for (auto& [name, text] : documents) text = outcomeOf(text, GetParam());
 
     const std::string path = kSource + "tests/golden/" + group + ".txt";
-    if (std::getenv("FCURVELIB_UPDATE_GOLDEN")) {
+    if (isUpdating()) {
         std::string all;
         for (const auto& [name, text] : documents) all += "=== " + name + ": " + text;
         writeWholeFile(path, all);
@@ -159,3 +207,33 @@ TEST_P(GoldenDocuments, ReadAsEver) {
 INSTANTIATE_TEST_SUITE_P(Formats, GoldenDocuments,
                          testing::Values("docs", "examples", "xml", "binary", "text", "tov_fcurve", "hchan", "hClip"),
                          [](const auto& group) { return std::string(group.param); });
+
+class RefusedDocuments : public testing::TestWithParam<const char*> {};
+
+TEST_P(RefusedDocuments, RaiseTheMessagesAboveThem) {
+    const std::string path = kSource + "tests/refused/" + GetParam() + ".txt";
+    const std::string all = readWholeFile(path);
+    std::string anew;
+    int count = 0;
+    for (std::size_t at = 0; at < all.size(); ++count) {
+        ASSERT_EQ(all.compare(at, 4, "--- "), 0) << all.substr(at, 100);
+        const std::size_t line = all.find('\n', at);
+        const std::size_t next = std::min(all.find("\n--- ", line), all.size() - 1) + 1;
+        const std::string text = next > line + 1 ? all.substr(line + 1, next - line - 2) : "";
+        const std::string message = refusalOf(text, GetParam());
+        EXPECT_NE(message, "") << "is read: " << text;
+        if (!isUpdating()) {
+            EXPECT_EQ(message, all.substr(at + 4, line - at - 4)) << text;
+        }
+        anew += "--- " + message + '\n' + text + '\n';
+        at = next;
+    }
+    EXPECT_GT(count, 10);
+    if (!isUpdating()) return;
+    writeWholeFile(path, anew);
+    FAIL() << path << " is written anew";
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, RefusedDocuments,
+                         testing::Values("xml", "binary", "text", "tov_fcurve", "hchan", "hClip"),
+                         [](const auto& format) { return std::string(format.param); });

@@ -45,6 +45,13 @@ std::string binary(const std::string& blocksOfCurve) {
     return binaryDocument(block("Curv", block("Name", sized("a")) + blocksOfCurve));
 }
 
+// The records of that many segments with keys.
+std::string keys(int count) {
+    std::string records;
+    for (int i = 0; i < count; ++i) records += u16(16) + f64(i) + f64(0);
+    return records;
+}
+
 struct Hostile {
     const char* name;
     const char* format;
@@ -53,8 +60,8 @@ struct Hostile {
 };
 
 const Hostile kHostile[] = {
-    {"keys at one place", "text", text(repeated("key 1 1\n")), ""},
-    {"falling keys", "text", text(numbered("key -% 1\n")), ""},
+    {"keys at one place", "text", text(repeated("key 1 1\n")), "BadNumber"},
+    {"keys", "text", text(numbered("key % 1\n")), ""},
     {"empty curves", "text", "fcurvetext 1.0\n" + repeated("curve a {\n}\n"), ""},
     {"a long number", "text", text("key 1 " + repeated("1")), "BadNumber"},
     {"a text beyond the limit", "text", text("property a " + std::string(2000000, '1')), "LimitExceeded"},
@@ -68,7 +75,7 @@ const Hostile kHostile[] = {
     {"signs", "text", text("segment \"" + repeated("-") + "x\""), ""},
     {"powers", "text", text("segment \"" + repeated("9**") + "9\""), ""},
 
-    {"falling keys", "xml", xml(numbered("<segment interpolator=''/><key x='-%' y='1'/>")), "BadAttribute"},
+    {"keys", "xml", xml(numbered("<segment interpolator=''/><key x='%' y='1'/>")), "MissingTag"},
     {"empty curves", "xml", "<fcurvelib version='1.0'><container>" + repeated("<curve name=''/>"), "ParseError"},
     {"nested elements", "xml", xml(repeated("<a>")), "LimitExceeded"},
     {"attributes", "xml", xml("<a" + numbered(" a%=''") + "/>"), ""},
@@ -80,7 +87,7 @@ const Hostile kHostile[] = {
     {"blanks in a name", "tov_fcurve", "fcurve { name \"" + repeated(" ") + repeated(" extensions"), "UnexpectedWord"},
     {"comments", "tov_fcurve", repeated("//\n") + "fcurve {", "UnexpectedWord"},
     {"empty curves", "tov_fcurve", repeated(old("")), ""},
-    {"falling keys", "tov_fcurve", old(numbered("keyframe{-% 0 interp tangents smooth 0 0 0 0}")), ""},
+    {"keys", "tov_fcurve", old(numbered("keyframe{% 0 interp tangents smooth 0 0 0 0}")), ""},
 
     {"one column", "hchan", repeated("1\n"), ""},
     {"one row", "hchan", repeated("1 "), "LimitExceeded"},
@@ -91,7 +98,8 @@ const Hostile kHostile[] = {
     {"empty tracks", "hClip", "{tracklength=0" + repeated("{}") + '}', ""},
     {"samples", "hClip", "{tracklength=190000{data=" + repeated("1 ").substr(0, 380000) + "}}", ""},
     {"a length without data", "hClip", "{tracklength=10000000{data=1}}", "UnexpectedWord"},
-    {"a run", "hClip", "{tracklength=10000000{data_rle=@10000000 1}}", "LimitExceeded"},
+    {"a run", "hClip", "{tracklength=4194304{data_rle=@4194304 1}}", "LimitExceeded"},
+    {"the longest run", "hClip", "{tracklength=264500{data_rle=@264500 1" + std::string(400000, ' ') + "}}", ""},
     {"rotations", "hClip", "{tracklength=1{data=1}quaternions=xyz 1000000 " + repeated("0 ") + '}', "UnexpectedWord"},
 
     {"empty curves", "binary", binaryDocument(block("Cont", repeated(block("Curv", block("Name", u32(0)))))), ""},
@@ -103,12 +111,19 @@ const Hostile kHostile[] = {
     {"properties", "binary", binary(block("Prop", u32(60000))), "WrongBlockSize"},
     {"a text", "binary", binaryDocument(block("Curv", block("Name", u32(1048576)))), "WrongBlockSize"},
     {"one long formula for many segments", "binary",
-     binary(block("Expr", u32(1) + sized(kSum)) + block("Segs", u32(60000) + std::string(120000, '\0'))),
-     "LimitExceeded"},
+     binary(block("Expr", u32(1) + sized(kSum)) + block("Segs", u32(20001) + keys(20000) + u16(0))), "LimitExceeded"},
+    {"one short formula for many segments", "binary",
+     binary(block("Expr", u32(1) + sized(kSum.substr(0, 63))) + block("Segs", u32(20001) + keys(20000) + u16(0))), ""},
 };
 
 // A key in a curve takes some 450 bytes and a curve 1 000, for which the shortest formats have two.
 constexpr std::size_t kBytesPerByte = 600;
+
+std::size_t keysIn(const FCurveContainer& container) {
+    std::size_t keys = 0;
+    for (const FCurve& curve : container) keys += curve.size() - 1;
+    return keys;
+}
 
 } // namespace
 
@@ -126,11 +141,149 @@ TEST(HostileDocument, CostsLittleTimeAndMemory) {
                 outcome = exception.what();
                 outcome.erase(0, outcome.rfind(':') + 1);
             }
+            EXPECT_LE(keysIn(*container), hostile.document.size()) << hostile.format << ", " << hostile.name;
         });
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
         SCOPED_TRACE(std::string(hostile.format) + ", " + hostile.name);
         EXPECT_EQ(outcome, hostile.outcome);
         EXPECT_LT(peak, 100000 + kBytesPerByte * hostile.document.size());
         EXPECT_LT(took.count(), 20.0);
+    }
+}
+
+// Each would go on for 2 GB. How much is read before it is refused bounds time and memory.
+TEST(HostileDocument, WithoutEndIsGivenUpEarly) {
+    const std::string later = "<fcurvelib version='1.9'>";
+    const struct {
+        const char* format;
+        std::string beginning;
+        std::string pattern;
+        int mostBytes;
+        const char* complaint;
+    } rows[] = {
+        {"xml", later, "<a>", 100000, "LimitExceeded"},
+        {"xml", "", "<a>", 100000, "UnexpectedTag"},
+        {"xml", later + "<curve name='", "x", 30000000, "LimitExceeded"},
+        {"xml", later + "<curve name='", "&quot;", 30000000, "LimitExceeded"},
+        {"xml", later + "<!-- ", "x", 30000000, "LimitExceeded"},
+        {"xml", later + "<", "x", 30000000, "LimitExceeded"},
+        {"xml", "<!DOCTYPE fcurvelib [", "<!ENTITY a 'b'>", 100000, "DoctypeRefused"},
+        {"xml", later + "<curve ", "a='' ", 30000000, "LimitExceeded"},
+        {"xml", later + "<curve name=''>", "<property key='a' value=''/>", 3000000, "LimitExceeded"},
+        {"xml", "", std::string(1, '\0'), 100000, "ParseError"},
+        {"hchan", "", "1", 2000000, "LimitExceeded"},
+        {"hchan", "1 2\n", "1 ", 300000, "LimitExceeded"},
+        {"text", "fcurvetext 1.0\ncurve ", "x", 2000000, "LimitExceeded"},
+        {"tov_fcurve", "fcurve { name \"", "x", 2000000, "LimitExceeded"},
+        {"hClip", "{ rate = ", "x", 2000000, "LimitExceeded"},
+    };
+    for (const auto& row : rows) {
+        EndlessStream stream(row.beginning, row.pattern);
+        FormatInterface nobody;
+        std::string said;
+        try {
+            FormatFactory::getReader(row.format)->readCurves(stream, nobody);
+        } catch (const Exception& exception) {
+            said = exception.what();
+        }
+        EXPECT_EQ(said.substr(said.rfind(':') + 1), row.complaint) << row.beginning << row.pattern;
+        EXPECT_LT(stream.bytesRead, row.mostBytes) << row.beginning << row.pattern;
+    }
+}
+
+// Very many attributes of one tag, or tags of different names: neither is too long by itself.
+TEST(HostileDocument, BoundsWhatTheParserOfXmlKeeps) {
+    FormatLimits limits;
+    limits.text /= 16;
+    const UnderLimits under(limits);
+    FormatInterface nobody;
+    for (const std::string& document : {xml("<a" + numbered(" a%=''") + numbered(" b%=''") + "/>"),
+                                        xml(numbered("<a%/>") + numbered("<b%/>") + numbered("<c%/>"))}) {
+        MemoryStream stream = StreamOf(document);
+        EXPECT_THROW(FormatFactory::getReader("xml")->readCurves(stream, nobody), XMLFormat::LimitExceeded);
+    }
+}
+
+// Under a limit that just suffices a document is read, and written; under one less neither.
+TEST(FormatLimits, HoldForReadersAndWriters) {
+    const auto container = FCurveContainer::create();
+    for (const char* name : {"ab", "c"}) {
+        container->addCurve(FCurve::create())->setName(name);
+        FCurve& curve = *--container->end();
+        for (const char* key : {"k", "l", "m"}) curve.begin()->getOutTangent()->setProperty(key, "v");
+        for (const double x : {1.0, 2.0, 3.0, 4.0}) curve.insertSegment(*Keyframe::create(x, x), Linear::create());
+        for (Segment& segment : curve) segment.setInterpolator(NumberInterp::create(7));
+    }
+    const auto writtenAs = [&](const char* format) {
+        MemoryStream stream;
+        WriteCurves(*container, stream, format);
+        return BytesOf(stream);
+    };
+    const std::string xmlText = writtenAs("xml");
+    const std::string bytes = writtenAs("binary");
+    const std::string textual = "fcurvetext 1.0\ncurve a {\n  property a b\n  property b c\n  default 12345678901\n"
+                                "  key 1 1\n  key 2 2\n  key 3 3\n}\ncurve b {\n}\n";
+    const std::string olds = "fcurve{name \"abcdefghi\" extensions constant constant keyframe{1 0 interp tangents "
+                             "smooth 0 0 0 0}keyframe{2 0 interp tangents smooth 0 0 0 0}}fcurve{name \"\" extensions "
+                             "constant constant}";
+    const std::string clip = "{tracklength=3{data_rle=@3 1}{data=1 2 3}}";
+    using Limits = FormatLimits;
+    const struct {
+        const char* format;
+        std::string document;
+        std::size_t Limits::*limit;
+        std::size_t enough;
+    } rows[] = {
+        {"xml", xmlText, &Limits::text, 2},
+        {"xml", xmlText, &Limits::nesting, 6},
+        {"xml", xmlText, &Limits::properties, 3},
+        {"xml", xmlText, &Limits::curves, 2},
+        {"xml", xmlText, &Limits::keys, 4},
+        {"binary", bytes, &Limits::text, 2},
+        {"binary", bytes, &Limits::properties, 3},
+        {"binary", bytes, &Limits::curves, 2},
+        {"binary", bytes, &Limits::keys, 4},
+        {"binary", bytes, &Limits::expressions, 10},
+        {"text", textual, &Limits::text, 11},
+        {"text", textual, &Limits::properties, 2},
+        {"text", textual, &Limits::curves, 2},
+        {"text", textual, &Limits::keys, 3},
+        {"text", textual, &Limits::expressions, 52},
+        {"text", "fcurvetext 1.1\na {\n b {\n  c {\n  }\n }\n}\n", &Limits::nesting, 3},
+        {"tov_fcurve", olds, &Limits::text, 21},
+        {"tov_fcurve", olds, &Limits::curves, 2},
+        {"tov_fcurve", olds, &Limits::keys, 2},
+        {"hchan", "1.25 1\n2 2\n", &Limits::text, 4},
+        {"hchan", "1.25 1\n2 2\n", &Limits::keys, 2},
+        {"hchan", "1.25 1\n2 2\n", &Limits::curves, 2},
+        {"hClip", clip, &Limits::text, 11},
+        {"hClip", clip, &Limits::curves, 2},
+        {"hClip", clip, &Limits::keys, 3},
+        {"hClip", "{tracklength=2184{data_rle=@2184 1}}", &Limits::runs, 8},
+    };
+    for (const auto& row : rows) {
+        for (const std::size_t less : {0U, 1U}) {
+            FormatLimits limits;
+            limits.*row.limit = row.enough - less;
+            const UnderLimits under(limits);
+            const auto acts = [&](const auto& act) -> std::string {
+                try {
+                    act();
+                } catch (const Exception& exception) {
+                    return exception.what();
+                }
+                return "";
+            };
+            FormatInterface nobody;
+            MemoryStream from = StreamOf(row.document);
+            MemoryStream to;
+            const std::string read = acts([&] { FormatFactory::getReader(row.format)->readCurves(from, nobody); });
+            const std::string expected = less ? "LimitExceeded" : "";
+            EXPECT_EQ(read.substr(read.rfind(':') + 1), expected) << row.format << ' ' << row.enough << row.document;
+            if (!FormatFactory::getWriter(row.format)) continue;
+            const std::string wrote = acts([&] { WriteCurves(*container, to, row.format); });
+            EXPECT_EQ(wrote.substr(wrote.rfind(':') + 1), expected) << row.format << ' ' << row.enough;
+            EXPECT_EQ(BytesOf(to), less ? "" : row.document);
+        }
     }
 }

@@ -50,6 +50,22 @@ protected:
         m_reader.readCurves(stream, recorder);
         return recorder.joined();
     }
+    template<class Act>
+    std::string complaint(const Act& act) const {
+        const std::string text = ComplaintOf(GetParam().scope, act);
+        return text.substr(0, text.find(' '));
+    }
+    // The class of the exception that calls raise, after which nothing reaches the stream any more.
+    std::string complaintAbout(const std::string& text) {
+        MemoryStream stream;
+        const Writer::StreamLink link(m_writer, stream);
+        const std::string said = complaint([&] { CallPlayer::play(text, m_writer); });
+        if (!said.empty()) {
+            EXPECT_EQ(stream.getSize(), 0);
+            EXPECT_EQ(complaint([&] { m_writer.finishCurve(); }), "RefusedCall") << text;
+        }
+        return said;
+    }
 };
 
 INSTANTIATE_TEST_SUITE_P(Formats, EveryWrittenFormat,
@@ -58,41 +74,49 @@ INSTANTIATE_TEST_SUITE_P(Formats, EveryWrittenFormat,
 
 } // namespace
 
-TEST_P(EveryWrittenFormat, CurvesComeBackToTheLastBitAndAreWrittenAgainByteForByte) {
-    for (const Exhibit& exhibit : Museum()) {
-        const auto curve = exhibit.make();
-        const std::string bytes = written(*curve);
-        const auto back = read(bytes);
-        EXPECT_EQ(Difference(*curve, *back), "") << exhibit.name;
-        EXPECT_EQ(written(*back), bytes) << exhibit.name;
-    }
-}
-
 TEST_P(EveryWrittenFormat, ContainersComeBackToTheLastBitAndAreWrittenAgainByteForByte) {
+    const auto museum = FCurveContainer::create();
+    for (const Exhibit& exhibit : Museum()) museum->addCurve(exhibit.make());
+    std::vector<std::shared_ptr<FCurveContainer>> containers = {museum};
     for (unsigned seed = 0; seed < 300; ++seed) {
         RandomCurve random(seed);
-        const auto container = FCurveContainer::create();
-        const auto back = FCurveContainer::create();
+        containers.push_back(FCurveContainer::create());
         for (int i = random.below(3); i > 0; --i) {
-            container->setProperty(("k" + random.text()).c_str(), random.text().c_str());
+            containers.back()->setProperty(("k" + random.text()).c_str(), random.text().c_str());
         }
-        for (int i = random.below(4); i > 0; --i) container->addCurve(random.make());
-        const std::string bytes = written(*container);
+        for (int i = random.below(4); i > 0; --i) containers.back()->addCurve(random.make());
+    }
+    for (std::size_t i = 0; i < containers.size(); ++i) {
+        const std::string bytes = written(*containers[i]);
+        const auto back = FCurveContainer::create();
         MemoryStream stream = StreamOf(bytes);
         ASSERT_STREQ(ReadCurves(stream, *back).getFormatName(), m_name);
-        ASSERT_EQ(Difference(*container, *back), "") << "seed " << seed;
-        ASSERT_EQ(written(*back), bytes) << "seed " << seed;
+        ASSERT_EQ(Difference(*containers[i], *back), "") << "container " << i;
+        ASSERT_EQ(written(*back), bytes) << "container " << i;
 
         // Straight from the reader to the writer.
         MemoryStream again;
         stream.setPosition(0);
         const Writer::StreamLink link(m_writer, again);
         m_reader.readCurves(stream, m_writer);
-        ASSERT_EQ(BytesOf(again), bytes) << "seed " << seed;
+        ASSERT_EQ(BytesOf(again), bytes) << "container " << i;
     }
 }
 
-TEST_P(EveryWrittenFormat, AMillionBytesReachTheStreamInAFewPieces) {
+TEST_P(EveryWrittenFormat, SettlesDisplayPropertiesThatAHostWroteItself) {
+    for (const char* grid : {"0.123456789 0 1 1", "0 0 0 5", "what", "0 1e40 1 1", "1 2", "1e-50 0 1 1e-50"}) {
+        for (const char* scale : {"1.23456789", "1.0000001", "1e999", "what", "-0", "5e-324"}) {
+            const auto curve = FCurve::create();
+            curve->setProperty("fc_grid", grid);
+            curve->setProperty("fc_scal", scale);
+            curve->setProperty("fc_lock", "0");
+            const std::string first = written(*curve);
+            EXPECT_EQ(first, written(*read(first))) << grid << ", " << scale;
+        }
+    }
+}
+
+TEST_P(EveryWrittenFormat, MillionsOfBytesReachTheStreamInAFewPieces) {
     struct Counting : MemoryStream {
         int writes = 0;
         void writeData(const void* buffer, int count) override {
@@ -102,11 +126,11 @@ TEST_P(EveryWrittenFormat, AMillionBytesReachTheStreamInAFewPieces) {
     } stream;
     const auto curve = FCurve::create();
     const auto bezier = InterpolatorFactory::create("bezier()");
-    for (int i = 0; i < 10000; ++i) curve->insertSegment(*Keyframe::create(i, i), bezier);
+    for (int i = 0; i < 20000; ++i) curve->insertSegment(*Keyframe::create(i, i), bezier);
     curve->setProperty("long", std::string(800000, 'x').c_str());
     WriteCurve(*curve, stream, m_name);
-    EXPECT_GT(stream.getSize(), 900000);
-    EXPECT_LT(stream.writes, 20);
+    EXPECT_GT(stream.getSize(), 1100000);
+    EXPECT_LT(stream.writes, 5);
     EXPECT_EQ(Difference(*curve, *read(BytesOf(stream))), "");
 }
 
@@ -146,7 +170,7 @@ TEST_P(EveryWrittenFormat, CutAnywhereRaises) {
     ASSERT_GT(bytes.size(), 600U);
     if (bytes.back() == '\n') bytes.pop_back(); // without the last line end a document is complete
     for (std::size_t length = 0; length < bytes.size(); ++length) {
-        ASSERT_NE(ComplaintOf(GetParam().scope, [&] { read(bytes.substr(0, length)); }), "") << length;
+        ASSERT_NE(complaint([&] { read(bytes.substr(0, length)); }), "") << length;
     }
     EXPECT_NO_THROW(read(bytes));
 
@@ -156,7 +180,7 @@ TEST_P(EveryWrittenFormat, CutAnywhereRaises) {
     const std::string both = written(*container);
     const auto kept = FCurveContainer::create();
     MemoryStream stream = StreamOf(both.substr(0, both.size() - 200));
-    EXPECT_NE(ComplaintOf(GetParam().scope, [&] { ReadCurves(stream, *kept); }), "");
+    EXPECT_NE(complaint([&] { ReadCurves(stream, *kept); }), "");
     ASSERT_EQ(kept->size(), 1U);
     EXPECT_EQ(Difference(*container->begin(), *kept->begin()), "");
 }
@@ -179,51 +203,100 @@ TEST_P(EveryWrittenFormat, OneReaderServesManyThreads) {
     EXPECT_EQ(results, std::vector<std::string>(4, expected));
 }
 
-TEST_P(EveryWrittenFormat, IgnoresCallsThatMakeNoDocument) {
-    MemoryStream stream;
-    m_writer.startCurve("without a stream");
-    const Writer::StreamLink link(m_writer, stream);
-    CallPlayer::play("finishCurve, finishCurveContainer, startKeyframe, containerProperty a b, startCurve c", m_writer);
-    EXPECT_FALSE(m_writer.startCurve("in a curve"));
-    CallPlayer::play("startCurveContainer, containerProperty a b, finishCurveContainer, tangentVector 1 2, "
-                     "keyframePosition 1 2, curveLocked 1, curveVisible 0, curveLocked 0, startSegmentContainer, "
-                     "curveVisible 1, curveProperty too late, "
-                     "startSegment null, segmentProperty null v, startKeyframe, "
-                     "startInTangent, tangentProperty k null, tangentType 7, tangentVector -1 2, finishOutTangent, "
-                     "finishInTangent, tangentVector 1 2, finishSegment, "
-                     "startKeyframe, keyframeProperty p q, keyframeBreakdown 1, keyframePosition -0 5e-324, "
-                     "finishKeyframe, startSegment linear(), finishSegment, finishSegmentContainer, startSegment 3",
-                     m_writer);
-    EXPECT_EQ(stream.getSize(), 0);
-    m_writer.finishCurve();
-
-    CallRecorder recorder;
-    recorder.only = {"startCurve",       "curveVisible",      "curveLocked",     "curveProperty",   "finishCurve",
-                     "startSegment",     "segmentProperty",   "tangentVector",   "tangentProperty", "startKeyframe",
-                     "keyframePosition", "keyframeBreakdown", "keyframeProperty"};
-    EXPECT_EQ(calls(BytesOf(stream), recorder),
-              "startCurve c, curveVisible 0, curveLocked 0, startSegment , segmentProperty  v, "
-              "tangentVector -1 2, tangentProperty k , "
-              "startKeyframe, keyframePosition -0 5e-324, keyframeBreakdown 1, keyframeProperty p q, "
-              "startSegment linear(), finishCurve");
+// Each call after each beginning that leads to another place in a document: what is out of order is refused, and
+// whatever is written can be read.
+TEST_P(EveryWrittenFormat, RefusesEveryCallThatIsOutOfOrder) {
+    const std::string head = "startCurveContainer, startCurve c, ";
+    const std::string segments = head + "startSegmentContainer, ";
+    const std::string segment = segments + "startSegment 1, ";
+    const std::string afterSegment = segment + "finishSegment, ";
+    const std::string key = afterSegment + "startKeyframe, ";
+    const struct {
+        std::string before;
+        const char* allowed; // the calls that may follow, each by " name "
+    } places[] = {
+        {"", " startCurveContainer startCurve "},
+        {"startCurveContainer, ", " finishCurveContainer containerProperty startCurve "},
+        {head, " curveVisible curveLocked curveShowVelocity curveShowAcceleration curveShowDiscontinuities curveGrid "
+               "curveTangentScale curveProperty startSegmentContainer finishCurve "},
+        {segments, " startSegment finishSegmentContainer "},
+        {segment, " segmentProperty startInTangent startOutTangent finishSegment "},
+        {segment + "startInTangent, ",
+         " tangentVector tangentType tangentWeighted tangentWeightLocked tangentProperty finishInTangent "},
+        {segment + "startOutTangent, ",
+         " tangentVector tangentType tangentWeighted tangentWeightLocked tangentProperty finishOutTangent "},
+        {segment + "startOutTangent, finishOutTangent, ", " segmentProperty startInTangent finishSegment "},
+        {segment + "startInTangent, finishInTangent, ", " segmentProperty startOutTangent finishSegment "},
+        {afterSegment, " startKeyframe finishSegmentContainer "},
+        {key,
+         " keyframePosition keyframeTangentsUnified keyframeLocked keyframeBreakdown keyframeProperty finishKeyframe "},
+        {key + "finishKeyframe, ", " startSegment "},
+        {afterSegment + "finishSegmentContainer, ", " finishCurve "},
+        {head + "finishCurve, ", " startCurve finishCurveContainer "},
+        {head + "finishCurve, finishCurveContainer, ", " startCurveContainer startCurve "},
+    };
+    for (const auto& place : places) {
+        for (const std::string& call : CallPlayer::names()) {
+            const bool isAllowed = std::string(place.allowed).find(' ' + call + ' ') != std::string::npos;
+            MemoryStream stream;
+            const Writer::StreamLink link(m_writer, stream);
+            CallPlayer::play(place.before, m_writer);
+            const std::string said = complaint([&] { CallPlayer::play(call, m_writer); });
+            EXPECT_EQ(said, isAllowed ? "" : "RefusedCall") << place.before << call;
+        }
+    }
 }
 
-TEST_P(EveryWrittenFormat, ADocumentThatFailsLeavesNothingForTheNext) {
+TEST_P(EveryWrittenFormat, RefusesWhatItsReaderWouldAndDropsTheDocument) {
+    const std::string segment = "startSegmentContainer, startSegment 3, ";
+    const std::string key = "startKeyframe, keyframePosition ";
+    const struct {
+        std::string calls;
+        const char* complaint;
+    } rows[] = {
+        {"curveTangentScale inf", "NotFinite"},
+        {"curveGrid nan 0 1 1", "NotFinite"},
+        {"curveGrid 0 0 1 inf", "NotFinite"},
+        {segment + "startInTangent, tangentVector 0 inf", "NotFinite"},
+        {segment + "startInTangent, tangentVector nan 0", "NotFinite"},
+        {segment + "finishSegment, " + key + "-inf 0", "NotFinite"},
+        {segment + "finishSegment, " + key + "0 nan", "NotFinite"},
+        {segment + "startInTangent, tangentType 6", ""},
+        {segment + "startInTangent, tangentType 7", "RefusedCall"},
+        {segment + "finishSegment, " + key + "0 1, finishKeyframe, startSegment 3, finishSegment, " + key
+             + "-0 2, finishKeyframe",
+         "RefusedCall"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(complaintAbout("startCurve c, " + row.calls), row.complaint) << row.calls;
+
     MemoryStream stream;
-    for (const std::string bad : {"curveTangentScale inf", "curveGrid nan 0 1 1", "curveGrid 0 0 1 inf",
-                                  "startSegmentContainer, startSegment 3, startInTangent, tangentVector 0 inf",
-                                  "startSegmentContainer, startSegment 3, finishSegment, startKeyframe, "
-                                  "keyframePosition -inf 0"}) {
-        const Writer::StreamLink link(m_writer, stream);
-        const std::string said =
-            ComplaintOf(GetParam().scope, [&] { CallPlayer::play("startCurve c, " + bad, m_writer); });
-        EXPECT_EQ(said.substr(0, 9), "NotFinite") << bad;
-    }
-    EXPECT_EQ(stream.getSize(), 0);
+    m_writer.startCurve("without a stream");
     const auto curve = RandomCurve(3).make();
     ArrayStream<100> small;
     EXPECT_THROW(WriteCurve(*curve, small, m_name), ArrayStreamAdaptor::EndOfBuffer);
     EXPECT_EQ(Difference(*curve, *read(written(*curve))), "");
+}
+
+TEST_P(EveryWrittenFormat, NullIsEmptyAndTheOrderWithinAPartIsFree) {
+    MemoryStream stream;
+    {
+        const Writer::StreamLink link(m_writer, stream);
+        CallPlayer::play("startCurve null, curveLocked 1, curveProperty k null, curveVisible 0, curveLocked 0, "
+                         "startSegmentContainer, startSegment null, startInTangent, tangentProperty null v, "
+                         "tangentType 3, tangentVector -1 2, finishInTangent, segmentProperty s t, finishSegment, "
+                         "startKeyframe, keyframeProperty p q, keyframeBreakdown 1, keyframePosition -0 5e-324, "
+                         "finishKeyframe, startSegment linear(), finishSegment, finishSegmentContainer",
+                         m_writer);
+        EXPECT_EQ(stream.getSize(), 0);
+        m_writer.finishCurve();
+    }
+    CallRecorder recorder;
+    recorder.only = {"startCurve",    "curveVisible",    "curveLocked",      "curveProperty",     "startSegment",
+                     "tangentVector", "tangentProperty", "keyframePosition", "keyframeBreakdown", "keyframeProperty"};
+    EXPECT_EQ(calls(BytesOf(stream), recorder),
+              "startCurve , curveVisible 0, curveLocked 0, curveProperty k , startSegment , tangentVector -1 2, "
+              "tangentProperty  v, keyframePosition -0 5e-324, keyframeBreakdown 1, keyframeProperty p q, "
+              "startSegment linear()");
 }
 
 TEST_P(EveryWrittenFormat, ADocumentThatIsPutAsideGoesOn) {
@@ -233,8 +306,8 @@ TEST_P(EveryWrittenFormat, ADocumentThatIsPutAsideGoesOn) {
     {
         const Writer::StreamLink link(m_writer, outer);
         CallPlayer::play("startCurveContainer, startCurve outer, startSegmentContainer, startSegment 1", m_writer);
-        WriteFCurveToString(*inner, m_name, innerBytes);                                // finds the same writer
-        CallPlayer::play("finishSegment, finishCurve, finishCurveContainer", m_writer); // ends the segments, too
+        WriteFCurveToString(*inner, m_name, innerBytes); // finds the same writer
+        CallPlayer::play("finishSegment, finishSegmentContainer, finishCurve, finishCurveContainer", m_writer);
     }
     EXPECT_EQ(innerBytes, written(*inner));
     CallRecorder recorder;

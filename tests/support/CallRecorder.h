@@ -135,6 +135,13 @@ public:
         }
     }
 
+    /// Of all calls that it knows.
+    static std::vector<std::string> names() {
+        std::vector<std::string> result;
+        for (const auto& maker : makers()) result.push_back(maker.first);
+        return result;
+    }
+
 private:
     using Maker = std::function<void(FormatInterface&, std::istream&)>;
 
@@ -173,6 +180,9 @@ private:
             {"finishCurve", maker(&To::finishCurve)},
             {"curveVisible", maker(&To::curveVisible)},
             {"curveLocked", maker(&To::curveLocked)},
+            {"curveShowVelocity", maker(&To::curveShowVelocity)},
+            {"curveShowAcceleration", maker(&To::curveShowAcceleration)},
+            {"curveShowDiscontinuities", maker(&To::curveShowDiscontinuities)},
             {"curveGrid", maker(&To::curveGrid)},
             {"curveTangentScale", maker(&To::curveTangentScale)},
             {"curveProperty", maker(&To::curveProperty)},
@@ -187,11 +197,15 @@ private:
             {"finishOutTangent", maker(&To::finishOutTangent)},
             {"tangentVector", maker(&To::tangentVector)},
             {"tangentType", maker(&To::tangentType)},
+            {"tangentWeightLocked", maker(&To::tangentWeightLocked)},
+            {"tangentWeighted", maker(&To::tangentWeighted)},
             {"tangentProperty", maker(&To::tangentProperty)},
             {"startKeyframe", maker(&To::startKeyframe)},
             {"finishKeyframe", maker(&To::finishKeyframe)},
             {"keyframePosition", maker(&To::keyframePosition)},
+            {"keyframeTangentsUnified", maker(&To::keyframeTangentsUnified)},
             {"keyframeBreakdown", maker(&To::keyframeBreakdown)},
+            {"keyframeLocked", maker(&To::keyframeLocked)},
             {"keyframeProperty", maker(&To::keyframeProperty)},
         };
         return all;

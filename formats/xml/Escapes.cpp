@@ -1,4 +1,4 @@
-#include "formats/xml/Names.h"
+#include "formats/xml/Escapes.h"
 
 #include <cstddef>
 #include <cstring>
@@ -14,7 +14,7 @@ bool isContinuation(unsigned char c) {
     return (c & 0xC0U) == 0x80U;
 }
 
-// Length in bytes of the UTF-8 character at the beginning of a text that starts with a byte above 0x7F; 0 if it is none
+// Length in bytes of the UTF-8 character at the start of a text that starts with a byte above 0x7F; 0 if it is none
 // or not allowed in XML. The text ends with a zero byte, which continues no character.
 std::size_t characterLength(const unsigned char* c) {
     if (c[0] < 0xC2) return 0; // a continuation, or longer than necessary

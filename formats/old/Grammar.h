@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FCurveLib/Export.h"
+#include "formats/Text.h"
 
 #include <cmath>
 #include <string_view>
@@ -21,15 +22,14 @@ inline bool isWeightedHandle(double handleX, double span) noexcept {
 // Names stand between quotation marks and may hold some: one ends at the first that is followed by this word.
 constexpr std::string_view wordAfterName = "extensions";
 
-inline bool isOldSpace(char c) noexcept {
-    return c == ' ' || (c >= '\t' && c <= '\r');
+// Whether the text after a quotation mark shows that it ends a name.
+inline bool endsName(std::string_view after) noexcept {
+    while (!after.empty() && isSpace(after.front())) after.remove_prefix(1);
+    return after.substr(0, wordAfterName.size()) == wordAfterName;
 }
 
-// Whether the text behind a quotation mark shows that it ends a name.
-inline bool endsName(std::string_view behind) noexcept {
-    while (!behind.empty() && isOldSpace(behind.front())) behind.remove_prefix(1);
-    return behind.substr(0, wordAfterName.size()) == wordAfterName;
-}
+// By TovKey::InterpType.
+constexpr const char* interpWords[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
 
 } // namespace Private
 

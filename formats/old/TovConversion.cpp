@@ -7,7 +7,7 @@
 #include "FCurveLib/Tolerance.h"
 #include "FCurveLib/UnknownExpression.h"
 #include "formats/Text.h"
-#include "formats/old/Handles.h"
+#include "formats/old/Grammar.h"
 #include "model/Access.h"
 
 #include <algorithm>
@@ -200,7 +200,7 @@ private:
 
     // --- keys --------------------------------------------------------------------------------------------------------
 
-    // The key that the older curve has in front of another, to bridge a step; absent where it has no width.
+    // The key that the older curve has before another, to bridge a step; absent where it has no width.
     struct Bridge {
         double width = 0.0;
         double y = 0.0;
@@ -264,12 +264,12 @@ private:
     std::uint32_t m_flags = 0;
     std::vector<const Keyframe*> m_keys;
     std::vector<Bridge> m_before; // of each key
-    std::vector<Span> m_spans;    // behind each key but the last
+    std::vector<Span> m_spans;    // after each key but the last
 };
 
 const char* wordOf(TovKey::InterpType interp) {
-    constexpr const char* words[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
-    return interp < std::size(words) ? words[interp] : ""; // deliberate: no word for what is no kind
+    return interp < std::size(Private::interpWords) ? Private::interpWords[interp]
+                                                    : ""; // deliberate: no word for what is no kind
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-// What reader and writer agree about: version, tags, attributes, and how texts travel in attributes.
+// How texts travel in attributes.
 
 #include "FCurveLib/Export.h"
 
@@ -10,23 +10,6 @@ namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 namespace XMLFormat {
-
-constexpr unsigned kMajor = 1;
-constexpr unsigned kMinor = 0;
-
-namespace Tag {
-constexpr const char* root = "fcurvelib";
-constexpr const char* container = "container";
-constexpr const char* curve = "curve";
-constexpr const char* property = "property";
-constexpr const char* segment = "segment";
-constexpr const char* out = "out";
-constexpr const char* in = "in";
-constexpr const char* key = "key";
-} // namespace Tag
-
-// By Tangent::Type.
-constexpr const char* kTangentTypes[] = {"fixed", "flat", "linear", "smooth", "smoothContinued", "clamped", "plateau"};
 
 // Appends a text as an attribute's value. XML 1.0 has no room for all that a text may hold, so a backslash escapes:
 // "\xHH" is the byte HH, used for each byte that belongs to no character which XML allows (control characters, U+FFFE

@@ -108,25 +108,46 @@ bool Store(Tangent& tangent, const Vector2D<double>& handle, Edit& edit) {
     return true;
 }
 
+// A tangent made by hand is not its segment's own: it turns nothing.
+bool IsOwn(const Tangent& tangent, Segment& segment) noexcept {
+    return &tangent == (tangent.isInTangent() ? Access::inTangent(segment) : Access::outTangent(segment));
+}
+
+// The segment on the other side of a unified key; null where there is none.
+Segment* UnifiedNeighbour(const Tangent& tangent, Segment& segment) noexcept {
+    if (!IsOwn(tangent, segment)) return nullptr;
+    Keyframe* key = tangent.isInTangent() ? Access::rightKey(segment) : Access::leftKey(segment);
+    if (!key || !key->isTangentsUnified()) return nullptr;
+    return tangent.isInTangent() ? Access::rightSegment(*key) : Access::leftSegment(*key);
+}
+
+// The tangent of that segment at the same key.
+Tangent& Opposite(const Tangent& tangent, Segment& neighbour) noexcept {
+    return tangent.isInTangent() ? *Access::outTangent(neighbour) : *Access::inTangent(neighbour);
+}
+
 // A fixed tangent on the other side of a unified key turns to the angle of the given one.
 void TurnOpposite(const Tangent& tangent, Segment& segment, Edit& edit) {
-    Keyframe* key = tangent.isInTangent() ? Access::rightKey(segment) : Access::leftKey(segment);
-    if (!key || !key->isTangentsUnified()) return;
-    Segment* other = tangent.isInTangent() ? Access::rightSegment(*key) : Access::leftSegment(*key);
-    if (!other) return;
-    Tangent* opposite = tangent.isInTangent() ? Access::outTangent(*other) : Access::inTangent(*other);
-    if (!opposite || opposite->getType() != Tangent::Fixed) return;
-    Store(*opposite, AlignedHandle(SiteOf(*opposite, other), tangent.get()), edit);
+    Segment* neighbour = UnifiedNeighbour(tangent, segment);
+    if (!neighbour) return;
+    Tangent& opposite = Opposite(tangent, *neighbour);
+    if (opposite.getType() != Tangent::Fixed) return;
+    Store(opposite, AlignedHandle(SiteOf(opposite, neighbour), tangent.get()), edit);
 }
 
 } // namespace
 
 void StoreHandle(Tangent& tangent, Segment* segment, const Vector2D<double>& handle, Edit& edit) {
-    if (!Store(tangent, handle, edit) || !segment) return;
+    if (!Store(tangent, handle, edit) || !segment || !IsOwn(tangent, *segment)) return;
     // A plateau tangent at the segment's other end is tested for overshoot against this segment.
     Tangent* far = tangent.isInTangent() ? Access::outTangent(*segment) : Access::inTangent(*segment);
-    if (far && far != &tangent && far->getType() == Tangent::Plateau) UpdateTangent(*far, segment, edit);
+    if (far->getType() == Tangent::Plateau) UpdateTangent(*far, segment, edit);
     TurnOpposite(tangent, *segment, edit);
+}
+
+void AlignTangent(Tangent& tangent, Segment* segment, Edit& edit) {
+    Segment* neighbour = segment ? UnifiedNeighbour(tangent, *segment) : nullptr;
+    if (neighbour) Store(tangent, AlignedHandle(SiteOf(tangent, segment), Opposite(tangent, *neighbour).get()), edit);
 }
 
 void UpdateTangent(Tangent& tangent, Segment* segment, Edit& edit) {

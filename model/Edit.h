@@ -27,8 +27,9 @@ void Deliver(FCurve* curve, Part& part, const Call& call) {
     if (observers.empty() && GlobalObservers().empty()) return;
     const auto keepCurve = curve->getShared();
     const auto keepPart = part.getShared();
+    const std::uint64_t moment = GlobalObservers().arrivals();
     observers.forEach(call);
-    GlobalObservers().forEach(call);
+    GlobalObservers().forEach(call, moment);
 }
 
 // Null texts count as empty ones.
@@ -98,6 +99,8 @@ void UpdateBeforeChange(Keyframe* key, Edit& edit); // the change lies on the ke
 void UpdateAfterChange(Keyframe* key, Edit& edit);  // on its left
 // Brings the tangents of a key that has just been unified into line.
 void AlignTangents(Keyframe& key, Edit& edit);
+// Brings a tangent that has just been made fixed into line with the other one of a unified key.
+void AlignTangent(Tangent& tangent, Segment* segment, Edit& edit);
 
 inline Keyframe* PreviousKey(Keyframe& key) noexcept {
     Segment* segment = Access::leftSegment(key);

@@ -224,7 +224,8 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
 
 FCurve::iterator FCurve::removeSegment(iterator position) {
     Segment* found = Access::segmentAt(position);
-    if (!found || found->m_curve != m_link || !found->m_leftKey) return position;
+    if (!found) return position;
+    if (found->m_curve != m_link || !found->m_leftKey) return ++position;
 
     Private::Edit edit(this);
     Keyframe& key = *found->m_leftKey;

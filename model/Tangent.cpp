@@ -112,6 +112,7 @@ void Tangent::setType(std::uint8_t type) {
     const auto segment = m_segment.lock();
     Private::Edit edit(Access::curve(*this));
     Private::UpdateTangent(*this, segment.get(), edit);
+    if (type == Fixed) Private::AlignTangent(*this, segment.get(), edit);
     notifyIntrinsic(FCurveObserver::TangentType);
     edit.notify();
 }

@@ -1,5 +1,7 @@
 #include "FCurveLib/TrackedObserver.h"
 
+#include "FCurveLib/detail/ObserverSet.h"
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 

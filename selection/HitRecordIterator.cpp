@@ -12,7 +12,7 @@ inline namespace v19 {
 using Private::Access;
 
 template<class Parts>
-void BasicHitRecordIterator<Parts>::advance() {
+void BasicHitRecordIterator<Parts>::advance(bool allTangents) {
     if (m_stage == AtCurve) {
         m_segment = m_curve->begin();
         m_stage = AtSegment;
@@ -22,19 +22,17 @@ void BasicHitRecordIterator<Parts>::advance() {
     const bool hasRightKey = Access::rightKey(segment) != nullptr;
     switch (m_stage) {
     case AtSegment:
-        if (Private::UsesTangents(segment)) {
-            if (Access::leftKey(segment)) {
-                m_stage = AtOutTangent;
-                return;
-            }
-            if (hasRightKey) {
-                m_stage = AtInTangent;
-                return;
-            }
+        if (allTangents || Private::ShowsOutTangent(segment)) {
+            m_stage = AtOutTangent;
+            return;
+        }
+        if (Private::ShowsInTangent(segment)) {
+            m_stage = AtInTangent;
+            return;
         }
         break;
     case AtOutTangent:
-        if (hasRightKey) {
+        if (allTangents || hasRightKey) {
             m_stage = AtInTangent;
             return;
         }

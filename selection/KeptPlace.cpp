@@ -64,7 +64,7 @@ void KeptPlace::advance(HitRecordIterator& position) const {
             && m_keyX < key->getX())
             return;
     }
-    ++position;
+    step(position);
 }
 
 } // namespace Private

@@ -42,7 +42,8 @@ private:
     std::shared_ptr<FCurve> m_curve;
 };
 
-// A walk over all parts of a container; it keeps alive what it stands at.
+// A walk over all parts of a container, tangents included that a HitRecordIterator does not show; it keeps alive what
+// it stands at.
 class KeptPlace {
 public:
     // Calls act(record) for each part for which wanted(position) holds when the walk gets there.
@@ -56,13 +57,18 @@ public:
                 act(place.m_record);
                 place.advance(position);
             } else {
-                ++position;
+                step(position);
             }
         }
     }
 
 private:
     explicit KeptPlace(FCurveContainer& curves) noexcept : m_curves(curves) {}
+
+    static void step(HitRecordIterator& position) {
+        position.advance(true);
+        position.m_valid = false;
+    }
 
     void hold(const HitRecordIterator& position);
     // Moves the position where the walk goes on, after whatever was done to the record.

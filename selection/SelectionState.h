@@ -3,6 +3,7 @@
 // What a Selection shares with the notifications in progress.
 
 #include "FCurveLib/Selection.h"
+#include "FCurveLib/detail/ObserverSet.h"
 
 #include <memory>
 
@@ -58,7 +59,7 @@ public:
     static void change(const std::shared_ptr<SelectionState>& state, const HitRecord& record, bool select);
     void deselectHeld(const HitRecord& record);
 
-    // Deselects what the walk over the container shows as selected, except curves if partsOnly.
+    // Deselects every selected part of the container, except curves if partsOnly.
     static void clear(const Selection& selection, bool partsOnly);
 };
 

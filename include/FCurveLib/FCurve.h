@@ -7,6 +7,7 @@
 #include "FCurveLib/PropertyMap.h"
 #include "FCurveLib/SegmentMap.h"
 #include "FCurveLib/SharedFromThis.h"
+#include "FCurveLib/detail/ObserverSet.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -103,8 +104,8 @@ public:
     /// removed segment holds both tangents of the removed key. Tells segmentRemoved, then of each neighbouring tangent
     /// that changed.
     ///
-    /// The leading segment starts at no key: it, end() and positions of other curves are refused; they are returned as
-    /// they are.
+    /// The leading segment, which starts at no key, and positions of other curves are refused: nothing changes, and the
+    /// position after the given one is returned, so that a loop over positions ends. end() is returned as it is.
     iterator removeSegment(iterator position);
     /// @}
 
@@ -133,8 +134,9 @@ public:
 
     /// \name Observe
     /// The curve's own observers are called first, then the global ones, each in the order of subscription. A second
-    /// subscription has no effect. An observer subscribed during a delivery is reached from the next delivery on; one
-    /// that is unsubscribed or destroyed during a delivery is not called any more.
+    /// subscription has no effect. An observer subscribed during a delivery hears of every edit made from then on, also
+    /// from inside that delivery; one that is unsubscribed or destroyed during a delivery is not called any more.
+    /// Subscribing throws std::bad_alloc where memory fails, and then changes nothing.
     /// @{
     void subscribe(FCurveObserver& observer);
     void unsubscribe(FCurveObserver& observer) noexcept;

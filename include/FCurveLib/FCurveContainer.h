@@ -6,6 +6,7 @@
 #include "FCurveLib/ProjectionIterator.h"
 #include "FCurveLib/PropertyMap.h"
 #include "FCurveLib/SharedFromThis.h"
+#include "FCurveLib/detail/ObserverSet.h"
 
 #include <cstddef>
 #include <list>

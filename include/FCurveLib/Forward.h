@@ -148,6 +148,7 @@ struct CurveLink;
 class KeptPlace;
 class SelectionState;
 class Edit;
+class TrackerBase;
 class SegmentMap;
 class SegmentMapIterator;
 } // namespace Private

@@ -123,7 +123,8 @@ private:
     BasicHitRecordIterator(CurvePosition curve, SegmentPosition segment, Stage stage)
         : m_curve(curve), m_segment(segment), m_stage(stage) {}
 
-    void advance();
+    // allTangents: stands at both tangents of every segment, also where the walk does not show them.
+    void advance(bool allTangents = false);
     void retreat();
 
     mutable Record m_record; // of this position if m_valid

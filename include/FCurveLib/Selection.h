@@ -108,8 +108,8 @@ public:
     void deselect(const std::set<HitRecord, CompareRecord>& parts);
 
     /// Deselects each selected part of the container, in the order of the walk, then tells selectionCleared(), also
-    /// when nothing was selected. Tangents that the walk does not show (their segment's interpolator uses none) stay as
-    /// they are.
+    /// when nothing was selected. Tangents that the walk does not show (their segment's interpolator uses none, or
+    /// their key does not exist) come where it would show them.
     ///
     /// The walk stays sound whatever observers do to parts and curves meanwhile. It passes over what they remove; what
     /// they add or select is deselected only if the walk has not passed that place. If an observer destroys the
@@ -147,8 +147,8 @@ public:
 
     /// \name Observe
     /// Observers are called in the order of their addresses. A second subscription has no effect. An observer that is
-    /// subscribed during a notification is reached from the next one on; one that is unsubscribed or destroyed during a
-    /// notification is not called any more.
+    /// subscribed during a notification hears of every change made from then on; one that is unsubscribed or destroyed
+    /// during a notification is not called any more.
     /// @{
     void subscribe(SelectionObserver& observer);
     void unsubscribe(SelectionObserver& observer) noexcept;

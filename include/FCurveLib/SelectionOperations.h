@@ -19,8 +19,8 @@ FCURVELIB_API void SelectCurveCompletely(Selection& selection, FCurve& curve);
 FCURVELIB_API void DeselectCurveCompletely(Selection& selection, FCurve& curve);
 /// @}
 
-/// Deselects the selected segments, keyframes and tangents; selected curves stay selected. Observers may edit
-/// meanwhile, as in Selection::clear.
+/// Deselects the selected segments, keyframes and tangents, those included that the walk does not show; selected curves
+/// stay selected. Observers may edit meanwhile, as in Selection::clear.
 FCURVELIB_API void DeselectSelectedParts(Selection& selection);
 
 /// \name Collect

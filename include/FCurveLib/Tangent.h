@@ -61,7 +61,8 @@ public:
     };
 
     /// \name Make
-    /// Curves make the tangents of their segments; a tangent made here is not its segment's own.
+    /// Curves make the tangents of their segments; a tangent made here is not its segment's own and never turns
+    /// another.
     /// @{
 
     /// An out tangent on no segment.
@@ -117,7 +118,8 @@ public:
     /// Keeps the direction. A weight of 0 or less becomes 1e-05, so that the handle keeps a direction; a handle of no
     /// length becomes flat. Changes nothing while the tangent is weighted and its weight locked.
     void setWeight(double weight);
-    /// Recomputes the handle. Fixed keeps the present handle.
+    /// Recomputes the handle. Fixed keeps the present handle; at a unified key it turns to the angle of the tangent on
+    /// the other side and keeps its weight.
     void setType(std::uint8_t type);
     /// Switching on keeps the handle; switching off holds it to the limits.
     void setWeighted(bool weighted);

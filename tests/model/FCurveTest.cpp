@@ -69,13 +69,13 @@ TEST(FCurve, KeysKeepTheirTangentsThroughInsertionAndRemoval) {
     EXPECT_EQ(tangents(), before);
 }
 
-TEST(FCurve, RemovalReturnsTheNextPositionAndRefusesWhatIsNotAKeysSegment) {
+TEST(FCurve, RemovalReturnsTheNextPositionAlsoWhereItRefuses) {
     const auto curve = CurveThrough({{0, 0}, {1, 1}, {2, 2}});
     const auto other = CurveThrough({{0, 0}});
-    EXPECT_TRUE(curve->removeSegment(curve->begin()) == curve->begin());
+    EXPECT_TRUE(curve->removeSegment(curve->begin()) == std::next(curve->begin()));
     EXPECT_TRUE(curve->removeSegment(curve->end()) == curve->end());
     EXPECT_TRUE(curve->removeSegment(FCurve::iterator()) == FCurve::iterator());
-    EXPECT_TRUE(curve->removeSegment(std::next(other->begin())) == std::next(other->begin()));
+    EXPECT_TRUE(curve->removeSegment(std::next(other->begin())) == other->end());
     EXPECT_EQ(curve->size(), 4u);
 
     auto position = curve->removeSegment(curve->findSegment(1));

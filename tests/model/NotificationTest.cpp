@@ -1,6 +1,7 @@
 #include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Recorder.h"
+#include "tests/support/Allocations.h"
 
 #include <optional>
 #include <stdexcept>
@@ -133,13 +134,15 @@ TEST(Notification, SwitchKeepsItsCurveAlive) {
 
 TEST(Notification, ObserversMayComeAndGoDuringADelivery) {
     const auto curve = CurveThrough({{0, 0}});
-    Recorder leaver, arrival;
+    Recorder leaver, arrival, global;
     auto dying = std::make_unique<Reacting>();
     Reacting last, first([&](FCurve&c) {
         if (first.calls > 1) return;
         c.unsubscribe(leaver);
         dying.reset();
         c.subscribe(arrival);
+        FCurve::subscribeGlobal(global);
+        c.setName("nested");
     });
     curve->subscribe(first);
     curve->subscribe(leaver);
@@ -147,13 +150,26 @@ TEST(Notification, ObserversMayComeAndGoDuringADelivery) {
     curve->subscribe(last);
     FCurve::subscribeGlobal(leaver);
     curve->notifyChanged();
-    EXPECT_EQ(last.calls, 1);
-    EXPECT_THAT(leaver.take(), ElementsAre("curve")) << "still subscribed globally, after the curve's own";
-    EXPECT_THAT(arrival.heard, IsEmpty()) << "reached from the next delivery on";
+    EXPECT_EQ(last.calls, 2);
+    EXPECT_THAT(leaver.take(), ElementsAre("name", "curve")) << "still subscribed globally, after the curve's own";
+    EXPECT_THAT(arrival.take(), ElementsAre("name")) << "hears of what is edited after its subscription, nothing else";
+    EXPECT_THAT(global.take(), ElementsAre("name"));
     FCurve::unsubscribeGlobal(leaver);
     curve->notifyChanged();
     EXPECT_THAT(leaver.heard, IsEmpty());
     EXPECT_THAT(arrival.heard, ElementsAre("curve"));
+}
+
+TEST(Notification, SubscribesWhollyOrNotAtAll) {
+    const auto curve = FCurve::create();
+    bool failed = true;
+    for (long allocations = 0; failed; ++allocations) {
+        const auto observer = std::make_unique<Reacting>();
+        failed = runsOutOfMemory(allocations, [&] { curve->subscribe(*observer); });
+        curve->notifyChanged();
+        EXPECT_EQ(observer->calls, failed ? 0 : 1) << allocations;
+    }
+    curve->notifyChanged();
 }
 
 TEST(Notification, ReentrantEditsAreDelivered) {

@@ -188,6 +188,11 @@ TEST(Tangent, UnifiedFixedTangentsFollowEachOther) {
     ExpectHandle(in, -5 / std::sqrt(2.0), -5 / std::sqrt(2.0), "a fixed side follows an automatic one");
     in->set(-1, 0);
     ExpectHandle(out, 2, 2, "but not the reverse");
+    out->setType(Tangent::Fixed);
+    ExpectHandle(out, 2, 0, "before it is fixed itself");
+
+    Tangent::create(key->getRightSegment(), false)->set(2, 2);
+    ExpectHandle(in, -1, 0, "one made by hand is not the key's");
 }
 
 TEST(Tangent, SettersIgnoreWhatIsNotFiniteOrUnknown) {

@@ -11,9 +11,11 @@ namespace {
 std::atomic<std::size_t> g_allocations{0};
 std::atomic<std::size_t> g_held{0};
 std::atomic<std::size_t> g_peak{0};
+std::atomic<long> g_toFailure{-1}; // allocations; negative: none is to fail
 
 void* allocate(std::size_t size) noexcept {
     ++g_allocations;
+    if (g_toFailure >= 0 && g_toFailure-- == 0) return nullptr;
     void* const memory = std::malloc(size != 0 ? size : 1);
     if (!memory) return nullptr;
     const std::size_t held = g_held += malloc_usable_size(memory);
@@ -48,6 +50,10 @@ namespace Test {
 
 std::size_t allocationsSoFar() noexcept {
     return g_allocations;
+}
+
+void failAllocationAfter(long others) noexcept {
+    g_toFailure = others;
 }
 
 std::size_t heldNow() noexcept {

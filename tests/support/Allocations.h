@@ -3,6 +3,7 @@
 // Counts the allocations of the test program that Allocations.cpp is linked into, the library's included.
 
 #include <cstddef>
+#include <new>
 
 namespace Test {
 
@@ -12,6 +13,23 @@ std::size_t allocationsSoFar() noexcept;
 std::size_t heldNow() noexcept;
 // The most bytes held at a time since then.
 std::size_t peakSince() noexcept;
+
+// The allocation after that many others fails, once; none does after a negative number.
+void failAllocationAfter(long others) noexcept;
+
+// Whether act() ends in std::bad_alloc when the allocation after that many others fails.
+template<class Act>
+bool runsOutOfMemory(long others, const Act& act) {
+    bool failed = false;
+    failAllocationAfter(others);
+    try {
+        act();
+    } catch (const std::bad_alloc&) {
+        failed = true;
+    }
+    failAllocationAfter(-1);
+    return failed;
+}
 
 // The allocations that act() makes.
 template<class Act>

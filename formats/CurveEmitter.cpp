@@ -6,7 +6,7 @@
 #include "FCurveLib/FormatInterface.h"
 #include "FCurveLib/InterpolatorFactory.h"
 #include "FCurveLib/Rectangle.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <string>
 
@@ -37,7 +37,7 @@ void emitTangent(const Tangent& tangent, FormatInterface& target) {
 }
 
 void emitSegment(const Segment& segment, FormatInterface& target, std::string& expression) {
-    const Interpolator* const interpolator = Access::interpolator(segment);
+    const Interpolator* const interpolator = Read::interpolator(segment);
     if (interpolator) {
         InterpolatorFactory::getExpression(*interpolator, expression);
     } else {
@@ -46,10 +46,10 @@ void emitSegment(const Segment& segment, FormatInterface& target, std::string& e
     target.startSegment(expression.c_str());
     emitProperties(segment, target, &FormatInterface::segmentProperty);
     target.startOutTangent();
-    emitTangent(*Access::outTangent(segment), target);
+    emitTangent(*Read::outTangent(segment), target);
     target.finishOutTangent();
     target.startInTangent();
-    emitTangent(*Access::inTangent(segment), target);
+    emitTangent(*Read::inTangent(segment), target);
     target.finishInTangent();
     target.finishSegment();
 }
@@ -89,7 +89,7 @@ bool emitCurve(const FCurve& curve, FormatInterface& target) {
     std::string expression; // one buffer for all segments
     for (const Segment& segment : curve) {
         emitSegment(segment, target, expression);
-        if (const Keyframe* const key = Access::rightKey(segment)) emitKeyframe(*key, target);
+        if (const Keyframe* const key = Read::rightKey(segment)) emitKeyframe(*key, target);
     }
     target.finishSegmentContainer();
     return target.finishCurve();

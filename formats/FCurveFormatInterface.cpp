@@ -8,7 +8,7 @@
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
 #include "formats/Text.h"
-#include "model/Access.h"
+#include "model/Raw.h"
 
 #include <cmath>
 #include <cstring>
@@ -17,8 +17,9 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::orEmpty;
+using Private::Raw;
+using Private::Read;
 
 FCurveFormatInterface::FCurveFormatInterface() = default;
 FCurveFormatInterface::~FCurveFormatInterface() = default;
@@ -45,7 +46,7 @@ bool FCurveFormatInterface::finishCurve() {
         leave();
         for (const std::shared_ptr<Tangent>& tangent : m_unsettled) {
             const std::uint8_t type = tangent->getType();
-            Access::setTypeRaw(*tangent, Tangent::Fixed); // so that setting the type is a change
+            Raw::setType(*tangent, Tangent::Fixed); // so that setting the type is a change
             tangent->setType(type);
         }
     }
@@ -93,11 +94,11 @@ void FCurveFormatInterface::startSegment(const char* expression) {
         addKey(interpolator);
     } else if (m_firstPending) {
         Segment& first = *m_curve->begin();
-        Access::setInterpolatorRaw(first, interpolator);
+        Raw::setInterpolator(first, interpolator);
         enter(first);
         m_firstPending = false;
     } else {
-        Access::setInterpolatorRaw(*m_segment, interpolator);
+        Raw::setInterpolator(*m_segment, interpolator);
     }
 }
 
@@ -113,12 +114,12 @@ const std::shared_ptr<Interpolator>& FCurveFormatInterface::interpolatorOf(const
 void FCurveFormatInterface::finishSegment() {
     m_tangent.reset();
     if (!m_segment) return;
-    Keyframe* const left = Access::leftKey(*m_segment);
-    if (left && std::strcmp(left->getProperty("fc_isUnified"), "1") == 0) Access::setUnifiedRaw(*left, true);
+    Keyframe* const left = Read::leftKey(*m_segment);
+    if (left && std::strcmp(left->getProperty("fc_isUnified"), "1") == 0) Raw::setUnified(*left, true);
 }
 
 void FCurveFormatInterface::segmentProperty(const char* key, const char* value) {
-    if (m_segment) Access::properties(*m_segment).set(key, value);
+    if (m_segment) Raw::properties(*m_segment).set(key, value);
 }
 
 void FCurveFormatInterface::enter(Segment& segment) {
@@ -131,8 +132,8 @@ void FCurveFormatInterface::enter(Segment& segment) {
 // The current segment is complete, its right key included.
 void FCurveFormatInterface::leave() {
     if (!m_segment) return;
-    if (!m_outGiven) settle(*Access::outTangent(*m_segment));
-    if (!m_inGiven) settle(*Access::inTangent(*m_segment));
+    if (!m_outGiven) settle(*Read::outTangent(*m_segment));
+    if (!m_inGiven) settle(*Read::inTangent(*m_segment));
     m_segment.reset();
     m_tangent.reset();
 }
@@ -144,22 +145,22 @@ void FCurveFormatInterface::settle(Tangent& tangent) {
         m_unsettled.push_back(tangent.getShared());
         return;
     }
-    const Keyframe* const left = Access::leftKey(*m_segment);
-    const Keyframe* const right = Access::rightKey(*m_segment);
+    const Keyframe* const left = Read::leftKey(*m_segment);
+    const Keyframe* const right = Read::rightKey(*m_segment);
     if (!left || !right) return;
     const double third = (right->getX() - left->getX()) / 3.0;
-    Access::setHandleRaw(tangent, tangent.isInTangent() ? -third : third, 0.0);
+    Raw::setHandle(tangent, tangent.isInTangent() ? -third : third, 0.0);
 }
 
 // Joins a new segment, from the collected key on.
 void FCurveFormatInterface::addKey(std::shared_ptr<Interpolator> interpolator) {
     m_keyPending = false;
     m_firstPending = false;
-    Segment* added = Access::appendRaw(*m_curve, m_key, interpolator);
+    Segment* added = Raw::appendKey(*m_curve, m_key, interpolator);
     leave(); // deliberate: after the key before which the segment ends is there
     if (!added) {
         added = &*m_curve->insertSegment(m_key, interpolator);
-        Access::setInterpolatorRaw(*added, std::move(interpolator));
+        Raw::setInterpolator(*added, std::move(interpolator));
     }
     enter(*added);
 }
@@ -183,20 +184,20 @@ void FCurveFormatInterface::startOutTangent() {
 void FCurveFormatInterface::tangentVector(double x, double y) {
     if (!m_tangent || !std::isfinite(x) || !std::isfinite(y)) return;
     const bool across = m_tangent->isInTangent() ? x > 0.0 : x < 0.0;
-    Access::setHandleRaw(*m_tangent, across ? 0.0 : x, y);
+    Raw::setHandle(*m_tangent, across ? 0.0 : x, y);
     (m_tangent->isInTangent() ? m_inGiven : m_outGiven) = true;
 }
 void FCurveFormatInterface::tangentType(unsigned char type) {
-    if (m_tangent && type <= Tangent::Plateau) Access::setTypeRaw(*m_tangent, type);
+    if (m_tangent && type <= Tangent::Plateau) Raw::setType(*m_tangent, type);
 }
 void FCurveFormatInterface::tangentWeightLocked(bool locked) {
-    if (m_tangent) Access::setWeightLockedRaw(*m_tangent, locked);
+    if (m_tangent) Raw::setWeightLocked(*m_tangent, locked);
 }
 void FCurveFormatInterface::tangentWeighted(bool weighted) {
-    if (m_tangent) Access::setWeightedRaw(*m_tangent, weighted);
+    if (m_tangent) Raw::setWeighted(*m_tangent, weighted);
 }
 void FCurveFormatInterface::tangentProperty(const char* key, const char* value) {
-    if (m_tangent) Access::properties(*m_tangent).set(key, value);
+    if (m_tangent) Raw::properties(*m_tangent).set(key, value);
 }
 
 // --- keyframes -------------------------------------------------------------------------------------------------------

@@ -3,15 +3,15 @@
 #include "interp/BezierSampling.h"
 #include "interp/ControlPoints.h"
 #include "interp/TwoPoints.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::BezierArgs;
+using Private::Read;
 using Private::TwoPoints;
 
 namespace {
@@ -25,8 +25,8 @@ Vector2D<double> HandleOf(const Tangent* tangent) noexcept {
 BezierArgs ArgsOf(const Segment& segment, const Keyframe& left, const Keyframe& right) noexcept {
     const Vector2D<double>& p0 = left.get();
     const Vector2D<double>& p3 = right.get();
-    const Vector2D<double> out = HandleOf(Access::outTangent(segment));
-    const Vector2D<double> in = HandleOf(Access::inTangent(segment));
+    const Vector2D<double> out = HandleOf(Read::outTangent(segment));
+    const Vector2D<double> in = HandleOf(Read::inTangent(segment));
     BezierArgs args{p0.x, p0.y, p3.x, p3.y, out.x, out.y, in.x, in.y};
     MakeBezierMonotonic(args);
     return args;
@@ -39,13 +39,13 @@ struct Line {
 
     explicit Line(const Segment& segment) noexcept {
         constexpr double shortest = Keyframe::getMinSeparation();
-        if (const Keyframe* left = Access::leftKey(segment)) {
+        if (const Keyframe* left = Read::leftKey(segment)) {
             key = left->get();
-            handle = HandleOf(Access::outTangent(segment));
+            handle = HandleOf(Read::outTangent(segment));
             handle.x = std::max(handle.x, shortest);
-        } else if (const Keyframe* right = Access::rightKey(segment)) {
+        } else if (const Keyframe* right = Read::rightKey(segment)) {
             key = right->get();
-            handle = HandleOf(Access::inTangent(segment));
+            handle = HandleOf(Read::inTangent(segment));
             handle.x = std::min(handle.x, -shortest);
         }
     }
@@ -57,8 +57,8 @@ struct Line {
 // What either shape of a segment does: onCurve(args) with both keys, onLine(line) otherwise.
 template<class OnCurve, class OnLine>
 auto ByShape(const Segment& segment, const OnCurve& onCurve, const OnLine& onLine) {
-    const Keyframe* const left = Access::leftKey(segment);
-    const Keyframe* const right = Access::rightKey(segment);
+    const Keyframe* const left = Read::leftKey(segment);
+    const Keyframe* const right = Read::rightKey(segment);
     if (left && right) return onCurve(ArgsOf(segment, *left, *right));
     return onLine(Line(segment));
 }
@@ -66,7 +66,7 @@ auto ByShape(const Segment& segment, const OnCurve& onCurve, const OnLine& onLin
 } // namespace
 
 BezierArgs Private::HandleArgs(const Interpolator&, const Segment& segment) {
-    return ArgsOf(segment, *Access::leftKey(segment), *Access::rightKey(segment));
+    return ArgsOf(segment, *Read::leftKey(segment), *Read::rightKey(segment));
 }
 
 Bezier::Bezier() {
@@ -139,10 +139,10 @@ void Bezier::secondDerivPolyline(const Segment& segment, double x0, double x1, i
 
 void Bezier::getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2,
                            double& y2, double& x3, double& y3) const {
-    const Keyframe& left = *Access::leftKey(segment);
-    const Keyframe& right = *Access::rightKey(segment);
-    const Vector2D<double> out = HandleOf(Access::outTangent(segment));
-    const Vector2D<double> in = HandleOf(Access::inTangent(segment));
+    const Keyframe& left = *Read::leftKey(segment);
+    const Keyframe& right = *Read::rightKey(segment);
+    const Vector2D<double> out = HandleOf(Read::outTangent(segment));
+    const Vector2D<double> in = HandleOf(Read::inTangent(segment));
     x0 = left.getX();
     y0 = left.getY();
     x1 = x0 + out.x;

@@ -4,24 +4,18 @@
 #include "interp/BezierSampling.h"
 #include "interp/ControlPoints.h"
 #include "interp/TwoPoints.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::BezierArgs;
+using Private::Read;
 using Private::TwoPoints;
 
-namespace {
-
-bool HasBothKeys(const Segment& segment) noexcept {
-    return Access::leftKey(segment) && Access::rightKey(segment);
-}
-
-} // namespace
+namespace {} // namespace
 
 BezierArgs Private::StatedArgs(const Interpolator& interpolator, const Segment& segment) {
     double x0 = 0.0, y0 = 0.0, x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0, x3 = 0.0, y3 = 0.0;
@@ -33,12 +27,12 @@ BezierInterpBase::BezierInterpBase() = default;
 BezierInterpBase::BezierInterpBase(const BezierInterpBase& other) = default;
 
 double BezierInterpBase::eval(double x, const Segment& segment) const {
-    if (!HasBothKeys(segment)) return Constant::evaluate(x, segment);
+    if (!Read::hasBothKeys(segment)) return Constant::evaluate(x, segment);
     return Private::EvalBezierY(x, Private::StatedArgs(*this, segment));
 }
 
 void BezierInterpBase::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    if (HasBothKeys(segment))
+    if (Read::hasBothKeys(segment))
         Private::BezierRangeExtents(Private::StatedArgs(*this, segment), x0, x1, minY, maxY);
     else
         minY = maxY = Constant::evaluate(x0, segment);
@@ -46,7 +40,7 @@ void BezierInterpBase::getRangeExtents(const Segment& segment, double x0, double
 
 void BezierInterpBase::computePolyline(const Segment& segment, double x0, double x1, int count,
                                        std::vector<Vector2D<double>>& points) const {
-    if (HasBothKeys(segment)) {
+    if (Read::hasBothKeys(segment)) {
         Private::SampleBezier(Private::StatedArgs(*this, segment), x0, x1, count, points, Private::BezierY);
     } else {
         const double y = Constant::evaluate(x0, segment);
@@ -55,28 +49,28 @@ void BezierInterpBase::computePolyline(const Segment& segment, double x0, double
 }
 
 double BezierInterpBase::getFirstDerivative(double x, const Segment& segment) const {
-    if (!HasBothKeys(segment)) return 0.0;
+    if (!Read::hasBothKeys(segment)) return 0.0;
     const BezierArgs args = Private::StatedArgs(*this, segment);
     return Private::BezierSlope(Private::SolveBezier(x, args), args);
 }
 
 void BezierInterpBase::firstDerivPolyline(const Segment& segment, double x0, double x1, int count,
                                           std::vector<Vector2D<double>>& points) const {
-    if (HasBothKeys(segment))
+    if (Read::hasBothKeys(segment))
         Private::SampleBezier(Private::StatedArgs(*this, segment), x0, x1, count, points, Private::BezierSlope);
     else
         TwoPoints(points, x0, 0.0, x1, 0.0);
 }
 
 double BezierInterpBase::getSecondDerivative(double x, const Segment& segment) const {
-    if (!HasBothKeys(segment)) return 0.0;
+    if (!Read::hasBothKeys(segment)) return 0.0;
     const BezierArgs args = Private::StatedArgs(*this, segment);
     return Private::BezierSecond(Private::SolveBezier(x, args), args);
 }
 
 void BezierInterpBase::secondDerivPolyline(const Segment& segment, double x0, double x1, int count,
                                            std::vector<Vector2D<double>>& points) const {
-    if (HasBothKeys(segment))
+    if (Read::hasBothKeys(segment))
         Private::SampleBezier(Private::StatedArgs(*this, segment), x0, x1, count, points, Private::BezierSecond);
     else
         TwoPoints(points, x0, 0.0, x1, 0.0);

@@ -1,16 +1,21 @@
 #include "FCurveLib/Constant.h"
 
+#include "interp/DefaultInterpolator.h"
 #include "interp/TwoPoints.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 using Private::TwoPoints;
 
 Constant::Constant() {
     setExpression("constant()");
+}
+
+std::shared_ptr<Interpolator> Private::DefaultInterpolator() {
+    return Constant::create();
 }
 
 std::shared_ptr<Interpolator> Constant::create() {
@@ -18,8 +23,8 @@ std::shared_ptr<Interpolator> Constant::create() {
 }
 
 double Constant::evaluate(double, const Segment& segment) {
-    if (const Keyframe* left = Access::leftKey(segment)) return left->getY();
-    if (const Keyframe* right = Access::rightKey(segment)) return right->getY();
+    if (const Keyframe* left = Read::leftKey(segment)) return left->getY();
+    if (const Keyframe* right = Read::rightKey(segment)) return right->getY();
     return 0.0;
 }
 

@@ -2,12 +2,12 @@
 
 #include "FCurveLib/Constant.h"
 #include "interp/TwoPoints.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 using Private::TwoPoints;
 
 ConstantNext::ConstantNext() {
@@ -19,7 +19,7 @@ std::shared_ptr<Interpolator> ConstantNext::create() {
 }
 
 double ConstantNext::evaluate(double x, const Segment& segment) {
-    if (const Keyframe* right = Access::rightKey(segment)) return right->getY();
+    if (const Keyframe* right = Read::rightKey(segment)) return right->getY();
     return Constant::evaluate(x, segment);
 }
 

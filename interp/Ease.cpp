@@ -1,11 +1,11 @@
 #include "FCurveLib/Ease.h"
 
-#include "model/Access.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 Ease::Ease() {
     setExpression("ease()");
@@ -20,8 +20,8 @@ std::shared_ptr<Interpolator> Ease::clone() {
 }
 
 Ease::Heights Ease::getHeights(const Segment& segment) const {
-    const double left = Access::leftKey(segment)->getY();
-    const double right = Access::rightKey(segment)->getY();
+    const double left = Read::leftKey(segment)->getY();
+    const double right = Read::rightKey(segment)->getY();
     return {left, right, 0.0, 0.0};
 }
 

@@ -1,11 +1,11 @@
 #include "FCurveLib/EaseOut.h"
 
-#include "model/Access.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 EaseOut::EaseOut() {
     setExpression("easeout()");
@@ -20,8 +20,8 @@ std::shared_ptr<Interpolator> EaseOut::clone() {
 }
 
 EaseOut::Heights EaseOut::getHeights(const Segment& segment) const {
-    const double left = Access::leftKey(segment)->getY();
-    const double right = Access::rightKey(segment)->getY();
+    const double left = Read::leftKey(segment)->getY();
+    const double right = Read::rightKey(segment)->getY();
     const double third = (right - left) / 3.0;
     return {left, right, (right - left) - third, 0.0};
 }

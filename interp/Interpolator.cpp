@@ -1,7 +1,7 @@
 #include "FCurveLib/Interpolator.h"
 
 #include "FCurveLib/Tolerance.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,7 +10,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 namespace {
 
@@ -27,8 +27,8 @@ struct Stencil {
         h = stepFactor * std::max(std::abs(x), 0.1);
         lo = x - h;
         hi = x + h;
-        if (const Keyframe* left = Access::leftKey(segment); left && left->getX() > lo) lo = left->getX();
-        if (const Keyframe* right = Access::rightKey(segment); right && right->getX() < hi) hi = right->getX();
+        if (const Keyframe* left = Read::leftKey(segment); left && left->getX() > lo) lo = left->getX();
+        if (const Keyframe* right = Read::rightKey(segment); right && right->getX() < hi) hi = right->getX();
         h = (hi - lo) / 2.0;
         mid = lo + h;
     }

@@ -17,7 +17,7 @@
 #include "FCurveLib/UnknownExpression.h"
 #include "interp/ControlPoints.h"
 #include "interp/Formula.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <cstddef>
 #include <iterator>
@@ -117,7 +117,7 @@ const KindRow& KindOf(const Interpolator* interpolator) noexcept {
     return interpolator ? KindOf(*interpolator) : RowOf(Kind::Absent);
 }
 const KindRow& KindOf(const Segment& segment) noexcept {
-    return KindOf(Access::interpolator(segment));
+    return KindOf(Read::interpolator(segment));
 }
 
 const KindRow* FindKind(std::string_view name) noexcept {
@@ -136,8 +136,8 @@ Reads ReadsOf(const Interpolator* interpolator, const Segment& segment) noexcept
         return reads;
     }
     if (row.isHost() || row.reads == 0) return row.reads;
-    const bool left = Access::leftKey(segment) != nullptr;
-    const bool right = Access::rightKey(segment) != nullptr;
+    const bool left = Read::leftKey(segment) != nullptr;
+    const bool right = Read::rightKey(segment) != nullptr;
     if (left && right) return row.reads & ~readsCurve;
     if (row.repeats() && left != right) return bothKeys | readsCurve;
     const Reads own = (left ? readsLeftKey : 0) | (right ? readsRightKey : 0);

@@ -2,12 +2,12 @@
 
 #include "FCurveLib/Constant.h"
 #include "interp/TwoPoints.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 using Private::TwoPoints;
 
 Linear::Linear() {
@@ -19,8 +19,8 @@ std::shared_ptr<Interpolator> Linear::create() {
 }
 
 double Linear::evaluate(double x, const Segment& segment) {
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     if (!left || !right) return Constant::evaluate(x, segment);
     return left->getY() + (x - left->getX()) * (right->getY() - left->getY()) / (right->getX() - left->getX());
 }
@@ -47,8 +47,8 @@ void Linear::computePolyline(const Segment& segment, double x0, double x1, int,
 }
 
 double Linear::getFirstDerivative(double, const Segment& segment) const {
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     if (!left || !right) return 0.0;
     return (right->getY() - left->getY()) / (right->getX() - left->getX());
 }

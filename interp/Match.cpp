@@ -4,7 +4,7 @@
 #include "interp/Formula.h"
 #include "interp/Kinds.h"
 #include "interp/TwoPoints.h"
-#include "model/Access.h"
+#include "model/Raw.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,8 +14,9 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::Kind;
+using Private::Raw;
+using Private::Read;
 
 namespace {
 
@@ -28,10 +29,10 @@ double End(Quantity quantity, const Segment& segment, Side side);
 // Below, the neighbour lies on the given side of the key at which it meets the match segment.
 
 const Segment* Beside(const Keyframe& key, Side side) noexcept {
-    return side == Side::Left ? Access::leftSegment(key) : Access::rightSegment(key);
+    return side == Side::Left ? Read::leftSegment(key) : Read::rightSegment(key);
 }
 bool IsOpen(const Segment& segment) noexcept {
-    return !Access::leftKey(segment) || !Access::rightKey(segment);
+    return !Read::leftKey(segment) || !Read::rightKey(segment);
 }
 
 double Own(Quantity quantity, double x, const Interpolator& interpolator, const Segment& segment) {
@@ -52,10 +53,10 @@ bool IsFlatEnd(Kind match, Side side) noexcept {
 }
 
 double BesideMatch(Quantity quantity, Kind neighbour, const Keyframe& key, Side side) noexcept {
-    const Segment* const left = Access::leftSegment(key);
-    const Segment* const right = Access::rightSegment(key);
-    const Keyframe* const previous = left ? Access::leftKey(*left) : nullptr;
-    const Keyframe* const next = right ? Access::rightKey(*right) : nullptr;
+    const Segment* const left = Read::leftSegment(key);
+    const Segment* const right = Read::rightSegment(key);
+    const Keyframe* const previous = left ? Read::leftKey(*left) : nullptr;
+    const Keyframe* const next = right ? Read::rightKey(*right) : nullptr;
     if (quantity == Quantity::Value || IsFlatEnd(neighbour, side) || !previous || !next) return FlatAt(quantity, key);
     return ChordSlope(*previous, key, key, *next);
 }
@@ -72,9 +73,9 @@ double Isolated(Quantity quantity, const Interpolator& interpolator, const Segme
     };
     Keyframe left;
     Keyframe right;
-    Segment isolated(nullptr, copy(Access::leftKey(segment), left), nullptr, copy(Access::rightKey(segment), right));
-    Access::setTangentsRaw(isolated, borrow(const_cast<Tangent*>(Access::inTangent(segment))),
-                           borrow(const_cast<Tangent*>(Access::outTangent(segment))));
+    Segment isolated(nullptr, copy(Read::leftKey(segment), left), nullptr, copy(Read::rightKey(segment), right));
+    Raw::setTangents(isolated, borrow(const_cast<Tangent*>(Read::inTangent(segment))),
+                     borrow(const_cast<Tangent*>(Read::outTangent(segment))));
     return Own(quantity, x, interpolator, isolated);
 }
 
@@ -105,17 +106,17 @@ double Contribution(Quantity quantity, const Interpolator& interpolator, const S
 
 // A Cycle or CycleOffset in the open segment at the key: the curve's other end.
 double AcrossCycle(Quantity quantity, Kind cycle, const Segment& open, const Keyframe& key, Side side) {
-    const FCurve* const curve = Access::curve(open);
+    const FCurve* const curve = Read::curve(open);
     if (!curve || curve->size() < 3 || (quantity == Quantity::Value && cycle == Kind::CycleOffset))
         return FlatAt(quantity, key);
 
-    const Segment& leading = Access::firstSegment(*curve);
-    const Segment& trailing = Access::lastSegment(*curve);
-    const Keyframe& first = *Access::rightKey(leading);
-    const Keyframe& last = *Access::leftKey(trailing);
+    const Segment& leading = Read::firstSegment(*curve);
+    const Segment& trailing = Read::lastSegment(*curve);
+    const Keyframe& first = *Read::rightKey(leading);
+    const Keyframe& last = *Read::leftKey(trailing);
     const Keyframe& far = side == Side::Left ? last : first;
     const Segment& farSegment = *Beside(far, side);
-    const Interpolator* const interpolator = Access::interpolator(farSegment);
+    const Interpolator* const interpolator = Read::interpolator(farSegment);
     if (!interpolator) return 0.0;
     const Private::KindRow& farKind = Private::KindOf(*interpolator);
     if (!farKind.isMatch()) return Contribution(quantity, *interpolator, farSegment, far, side);
@@ -123,9 +124,9 @@ double AcrossCycle(Quantity quantity, Kind cycle, const Segment& open, const Key
     // That end is a match's, too, and depends on the other open segment. If both lead to the other end, the left one is
     // decided here and the right one follows it, as a period is taken from its start.
     if (quantity == Quantity::Slope && IsFlatEnd(farKind.kind, side)) return 0.0;
-    if (side == Side::Left && Wraps(quantity, Access::interpolator(trailing))) {
+    if (side == Side::Left && Wraps(quantity, Read::interpolator(trailing))) {
         if (quantity == Quantity::Value) return key.getY();
-        return ChordSlope(*Access::leftKey(farSegment), last, first, *Access::rightKey(*Access::rightSegment(first)));
+        return ChordSlope(*Read::leftKey(farSegment), last, first, *Read::rightKey(*Read::rightSegment(first)));
     }
     return End(quantity, farSegment, side == Side::Left ? Side::Right : Side::Left);
 }
@@ -158,10 +159,10 @@ double Contribution(Quantity quantity, const Interpolator& interpolator, const S
 
 // The value or the slope at a match segment's end. Precondition: it has a key there.
 double End(Quantity quantity, const Segment& segment, Side side) {
-    const Keyframe& key = side == Side::Left ? *Access::leftKey(segment) : *Access::rightKey(segment);
+    const Keyframe& key = side == Side::Left ? *Read::leftKey(segment) : *Read::rightKey(segment);
     const Segment* const neighbour = Beside(key, side);
     if (!neighbour) return FlatAt(quantity, key);
-    const Interpolator* const interpolator = Access::interpolator(*neighbour);
+    const Interpolator* const interpolator = Read::interpolator(*neighbour);
     if (!interpolator) return 0.0;
 
     const double found = Contribution(quantity, *interpolator, *neighbour, key, side);
@@ -171,8 +172,8 @@ double End(Quantity quantity, const Segment& segment, Side side) {
 
 // The value of a segment that lacks a key.
 double OpenValue(const Segment& segment) {
-    if (Access::leftKey(segment)) return End(Quantity::Value, segment, Side::Left);
-    if (Access::rightKey(segment)) return End(Quantity::Value, segment, Side::Right);
+    if (Read::leftKey(segment)) return End(Quantity::Value, segment, Side::Left);
+    if (Read::rightKey(segment)) return End(Quantity::Value, segment, Side::Right);
     return 0.0;
 }
 
@@ -237,11 +238,11 @@ double Match::getRightSlope(const Segment& segment) const {
 }
 
 void Match::getLeftTangent(const Segment& segment, double& x, double& y) const {
-    x = (Access::rightKey(segment)->getX() - Access::leftKey(segment)->getX()) / 3.0;
+    x = (Read::rightKey(segment)->getX() - Read::leftKey(segment)->getX()) / 3.0;
     y = getLeftSlope(segment) * x;
 }
 void Match::getRightTangent(const Segment& segment, double& x, double& y) const {
-    x = (Access::leftKey(segment)->getX() - Access::rightKey(segment)->getX()) / 3.0;
+    x = (Read::leftKey(segment)->getX() - Read::rightKey(segment)->getX()) / 3.0;
     y = getRightSlope(segment) * x;
 }
 

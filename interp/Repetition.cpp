@@ -1,7 +1,7 @@
 #include "interp/Repetition.h"
 
 #include "FCurveLib/Evaluation.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,12 +47,12 @@ Repetition::Repetition(const FCurve& curve, const Keyframe& first, const Keyfram
       m_span(m_end - m_begin), m_leading(leading) {}
 
 std::optional<Repetition> Repetition::Find(const Segment& segment) noexcept {
-    const bool hasLeft = Access::leftKey(segment) != nullptr;
-    const bool hasRight = Access::rightKey(segment) != nullptr;
-    const FCurve* const curve = Access::curve(segment);
+    const bool hasLeft = Read::leftKey(segment) != nullptr;
+    const bool hasRight = Read::rightKey(segment) != nullptr;
+    const FCurve* const curve = Read::curve(segment);
     if (hasLeft == hasRight || !curve || curve->size() < 3) return std::nullopt;
-    return Repetition(*curve, *Access::rightKey(Access::firstSegment(*curve)),
-                      *Access::leftKey(Access::lastSegment(*curve)), hasRight);
+    return Repetition(*curve, *Read::rightKey(Read::firstSegment(*curve)), *Read::leftKey(Read::lastSegment(*curve)),
+                      hasRight);
 }
 
 // From the first key to x, which is finite; between keys at opposite ends of the doubles it may overflow.
@@ -61,7 +61,7 @@ double Repetition::distance(double x) const noexcept {
 }
 
 double Repetition::rise() const {
-    return EvalSegment(m_end, *Access::leftSegment(*m_last)) - EvalSegment(m_begin, *Access::rightSegment(*m_first));
+    return EvalSegment(m_end, *Read::leftSegment(*m_last)) - EvalSegment(m_begin, *Read::rightSegment(*m_first));
 }
 
 // A derivative of the keyed part at x, at a key that of the segment on the given side.
@@ -69,16 +69,16 @@ double Repetition::differentiate(double x, bool fromRight, int order) const {
     const Segment* segment = nullptr;
     if (x <= m_begin) {
         x = m_begin;
-        segment = Access::rightSegment(*m_first);
+        segment = Read::rightSegment(*m_first);
     } else if (x >= m_end) {
         x = m_end;
-        segment = Access::leftSegment(*m_last);
+        segment = Read::leftSegment(*m_last);
     } else {
-        segment = &Access::findSegment(*m_curve, x);
-        const Keyframe& key = *Access::leftKey(*segment);
-        if (!fromRight && key.getX() == x) segment = Access::leftSegment(key);
+        segment = &Read::findSegment(*m_curve, x);
+        const Keyframe& key = *Read::leftKey(*segment);
+        if (!fromRight && key.getX() == x) segment = Read::leftSegment(key);
     }
-    const Interpolator* const interpolator = Access::interpolator(*segment);
+    const Interpolator* const interpolator = Read::interpolator(*segment);
     if (!interpolator) return 0.0;
     return order == 1 ? interpolator->getFirstDerivative(x, *segment) : interpolator->getSecondDerivative(x, *segment);
 }
@@ -86,18 +86,18 @@ double Repetition::differentiate(double x, bool fromRight, int order) const {
 // Precondition: from <= to, both within the keyed part.
 void Repetition::foldPart(Extents& extents, double from, double to, double shift) const {
     const Segment* segment =
-        from >= m_end ? Access::leftSegment(*m_last) : &Access::findSegment(*m_curve, std::max(from, m_begin));
+        from >= m_end ? Read::leftSegment(*m_last) : &Read::findSegment(*m_curve, std::max(from, m_begin));
     for (;;) {
-        const double left = Access::leftKey(*segment)->getX();
-        const double right = Access::rightKey(*segment)->getX();
+        const double left = Read::leftKey(*segment)->getX();
+        const double right = Read::rightKey(*segment)->getX();
         double low = 0.0;
         double high = 0.0;
-        if (const Interpolator* const interpolator = Access::interpolator(*segment))
+        if (const Interpolator* const interpolator = Read::interpolator(*segment))
             interpolator->getRangeExtents(*segment, std::max(left, from), std::min(right, to), low, high);
         extents.fold(low + shift);
         extents.fold(high + shift);
         if (right > to || right >= m_end) return;
-        segment = Access::rightSegment(*Access::rightKey(*segment));
+        segment = Read::rightSegment(*Read::rightKey(*segment));
     }
 }
 

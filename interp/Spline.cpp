@@ -1,11 +1,11 @@
 #include "FCurveLib/Spline.h"
 
-#include "model/Access.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 namespace {
 
@@ -29,12 +29,12 @@ std::shared_ptr<Interpolator> Spline::clone() {
 
 // Handles of a third stay between the keys, so they never need shortening.
 Spline::Heights Spline::getHeights(const Segment& segment) const {
-    const Keyframe& left = *Access::leftKey(segment);
-    const Keyframe& right = *Access::rightKey(segment);
-    const Segment* const before = Access::leftSegment(left);
-    const Segment* const after = Access::rightSegment(right);
-    const Keyframe* const previous = before ? Access::leftKey(*before) : nullptr;
-    const Keyframe* const next = after ? Access::rightKey(*after) : nullptr;
+    const Keyframe& left = *Read::leftKey(segment);
+    const Keyframe& right = *Read::rightKey(segment);
+    const Segment* const before = Read::leftSegment(left);
+    const Segment* const after = Read::rightSegment(right);
+    const Keyframe* const previous = before ? Read::leftKey(*before) : nullptr;
+    const Keyframe* const next = after ? Read::rightKey(*after) : nullptr;
 
     const double third = (right.getX() - left.getX()) / 3.0;
     return {left.getY(), right.getY(), previous ? third * ChordSlope(*previous, right) : 0.0,

@@ -2,7 +2,7 @@
 
 #include "interp/BezierSampling.h"
 #include "interp/ControlPoints.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,14 +14,10 @@ namespace Private {
 
 namespace {
 
-bool HasBothKeys(const Segment& segment) noexcept {
-    return Access::leftKey(segment) && Access::rightKey(segment);
-}
-
 template<class Heights>
 BezierArgs ArgsOf(const Segment& segment, const Heights& heights) noexcept {
-    const double left = Access::leftKey(segment)->getX();
-    const double right = Access::rightKey(segment)->getX();
+    const double left = Read::leftKey(segment)->getX();
+    const double right = Read::rightKey(segment)->getX();
     const double third = (right - left) / 3.0;
     return {left, heights.left, right, heights.right, third, heights.out, -third, heights.in};
 }
@@ -44,13 +40,13 @@ ThirdsInterp::ThirdsInterp() = default;
 ThirdsInterp::ThirdsInterp(const ThirdsInterp& other) = default;
 
 double ThirdsInterp::eval(double x, const Segment& segment) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::eval(x, segment);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::eval(x, segment);
     const BezierArgs args = ArgsOf(segment, getHeights(segment));
     return MeetKey(x, BezierY(PlaceAt(x, args), args), args);
 }
 
 void ThirdsInterp::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::getRangeExtents(segment, x0, x1, minY, maxY);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::getRangeExtents(segment, x0, x1, minY, maxY);
     const BezierArgs args = ArgsOf(segment, getHeights(segment));
     BezierExtents(PlaceAt(x0, args), PlaceAt(x1, args), args, minY, maxY);
     // Evaluation beside a key meets the key.
@@ -63,31 +59,31 @@ void ThirdsInterp::getRangeExtents(const Segment& segment, double x0, double x1,
 
 void ThirdsInterp::computePolyline(const Segment& segment, double x0, double x1, int count,
                                    std::vector<Vector2D<double>>& points) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::computePolyline(segment, x0, x1, count, points);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::computePolyline(segment, x0, x1, count, points);
     SampleBezier(ArgsOf(segment, getHeights(segment)), x0, x1, count, points, BezierY);
 }
 
 double ThirdsInterp::getFirstDerivative(double x, const Segment& segment) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::getFirstDerivative(x, segment);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::getFirstDerivative(x, segment);
     const BezierArgs args = ArgsOf(segment, getHeights(segment));
     return BezierSlope(PlaceAt(x, args), args);
 }
 
 void ThirdsInterp::firstDerivPolyline(const Segment& segment, double x0, double x1, int count,
                                       std::vector<Vector2D<double>>& points) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::firstDerivPolyline(segment, x0, x1, count, points);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::firstDerivPolyline(segment, x0, x1, count, points);
     SampleBezier(ArgsOf(segment, getHeights(segment)), x0, x1, count, points, BezierSlope);
 }
 
 double ThirdsInterp::getSecondDerivative(double x, const Segment& segment) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::getSecondDerivative(x, segment);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::getSecondDerivative(x, segment);
     const BezierArgs args = ArgsOf(segment, getHeights(segment));
     return BezierSecond(PlaceAt(x, args), args);
 }
 
 void ThirdsInterp::secondDerivPolyline(const Segment& segment, double x0, double x1, int count,
                                        std::vector<Vector2D<double>>& points) const {
-    if (!HasBothKeys(segment)) return BezierInterpBase::secondDerivPolyline(segment, x0, x1, count, points);
+    if (!Read::hasBothKeys(segment)) return BezierInterpBase::secondDerivPolyline(segment, x0, x1, count, points);
     SampleBezier(ArgsOf(segment, getHeights(segment)), x0, x1, count, points, BezierSecond);
 }
 

@@ -7,8 +7,6 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::GlobalNotification;
-
 FCurveContainer::FCurveContainer() noexcept = default;
 FCurveContainer::~FCurveContainer() = default;
 
@@ -87,32 +85,9 @@ void FCurveContainer::notifyChanged() {
     m_observers.forEach([this](ContainerObserver& observer) { observer.containerChanged(*this); });
 }
 
-FCurveContainer::Switch::Switch() noexcept
-    : m_wasEnabled(GlobalNotification::isEnabled()), m_wasBlocked(GlobalNotification::isBlocked()) {
-    GlobalNotification::setEnabled(false);
-    GlobalNotification::setBlocked(false);
-}
-
+FCurveContainer::Switch::Switch() noexcept = default;
 FCurveContainer::Switch::Switch(FCurveContainer& container) noexcept
-    : m_container(container.getShared()), m_wasEnabled(container.m_observers.isEnabled()),
-      m_wasBlocked(container.m_observers.isBlocked()) {
-    container.m_observers.setEnabled(false);
-    container.m_observers.setBlocked(false);
-}
-
-FCurveContainer::Switch::~Switch() {
-    if (m_container) {
-        m_container->m_observers.setEnabled(m_wasEnabled);
-        m_container->m_observers.setBlocked(m_wasBlocked);
-    } else {
-        GlobalNotification::setEnabled(m_wasEnabled);
-        GlobalNotification::setBlocked(m_wasBlocked);
-    }
-}
-
-bool FCurveContainer::Switch::blockedNotification() const noexcept {
-    return m_container ? m_container->m_observers.isBlocked() : GlobalNotification::isBlocked();
-}
+    : NotificationSwitch(container.getShared(), container.m_observers.flags()) {}
 
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -1,7 +1,7 @@
 #include "FCurveLib/Keyframe.h"
 
-#include "model/Access.h"
-#include "model/Edit.h"
+#include "model/Delivery.h"
+#include "model/TangentUpdate.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,12 +10,14 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::PendingChanges;
+using Private::Raw;
+using Private::Read;
 
 Keyframe::Keyframe() noexcept = default;
 
 Keyframe::Keyframe(const Keyframe& other)
-    : SharedFromThis<Keyframe>(other), m_position(other.m_position), m_properties(other.m_properties),
+    : SharedFromThis<Keyframe>(other), PropertyCarrier(other), m_position(other.m_position),
       m_breakdown(other.m_breakdown), m_unified(other.m_unified) {}
 
 Keyframe::~Keyframe() = default;
@@ -34,12 +36,12 @@ namespace {
 double Clamped(Keyframe& key, double x) noexcept {
     const double present = key.getX();
     if (x < present) {
-        const Keyframe* previous = Private::PreviousKey(key);
+        const Keyframe* previous = Read::previousKey(key);
         if (!previous) return x;
         const double lowest = std::max(x, previous->getX() + Keyframe::getMinSeparation());
         return lowest < present && previous->getX() < lowest ? lowest : present;
     }
-    const Keyframe* next = Private::NextKey(key);
+    const Keyframe* next = Read::nextKey(key);
     if (!next) return x;
     const double highest = std::min(x, next->getX() - Keyframe::getMinSeparation());
     return present < highest && highest < next->getX() ? highest : present;
@@ -55,6 +57,18 @@ std::vector<Keyframe*> BreakdownRun(Keyframe& key, Neighbour next, Keyframe*& an
     return run;
 }
 
+// Moves breakdown keys, in the given order: in proportion to the pivot, or by delta where the span is 0.
+void MoveRun(const std::vector<Keyframe*>& keys, double delta, double span, double pivot, PendingChanges& changes) {
+    for (Keyframe* key : keys) {
+        const double x = key->getX();
+        const double proposed = span == 0.0 ? x + delta : pivot + (x - pivot) * (span - delta) / span;
+        const double clamped = std::isfinite(proposed) ? Clamped(*key, proposed) : x;
+        if (clamped == x) continue;
+        Raw::moveKey(*key, {clamped, key->getY()});
+        changes.moved(*key);
+    }
+}
+
 } // namespace
 
 void Keyframe::set(double x, double y) {
@@ -68,43 +82,31 @@ void Keyframe::set(double x, double y) {
     x = Clamped(*this, x);
     if (m_position == Vector2D<double>(x, y)) return;
 
-    Private::Edit edit(Access::curve(*this));
+    PendingChanges changes(Read::curve(*this));
     Keyframe* first = this;
     Keyframe* last = this;
     // The moved key is stored before the runs beside it, which may then pass its old place.
-    Access::moveKey(*this, {x, y});
-    edit.moved(*this);
+    Raw::moveKey(*this, {x, y});
+    changes.moved(*this);
     if (x != oldX) {
         const double delta = x - oldX;
         // Each key is clamped against neighbours that have moved out of its way already.
         const auto moveRun = [&](std::vector<Keyframe*>& run, const Keyframe* anchor, bool nearestFirst) {
             if (!nearestFirst) std::reverse(run.begin(), run.end());
-            internalSet(run, delta, anchor ? anchor->getX() - oldX : 0.0, anchor ? anchor->getX() : 0.0, edit);
+            MoveRun(run, delta, anchor ? anchor->getX() - oldX : 0.0, anchor ? anchor->getX() : 0.0, changes);
         };
         Keyframe* anchor = nullptr;
-        std::vector<Keyframe*> run = BreakdownRun(*this, &Private::PreviousKey, anchor);
+        std::vector<Keyframe*> run = BreakdownRun(*this, &Read::previousKey, anchor);
         if (!run.empty()) first = run.back();
         moveRun(run, anchor, delta > 0.0);
-        run = BreakdownRun(*this, &Private::NextKey, anchor);
+        run = BreakdownRun(*this, &Read::nextKey, anchor);
         if (!run.empty()) last = run.back();
         moveRun(run, anchor, delta < 0.0);
     }
-    Private::UpdateBeforeChange(Private::PreviousKey(*first), edit);
-    Private::UpdateTangents(first, last, edit);
-    Private::UpdateAfterChange(Private::NextKey(*last), edit);
-    edit.notify();
-}
-
-void Keyframe::internalSet(const std::vector<Keyframe*>& keys, double delta, double span, double pivot,
-                           Private::Edit& edit) {
-    for (Keyframe* key : keys) {
-        const double x = key->getX();
-        const double proposed = span == 0.0 ? x + delta : pivot + (x - pivot) * (span - delta) / span;
-        const double clamped = std::isfinite(proposed) ? Clamped(*key, proposed) : x;
-        if (clamped == x) continue;
-        Access::moveKey(*key, {clamped, key->getY()});
-        edit.moved(*key);
-    }
+    Private::UpdateBeforeChange(Read::previousKey(*first), changes);
+    Private::UpdateTangents(first, last, changes);
+    Private::UpdateAfterChange(Read::nextKey(*last), changes);
+    changes.notify();
 }
 
 void Keyframe::set(const Vector2D<double>& position) {
@@ -120,7 +122,7 @@ void Keyframe::setY(double y) {
 void Keyframe::setBreakdown(bool breakdown) {
     if (m_breakdown == breakdown) return;
     m_breakdown = breakdown;
-    Private::Deliver(Access::curve(*this), *this, [this](FCurveObserver& observer) {
+    Private::Deliver(Read::curve(*this), *this, [this](FCurveObserver& observer) {
         observer.keyframeIntrinsicChanged(*this, FCurveObserver::KeyframeBreakdown);
     });
 }
@@ -128,13 +130,13 @@ void Keyframe::setBreakdown(bool breakdown) {
 void Keyframe::setTangentsUnified(bool unified) {
     if (m_unified == unified) return;
     m_unified = unified;
-    FCurve* curve = Access::curve(*this);
-    Private::Edit edit(curve);
-    if (unified) Private::AlignTangents(*this, edit);
+    FCurve* curve = Read::curve(*this);
+    PendingChanges changes(curve);
+    if (unified) Private::AlignTangents(*this, changes);
     Private::Deliver(curve, *this, [this](FCurveObserver& observer) {
         observer.keyframeIntrinsicChanged(*this, FCurveObserver::KeyframeTangentsUnified);
     });
-    edit.notify();
+    changes.notify();
 }
 
 std::shared_ptr<Segment> Keyframe::getLeftSegment() noexcept {
@@ -169,18 +171,10 @@ std::shared_ptr<const FCurve> Keyframe::getOwningCurve() const noexcept {
 }
 
 bool Keyframe::setProperty(const char* key, const char* value) {
-    return Private::SetProperty(m_properties, key, value, [this](const char* name, const char* text) {
-        Private::Deliver(Access::curve(*this), *this,
-                         [=](FCurveObserver& observer) { observer.keyframePropertyChanged(*this, name, text); });
-    });
+    return Private::SetProperty(*this, key, value);
 }
-
 void Keyframe::clearProperties() {
-    const auto self = getShared();
-    Private::ClearProperties(m_properties, [this](const char* key) {
-        Private::Deliver(Access::curve(*this), *this,
-                         [=](FCurveObserver& observer) { observer.keyframePropertyChanged(*this, key, ""); });
-    });
+    Private::ClearProperties(*this);
 }
 
 } // namespace v19

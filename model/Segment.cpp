@@ -1,21 +1,20 @@
 #include "FCurveLib/Segment.h"
 
 #include "FCurveLib/Interpolator.h"
-#include "model/Access.h"
-#include "model/Edit.h"
+#include "model/Delivery.h"
 
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 Segment::Segment() noexcept = default;
 
 Segment::Segment(std::shared_ptr<FCurve> curve, std::shared_ptr<Keyframe> left,
                  std::shared_ptr<Interpolator> interpolator, std::shared_ptr<Keyframe> right)
-    : m_curve(curve ? Access::identity(*curve) : nullptr), m_leftKey(std::move(left)),
+    : m_curve(curve ? Private::Raw::identity(*curve) : nullptr), m_leftKey(std::move(left)),
       m_interpolator(std::move(interpolator)), m_rightKey(std::move(right)) {}
 
 Segment::Segment(const Segment& other) = default;
@@ -30,7 +29,7 @@ std::shared_ptr<Segment> Segment::create(std::shared_ptr<FCurve> curve, std::sha
 }
 
 std::shared_ptr<FCurve> Segment::getOwningCurve() noexcept {
-    FCurve* curve = Access::curve(*this);
+    FCurve* curve = Read::curve(*this);
     return curve ? curve->getShared() : nullptr;
 }
 std::shared_ptr<const FCurve> Segment::getOwningCurve() const noexcept {
@@ -40,24 +39,16 @@ std::shared_ptr<const FCurve> Segment::getOwningCurve() const noexcept {
 void Segment::setInterpolator(std::shared_ptr<Interpolator> interpolator) {
     if (m_interpolator == interpolator) return;
     m_interpolator.swap(interpolator); // the old one dies after the observers were told
-    Private::Deliver(Access::curve(*this), *this, [this](FCurveObserver& observer) {
+    Private::Deliver(Read::curve(*this), *this, [this](FCurveObserver& observer) {
         observer.segmentIntrinsicChanged(*this, FCurveObserver::SegmentInterpolator);
     });
 }
 
 bool Segment::setProperty(const char* key, const char* value) {
-    return Private::SetProperty(m_properties, key, value, [this](const char* name, const char* text) {
-        Private::Deliver(Access::curve(*this), *this,
-                         [=](FCurveObserver& observer) { observer.segmentPropertyChanged(*this, name, text); });
-    });
+    return Private::SetProperty(*this, key, value);
 }
-
 void Segment::clearProperties() {
-    const auto self = getShared();
-    Private::ClearProperties(m_properties, [this](const char* key) {
-        Private::Deliver(Access::curve(*this), *this,
-                         [=](FCurveObserver& observer) { observer.segmentPropertyChanged(*this, key, ""); });
-    });
+    Private::ClearProperties(*this);
 }
 
 } // namespace v19

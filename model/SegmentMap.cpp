@@ -1,6 +1,6 @@
-#include "FCurveLib/SegmentMap.h"
+#include "FCurveLib/detail/SegmentMap.h"
 
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 #include <cassert>
@@ -57,12 +57,12 @@ auto IteratorAt(std::vector<Item>& items, std::size_t i) noexcept {
 } // namespace
 
 SegmentEntry SegmentMapIterator::operator*() const noexcept {
-    return {Access::leftKey(*m_segment), m_segment};
+    return {Read::leftKey(*m_segment), m_segment};
 }
 
 SegmentMapIterator& SegmentMapIterator::operator++() noexcept {
-    Keyframe* key = Access::rightKey(*m_segment);
-    m_segment = key ? Access::rightSegment(*key) : nullptr;
+    Keyframe* key = Read::rightKey(*m_segment);
+    m_segment = key ? Read::rightSegment(*key) : nullptr;
     return *this;
 }
 
@@ -70,7 +70,7 @@ SegmentMapIterator& SegmentMapIterator::operator--() noexcept {
     if (!m_segment)
         m_segment = m_map->last();
     else
-        m_segment = Access::leftSegment(*Access::leftKey(*m_segment));
+        m_segment = Read::leftSegment(*Read::leftKey(*m_segment));
     return *this;
 }
 
@@ -133,7 +133,7 @@ void SegmentMap::insertLeading(Segment* segment) {
 void SegmentMap::insert(const Place& place, double x, Segment* segment) {
     const std::size_t slot = place.slot + 1;
     Block& block = blockAt(place.block);
-    // Behind the last entry nothing is split.
+    // After the last entry nothing is split.
     const bool append = place.block == m_rest.size() && slot == block.size();
     if (block.size() < (append ? blockSize - blockSize / kSlack : blockSize)) {
         block.insert(IteratorAt(block, slot), {x, segment});

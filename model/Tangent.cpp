@@ -1,8 +1,8 @@
 #include "FCurveLib/Tangent.h"
 
 #include "FCurveLib/Tolerance.h"
-#include "model/Access.h"
-#include "model/Edit.h"
+#include "model/Delivery.h"
+#include "model/TangentUpdate.h"
 
 #include <cmath>
 #include <utility>
@@ -10,7 +10,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 namespace {
 
@@ -52,9 +52,9 @@ Tangent& Tangent::operator=(const Tangent& other) {
     if (newWeighted) notifyIntrinsic(FCurveObserver::TangentWeighted);
     if (newLocked) notifyIntrinsic(FCurveObserver::TangentWeightLocked);
     for (const auto& [key, value] : before)
-        if (*after.get(key.c_str()) == '\0') notifyProperty(key.c_str(), "");
+        if (*after.get(key.c_str()) == '\0') Private::TellProperty(*this, key.c_str(), "");
     for (const auto& [key, value] : after)
-        if (value != before.get(key.c_str())) notifyProperty(key.c_str(), value.c_str());
+        if (value != before.get(key.c_str())) Private::TellProperty(*this, key.c_str(), value.c_str());
     return *this;
 }
 
@@ -110,21 +110,21 @@ void Tangent::setType(std::uint8_t type) {
     if (type > Plateau || type == m_type) return;
     m_type = type;
     const auto segment = m_segment.lock();
-    Private::Edit edit(Access::curve(*this));
-    Private::UpdateTangent(*this, segment.get(), edit);
-    if (type == Fixed) Private::AlignTangent(*this, segment.get(), edit);
+    Private::PendingChanges changes(Read::curve(*this));
+    Private::UpdateTangent(*this, segment.get(), changes);
+    if (type == Fixed) Private::AlignTangent(*this, segment.get(), changes);
     notifyIntrinsic(FCurveObserver::TangentType);
-    edit.notify();
+    changes.notify();
 }
 
 void Tangent::setWeighted(bool weighted) {
     if (weighted == m_weighted) return;
     m_weighted = weighted;
     const auto segment = m_segment.lock();
-    Private::Edit edit(Access::curve(*this));
-    if (!weighted) Private::UpdateTangent(*this, segment.get(), edit);
+    Private::PendingChanges changes(Read::curve(*this));
+    if (!weighted) Private::UpdateTangent(*this, segment.get(), changes);
     notifyIntrinsic(FCurveObserver::TangentWeighted);
-    edit.notify();
+    changes.notify();
 }
 
 void Tangent::setWeightLocked(bool locked) {
@@ -135,9 +135,9 @@ void Tangent::setWeightLocked(bool locked) {
 
 void Tangent::propose(double x, double y) {
     const auto segment = m_segment.lock();
-    Private::Edit edit(Access::curve(*this));
-    Private::EditHandle(*this, segment.get(), x, y, edit);
-    edit.notify();
+    Private::PendingChanges changes(Read::curve(*this));
+    Private::EditHandle(*this, segment.get(), x, y, changes);
+    changes.notify();
 }
 
 std::shared_ptr<Keyframe> Tangent::getOwningKeyframe() noexcept {
@@ -167,24 +167,16 @@ std::shared_ptr<const Tangent> Tangent::getOppositeTangent() const noexcept {
 }
 
 void Tangent::notifyIntrinsic(std::uint32_t type) {
-    Private::Deliver(Access::curve(*this), *this, [=](FCurveObserver& observer) {
+    Private::Deliver(Read::curve(*this), *this, [=](FCurveObserver& observer) {
         observer.tangentIntrinsicChanged(*this, static_cast<FCurveObserver::TangentIntrinsicType>(type));
     });
 }
 
-void Tangent::notifyProperty(const char* key, const char* value) {
-    Private::Deliver(Access::curve(*this), *this,
-                     [=](FCurveObserver& observer) { observer.tangentPropertyChanged(*this, key, value); });
-}
-
 bool Tangent::setProperty(const char* key, const char* value) {
-    return Private::SetProperty(m_properties, key, value,
-                                [this](const char* name, const char* text) { notifyProperty(name, text); });
+    return Private::SetProperty(*this, key, value);
 }
-
 void Tangent::clearProperties() {
-    const auto self = getShared();
-    Private::ClearProperties(m_properties, [this](const char* key) { notifyProperty(key, ""); });
+    Private::ClearProperties(*this);
 }
 
 } // namespace v19

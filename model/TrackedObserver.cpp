@@ -18,26 +18,6 @@ void TrackerBase::unsubscribed(TrackedObserver& observer) noexcept {
     trackers.erase(std::remove(trackers.begin(), trackers.end(), this), trackers.end());
 }
 
-namespace {
-
-bool g_enabled = true;
-bool g_blocked = false;
-
-} // namespace
-
-bool GlobalNotification::isEnabled() noexcept {
-    return g_enabled;
-}
-void GlobalNotification::setEnabled(bool enabled) noexcept {
-    g_enabled = enabled;
-}
-bool GlobalNotification::isBlocked() noexcept {
-    return g_blocked;
-}
-void GlobalNotification::setBlocked(bool blocked) noexcept {
-    g_blocked = blocked;
-}
-
 } // namespace Private
 
 TrackedObserver::TrackedObserver() noexcept = default;

@@ -3,13 +3,13 @@
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
-#include "model/Access.h"
+#include "model/Read.h"
 #include "selection/WalkOrder.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 template<class Parts>
 void BasicHitRecordIterator<Parts>::advance(bool allTangents) {
@@ -19,7 +19,7 @@ void BasicHitRecordIterator<Parts>::advance(bool allTangents) {
         return;
     }
     const Segment& segment = *m_segment;
-    const bool hasRightKey = Access::rightKey(segment) != nullptr;
+    const bool hasRightKey = Read::rightKey(segment) != nullptr;
     switch (m_stage) {
     case AtSegment:
         if (allTangents || Private::ShowsOutTangent(segment)) {
@@ -155,13 +155,13 @@ const char* BasicHitRecordIterator<Parts>::getProperty(const char* key) const no
     case AtSegment:
         return m_segment->getProperty(key);
     case AtRightKey: {
-        const Keyframe* rightKey = Access::rightKey(*m_segment);
+        const Keyframe* rightKey = Read::rightKey(*m_segment);
         return rightKey ? rightKey->getProperty(key) : "";
     }
     case AtInTangent:
-        return Access::inTangent(*m_segment)->getProperty(key);
+        return Read::inTangent(*m_segment)->getProperty(key);
     case AtOutTangent:
-        return Access::outTangent(*m_segment)->getProperty(key);
+        return Read::outTangent(*m_segment)->getProperty(key);
     }
     return "";
 }

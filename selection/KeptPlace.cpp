@@ -7,16 +7,16 @@ inline namespace v19 {
 namespace Private {
 
 KeptSegment::KeptSegment(Segment& segment) noexcept : m_segment(segment.getShared()) {
-    const Keyframe* key = Access::leftKey(segment);
+    const Keyframe* key = Read::leftKey(segment);
     m_x = key ? key->getX() : -std::numeric_limits<double>::infinity();
 }
 
 bool KeptSegment::isIn(const FCurve& curve) const noexcept {
-    return m_segment && Access::curve(*m_segment) == &curve;
+    return m_segment && Read::curve(*m_segment) == &curve;
 }
 
 Segment& KeptSegment::resolve(FCurve& curve) const noexcept {
-    return isIn(curve) ? *m_segment : Access::findSegment(curve, m_x);
+    return isIn(curve) ? *m_segment : Read::findSegment(curve, m_x);
 }
 
 void KeptCurve::hold(FCurveContainer& curves, const FCurveContainer::iterator& position) {
@@ -31,7 +31,7 @@ void KeptCurve::hold(FCurveContainer& curves, const FCurveContainer::iterator& p
 FCurveContainer::iterator KeptCurve::next(FCurveContainer& curves) const noexcept {
     for (const FCurve* place : {m_curve.get(), m_before.get()}) {
         if (!place) continue;
-        auto position = Access::find(curves, *place);
+        auto position = Read::find(curves, *place);
         if (position != curves.end()) return ++position;
     }
     return curves.begin();
@@ -42,14 +42,14 @@ void KeptPlace::hold(const HitRecordIterator& position) {
     if (position.m_stage != HitRecordIterator::AtCurve) {
         Segment& segment = *position.m_segment;
         if (m_segment.get() != &segment) m_segment = KeptSegment(segment);
-        if (const Keyframe* key = Access::rightKey(segment)) m_keyX = key->getX();
+        if (const Keyframe* key = Read::rightKey(segment)) m_keyX = key->getX();
     }
     m_record = *position;
 }
 
 void KeptPlace::advance(HitRecordIterator& position) const {
     FCurve& curve = *m_curve.get();
-    const auto found = Access::find(m_curves, curve);
+    const auto found = Read::find(m_curves, curve);
     if (found == m_curves.end()) {
         position = HitRecordIterator(m_curve.next(m_curves));
         return;
@@ -57,9 +57,9 @@ void KeptPlace::advance(HitRecordIterator& position) const {
     position.m_curve = found;
     if (position.m_stage != HitRecordIterator::AtCurve) {
         Segment& segment = m_segment.resolve(curve);
-        position.m_segment = Access::iteratorAt(curve, segment);
+        position.m_segment = Read::iteratorAt(curve, segment);
         // Where the key has been removed, the segment ends at a later one, which the walk has not seen.
-        const Keyframe* key = Access::rightKey(segment);
+        const Keyframe* key = Read::rightKey(segment);
         if (position.m_stage == HitRecordIterator::AtRightKey && key && key != m_record.getAddress()
             && m_keyX < key->getX())
             return;

@@ -3,7 +3,7 @@
 // Walks that call observers, who may edit, remove and add parts and curves at every step.
 
 #include "FCurveLib/HitRecordIterator.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <memory>
 

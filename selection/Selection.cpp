@@ -17,14 +17,9 @@ using Private::SelectionState;
 
 namespace {
 
-template<class Part>
-bool isPartSelected(const Part& part) noexcept {
-    return SelectionFilter::isSelectedValue(part.getProperty(SelectionFilter::key));
-}
-
 template<class Record>
 bool isRecordSelected(const Record& record) noexcept {
-    return SelectionState::withPart(record, [](const auto& part) { return isPartSelected(part); });
+    return SelectionState::withPart(record, [](const auto& part) { return SelectionFilter::isSelected(part); });
 }
 
 template<class Part>
@@ -39,8 +34,7 @@ HitRecord recordOf(Part& part) noexcept {
 
 template<class Part>
 void SelectionState::change(const std::shared_ptr<SelectionState>& state, Part& part, bool select) {
-    const char* present = part.getProperty(SelectionFilter::key);
-    if (select ? SelectionFilter::isSelectedValue(present) : *present == '\0') return;
+    if (select ? SelectionFilter::isSelected(part) : *part.getProperty(SelectionFilter::key) == '\0') return;
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): observers may destroy the Selection that holds it
     const std::shared_ptr<SelectionState> kept = state;
     const HitRecord record = recordOf(part);
@@ -140,16 +134,16 @@ void Selection::clear() {
 }
 
 bool Selection::isSelected(const FCurve& curve) const noexcept {
-    return isPartSelected(curve);
+    return SelectionFilter::isSelected(curve);
 }
 bool Selection::isSelected(const Segment& segment) const noexcept {
-    return isPartSelected(segment);
+    return SelectionFilter::isSelected(segment);
 }
 bool Selection::isSelected(const Keyframe& keyframe) const noexcept {
-    return isPartSelected(keyframe);
+    return SelectionFilter::isSelected(keyframe);
 }
 bool Selection::isSelected(const Tangent& tangent) const noexcept {
-    return isPartSelected(tangent);
+    return SelectionFilter::isSelected(tangent);
 }
 bool Selection::isSelected(const HitRecord& part) const noexcept {
     return isRecordSelected(part);
@@ -181,20 +175,7 @@ void Selection::unsubscribe(SelectionObserver& observer) noexcept {
 }
 
 Selection::Switch::Switch(Selection& selection) noexcept
-    : m_state(selection.m_state), m_wasEnabled(m_state->observers.isEnabled()),
-      m_wasBlocked(m_state->observers.isBlocked()) {
-    m_state->observers.setEnabled(false);
-    m_state->observers.setBlocked(false);
-}
-
-Selection::Switch::~Switch() {
-    m_state->observers.setEnabled(m_wasEnabled);
-    m_state->observers.setBlocked(m_wasBlocked);
-}
-
-bool Selection::Switch::blockedNotification() const noexcept {
-    return m_state->observers.isBlocked();
-}
+    : NotificationSwitch(selection.m_state, selection.m_state->observers.flags()) {}
 
 #define FCURVELIB_SELECTED_RANGE(Iterator, Plural)                                                                     \
     Iterator BeginSelected##Plural(Selection& selection) {                                                             \

@@ -14,14 +14,10 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
+using Private::SelectionFilter;
 
 namespace {
-
-template<class Part>
-bool isSelected(const Part& part) noexcept {
-    return Private::SelectionFilter::isSelectedValue(part.getProperty(Private::SelectionFilter::key));
-}
 
 // --- what parts have in common ---------------------------------------------------------------------------------------
 
@@ -76,7 +72,7 @@ struct SegmentSummary {
 
     void include(const Segment& segment) {
         ++common.count;
-        const Interpolator* interpolator = Access::interpolator(segment);
+        const Interpolator* interpolator = Read::interpolator(segment);
         common.expression.include(interpolator ? interpolator->getExpression() : "");
     }
     void merge(const SegmentSummary& other) {
@@ -148,27 +144,27 @@ struct Summary {
 // --- which parts count: those in the curve's chain that the walk shows, and that are selected -----------------------
 
 bool isIn(const FCurve& curve, const Segment& segment) noexcept {
-    if (Access::curve(segment) != &curve) return false;
-    const Keyframe* key = Access::leftKey(segment);
-    const Private::SegmentMap& segments = Access::segments(curve);
+    if (Read::curve(segment) != &curve) return false;
+    const Keyframe* key = Read::leftKey(segment);
+    const Private::SegmentMap& segments = Read::segments(curve);
     return (key ? segments.lookUp(key->getX()) : segments.first()) == &segment;
 }
 
 bool counts(const FCurve& curve, const Segment& segment) noexcept {
-    return isSelected(segment) && isIn(curve, segment);
+    return SelectionFilter::isSelected(segment) && isIn(curve, segment);
 }
 
 bool counts(const FCurve& curve, const Keyframe& key) noexcept {
-    const Segment* left = Access::leftSegment(key);
-    return isSelected(key) && left && Access::curve(*left) == &curve;
+    const Segment* left = Read::leftSegment(key);
+    return SelectionFilter::isSelected(key) && left && Read::curve(*left) == &curve;
 }
 
 bool counts(const FCurve& curve, const Tangent& tangent) {
-    if (!isSelected(tangent)) return false;
+    if (!SelectionFilter::isSelected(tangent)) return false;
     const std::shared_ptr<const Segment> segment = tangent.getOwningSegment();
     if (!segment || !isIn(curve, *segment)) return false;
-    if (&tangent == Access::inTangent(*segment)) return Private::ShowsInTangent(*segment);
-    return &tangent == Access::outTangent(*segment) && Private::ShowsOutTangent(*segment);
+    if (&tangent == Read::inTangent(*segment)) return Private::ShowsInTangent(*segment);
+    return &tangent == Read::outTangent(*segment) && Private::ShowsOutTangent(*segment);
 }
 
 // --- one observed curve ----------------------------------------------------------------------------------------------
@@ -196,9 +192,9 @@ public:
 
     void updateAround(const FCurve& curve, const Segment& segment) noexcept {
         update(curve, segment);
-        update(curve, *Access::inTangent(segment));
-        update(curve, *Access::outTangent(segment));
-        if (const Keyframe* key = Access::rightKey(segment)) update(curve, *key);
+        update(curve, *Read::inTangent(segment));
+        update(curve, *Read::outTangent(segment));
+        if (const Keyframe* key = Read::rightKey(segment)) update(curve, *key);
     }
 
     void settle(Summary& summary) {
@@ -206,7 +202,7 @@ public:
         if (!curve) return;
         if (m_isStale) rebuild(*curve);
         m_updates = 0;
-        if (isSelected(*curve)) summary.curves.include(*curve);
+        if (SelectionFilter::isSelected(*curve)) summary.curves.include(*curve);
         summary.segments.merge(m_segments.settle());
         summary.keyframes.merge(m_keyframes.settle());
         summary.tangents.merge(m_tangents.settle());
@@ -229,13 +225,13 @@ private:
         m_keyframes.clear();
         m_tangents.clear();
         for (const Segment& segment : curve) {
-            if (isSelected(segment)) m_segments.add(segment);
-            const Tangent& out = *Access::outTangent(segment);
-            if (isSelected(out) && Private::ShowsOutTangent(segment)) m_tangents.add(out);
-            const Tangent& in = *Access::inTangent(segment);
-            if (isSelected(in) && Private::ShowsInTangent(segment)) m_tangents.add(in);
-            const Keyframe* key = Access::rightKey(segment);
-            if (key && isSelected(*key)) m_keyframes.add(*key);
+            if (SelectionFilter::isSelected(segment)) m_segments.add(segment);
+            const Tangent& out = *Read::outTangent(segment);
+            if (SelectionFilter::isSelected(out) && Private::ShowsOutTangent(segment)) m_tangents.add(out);
+            const Tangent& in = *Read::inTangent(segment);
+            if (SelectionFilter::isSelected(in) && Private::ShowsInTangent(segment)) m_tangents.add(in);
+            const Keyframe* key = Read::rightKey(segment);
+            if (key && SelectionFilter::isSelected(*key)) m_keyframes.add(*key);
         }
         m_isStale = false;
     }
@@ -318,8 +314,8 @@ private:
     void segmentPropertyChanged(Segment& segment, const char*, const char*) override { update(segment); }
     void segmentIntrinsicChanged(Segment& segment, SegmentIntrinsicType) override {
         // Another interpolator may use tangents, or no longer.
-        if (!Access::inTangent(segment)) return; // made by hand
-        FCurve* curve = Access::curve(segment);
+        if (!Read::inTangent(segment)) return; // made by hand
+        FCurve* curve = Read::curve(segment);
         if (ExaminedCurve* examined = touch(curve)) examined->updateAround(*curve, segment);
     }
     void segmentAdded(FCurve& curve, Segment& segment) override {
@@ -332,7 +328,7 @@ private:
         ExaminedCurve* examined = touch(&curve);
         if (!examined) return;
         examined->updateAround(curve, segment);
-        examined->update(curve, *Access::leftKey(segment));
+        examined->update(curve, *Read::leftKey(segment));
         updatePlace(*examined, curve, segment);
     }
     void curveIntrinsicChanged(FCurve& curve, CurveIntrinsicType) override { touch(&curve); }
@@ -340,14 +336,14 @@ private:
 
     // The segment that ends where the given one starts, or did: its end is new, and its in tangent another.
     static void updatePlace(ExaminedCurve& examined, FCurve& curve, const Segment& segment) noexcept {
-        const Keyframe* key = Access::leftKey(segment);
-        const Segment* before = Access::leftSegment(*key);
-        examined.updateAround(curve, before ? *before : Access::findSegment(curve, key->getX()));
+        const Keyframe* key = Read::leftKey(segment);
+        const Segment* before = Read::leftSegment(*key);
+        examined.updateAround(curve, before ? *before : Read::findSegment(curve, key->getX()));
     }
 
-    static FCurve* curveOf(Segment& segment) noexcept { return Access::curve(segment); }
-    static FCurve* curveOf(Keyframe& key) noexcept { return Access::curve(key); }
-    static FCurve* curveOf(Tangent& tangent) noexcept { return Access::curve(tangent); }
+    static FCurve* curveOf(Segment& segment) noexcept { return Read::curve(segment); }
+    static FCurve* curveOf(Keyframe& key) noexcept { return Read::curve(key); }
+    static FCurve* curveOf(Tangent& tangent) noexcept { return Read::curve(tangent); }
 
     template<class Part>
     void update(Part& part) noexcept {
@@ -369,7 +365,7 @@ private:
         const std::shared_ptr<FCurveContainer> container = m_container.lock();
         for (std::size_t i = m_curves.size(); i-- > 0;) {
             const std::shared_ptr<FCurve> curve = m_curves[i]->lock();
-            if (curve && container && Access::find(*container, *curve) != container->end()) continue;
+            if (curve && container && Read::find(*container, *curve) != container->end()) continue;
             if (curve) curve->unsubscribe(*this);
             m_numbers.erase(m_curves[i]->address());
             m_curves.remove(i);

@@ -7,8 +7,8 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::KeptSegment;
+using Private::Read;
 using Private::SelectionState;
 
 namespace {
@@ -22,14 +22,14 @@ void changeCompletely(const Selection& selection, FCurve& curve, bool select) {
         const KeptSegment place(*segment);
         SelectionState::change(state, *segment, select);
         // Observers may take the segment out of the curve, or a key away from it, at each of these.
-        if (Keyframe* key = place.isIn(curve) ? Access::rightKey(*segment) : nullptr)
+        if (Keyframe* key = place.isIn(curve) ? Read::rightKey(*segment) : nullptr)
             SelectionState::change(state, *key, select);
-        if (place.isIn(curve) && Access::rightKey(*segment))
-            SelectionState::change(state, *Access::inTangent(*segment), select);
-        if (place.isIn(curve) && Access::leftKey(*segment))
-            SelectionState::change(state, *Access::outTangent(*segment), select);
-        const Keyframe* key = Access::rightKey(place.resolve(curve));
-        segment = key ? Access::rightSegment(const_cast<Keyframe&>(*key)) : nullptr;
+        if (place.isIn(curve) && Read::rightKey(*segment))
+            SelectionState::change(state, *Read::inTangent(*segment), select);
+        if (place.isIn(curve) && Read::leftKey(*segment))
+            SelectionState::change(state, *Read::outTangent(*segment), select);
+        const Keyframe* key = Read::rightKey(place.resolve(curve));
+        segment = key ? Read::rightSegment(const_cast<Keyframe&>(*key)) : nullptr;
     }
 }
 
@@ -59,7 +59,7 @@ void NotifyCurveChanges(Selection& selection) {
     const auto curves = selection.getCurves();
     Private::KeptCurve place;
     for (auto curve = curves->begin(); curve != curves->end();) {
-        if (Private::SelectionFilter::isSelectedValue(curve->getProperty(Private::SelectionFilter::key))) {
+        if (Private::SelectionFilter::isSelected(*curve)) {
             place.hold(*curves, curve);
             place.get()->notifyChanged();
             curve = place.next(*curves);

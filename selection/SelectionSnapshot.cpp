@@ -1,7 +1,7 @@
 #include "FCurveLib/SelectionSnapshot.h"
 
 #include "FCurveLib/Selection.h"
-#include "model/Access.h"
+#include "model/Read.h"
 #include "selection/SelectionState.h"
 
 #include <algorithm>
@@ -15,7 +15,8 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
+using Private::SelectionFilter;
 using Private::SelectionState;
 
 namespace {
@@ -33,11 +34,6 @@ bool isPartBefore(const Part& a, const Part& b) noexcept {
 }
 bool isPlaceBefore(const Part& a, const Part& b) noexcept {
     return std::tie(a.segment, a.kind) < std::tie(b.segment, b.kind);
-}
-
-template<class T>
-bool isSelected(const T& part) noexcept {
-    return Private::SelectionFilter::isSelectedValue(part.getProperty(Private::SelectionFilter::key));
 }
 
 template<class T>
@@ -97,17 +93,17 @@ template<class Act>
 void forEachSelectedPart(FCurve& curve, const Act& act) {
     std::size_t number = 0;
     for (Segment& segment : curve) {
-        if (isSelected(segment)) act(segment, number, Kind::Segment);
-        if (isSelected(*Access::outTangent(segment))) act(segment, number, Kind::OutTangent);
-        if (isSelected(*Access::inTangent(segment))) act(segment, number, Kind::InTangent);
-        const Keyframe* key = Access::rightKey(segment);
-        if (key && isSelected(*key)) act(segment, number, Kind::RightKey);
+        if (SelectionFilter::isSelected(segment)) act(segment, number, Kind::Segment);
+        if (SelectionFilter::isSelected(*Read::outTangent(segment))) act(segment, number, Kind::OutTangent);
+        if (SelectionFilter::isSelected(*Read::inTangent(segment))) act(segment, number, Kind::InTangent);
+        const Keyframe* key = Read::rightKey(segment);
+        if (key && SelectionFilter::isSelected(*key)) act(segment, number, Kind::RightKey);
         ++number;
     }
 }
 
 bool isIn(FCurveContainer& curves, const FCurve* curve) noexcept {
-    return curve && Access::find(curves, *curve) != curves.end();
+    return curve && Read::find(curves, *curve) != curves.end();
 }
 
 // Whether the sorted vector holds the value.
@@ -242,7 +238,7 @@ std::size_t SelectionSnapshot::resolve(FCurveContainer& curves, std::set<HitReco
             HitRecord record = recordOf(part);
             if (!isIn(curves, record.getCurve().get())) {
                 record.reset();
-                Segment* segment = isRebuilt ? Access::segments(*curve).at(part.segment) : nullptr;
+                Segment* segment = isRebuilt ? Read::segments(*curve).at(part.segment) : nullptr;
                 if (segment) record = recordOf(segment->getShared(), part.kind);
             }
             if (record.getType() == HitRecord::NONE)
@@ -265,7 +261,7 @@ std::size_t SelectionSnapshot::restore(Selection& selection) const {
         if (wanted.count(record) == 0) unwanted.insert(std::move(record));
     };
     for (FCurve& curve : *curves) {
-        if (isSelected(curve)) see(HitRecord(curve.getShared()));
+        if (SelectionFilter::isSelected(curve)) see(HitRecord(curve.getShared()));
         forEachSelectedPart(
             curve, [&](Segment& segment, std::size_t, Kind kind) { see(recordOf(segment.getShared(), kind)); });
     }

@@ -14,7 +14,8 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Raw;
+using Private::Read;
 
 void BakeCurve(FCurve& curve, double start, double end, double step) {
     const double first = std::ceil(start / step) * step;
@@ -35,21 +36,21 @@ void BakeInterior(FCurve& curve, double step) {
 
     Private::QuietEdit(curve, [&] {
         Segment& leading = *curve.begin();
-        Keyframe& key = *Access::rightKey(leading);
+        Keyframe& key = *Read::rightKey(leading);
         Segment& trailing = *--curve.end();
         const auto interpolator = trailing.getInterpolator();
-        const PropertyMap properties = Access::properties(trailing);
+        const PropertyMap properties = Raw::properties(trailing);
         Tangent out;
-        Access::copyTangent(out, *Access::outTangent(trailing));
+        Raw::copyTangent(out, *Read::outTangent(trailing));
         Private::HandleKeeper handles;
         handles.keep(leading);
 
-        Segment& first = *Access::rightSegment(key);
-        auto it = Access::iteratorAt(curve, first);
+        Segment& first = *Read::rightSegment(key);
+        auto it = Read::iteratorAt(curve, first);
         for (++it; it != curve.end();) it = curve.removeSegment(it);
         key.clearProperties();
         key.set(samples.front());
-        Access::properties(first).clear();
+        Raw::properties(first).clear();
         const auto linear = Linear::create();
         first.setInterpolator(linear);
         for (std::size_t i = 1; i < samples.size(); ++i)
@@ -57,8 +58,8 @@ void BakeInterior(FCurve& curve, double step) {
 
         Segment& last = *--curve.end();
         last.setInterpolator(interpolator);
-        Access::properties(last) = properties;
-        Access::copyTangent(*Access::outTangent(last), out);
+        Raw::properties(last) = properties;
+        Raw::copyTangent(*Read::outTangent(last), out);
         handles.restore();
         return true;
     });

@@ -2,7 +2,7 @@
 
 #include "FCurveLib/Interpolator.h"
 #include "interp/Kinds.h"
-#include "model/Access.h"
+#include "model/Raw.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +12,7 @@ inline namespace v19 {
 namespace Private {
 
 BezierArgs BezierArgsOf(const Segment& segment) {
-    const Interpolator& interpolator = *Access::interpolator(segment);
+    const Interpolator& interpolator = *Read::interpolator(segment);
     return KindOf(interpolator).args(interpolator, segment);
 }
 
@@ -66,20 +66,20 @@ BezierCut CutBezierArgs(const BezierArgs& p, double x) {
 }
 
 std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x) {
-    const Interpolator* interpolator = Access::interpolator(segment);
+    const Interpolator* interpolator = Read::interpolator(segment);
     if (KindOf(interpolator).beyond != Beyond::Handle) return std::nullopt;
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     if (left && right) return CutBezierArgs(BezierArgsOf(segment), x);
     if (!left && !right) { // 0 everywhere, whatever the handles
-        const double out = Access::outTangent(segment)->getX();
-        const double in = Access::inTangent(segment)->getX();
+        const double out = Read::outTangent(segment)->getX();
+        const double in = Read::inTangent(segment)->getX();
         return BezierCut{0.0, {out, 0.0}, {in, 0.0}, {out, 0.0}, {in, 0.0}};
     }
 
     // The straight line from the only key: thirds of the way on it up to the cut, the present handle beyond.
     const Keyframe& key = left ? *left : *right;
-    const Vector2D<double> handle = (left ? Access::outTangent(segment) : Access::inTangent(segment))->get();
+    const Vector2D<double> handle = (left ? Read::outTangent(segment) : Read::inTangent(segment))->get();
     const double reach = std::max(left ? handle.x : -handle.x, Keyframe::getMinSeparation());
     const double slope = (left ? handle.y : -handle.y) / reach;
     const double third = std::abs(x - key.getX()) / 3.0;
@@ -96,8 +96,8 @@ std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x) {
 
 void SetCutHandle(Tangent& tangent, const Vector2D<double>& handle, double span) {
     constexpr double rounding = 1e-12;
-    if (std::abs(std::abs(handle.x) - span / 3.0) > rounding * span) Access::setWeightedRaw(tangent, true);
-    Access::setHandleRaw(tangent, handle.x, handle.y);
+    if (std::abs(std::abs(handle.x) - span / 3.0) > rounding * span) Raw::setWeighted(tangent, true);
+    Raw::setHandle(tangent, handle.x, handle.y);
 }
 
 } // namespace Private

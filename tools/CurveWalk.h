@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FCurveLib/Interpolator.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <limits>
 
@@ -16,17 +16,17 @@ public:
     explicit CurveWalk(const FCurve& curve) noexcept : m_curve(curve) {}
 
     double eval(double x) {
-        if (!(x >= m_from && x < m_to)) enter(Access::findSegment(m_curve, x));
+        if (!(x >= m_from && x < m_to)) enter(Read::findSegment(m_curve, x));
         return m_interpolator ? m_interpolator->eval(x, *m_segment) : 0.0;
     }
 
 private:
     void enter(const Segment& segment) noexcept {
         constexpr double infinity = std::numeric_limits<double>::infinity();
-        const Keyframe* left = Access::leftKey(segment);
-        const Keyframe* right = Access::rightKey(segment);
+        const Keyframe* left = Read::leftKey(segment);
+        const Keyframe* right = Read::rightKey(segment);
         m_segment = &segment;
-        m_interpolator = Access::interpolator(segment);
+        m_interpolator = Read::interpolator(segment);
         m_from = left ? left->getX() : -infinity;
         m_to = right ? right->getX() : infinity;
     }

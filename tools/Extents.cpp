@@ -4,7 +4,7 @@
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/Selection.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 using Box = Rectangle<double>;
 
 namespace {
@@ -61,8 +61,8 @@ Box HandleBox(const Tangent& tangent, const Keyframe& key) noexcept {
 }
 
 void AddSegment(const Segment& segment, Union& sum) {
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     if (left) sum.add(*left);
     if (right) sum.add(*right);
     if (!left || !right) return;
@@ -71,7 +71,7 @@ void AddSegment(const Segment& segment, Union& sum) {
     double high = std::max(left->getY(), right->getY());
     double least = 0.0; // a segment without interpolator has the value 0
     double most = 0.0;
-    const Interpolator* interpolator = Access::interpolator(segment);
+    const Interpolator* interpolator = Read::interpolator(segment);
     if (interpolator) interpolator->getRangeExtents(segment, left->getX(), right->getX(), least, most);
     if (std::isfinite(least)) low = std::min(low, least);
     if (std::isfinite(most)) high = std::max(high, most);
@@ -79,10 +79,10 @@ void AddSegment(const Segment& segment, Union& sum) {
 }
 
 void AddHandles(const Segment& segment, Union& sum) {
-    const Interpolator* interpolator = Access::interpolator(segment);
+    const Interpolator* interpolator = Read::interpolator(segment);
     if (!interpolator || !interpolator->usesTangents()) return;
-    if (const Keyframe* left = Access::leftKey(segment)) sum.add(HandleBox(*Access::outTangent(segment), *left));
-    if (const Keyframe* right = Access::rightKey(segment)) sum.add(HandleBox(*Access::inTangent(segment), *right));
+    if (const Keyframe* left = Read::leftKey(segment)) sum.add(HandleBox(*Read::outTangent(segment), *left));
+    if (const Keyframe* right = Read::rightKey(segment)) sum.add(HandleBox(*Read::inTangent(segment), *right));
 }
 
 } // namespace
@@ -101,9 +101,9 @@ void GetSegmentExtents(const Segment& segment, Box& extents) {
 
 bool GetInteriorExtents(const FCurve& curve, Box& extents) {
     Union sum;
-    if (curve.size() == 2) sum.add(*Access::rightKey(Access::firstSegment(curve)));
+    if (curve.size() == 2) sum.add(*Read::rightKey(Read::firstSegment(curve)));
     for (const Segment& segment : curve)
-        if (Access::leftKey(segment) && Access::rightKey(segment)) AddSegment(segment, sum);
+        if (Read::leftKey(segment) && Read::rightKey(segment)) AddSegment(segment, sum);
     return sum.get(extents);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/Access.h"
+#include "model/Raw.h"
 
 #include <memory>
 #include <vector>
@@ -19,30 +19,30 @@ public:
 
     void keep(Tangent& tangent) { m_kept.push_back({tangent.getShared(), tangent.get()}); }
     void keep(Segment& segment) {
-        keep(*Access::inTangent(segment));
-        keep(*Access::outTangent(segment));
+        keep(*Read::inTangent(segment));
+        keep(*Read::outTangent(segment));
     }
 
     // The segments on that side of a key which inserting, removing or moving the key's neighbour can reach: the key's
     // own tangents change, then plateau tangents across the segment, then their opposites at a unified key.
     void keepLeftOf(Keyframe* key) {
         for (int i = 0; i < reach && key; ++i) {
-            Segment* segment = Access::leftSegment(*key);
+            Segment* segment = Read::leftSegment(*key);
             keep(*segment);
-            key = Access::leftKey(*segment);
+            key = Read::leftKey(*segment);
         }
     }
     void keepRightOf(Keyframe* key) {
         for (int i = 0; i < reach && key; ++i) {
-            Segment* segment = Access::rightSegment(*key);
+            Segment* segment = Read::rightSegment(*key);
             keep(*segment);
-            key = Access::rightKey(*segment);
+            key = Read::rightKey(*segment);
         }
     }
 
     const std::vector<Kept>& kept() const noexcept { return m_kept; }
     void restore() const noexcept {
-        for (const Kept& kept : m_kept) Access::setHandleRaw(*kept.tangent, kept.handle.x, kept.handle.y);
+        for (const Kept& kept : m_kept) Raw::setHandle(*kept.tangent, kept.handle.x, kept.handle.y);
     }
 
 private:

@@ -1,6 +1,6 @@
 #include "FCurveLib/IndexLookup.h"
 
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <cstddef>
 #include <limits>
@@ -8,12 +8,12 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 
 namespace {
 
 Segment* segmentAt(const FCurve& curve, int index) noexcept {
-    return index < 0 ? nullptr : Access::segments(curve).at(static_cast<std::size_t>(index));
+    return index < 0 ? nullptr : Read::segments(curve).at(static_cast<std::size_t>(index));
 }
 
 // -1 also where the number does not fit.
@@ -25,8 +25,8 @@ int toIndex(std::size_t number) noexcept {
 // The segment's number in the curve. False for a segment that is not in its chain: one that names the curve, but was
 // made by hand, is no part of it.
 bool findNumber(const FCurve& curve, const Segment& segment, std::size_t& number) noexcept {
-    const Private::SegmentMap& segments = Access::segments(curve);
-    const Keyframe* key = Access::leftKey(segment);
+    const Private::SegmentMap& segments = Read::segments(curve);
+    const Keyframe* key = Read::leftKey(segment);
     if (!key) {
         number = 0;
         return segments.first() == &segment;
@@ -54,23 +54,23 @@ std::shared_ptr<const Segment> GetIndexedSegment(const FCurve& curve, int index)
 
 FCurve::iterator GetIndexedSegmentIterator(FCurve& curve, int index) {
     Segment* segment = segmentAt(curve, index);
-    return segment ? Access::iteratorAt(curve, *segment) : curve.end();
+    return segment ? Read::iteratorAt(curve, *segment) : curve.end();
 }
 FCurve::const_iterator GetIndexedSegmentIterator(const FCurve& curve, int index) {
     const Segment* segment = segmentAt(curve, index);
-    return segment ? Access::iteratorAt(curve, *segment) : curve.end();
+    return segment ? Read::iteratorAt(curve, *segment) : curve.end();
 }
 
 std::shared_ptr<Tangent> GetIndexedTangent(FCurve& curve, int index) {
     if (index < 0) return nullptr;
     Segment* segment = segmentAt(curve, index / 2);
-    Keyframe* key = segment ? Access::rightKey(*segment) : nullptr;
+    Keyframe* key = segment ? Read::rightKey(*segment) : nullptr;
     if (!key) return nullptr;
     return index % 2 == 0 ? segment->getInTangent() : key->getOutTangent();
 }
 
 int GetKeyframeIndex(const FCurve& curve, const Keyframe& keyframe) {
-    const Segment* segment = Access::leftSegment(keyframe);
+    const Segment* segment = Read::leftSegment(keyframe);
     std::size_t number = 0;
     return segment && findNumber(curve, *segment, number) ? toIndex(number) : -1;
 }
@@ -85,8 +85,8 @@ int GetTangentIndex(const FCurve& curve, const Tangent& tangent) {
     std::size_t number = 0;
     if (!segment || !findNumber(curve, *segment, number)) return -1;
     // Keys are numbered as the segments that end at them.
-    if (Access::inTangent(*segment) == &tangent) return Access::rightKey(*segment) ? toIndex(2 * number) : -1;
-    if (Access::outTangent(*segment) == &tangent) return Access::leftKey(*segment) ? toIndex(2 * number - 1) : -1;
+    if (Read::inTangent(*segment) == &tangent) return Read::rightKey(*segment) ? toIndex(2 * number) : -1;
+    if (Read::outTangent(*segment) == &tangent) return Read::leftKey(*segment) ? toIndex(2 * number - 1) : -1;
     return -1;
 }
 

@@ -6,7 +6,8 @@
 #include "FCurveLib/Evaluation.h"
 #include "FCurveLib/Interpolator.h"
 #include "interp/Kinds.h"
-#include "model/Edit.h"
+#include "model/Raw.h"
+#include "model/TangentUpdate.h"
 #include "tools/BezierCut.h"
 #include "tools/HandleKeeper.h"
 #include "tools/QuietEdit.h"
@@ -21,35 +22,32 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::BezierCut;
 using Private::KindOf;
 using Private::KindRow;
+using Private::Raw;
+using Private::Read;
 
 namespace {
 
-bool HasBothKeys(const Segment& segment) noexcept {
-    return Access::leftKey(segment) && Access::rightKey(segment);
-}
-
 Private::Reads ReadsOf(const Segment& segment) noexcept {
-    return Private::ReadsOf(Access::interpolator(segment), segment);
+    return Private::ReadsOf(Read::interpolator(segment), segment);
 }
 
 // Whether halves with the same interpolator have the segment's shape, whatever its keys are.
 bool IsSelfSimilar(const Segment& segment) noexcept {
     const KindRow& row = KindOf(segment);
-    return HasBothKeys(segment) ? row.isStraight() : row.isStraight() && row.beyond == Private::Beyond::Flat;
+    return Read::hasBothKeys(segment) ? row.isStraight() : row.isStraight() && row.beyond == Private::Beyond::Flat;
 }
 // Whether the shape comes from the keys beside the segment's own.
 bool ReadsNextKeys(const Segment& segment) noexcept {
     const KindRow& row = KindOf(segment);
-    return HasBothKeys(segment) && row.isBezier() && !row.isHost() && (row.reads & Private::readsNextKeys);
+    return Read::hasBothKeys(segment) && row.isBezier() && !row.isHost() && (row.reads & Private::readsNextKeys);
 }
 
 bool IsRoomFor(double x, const Segment& segment) {
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     return std::isfinite(x) && !(left && x - left->getX() < Keyframe::getMinSeparation())
            && !(right && right->getX() - x < Keyframe::getMinSeparation()) && std::isfinite(EvalSegment(x, segment));
 }
@@ -67,21 +65,21 @@ public:
         for (Segment* neighbour : {segmentBefore(), segmentAfter()})
             if (neighbour && ReadsNextKeys(*neighbour)) turnIntoBezier(*neighbour);
 
-        m_handles.keepLeftOf(Access::leftKey(m_segment));
-        m_handles.keepRightOf(Access::rightKey(m_segment));
+        m_handles.keepLeftOf(Read::leftKey(m_segment));
+        m_handles.keepRightOf(Read::rightKey(m_segment));
         Segment& after = *m_curve.insertSegment(Private::FreeKey(m_x, y), m_right);
-        Access::setInterpolatorRaw(m_segment, m_left);
-        if (m_cut) Access::setUnifiedRaw(*Access::leftKey(after), true);
+        Raw::setInterpolator(m_segment, m_left);
+        if (m_cut) Raw::setUnified(*Read::leftKey(after), true);
         if (m_cut) {
-            target(*Access::outTangent(m_segment), m_cut->leftOut, m_segment);
-            target(*Access::inTangent(m_segment), m_cut->leftIn, m_segment);
-            target(*Access::outTangent(after), m_cut->rightOut, after);
-            target(*Access::inTangent(after), m_cut->rightIn, after);
+            target(*Read::outTangent(m_segment), m_cut->leftOut, m_segment);
+            target(*Read::inTangent(m_segment), m_cut->leftIn, m_segment);
+            target(*Read::outTangent(after), m_cut->rightOut, after);
+            target(*Read::inTangent(after), m_cut->rightIn, after);
         }
         // Tangents around the key that shape nothing may follow it.
         for (const auto& kept : m_handles.kept()) {
             const auto segment = kept.tangent->getOwningSegment();
-            const Interpolator* interpolator = Access::interpolator(*segment);
+            const Interpolator* interpolator = Read::interpolator(*segment);
             if (interpolator && interpolator->usesTangents()) target(*kept.tangent, kept.handle, *segment);
         }
         reachTargets();
@@ -94,8 +92,8 @@ public:
 private:
     // Prepares the cut of a Bezier-shaped segment: the halves' interpolators and handles.
     void cut(double y) {
-        const Keyframe* left = Access::leftKey(m_segment);
-        const Keyframe* right = Access::rightKey(m_segment);
+        const Keyframe* left = Read::leftKey(m_segment);
+        const Keyframe* right = Read::rightKey(m_segment);
         m_keepsShape = true;
         m_cut = Private::CutBezierSegment(m_segment, m_x);
         if (m_cut || (!left && !right)) return;
@@ -143,12 +141,12 @@ private:
 
     void turnIntoBezier(Segment& spline) {
         const Private::BezierArgs args = Private::BezierArgsOf(spline);
-        Access::setInterpolatorRaw(spline, Bezier::create());
-        for (Tangent* tangent : {Access::outTangent(spline), Access::inTangent(spline)})
-            Access::setTypeRaw(*tangent, Tangent::Fixed);
+        Raw::setInterpolator(spline, Bezier::create());
+        for (Tangent* tangent : {Read::outTangent(spline), Read::inTangent(spline)})
+            Raw::setType(*tangent, Tangent::Fixed);
         const double span = args.x3 - args.x0;
-        Private::SetCutHandle(*Access::outTangent(spline), {args.outX, args.outY}, span);
-        Private::SetCutHandle(*Access::inTangent(spline), {args.inX, args.inY}, span);
+        Private::SetCutHandle(*Read::outTangent(spline), {args.outX, args.outY}, span);
+        Private::SetCutHandle(*Read::inTangent(spline), {args.inX, args.inY}, span);
     }
 
     // A tangent that has to have a handle now, and whenever it is recomputed.
@@ -164,29 +162,29 @@ private:
 
     void reachTargets() {
         const auto setHandles = [this] {
-            for (const Target& t : m_targets) Access::setHandleRaw(*t.tangent, t.handle.x, t.handle.y);
+            for (const Target& t : m_targets) Raw::setHandle(*t.tangent, t.handle.x, t.handle.y);
         };
         for (const Target& t : m_targets)
-            if (HasBothKeys(*t.segment))
+            if (Read::hasBothKeys(*t.segment))
                 Private::SetCutHandle(*t.tangent, t.handle,
-                                      Access::rightKey(*t.segment)->getX() - Access::leftKey(*t.segment)->getX());
+                                      Read::rightKey(*t.segment)->getX() - Read::leftKey(*t.segment)->getX());
         setHandles();
         for (const Target& t : m_targets) {
-            Private::Edit unheard(nullptr);
+            Private::PendingChanges unheard(nullptr);
             Private::UpdateTangent(*t.tangent, t.segment, unheard);
             if (t.tangent->get() == t.handle) continue;
-            Access::setTypeRaw(*t.tangent, Tangent::Fixed);
+            Raw::setType(*t.tangent, Tangent::Fixed);
             setHandles(); // the update may have reached others
         }
     }
 
     Segment* segmentBefore() const {
-        Keyframe* key = Access::leftKey(m_segment);
-        return key ? Access::leftSegment(*key) : nullptr;
+        Keyframe* key = Read::leftKey(m_segment);
+        return key ? Read::leftSegment(*key) : nullptr;
     }
     Segment* segmentAfter() const {
-        Keyframe* key = Access::rightKey(m_segment);
-        return key ? Access::rightSegment(*key) : nullptr;
+        Keyframe* key = Read::rightKey(m_segment);
+        return key ? Read::rightSegment(*key) : nullptr;
     }
 
     FCurve& m_curve;
@@ -202,25 +200,25 @@ private:
 // --- the preview -----------------------------------------------------------------------------------------------------
 
 void CopyShape(const Segment& from, Segment& to) {
-    Access::setInterpolatorRaw(to, from.getInterpolator());
-    Access::copyTangent(*Access::inTangent(to), *Access::inTangent(from));
-    Access::copyTangent(*Access::outTangent(to), *Access::outTangent(from));
+    Raw::setInterpolator(to, from.getInterpolator());
+    Raw::copyTangent(*Read::inTangent(to), *Read::inTangent(from));
+    Raw::copyTangent(*Read::outTangent(to), *Read::outTangent(from));
 }
 
 // A curve of the keys near a segment, with the shape that the curve has there.
 std::shared_ptr<FCurve> CopyAround(const Segment& segment) {
     constexpr int reach = 4;
     const Segment* from = &segment;
-    for (int i = 0; i < reach && Access::leftKey(*from); ++i) from = Access::leftSegment(*Access::leftKey(*from));
+    for (int i = 0; i < reach && Read::leftKey(*from); ++i) from = Read::leftSegment(*Read::leftKey(*from));
     auto copy = FCurve::create();
     const FCurve::Switch quiet(*copy);
     Segment* to = &*copy->begin();
     CopyShape(*from, *to);
     bool passed = from == &segment;
-    for (int i = 0; i <= reach && Access::rightKey(*from);) {
-        const Keyframe& key = *Access::rightKey(*from);
-        to = Access::appendRaw(*copy, key, nullptr);
-        from = Access::rightSegment(key);
+    for (int i = 0; i <= reach && Read::rightKey(*from);) {
+        const Keyframe& key = *Read::rightKey(*from);
+        to = Raw::appendKey(*copy, key, nullptr);
+        from = Read::rightSegment(key);
         CopyShape(*from, *to);
         passed = passed || from == &segment;
         if (passed) ++i;
@@ -229,7 +227,7 @@ std::shared_ptr<FCurve> CopyAround(const Segment& segment) {
 }
 
 bool RepeatsBeyondItsKeys(const FCurve& curve) noexcept {
-    const auto reads = ReadsOf(Access::firstSegment(curve)) | ReadsOf(Access::lastSegment(curve));
+    const auto reads = ReadsOf(Read::firstSegment(curve)) | ReadsOf(Read::lastSegment(curve));
     return (reads & Private::readsCurve) != 0;
 }
 
@@ -253,14 +251,12 @@ struct Comparison {
 // What a key at x may change by way of a repetition: that at the other end, if x lies outside the keyed range, and a
 // match at the first or the last key, which looks across the joint.
 void compareElsewhere(const FCurve& before, const FCurve& after, double x, Comparison& sum) {
-    const double first = Access::rightKey(Access::firstSegment(after))->getX();
-    const double last = Access::leftKey(Access::lastSegment(after))->getX();
+    const double first = Read::rightKey(Read::firstSegment(after))->getX();
+    const double last = Read::leftKey(Read::lastSegment(after))->getX();
     if (x == last) sum.add(before, after, first - (last - first), first);
     if (x == first) sum.add(before, after, last, last + (last - first));
-    const double second =
-        Access::rightKey(*Access::rightSegment(*Access::rightKey(Access::firstSegment(after))))->getX();
-    const double lastButOne =
-        Access::leftKey(*Access::leftSegment(*Access::leftKey(Access::lastSegment(after))))->getX();
+    const double second = Read::rightKey(*Read::rightSegment(*Read::rightKey(Read::firstSegment(after))))->getX();
+    const double lastButOne = Read::leftKey(*Read::leftSegment(*Read::leftKey(Read::lastSegment(after))))->getX();
     if (x > second) sum.add(before, after, first, second);
     if (x < lastButOne) sum.add(before, after, lastButOne, last);
 }
@@ -268,25 +264,23 @@ void compareElsewhere(const FCurve& before, const FCurve& after, double x, Compa
 } // namespace
 
 KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
-    const Segment& segment = Access::findSegment(curve, x);
+    const Segment& segment = Read::findSegment(curve, x);
     if (!IsRoomFor(x, segment)) return {};
     const bool repeats = RepeatsBeyondItsKeys(curve);
     const bool local = !repeats && (IsSelfSimilar(segment) || KindOf(segment).isBezier());
     const auto before = local ? CopyAround(segment) : FCurve::createCopy(curve);
     const auto after = FCurve::createCopy(*before);
     const FCurve::Switch quiet(*after);
-    Insertion insertion(*after, x, Access::findSegment(*after, x));
+    Insertion insertion(*after, x, Read::findSegment(*after, x));
     insertion.run();
 
     // The segment and its neighbours; outside the keys as far beyond x as x is beyond them.
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     double from = left ? left->getX() : right ? 2.0 * x - right->getX() : x - 1.0;
     double to = right ? right->getX() : left ? 2.0 * x - left->getX() : x + 1.0;
-    if (left && Access::leftKey(*Access::leftSegment(*left)))
-        from = Access::leftKey(*Access::leftSegment(*left))->getX();
-    if (right && Access::rightKey(*Access::rightSegment(*right)))
-        to = Access::rightKey(*Access::rightSegment(*right))->getX();
+    if (left && Read::leftKey(*Read::leftSegment(*left))) from = Read::leftKey(*Read::leftSegment(*left))->getX();
+    if (right && Read::rightKey(*Read::rightSegment(*right))) to = Read::rightKey(*Read::rightSegment(*right))->getX();
     Comparison here;
     here.add(*before, *after, from, to);
     Comparison elsewhere;
@@ -306,7 +300,7 @@ KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
 }
 
 FCurve::iterator InsertBezierKeyframe(FCurve& curve, double x) {
-    Segment& segment = Access::findSegment(curve, x);
+    Segment& segment = Read::findSegment(curve, x);
     if (!IsRoomFor(x, segment)) return curve.end();
     std::shared_ptr<Segment> added;
     Private::QuietEdit(curve, [&] {
@@ -314,7 +308,7 @@ FCurve::iterator InsertBezierKeyframe(FCurve& curve, double x) {
         return true;
     });
     // An observer may have taken it out again.
-    return Access::curve(*added) == &curve ? Access::iteratorAt(curve, *added) : curve.end();
+    return Read::curve(*added) == &curve ? Read::iteratorAt(curve, *added) : curve.end();
 }
 
 } // namespace v19

@@ -31,9 +31,9 @@ struct Border {
 };
 
 Border FindBorder(FCurve& curve, double x, double tolerance) {
-    Segment& segment = Access::findSegment(curve, x);
-    Keyframe* left = Access::leftKey(segment);
-    Keyframe* right = Access::rightKey(segment);
+    Segment& segment = Read::findSegment(curve, x);
+    Keyframe* left = Read::leftKey(segment);
+    Keyframe* right = Read::rightKey(segment);
     if (left && x - left->getX() <= tolerance) return {left, nullptr, left->getX() == x};
     if (right && right->getX() - x <= tolerance) return {right, nullptr, false};
     return {nullptr, &segment, false};
@@ -54,8 +54,8 @@ public:
 
         remember();
         Segment& after = makeEnd();
-        Segment& before = *(m_start.key ? Access::rightSegment(*m_start.key) : m_start.cut);
-        auto it = Access::iteratorAt(m_curve, before);
+        Segment& before = *(m_start.key ? Read::rightSegment(*m_start.key) : m_start.cut);
+        auto it = Read::iteratorAt(m_curve, before);
         for (++it; &*it != &after;) it = m_curve.removeSegment(it);
         makeStart();
         for (std::size_t i = 1; i < last; ++i) insert(m_samples[i].x, m_samples[i].y, m_linear);
@@ -67,13 +67,13 @@ private:
     void remember() {
         if (m_start.key) {
             m_handles.keepLeftOf(m_start.key);
-            m_endBefore = EvalSegment(m_start.key->getX(), *Access::leftSegment(*m_start.key));
+            m_endBefore = EvalSegment(m_start.key->getX(), *Read::leftSegment(*m_start.key));
         } else {
             const Segment& cut = *m_start.cut;
             m_leftCut = CutBezierSegment(cut, m_samples.front().x);
-            Access::copyTangent(m_leftIn, *Access::inTangent(cut));
-            m_handles.keep(*Access::outTangent(*m_start.cut));
-            m_handles.keepLeftOf(Access::leftKey(*m_start.cut));
+            Raw::copyTangent(m_leftIn, *Read::inTangent(cut));
+            m_handles.keep(*Read::outTangent(*m_start.cut));
+            m_handles.keepLeftOf(Read::leftKey(*m_start.cut));
         }
         if (m_end.key) {
             m_handles.keepRightOf(m_end.key);
@@ -81,10 +81,10 @@ private:
             const Segment& cut = *m_end.cut;
             m_rightCut = CutBezierSegment(cut, m_samples.back().x);
             m_rightInterpolator = cut.getInterpolator();
-            m_rightProperties = Access::properties(*m_end.cut);
-            Access::copyTangent(m_rightOut, *Access::outTangent(cut));
-            m_handles.keep(*Access::inTangent(*m_end.cut));
-            m_handles.keepRightOf(Access::rightKey(*m_end.cut));
+            m_rightProperties = Raw::properties(*m_end.cut);
+            Raw::copyTangent(m_rightOut, *Read::outTangent(cut));
+            m_handles.keep(*Read::inTangent(*m_end.cut));
+            m_handles.keepRightOf(Read::rightKey(*m_end.cut));
         }
     }
 
@@ -93,12 +93,12 @@ private:
         const Vector2D<double>& sample = m_samples.back();
         if (m_end.key) {
             if (m_end.exact || m_borders == Borders::Follow) m_end.key->setY(sample.y);
-            return *Access::rightSegment(*m_end.key);
+            return *Read::rightSegment(*m_end.key);
         }
         Segment& segment = insert(sample.x, sample.y, m_rightInterpolator);
-        Access::properties(segment) = m_rightProperties;
-        Access::copyTangent(*Access::outTangent(segment), m_rightOut);
-        m_handles.keep(*Access::outTangent(segment));
+        Raw::properties(segment) = m_rightProperties;
+        Raw::copyTangent(*Read::outTangent(segment), m_rightOut);
+        m_handles.keep(*Read::outTangent(segment));
         return segment;
     }
 
@@ -107,18 +107,18 @@ private:
         const Vector2D<double>& sample = m_samples.front();
         if (m_start.cut) {
             insert(sample.x, sample.y, m_linear);
-            Access::copyTangent(*Access::inTangent(*m_start.cut), m_leftIn);
-            m_handles.keep(*Access::inTangent(*m_start.cut));
+            Raw::copyTangent(*Read::inTangent(*m_start.cut), m_leftIn);
+            m_handles.keep(*Read::inTangent(*m_start.cut));
             return;
         }
         Keyframe& key = *m_start.key;
-        Segment& segment = *Access::rightSegment(key);
+        Segment& segment = *Read::rightSegment(key);
         segment.setInterpolator(m_linear);
-        Access::properties(segment).clear();
+        Raw::properties(segment).clear();
         const double rounding = (m_start.exact ? 1e-12 : 1e-6) * m_scale;
         const auto differs = [&](double y) { return std::abs(y - sample.y) > rounding; };
-        const Segment& outside = *Access::leftSegment(key);
-        const bool reads = (ReadsOf(Access::interpolator(outside), outside) & readsRightKey) != 0;
+        const Segment& outside = *Read::leftSegment(key);
+        const bool reads = (ReadsOf(Read::interpolator(outside), outside) & readsRightKey) != 0;
         const bool holds = m_borders == Borders::Keep && reads;
         if (holds && differs(m_endBefore))
             makeJump(segment);
@@ -127,7 +127,7 @@ private:
     }
 
     void makeJump(Segment& segment) {
-        Keyframe& key = *Access::leftKey(segment);
+        Keyframe& key = *Read::leftKey(segment);
         const double next = m_samples[1].x;
         const double x = key.getX() + std::min(Keyframe::getMinSeparation(), 0.5 * (next - key.getX()));
         if (!(x > key.getX() && x < next)) { // so far from frame 0 that no double lies between
@@ -140,7 +140,7 @@ private:
 
     // Lets the line end where the curve goes on, if that has a value of its own there.
     void meet(Segment& after) {
-        Keyframe& key = *Access::leftKey(after);
+        Keyframe& key = *Read::leftKey(after);
         const double y = EvalSegment(key.getX(), after);
         if (std::abs(y - key.getY()) > 1e-12 * m_scale && std::isfinite(y)) key.setY(y);
     }
@@ -149,19 +149,19 @@ private:
         m_handles.restore();
         if (m_leftCut) {
             Segment& before = *m_start.cut;
-            SetCutHandle(*Access::outTangent(before), m_leftCut->leftOut, spanOf(before));
-            SetCutHandle(*Access::inTangent(before), m_leftCut->leftIn, spanOf(before));
+            SetCutHandle(*Read::outTangent(before), m_leftCut->leftOut, spanOf(before));
+            SetCutHandle(*Read::inTangent(before), m_leftCut->leftIn, spanOf(before));
         }
         if (m_rightCut) {
-            SetCutHandle(*Access::outTangent(after), m_rightCut->rightOut, spanOf(after));
-            SetCutHandle(*Access::inTangent(after), m_rightCut->rightIn, spanOf(after));
+            SetCutHandle(*Read::outTangent(after), m_rightCut->rightOut, spanOf(after));
+            SetCutHandle(*Read::inTangent(after), m_rightCut->rightIn, spanOf(after));
         }
     }
 
     // NaN for a segment that lacks a key: whatever the length of its handle, it needs no weight.
     static double spanOf(const Segment& segment) {
-        const Keyframe* left = Access::leftKey(segment);
-        const Keyframe* right = Access::rightKey(segment);
+        const Keyframe* left = Read::leftKey(segment);
+        const Keyframe* right = Read::rightKey(segment);
         return left && right ? right->getX() - left->getX() : std::numeric_limits<double>::quiet_NaN();
     }
 

@@ -10,7 +10,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
+using Private::Read;
 using Points = std::vector<Vector2D<double>>;
 
 namespace {
@@ -65,12 +65,12 @@ void SampleCurveExtrapolated(const FCurve& curve, double start, double end, doub
 void SampleCurveInterior(const FCurve& curve, double step, Points& out) {
     out.clear();
     if (curve.size() == 1) return;
-    const double first = Access::rightKey(Access::firstSegment(curve))->getX();
+    const double first = Read::rightKey(Read::firstSegment(curve))->getX();
     if (curve.size() == 2) {
         out.push_back({first, curve.eval(first)});
         return;
     }
-    const double last = Access::leftKey(Access::lastSegment(curve))->getX();
+    const double last = Read::leftKey(Read::lastSegment(curve))->getX();
     const double start = std::floor(first / step) * step;
     const double end = std::ceil(last / step) * step;
     if (start < end) SampleCurve(curve, start, end, step, out);

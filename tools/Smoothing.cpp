@@ -1,7 +1,7 @@
 #include "FCurveLib/Smoothing.h"
 
 #include "FCurveLib/Sampling.h"
-#include "model/Access.h"
+#include "model/Read.h"
 #include "tools/QuietEdit.h"
 #include "tools/Resample.h"
 
@@ -13,8 +13,8 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::Borders;
+using Private::Read;
 using Points = std::vector<Vector2D<double>>;
 
 namespace {
@@ -102,8 +102,8 @@ void SmoothCurve(FCurve& curve, double start, double end, double step, int width
 
 void SmoothCurveInterior(FCurve& curve, double step, int width, SmoothFilter filter) {
     if (curve.size() < 3 || width < 0 || !IsKnown(filter)) return;
-    const double start = Access::rightKey(Access::firstSegment(curve))->getX();
-    const double end = Access::leftKey(Access::lastSegment(curve))->getX();
+    const double start = Read::rightKey(Read::firstSegment(curve))->getX();
+    const double end = Read::leftKey(Read::lastSegment(curve))->getX();
     Private::QuietEdit(curve, [&] { return Smooth(curve, start, end, step, width, filter, true); });
 }
 

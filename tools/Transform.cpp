@@ -7,7 +7,7 @@
 #include "FCurveLib/Rectangle.h"
 #include "FCurveLib/Tolerance.h"
 #include "interp/Kinds.h"
-#include "model/Access.h"
+#include "model/Raw.h"
 #include "tools/FormulaImage.h"
 
 #include <algorithm>
@@ -20,11 +20,12 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Access;
 using Private::AffineMap;
 using Private::Image;
 using Private::Kind;
 using Private::KindRow;
+using Private::Raw;
+using Private::Read;
 
 namespace {
 
@@ -33,8 +34,8 @@ using InterpolatorPtr = std::shared_ptr<Interpolator>;
 // Abscissae at which to compare a segment with its image: places that are no simple fractions, so that no jump is
 // likely to hide there.
 std::array<double, 16> PlacesIn(const Segment& segment) {
-    const Keyframe* left = Access::leftKey(segment);
-    const Keyframe* right = Access::rightKey(segment);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
     std::array<double, 16> places{};
     for (std::size_t i = 0; i < places.size(); ++i) {
         const double step = static_cast<double>(i) + 0.5 + 0.0317 * static_cast<double>(i % 5);
@@ -56,21 +57,21 @@ public:
         auto image = FCurve::create();
         const FCurve::Switch quiet(*image); // the observers of all curves need not hear of a curve in the making
         image->setName(m_curve.getName());
-        Access::properties(*image) = Access::properties(m_curve);
+        Raw::properties(*image) = Raw::properties(m_curve);
 
         Segment* to = &*image->begin();
-        const Segment* from = m_reversed ? &Access::lastSegment(m_curve) : &Access::firstSegment(m_curve);
+        const Segment* from = m_reversed ? &Read::lastSegment(m_curve) : &Read::firstSegment(m_curve);
         for (;;) {
             mapSegment(*from, *to);
-            const Keyframe* key = m_reversed ? Access::leftKey(*from) : Access::rightKey(*from);
+            const Keyframe* key = m_reversed ? Read::leftKey(*from) : Read::rightKey(*from);
             if (!key) break;
             Keyframe mapped(*key);
             const Vector2D<double> position(m_x(key->getX()), m_y(key->getY()));
             if (!std::isfinite(position.x) || !std::isfinite(position.y)) return nullptr;
             mapped.set(position);
-            to = Access::appendRaw(*image, mapped, nullptr);
+            to = Raw::appendKey(*image, mapped, nullptr);
             if (!to) return nullptr;
-            from = m_reversed ? Access::leftSegment(*key) : Access::rightSegment(*key);
+            from = m_reversed ? Read::leftSegment(*key) : Read::rightSegment(*key);
         }
         if (!m_isFinite) return nullptr;
         checkImages(kept);
@@ -85,19 +86,19 @@ private:
     };
 
     void mapSegment(const Segment& from, Segment& to) {
-        Access::properties(to) = Access::properties(const_cast<Segment&>(from));
-        const Tangent& in = *Access::inTangent(from);
-        const Tangent& out = *Access::outTangent(from);
-        mapTangent(m_reversed ? out : in, *Access::inTangent(to), from);
-        mapTangent(m_reversed ? in : out, *Access::outTangent(to), from);
-        Access::setInterpolatorRaw(to, mapInterpolator(from, to));
+        Raw::properties(to) = Raw::properties(const_cast<Segment&>(from));
+        const Tangent& in = *Read::inTangent(from);
+        const Tangent& out = *Read::outTangent(from);
+        mapTangent(m_reversed ? out : in, *Read::inTangent(to), from);
+        mapTangent(m_reversed ? in : out, *Read::outTangent(to), from);
+        Raw::setInterpolator(to, mapInterpolator(from, to));
     }
 
     void mapTangent(const Tangent& from, Tangent& to, const Segment& segment) {
-        Access::copyTangent(to, from);
+        Raw::copyTangent(to, from);
         Vector2D<double> handle = from.get();
-        const bool runsOn = !(Access::leftKey(segment) && Access::rightKey(segment))
-                            && (from.isInTangent() ? Access::rightKey(segment) : Access::leftKey(segment));
+        const bool runsOn = !(Read::leftKey(segment) && Read::rightKey(segment))
+                            && (from.isInTangent() ? Read::rightKey(segment) : Read::leftKey(segment));
         if (runsOn && std::abs(m_x.scale) != 1.0) {
             // Outside the keys a Bezier segment follows the handle's direction, and takes a handle shorter than 0.001
             // frames for one of that length. So the image may need another length for the same line.
@@ -113,14 +114,14 @@ private:
         const Vector2D<double> mapped(m_x.scale * handle.x + 0.0,
                                       m_y.scale * handle.y + 0.0); // + 0.0: no negative zero
         m_isFinite = m_isFinite && std::isfinite(mapped.x) && std::isfinite(mapped.y);
-        Access::setHandleRaw(to, mapped.x, mapped.y);
+        Raw::setHandle(to, mapped.x, mapped.y);
     }
 
     InterpolatorPtr mapInterpolator(const Segment& from, Segment& to) {
         InterpolatorPtr original = from.getInterpolator();
         if (!original) return m_y.offset == 0.0 ? nullptr : NumberInterp::create(m_y.offset);
         const KindRow& row = Private::KindOf(*original);
-        const bool between = Access::leftKey(from) && Access::rightKey(from);
+        const bool between = Read::leftKey(from) && Read::rightKey(from);
         const bool turns = m_reversed && between && row.reversed != row.kind;
         const bool moves = !(m_x.isIdentity() && m_y.isIdentity());
         switch (row.image) {
@@ -169,18 +170,18 @@ private:
             if (hasImage(check)) continue;
             const KindRow& row = Private::KindOf(*original);
             if (row.isHost()) {
-                Access::setInterpolatorRaw(*check.to, textImage(original));
+                Raw::setInterpolator(*check.to, textImage(original));
                 if (hasImage(check)) continue;
             }
-            if (!row.create) Access::setInterpolatorRaw(*check.to, original);
+            if (!row.create) Raw::setInterpolator(*check.to, original);
             std::string expression = original->getExpression();
             if (std::find(kept.begin(), kept.end(), expression) == kept.end()) kept.push_back(std::move(expression));
         }
     }
 
     bool hasImage(const Check& check) const {
-        const Interpolator& original = *Access::interpolator(*check.from);
-        const Interpolator& image = *Access::interpolator(*check.to);
+        const Interpolator& original = *Read::interpolator(*check.from);
+        const Interpolator& image = *Read::interpolator(*check.to);
         const auto places = PlacesIn(*check.from);
         std::array<double, 16> expected{};
         double scale = std::abs(m_y.offset);

@@ -8,7 +8,7 @@
 #include "FCurveLib/UnknownExpression.h"
 #include "formats/Text.h"
 #include "formats/old/Grammar.h"
-#include "model/Access.h"
+#include "model/Read.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,7 +22,7 @@ inline namespace v19 {
 
 namespace TovConversion {
 
-using Private::Access;
+using Private::Read;
 
 namespace {
 
@@ -60,8 +60,8 @@ bool isEditorStateOfNoFile(const std::string& key) {
 }
 
 bool losesSettings(const Tangent& tangent, const Segment& segment) {
-    const Keyframe* const left = Access::leftKey(segment);
-    const Keyframe* const right = Access::rightKey(segment);
+    const Keyframe* const left = Read::leftKey(segment);
+    const Keyframe* const right = Read::rightKey(segment);
     if (losesProperties(tangent, isEditorState)) return true;
     if (tangent.isInTangent() ? !right : !left) return false;
     const bool weighted = left && right && Private::isWeightedHandle(tangent.getX(), right->getX() - left->getX());
@@ -69,8 +69,8 @@ bool losesSettings(const Tangent& tangent, const Segment& segment) {
 }
 
 bool losesSettings(const Segment& segment) {
-    return losesProperties(segment, isEditorState) || losesSettings(*Access::inTangent(segment), segment)
-           || losesSettings(*Access::outTangent(segment), segment);
+    return losesProperties(segment, isEditorState) || losesSettings(*Read::inTangent(segment), segment)
+           || losesSettings(*Read::outTangent(segment), segment);
 }
 
 bool losesSettings(const Keyframe& key) {
@@ -94,8 +94,7 @@ public:
         if (losesName(curve.getName()) || losesProperties(curve, isEditorStateOfNoFile)) lose(TovCurve::PropertyLoss);
         for (const Segment& segment : curve) take(segment);
         for (std::size_t i = 0; i < m_keys.size(); ++i) joinSpans(i);
-        addKeys(Access::inTangent(Access::firstSegment(curve))->get(),
-                Access::outTangent(Access::lastSegment(curve))->get());
+        addKeys(Read::inTangent(Read::firstSegment(curve))->get(), Read::outTangent(Read::lastSegment(curve))->get());
     }
 
 private:
@@ -106,11 +105,11 @@ private:
     void take(const Segment& segment) {
         if (losesSettings(segment)) lose(TovCurve::PropertyLoss);
         std::string expression = "0";
-        const Interpolator* const interpolator = Access::interpolator(segment);
+        const Interpolator* const interpolator = Read::interpolator(segment);
         if (interpolator) InterpolatorFactory::getExpression(*interpolator, expression);
 
-        const Keyframe* const left = Access::leftKey(segment);
-        const Keyframe* const right = Access::rightKey(segment);
+        const Keyframe* const left = Read::leftKey(segment);
+        const Keyframe* const right = Read::rightKey(segment);
         if (right) {
             if (losesSettings(*right)) lose(TovCurve::PropertyLoss);
             m_keys.push_back(right);
@@ -124,13 +123,13 @@ private:
     }
 
     Span makeSpan(const Segment& segment, const Interpolator* interpolator, const std::string& expression) {
-        const Vector2D<double>& left = Access::leftKey(segment)->get();
-        const Vector2D<double>& right = Access::rightKey(segment)->get();
+        const Vector2D<double>& left = Read::leftKey(segment)->get();
+        const Vector2D<double>& right = Read::rightKey(segment)->get();
         Span span;
         span.startY = left.y;
         span.endY = right.y;
-        span.out = Access::outTangent(segment)->get();
-        span.in = Access::inTangent(segment)->get();
+        span.out = Read::outTangent(segment)->get();
+        span.in = Read::inTangent(segment)->get();
 
         if (expression == "constant()") return span;
         if (expression == "linear()") {
@@ -183,8 +182,8 @@ private:
     }
 
     void followFormula(const Segment& segment, const Interpolator& interpolator, Span& span) {
-        const double leftX = Access::leftKey(segment)->getX();
-        const double rightX = Access::rightKey(segment)->getX();
+        const double leftX = Read::leftKey(segment)->getX();
+        const double rightX = Read::rightKey(segment)->getX();
         const double third = (rightX - leftX) / 3.0;
         const double startY = interpolator.eval(leftX, segment);
         const double endY = interpolator.eval(rightX, segment);

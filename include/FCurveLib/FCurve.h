@@ -4,10 +4,10 @@
 #include "FCurveLib/FCurveObserver.h"
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/ProjectionIterator.h"
-#include "FCurveLib/PropertyMap.h"
-#include "FCurveLib/SegmentMap.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/detail/ObserverSet.h"
+#include "FCurveLib/detail/PropertyCarrier.h"
+#include "FCurveLib/detail/SegmentMap.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,7 +31,7 @@ inline namespace v19 {
 ///
 /// Any number of threads may call the const members of a curve that nobody edits. Edits, and everything static, are the
 /// host's to serialise.
-class FCURVELIB_API FCurve : public SharedFromThis<FCurve> {
+class FCURVELIB_API FCurve : public SharedFromThis<FCurve>, public Private::PropertyCarrier {
 public:
     /// \name Make
     /// @{
@@ -118,18 +118,14 @@ public:
     /// @}
 
     /// \name Name and properties
-    /// As PropertyMap. Changes are told to the observers, with the name as curveIntrinsicChanged; clearing tells of
-    /// each erased key with an empty value.
+    /// As PropertyMap; getProperty, sizeProperties, beginProperties and endProperties read them. Changes are told to
+    /// the observers, with the name as curveIntrinsicChanged; clearing tells of each erased key with an empty value.
     /// @{
     const char* getName() const noexcept { return m_name.c_str(); }
     /// Does nothing when the curve has that name. Null counts as empty.
     void setName(const char* name);
-    const char* getProperty(const char* key) const noexcept { return m_properties.get(key); }
     bool setProperty(const char* key, const char* value);
     void clearProperties();
-    std::size_t sizeProperties() const noexcept { return m_properties.size(); }
-    PropertyMap::const_iterator beginProperties() const noexcept { return m_properties.begin(); }
-    PropertyMap::const_iterator endProperties() const noexcept { return m_properties.end(); }
     /// @}
 
     /// \name Observe
@@ -165,29 +161,18 @@ public:
     void notifyChanged();
 
     /// Turns notification off while it lives: for one curve, or for the whole library (curves, containers and
-    /// selections). Suppressed notifications are not sent afterwards: ask blockedNotification() before the switch ends,
-    /// and call notifyChanged() to catch up. Switches nest. A switch keeps its curve alive.
-    class FCURVELIB_API Switch {
+    /// selections). Suppressed notifications are not sent afterwards: ask blockedNotification(), whether there was one,
+    /// before the switch ends, and call notifyChanged() to catch up. Switches nest. A switch keeps its curve alive.
+    class FCURVELIB_API Switch : public Private::NotificationSwitch {
     public:
         Switch() noexcept;
         explicit Switch(FCurve& curve) noexcept;
-        Switch(const Switch&) = delete;
-        Switch& operator=(const Switch&) = delete;
-        /// Restores both flags as they were.
-        ~Switch();
-
-        /// Whether a notification was suppressed since the switch was made.
-        bool blockedNotification() const noexcept;
-
-    private:
-        std::shared_ptr<FCurve> m_curve; // empty for the library-wide switch
-        bool m_wasEnabled;
-        bool m_wasBlocked;
     };
     /// @}
 
 private:
-    friend struct Private::Access;
+    friend struct Private::Raw;
+    friend struct Private::Read;
 
     FCurve();
     FCurve(const FCurve&) = delete;
@@ -200,7 +185,6 @@ private:
     std::string m_name;
     std::shared_ptr<Private::CurveLink> m_link;     // held by the segments of m_segments; travels with them
     std::shared_ptr<Private::CurveLink> m_identity; // held by segments that were made by hand for this curve; stays
-    PropertyMap m_properties;
     Private::ObserverSet<FCurveObserver> m_observers;
 };
 

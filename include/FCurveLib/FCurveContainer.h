@@ -4,9 +4,9 @@
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/ProjectionIterator.h"
-#include "FCurveLib/PropertyMap.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/detail/ObserverSet.h"
+#include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
 #include <list>
@@ -20,7 +20,7 @@ inline namespace v19 {
 /// its own. It holds each curve object at most once. Made by create.
 ///
 /// Any number of threads may call the const members of a container that nobody edits.
-class FCURVELIB_API FCurveContainer : public SharedFromThis<FCurveContainer> {
+class FCURVELIB_API FCurveContainer : public SharedFromThis<FCurveContainer>, public Private::PropertyCarrier {
     using List = std::list<std::shared_ptr<FCurve>>;
 
 public:
@@ -65,14 +65,11 @@ public:
     /// @}
 
     /// \name Properties
-    /// As PropertyMap; a change is told to the observers, clearing once.
+    /// As PropertyMap; getProperty, sizeProperties, beginProperties and endProperties read them. A change is told to
+    /// the observers, clearing once.
     /// @{
-    const char* getProperty(const char* key) const noexcept { return m_properties.get(key); }
     bool setProperty(const char* key, const char* value);
     void clearProperties();
-    std::size_t sizeProperties() const noexcept { return m_properties.size(); }
-    PropertyMap::const_iterator beginProperties() const noexcept { return m_properties.begin(); }
-    PropertyMap::const_iterator endProperties() const noexcept { return m_properties.end(); }
     /// @}
 
     /// \name Observe
@@ -84,25 +81,16 @@ public:
     void notifyChanged();
 
     /// Turns notification off while it lives, as FCurve::Switch does: of one container, or of the whole library.
-    class FCURVELIB_API Switch {
+    class FCURVELIB_API Switch : public Private::NotificationSwitch {
     public:
         Switch() noexcept;
         explicit Switch(FCurveContainer& container) noexcept;
-        Switch(const Switch&) = delete;
-        Switch& operator=(const Switch&) = delete;
-        ~Switch();
-
-        bool blockedNotification() const noexcept;
-
-    private:
-        std::shared_ptr<FCurveContainer> m_container; // empty for the library-wide switch
-        bool m_wasEnabled;
-        bool m_wasBlocked;
     };
     /// @}
 
 private:
-    friend struct Private::Access;
+    friend struct Private::Raw;
+    friend struct Private::Read;
 
     FCurveContainer() noexcept;
     FCurveContainer(const FCurveContainer&) = delete;
@@ -112,7 +100,6 @@ private:
 
     List m_curves;
     std::unordered_map<const FCurve*, List::iterator> m_positions;
-    PropertyMap m_properties;
     Private::ObserverSet<ContainerObserver> m_observers;
 };
 

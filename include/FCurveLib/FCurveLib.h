@@ -67,7 +67,6 @@
 #include "FCurveLib/SafeFileSave.h"
 #include "FCurveLib/Sampling.h"
 #include "FCurveLib/Segment.h"
-#include "FCurveLib/SegmentMap.h"
 #include "FCurveLib/Selection.h"
 #include "FCurveLib/SelectionExaminer.h"
 #include "FCurveLib/SelectionObserver.h"

@@ -8,18 +8,6 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-namespace Private {
-
-/// Whether a filter can judge a position without what the iterator yields there.
-template<class Filter, class Iterator, class = void>
-struct JudgesPositions : std::false_type {};
-template<class Filter, class Iterator>
-struct JudgesPositions<Filter, Iterator,
-                       std::void_t<decltype(std::declval<const Filter&>().accepts(std::declval<const Iterator&>()))>>
-    : std::true_type {};
-
-} // namespace Private
-
 /// Walks the positions of another iterator whose elements a filter accepts.
 ///
 /// A filter is a function object that takes an element and returns bool. Where it also offers accepts(iterator), that
@@ -73,8 +61,15 @@ public:
     friend bool operator!=(const FilterIterator& a, const FilterIterator& b) { return !(a == b); }
 
 private:
+    // Whether the filter can judge a position without what the iterator yields there.
+    template<class F, class = void>
+    struct JudgesPositions : std::false_type {};
+    template<class F>
+    struct JudgesPositions<F, std::void_t<decltype(std::declval<const F&>().accepts(std::declval<const Iterator&>()))>>
+        : std::true_type {};
+
     bool accepted() const {
-        if constexpr (Private::JudgesPositions<Filter, Iterator>::value)
+        if constexpr (JudgesPositions<Filter>::value)
             return m_filter.accepts(m_current);
         else
             return m_filter(*m_current);

@@ -143,11 +143,11 @@ struct TransformResult;
 struct KeyframeInsertion;
 
 namespace Private {
-struct Access;
+struct Read;
+struct Raw;
 struct CurveLink;
 class KeptPlace;
 class SelectionState;
-class Edit;
 class TrackerBase;
 class SegmentMap;
 class SegmentMapIterator;

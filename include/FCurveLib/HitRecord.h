@@ -2,8 +2,8 @@
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
+#include "FCurveLib/detail/HitRecordTypes.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <type_traits>
@@ -11,32 +11,6 @@
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
-
-namespace Private {
-
-/// What a record may refer to. Records of different kinds are ordered by these numbers.
-struct HitRecordTypes {
-    enum Type : std::uint32_t {
-        NONE = 0,     ///< nothing
-        CURVE = 1,    ///< a whole curve
-        SEGMENT = 2,  ///< one segment
-        KEYFRAME = 3, ///< one keyframe
-        TANGENT = 4,  ///< one tangent, made with the flag true; every tangent record the library makes is one of these
-        TANGENT_UNFLAGGED = 5 ///< one tangent, made with the flag false
-    };
-};
-
-/// The types behind the two twins of records.
-struct FCURVELIB_API MutableParts {
-    template<class T>
-    using Qualified = T;
-};
-struct FCURVELIB_API ConstParts {
-    template<class T>
-    using Qualified = const T;
-};
-
-} // namespace Private
 
 /// Names one part of a curve: the curve itself, a segment, a keyframe or a tangent. The unit of picking and of
 /// selection.

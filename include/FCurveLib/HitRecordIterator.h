@@ -14,24 +14,6 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-namespace Private {
-
-/// The positions that make up an iterator's place.
-template<class Parts>
-struct Positions;
-template<>
-struct Positions<MutableParts> {
-    using Curve = FCurveContainer::iterator;
-    using Segment = FCurve::iterator;
-};
-template<>
-struct Positions<ConstParts> {
-    using Curve = FCurveContainer::const_iterator;
-    using Segment = FCurve::const_iterator;
-};
-
-} // namespace Private
-
 /// Walks every part of every curve of a container, in the container's order. Each curve yields
 ///
 ///     the curve, then from its first segment to its last:  segment, out tangent, in tangent, right key
@@ -52,8 +34,9 @@ template<class Parts>
 class FCURVELIB_API BasicHitRecordIterator {
     using Container = typename Parts::template Qualified<FCurveContainer>;
     using Record = BasicHitRecord<Parts>;
-    using CurvePosition = typename Private::Positions<Parts>::Curve;
-    using SegmentPosition = typename Private::Positions<Parts>::Segment;
+    static constexpr bool isMutable = std::is_same_v<Parts, Private::MutableParts>;
+    using CurvePosition = std::conditional_t<isMutable, FCurveContainer::iterator, FCurveContainer::const_iterator>;
+    using SegmentPosition = std::conditional_t<isMutable, FCurve::iterator, FCurve::const_iterator>;
 
 public:
     using iterator_category = std::bidirectional_iterator_tag;

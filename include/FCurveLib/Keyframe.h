@@ -2,13 +2,12 @@
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
-#include "FCurveLib/PropertyMap.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/Vector2D.h"
+#include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -23,7 +22,7 @@ inline namespace v19 {
 /// only. A key in a curve never reaches its neighbours: set() keeps 0.001 frames between them. A key outside any curve
 /// moves freely and tells nobody; it has no segments, no tangents and no curve. So does a key that was removed from its
 /// curve, or whose curve was cleared or destroyed.
-class FCURVELIB_API Keyframe : public SharedFromThis<Keyframe> {
+class FCURVELIB_API Keyframe : public SharedFromThis<Keyframe>, public Private::PropertyCarrier {
 public:
     /// \name Make
     /// @{
@@ -96,32 +95,24 @@ public:
     /// @}
 
     /// \name Properties
-    /// As PropertyMap. A change is told to the observers of the owning curve; clearing tells of each erased key with an
-    /// empty value.
+    /// As PropertyMap; getProperty, sizeProperties, beginProperties and endProperties read them. A change is told to
+    /// the observers of the owning curve; clearing tells of each erased key with an empty value.
     /// @{
-    const char* getProperty(const char* key) const noexcept { return m_properties.get(key); }
     bool setProperty(const char* key, const char* value);
     void clearProperties();
-    std::size_t sizeProperties() const noexcept { return m_properties.size(); }
-    PropertyMap::const_iterator beginProperties() const noexcept { return m_properties.begin(); }
-    PropertyMap::const_iterator endProperties() const noexcept { return m_properties.end(); }
     /// @}
 
 private:
     friend class FCurve;
-    friend struct Private::Access;
+    friend struct Private::Raw;
+    friend struct Private::Read;
 
     Keyframe& operator=(const Keyframe&) = delete;
 
-    // Moves breakdown keys, in the given order: in proportion to the pivot, or by delta where the span is 0.
-    static void internalSet(const std::vector<Keyframe*>& keys, double delta, double span, double pivot,
-                            Private::Edit& edit);
-
-    Vector2D<double> m_position; // first: evaluation reads nothing else of a key
+    Vector2D<double> m_position; // near the front: evaluation reads nothing else of a key
     Segment* m_left = nullptr;   // raw: the owning curve clears it before it lets the segment go
     std::shared_ptr<Segment>
         m_right; // owned: the curve's chain; the owning curve takes it out before it lets the key go
-    PropertyMap m_properties;
     bool m_breakdown = false;
     bool m_unified = false;
 };

@@ -2,8 +2,8 @@
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
-#include "FCurveLib/PropertyMap.h"
 #include "FCurveLib/SharedFromThis.h"
+#include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
 #include <memory>
@@ -19,7 +19,7 @@ inline namespace v19 {
 /// neither. A segment in a curve has both tangents even where it lacks a key.
 /// A segment that was removed from its curve keeps its left key and its tangents for whoever still holds it, but has no
 /// right key and no curve, and the left key no longer refers to it.
-class FCURVELIB_API Segment : public SharedFromThis<Segment> {
+class FCURVELIB_API Segment : public SharedFromThis<Segment>, public Private::PropertyCarrier {
 public:
     /// \name Make
     /// Curves make their segments (FCurve::insertSegment). A segment made here stands outside any chain: its keys do
@@ -63,20 +63,17 @@ public:
     /// @}
 
     /// \name Properties
-    /// As PropertyMap. A change is told to the observers of the owning curve; clearing tells of each erased key with an
-    /// empty value.
+    /// As PropertyMap; getProperty, sizeProperties, beginProperties and endProperties read them. A change is told to
+    /// the observers of the owning curve; clearing tells of each erased key with an empty value.
     /// @{
-    const char* getProperty(const char* key) const noexcept { return m_properties.get(key); }
     bool setProperty(const char* key, const char* value);
     void clearProperties();
-    std::size_t sizeProperties() const noexcept { return m_properties.size(); }
-    PropertyMap::const_iterator beginProperties() const noexcept { return m_properties.begin(); }
-    PropertyMap::const_iterator endProperties() const noexcept { return m_properties.end(); }
     /// @}
 
 private:
     friend class FCurve;
-    friend struct Private::Access;
+    friend struct Private::Raw;
+    friend struct Private::Read;
 
     Segment& operator=(const Segment&) = delete;
 
@@ -86,7 +83,6 @@ private:
     std::shared_ptr<Keyframe> m_rightKey;
     std::shared_ptr<Tangent> m_inTangent;
     std::shared_ptr<Tangent> m_outTangent;
-    PropertyMap m_properties;
 };
 
 } // namespace v19

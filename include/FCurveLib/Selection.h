@@ -6,63 +6,14 @@
 #include "FCurveLib/HitRecord.h"
 #include "FCurveLib/HitRecordIterator.h"
 #include "FCurveLib/SelectionObserver.h"
+#include "FCurveLib/detail/Notification.h"
+#include "FCurveLib/detail/SelectionFilters.h"
 
 #include <memory>
 #include <set>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
-
-namespace Private {
-
-/// \name Filters of hit records
-/// @{
-
-/// Accepts selected parts; nothing when made without a selection.
-class FCURVELIB_API SelectionFilter {
-public:
-    SelectionFilter() noexcept = default;
-    explicit SelectionFilter(const Selection* selection) noexcept : m_selection(selection) {}
-
-    bool operator()(const HitRecord& record) const noexcept;
-    bool operator()(const ConstHitRecord& record) const noexcept;
-
-    template<class Position>
-    auto accepts(const Position& position) const noexcept -> decltype(position.getProperty(""), bool()) {
-        return m_selection && isSelectedValue(position.getProperty(key));
-    }
-
-    static constexpr const char* key = "fc_sel";
-    static constexpr const char* value = "1";
-    static constexpr bool isSelectedValue(const char* text) noexcept { return text[0] == value[0] && text[1] == '\0'; }
-
-private:
-    const Selection* m_selection = nullptr;
-};
-
-/// Accepts records of any of the types.
-template<HitRecordTypes::Type... types>
-struct TypeFilter {
-    bool operator()(const HitRecord& record) const noexcept { return matches(record.getType()); }
-    bool operator()(const ConstHitRecord& record) const noexcept { return matches(record.getType()); }
-
-    template<class Position>
-    auto accepts(const Position& position) const noexcept -> decltype(position.getType(), bool()) {
-        return matches(position.getType());
-    }
-
-private:
-    static constexpr bool matches(HitRecordTypes::Type t) noexcept { return ((t == types) || ...); }
-};
-
-struct CurveFilter : TypeFilter<HitRecordTypes::CURVE> {};
-struct SegmentFilter : TypeFilter<HitRecordTypes::SEGMENT> {};
-struct KeyFilter : TypeFilter<HitRecordTypes::KEYFRAME> {};
-struct TangentFilter : TypeFilter<HitRecordTypes::TANGENT, HitRecordTypes::TANGENT_UNFLAGGED> {};
-
-/// @}
-
-} // namespace Private
 
 /// Which curves, segments, keyframes and tangents of a container are selected.
 ///
@@ -155,21 +106,9 @@ public:
 
     /// Turns the notifications of one Selection off while it lives, as FCurve::Switch does for a curve (without a
     /// curve, that one silences selections, too). Suppressed notifications are not sent afterwards.
-    class FCURVELIB_API Switch {
+    class FCURVELIB_API Switch : public Private::NotificationSwitch {
     public:
         explicit Switch(Selection& selection) noexcept;
-        Switch(const Switch&) = delete;
-        Switch& operator=(const Switch&) = delete;
-        /// Restores both flags as they were.
-        ~Switch();
-
-        /// Whether a notification was suppressed since the switch was made.
-        bool blockedNotification() const noexcept;
-
-    private:
-        std::shared_ptr<Private::SelectionState> m_state;
-        bool m_wasEnabled;
-        bool m_wasBlocked;
     };
     /// @}
 

@@ -2,9 +2,9 @@
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
-#include "FCurveLib/PropertyMap.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/Vector2D.h"
+#include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -48,7 +48,7 @@ inline namespace v19 {
 /// docs/editing.md.
 ///
 /// A new tangent is Fixed, unweighted, unlocked and flat: (1, 0) or (-1, 0) until its segment has both keys.
-class FCURVELIB_API Tangent : public SharedFromThis<Tangent> {
+class FCURVELIB_API Tangent : public SharedFromThis<Tangent>, public Private::PropertyCarrier {
 public:
     enum Type : std::uint8_t {
         Fixed = 0,
@@ -142,28 +142,23 @@ public:
     /// @}
 
     /// \name Properties
-    /// As PropertyMap. A change is told to the observers of the owning curve; clearing tells of each erased key with an
-    /// empty value.
+    /// As PropertyMap; getProperty, sizeProperties, beginProperties and endProperties read them. A change is told to
+    /// the observers of the owning curve; clearing tells of each erased key with an empty value.
     /// @{
-    const char* getProperty(const char* key) const noexcept { return m_properties.get(key); }
     bool setProperty(const char* key, const char* value);
     void clearProperties();
-    std::size_t sizeProperties() const noexcept { return m_properties.size(); }
-    PropertyMap::const_iterator beginProperties() const noexcept { return m_properties.begin(); }
-    PropertyMap::const_iterator endProperties() const noexcept { return m_properties.end(); }
     /// @}
 
 private:
     friend class FCurve;
-    friend struct Private::Access;
+    friend struct Private::Raw;
+    friend struct Private::Read;
 
     void propose(double x, double y);
     void notifyIntrinsic(std::uint32_t type);
-    void notifyProperty(const char* key, const char* value);
 
     std::weak_ptr<Segment> m_segment;
     Vector2D<double> m_handle;
-    PropertyMap m_properties;
     std::uint8_t m_type = Fixed;
     bool m_weightLocked = false;
     bool m_weighted = false;

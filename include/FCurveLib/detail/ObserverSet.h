@@ -2,6 +2,7 @@
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/TrackedObserver.h"
+#include "FCurveLib/detail/Notification.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -32,18 +33,10 @@ private:
     virtual void observerDestroyed(TrackedObserver& observer) noexcept = 0;
 };
 
-/// The library-wide pair of flags of the switches that are made without a curve or container.
-struct FCURVELIB_API GlobalNotification {
-    static bool isEnabled() noexcept;
-    static void setEnabled(bool enabled) noexcept;
-    static bool isBlocked() noexcept;
-    static void setBlocked(bool blocked) noexcept;
-};
-
 /// The order in which an ObserverSet calls.
 enum class ObserverOrder { Subscription, Address };
 
-/// The observers of one subject, its enabled and blocked flags, and the walk over them.
+/// The observers of one subject, the flags of its notification, and the walk over them.
 ///
 /// Calls may subscribe, unsubscribe and destroy observers, and start walks of their own. One that leaves is not called
 /// any more; one that arrives is called by the walks that start after its arrival. The subject must outlive the walk:
@@ -79,25 +72,15 @@ public:
 
     bool empty() const noexcept { return m_entries.empty(); }
 
-    /// \name The subject's own flags
-    /// @{
-    bool isEnabled() const noexcept { return m_enabled; }
-    void setEnabled(bool enabled) noexcept { m_enabled = enabled; }
-    bool isBlocked() const noexcept { return m_blocked; }
-    void setBlocked(bool blocked) noexcept { m_blocked = blocked; }
-    /// @}
+    NotificationFlags& flags() noexcept { return m_flags; }
 
     /// Whether a notification may go out now; sets the blocked flag of the level that forbids it.
     bool admits() noexcept {
-        if (!GlobalNotification::isEnabled()) {
-            GlobalNotification::setBlocked(true);
-            return false;
-        }
-        if (!m_enabled) {
-            m_blocked = true;
-            return false;
-        }
-        return true;
+        NotificationFlags& library = LibraryNotification();
+        NotificationFlags& forbidding = library.enabled ? m_flags : library;
+        if (forbidding.enabled) return true;
+        forbidding.blocked = true;
+        return false;
     }
 
     /// How many observers have arrived so far: names this moment.
@@ -147,8 +130,7 @@ private:
 
     Entries m_entries;
     std::uint64_t m_arrivals = 0;
-    bool m_enabled = true;
-    bool m_blocked = false;
+    NotificationFlags m_flags;
 };
 
 } // namespace Private

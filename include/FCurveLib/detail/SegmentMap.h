@@ -41,7 +41,7 @@ public:
 
 private:
     friend class SegmentMap;
-    friend struct Access;
+    friend struct Read;
     SegmentMapIterator(Segment* segment, const SegmentMap* map) noexcept : m_segment(segment), m_map(map) {}
 
     Segment* m_segment = nullptr;      // null at the end
@@ -92,7 +92,7 @@ public:
 
     /// Adds the first entry, the leading one. Precondition: the map is empty.
     void insertLeading(Segment* segment);
-    /// Adds an entry behind the place where x belongs. Precondition: the map has no entry at x. Throws std::bad_alloc
+    /// Adds an entry after the place where x belongs. Precondition: the map has no entry at x. Throws std::bad_alloc
     /// and then changes nothing.
     void insert(const Place& place, double x, Segment* segment);
     /// Takes the entry at x out. Precondition: there is one.

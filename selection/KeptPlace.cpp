@@ -58,11 +58,19 @@ void KeptPlace::advance(HitRecordIterator& position) const {
     if (position.m_stage != HitRecordIterator::AtCurve) {
         Segment& segment = m_segment.resolve(curve);
         position.m_segment = Read::iteratorAt(curve, segment);
-        // Where the key has been removed, the segment ends at a later one, which the walk has not seen.
+        // Where the key has been removed, the segment ends at a later one, whose in tangent and itself the walk has not
+        // seen.
+        const bool wasAtEnd =
+            position.m_stage == HitRecordIterator::AtInTangent || position.m_stage == HitRecordIterator::AtRightKey;
         const Keyframe* key = Read::rightKey(segment);
-        if (position.m_stage == HitRecordIterator::AtRightKey && key && key != m_record.getAddress()
-            && m_keyX < key->getX())
+        const void* end = position.m_stage == HitRecordIterator::AtInTangent
+                              ? static_cast<const void*>(Read::inTangent(segment))
+                              : key;
+        if (wasAtEnd && key && end != m_record.getAddress() && m_keyX < key->getX()) {
+            position.m_stage = HitRecordIterator::AtInTangent;
+            position.m_valid = false;
             return;
+        }
     }
     step(position);
 }

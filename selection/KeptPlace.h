@@ -12,7 +12,7 @@ inline namespace v19 {
 namespace Private {
 
 // A place in a curve's chain of segments. It keeps its segment alive, and knows where to go on when the segment has
-// left the curve: behind the abscissa at which it started. So a walk always proceeds, whatever becomes of the curve.
+// left the curve: after the abscissa at which it started. So a walk always proceeds, whatever becomes of the curve.
 class KeptSegment {
 public:
     KeptSegment() noexcept = default;
@@ -28,8 +28,8 @@ private:
     double m_x = 0.0;
 };
 
-// A curve in the walk over a container, kept alive. Where it has left the container, the walk goes on behind the curve
-// that stood before it, or at the beginning if that has left too.
+// A curve in the walk over a container, kept alive. Where it has left the container, the walk goes on after the curve
+// that stood before it, or from the start if that has left too.
 class KeptCurve {
 public:
     void hold(FCurveContainer& curves, const FCurveContainer::iterator& position);

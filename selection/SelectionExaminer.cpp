@@ -9,6 +9,8 @@
 #include "selection/WalkOrder.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <limits>
 
 namespace VEM_FN::FCurveLib {
@@ -42,90 +44,105 @@ struct Range {
     }
 };
 
-struct CurveSummary {
-    SelectionExaminer::Curves common;
+// What the selected parts of one kind have in common. The kind lists its fields: where the answer stands, and what to
+// ask of a part. Numbers are equal within a tolerance, so they are summed up by their range.
+template<class Kind>
+struct PartSummary {
+    using Answer = typename Kind::Answer;
 
-    void include(const FCurve& curve) {
+    Answer common;
+    std::array<Range, 2> ranges;
+
+    void include(const typename Kind::Part& part) {
         ++common.count;
-        common.name.include(curve.getName());
-        common.visible.include(IsVisible(curve));
-        common.editable.include(IsEditable(curve));
-        common.locked.include(IsLocked(curve));
-        common.velocityVisible.include(IsVelocityVisible(curve));
-        common.accelerationVisible.include(IsAccelerationVisible(curve));
-        common.discontinuityVisible.include(IsDiscontinuityVisible(curve));
+        Kind::forEachField([&](auto field, const auto& ask) { (common.*field).include(std::invoke(ask, part)); });
+        Range* range = ranges.data();
+        Kind::forEachNumber([&](auto, const auto& ask) { (range++)->include(std::invoke(ask, part)); });
     }
-    void merge(const CurveSummary& other) {
+    void merge(const PartSummary& other) {
         common.count += other.common.count;
-        common.name.merge(other.common.name);
-        common.visible.merge(other.common.visible);
-        common.editable.merge(other.common.editable);
-        common.locked.merge(other.common.locked);
-        common.velocityVisible.merge(other.common.velocityVisible);
-        common.accelerationVisible.merge(other.common.accelerationVisible);
-        common.discontinuityVisible.merge(other.common.discontinuityVisible);
+        Kind::forEachField([&](auto field, const auto&) { (common.*field).merge(other.common.*field); });
+        for (std::size_t i = 0; i < ranges.size(); ++i) ranges[i].merge(other.ranges[i]);
+    }
+    Answer answer() const {
+        Answer result = common;
+        const Range* range = ranges.data();
+        Kind::forEachNumber([&](auto field, const auto&) { result.*field = (range++)->examined(); });
+        return result;
     }
 };
 
-struct SegmentSummary {
-    SelectionExaminer::Segments common;
+struct CurveKind {
+    using Part = FCurve;
+    using Answer = SelectionExaminer::Curves;
 
-    void include(const Segment& segment) {
-        ++common.count;
-        const Interpolator* interpolator = Read::interpolator(segment);
-        common.expression.include(interpolator ? interpolator->getExpression() : "");
+    template<class Act>
+    static void forEachField(const Act& act) {
+        act(&Answer::name, &FCurve::getName);
+        act(&Answer::visible, &IsVisible);
+        act(&Answer::editable, &IsEditable);
+        act(&Answer::locked, &IsLocked);
+        act(&Answer::velocityVisible, &IsVelocityVisible);
+        act(&Answer::accelerationVisible, &IsAccelerationVisible);
+        act(&Answer::discontinuityVisible, &IsDiscontinuityVisible);
     }
-    void merge(const SegmentSummary& other) {
-        common.count += other.common.count;
-        common.expression.merge(other.common.expression);
+    template<class Act>
+    static void forEachNumber(const Act&) {}
+};
+
+struct SegmentKind {
+    using Part = Segment;
+    using Answer = SelectionExaminer::Segments;
+
+    template<class Act>
+    static void forEachField(const Act& act) {
+        act(&Answer::expression, [](const Segment& segment) {
+            const Interpolator* interpolator = Read::interpolator(segment);
+            return interpolator ? interpolator->getExpression() : "";
+        });
+    }
+    template<class Act>
+    static void forEachNumber(const Act&) {}
+};
+
+struct KeyframeKind {
+    using Part = Keyframe;
+    using Answer = SelectionExaminer::Keyframes;
+
+    template<class Act>
+    static void forEachField(const Act& act) {
+        act(&Answer::breakdown, &Keyframe::isBreakdown);
+        act(&Answer::tangentsUnified, &Keyframe::isTangentsUnified);
+        act(&Answer::locked, [](const Keyframe& key) { return *key.getProperty("fc_lock") != '\0'; });
+    }
+    template<class Act>
+    static void forEachNumber(const Act& act) {
+        act(&Answer::x, &Keyframe::getX);
+        act(&Answer::y, &Keyframe::getY);
     }
 };
 
-struct KeyframeSummary {
-    SelectionExaminer::Keyframes common;
-    Range x;
-    Range y;
+struct TangentKind {
+    using Part = Tangent;
+    using Answer = SelectionExaminer::Tangents;
 
-    void include(const Keyframe& key) {
-        ++common.count;
-        x.include(key.getX());
-        y.include(key.getY());
-        common.breakdown.include(key.isBreakdown());
-        common.tangentsUnified.include(key.isTangentsUnified());
-        common.locked.include(*key.getProperty("fc_lock") != '\0');
+    template<class Act>
+    static void forEachField(const Act& act) {
+        act(&Answer::type, &Tangent::getType);
+        act(&Answer::weighted, &Tangent::isWeighted);
+        act(&Answer::weightLocked, &Tangent::isWeightLocked);
     }
-    void merge(const KeyframeSummary& other) {
-        common.count += other.common.count;
-        x.merge(other.x);
-        y.merge(other.y);
-        common.breakdown.merge(other.common.breakdown);
-        common.tangentsUnified.merge(other.common.tangentsUnified);
-        common.locked.merge(other.common.locked);
+    template<class Act>
+    static void forEachNumber(const Act& act) {
+        act(&Answer::angle, &Tangent::getAngle);
+        act(&Answer::weight, &Tangent::getWeight);
     }
 };
 
-struct TangentSummary {
-    SelectionExaminer::Tangents common;
-    Range angle;
-    Range weight;
-
-    void include(const Tangent& tangent) {
-        ++common.count;
-        common.type.include(tangent.getType());
-        angle.include(tangent.getAngle());
-        weight.include(tangent.getWeight());
-        common.weighted.include(tangent.isWeighted());
-        common.weightLocked.include(tangent.isWeightLocked());
-    }
-    void merge(const TangentSummary& other) {
-        common.count += other.common.count;
-        common.type.merge(other.common.type);
-        angle.merge(other.angle);
-        weight.merge(other.weight);
-        common.weighted.merge(other.common.weighted);
-        common.weightLocked.merge(other.common.weightLocked);
-    }
-};
+using CurveSummary = PartSummary<CurveKind>;
+using SegmentSummary = PartSummary<SegmentKind>;
+using KeyframeSummary = PartSummary<KeyframeKind>;
+using TangentSummary = PartSummary<TangentKind>;
 
 struct Summary {
     CurveSummary curves;
@@ -273,14 +290,10 @@ public:
         }
         const Summary& all = m_curves.settle(
             [](Summary& summary, const std::unique_ptr<ExaminedCurve>& curve) { curve->settle(summary); });
-        curves = all.curves.common;
-        segments = all.segments.common;
-        keyframes = all.keyframes.common;
-        keyframes.x = all.keyframes.x.examined();
-        keyframes.y = all.keyframes.y.examined();
-        tangents = all.tangents.common;
-        tangents.angle = all.tangents.angle.examined();
-        tangents.weight = all.tangents.weight.examined();
+        curves = all.curves.answer();
+        segments = all.segments.answer();
+        keyframes = all.keyframes.answer();
+        tangents = all.tangents.answer();
     }
 
     Curves curves;

@@ -21,9 +21,8 @@ inline namespace v19 {
 /// where tangents appear only if the segment's interpolator uses them and the key at their end exists. So every key is
 /// visited once, as the right key of the segment that ends at it, and a linear curve shows no tangents.
 ///
-/// Records are made on demand: stepping and comparing touch no reference count, getType() and getProperty() look at the
-/// part without a record. A record obtained through -> stays valid until the iterator is moved; * gives a record of its
-/// own, so that std::reverse_iterator works (by *).
+/// Records are made on demand: stepping and comparing touch no reference count. A record obtained through -> stays
+/// valid until the iterator is moved; * gives a record of its own, so that std::reverse_iterator works (by *).
 ///
 /// An iterator stays valid as long as the curve and the segment where it stands are in the container and the curve;
 /// values and everything elsewhere may be edited meanwhile. Stepping past the ends is undefined, as for the standard's

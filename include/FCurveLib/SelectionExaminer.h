@@ -25,11 +25,7 @@ inline namespace v19 {
 /// parts the next question costs O(log n) per part; a curve that changed as a whole (assignment, clear, swap,
 /// notifyChanged), or in many parts, is walked again, and no other curve is.
 ///
-/// What nobody is told of cannot be noticed. Call invalidate() after
-///  - changes under a switch that turns notification off (of a curve, after FCurve::notifyChanged it is not needed);
-///  - changes of what has no notification: an interpolator's expression text or usesTangents();
-///  - an exception that an observer threw out of an edit: it keeps the observers behind it from hearing of it.
-/// Without that call answers may be stale then, nothing worse. Asked from inside a notification, the answer may lack
+/// What nobody is told of cannot be noticed: see invalidate(). Asked from inside a notification, the answer may lack
 /// the very change that is being told, if this examiner's turn is yet to come.
 ///
 /// The examiner keeps neither selection, container, curves nor parts alive; all of them may be destroyed before or
@@ -91,7 +87,10 @@ public:
     const Tangents& getTangents();
     /// @}
 
-    /// Forgets everything: the next question walks all parts.
+    /// Forgets everything: the next question walks all parts. Without it answers may be stale, nothing worse, after
+    ///  - changes under a switch that turns notification off (of a curve, FCurve::notifyChanged does as well);
+    ///  - changes of what has no notification: an interpolator's expression text or usesTangents();
+    ///  - an exception that an observer threw out of an edit: it keeps the observers after it from hearing of it.
     void invalidate() noexcept;
 
 private:

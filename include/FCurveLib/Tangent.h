@@ -18,45 +18,27 @@ inline namespace v19 {
 ///     key o----> out tangent, x >= 0          in tangent, x <= 0 <----o key
 ///
 /// A tangent belongs to a segment: the out tangent stands at the segment's left key, the in tangent at its right key.
-/// Only Bezier-shaped interpolators that use tangents look at it.
-///
-/// Types
-/// -----
-/// The type decides whether the handle stays as set or is recomputed whenever a key nearby changes. P and N are the
-/// keys before and after the tangent's own key.
-///
-///  - Fixed: as set, within the limits below.
-///  - Flat: horizontal. Its length is a third of the segment's span; where the segment lacks a key, it stays.
-///  - Linear: straight at the segment's other key.
-///  - Smooth: parallel to the chord from P to N; Linear at the first and last key.
-///  - SmoothContinued: as Smooth, but where the segment lacks its other key the handle continues the straight line from
-///    the only neighbour, so that the curve goes on in that direction outside its keys.
-///  - Clamped: Smooth, but flat when P's or N's value is within 0.05 of the handle's own y, an offset, not of the key's
-///    value (deliberate). So it depends on the handle it had before, and may alternate between the two from one
-///    recomputation to the next while a key is dragged. Plateau does what the name promises.
-///  - Plateau: Smooth, but flat at a key that is not between its neighbours in value, and flat where the handle would
-///    rise above or fall below both keys of its segment.
-///
-/// Limits
-/// ------
-/// An unweighted handle reaches a third of its segment's span in x, and keeps its slope; a vertical one is stored with
-/// the slope 5729577.948511148 (89.99999 degrees). Only Fixed and Flat tangents can be weighted: they take the length
-/// that is set, a Fixed one for good, a Flat one until it is recomputed. Other types are held to the third whatever
-/// their flag says. A tangent whose segment lacks a key keeps the handle that was set; only a vertical one loses its
-/// height when its key moves, having no x to rise along. A handle that differs from the stored one by no more than
-/// 1e-07 in x and in y is not stored, so curves whose values span less than about 1e-04 need a larger unit: see
-/// docs/editing.md.
+/// Only Bezier-shaped interpolators that use tangents look at it. Its type decides whether the handle stays as set or
+/// is recomputed whenever a key nearby changes.
 ///
 /// A new tangent is Fixed, unweighted, unlocked and flat: (1, 0) or (-1, 0) until its segment has both keys.
 class FCURVELIB_API Tangent : public SharedFromThis<Tangent>, public Private::PropertyCarrier {
 public:
+    /// P and N are the keys before and after the tangent's own key. Other numbers are no types.
     enum Type : std::uint8_t {
-        Fixed = 0,
-        Flat = 1,
-        Linear = 2,
-        Smooth = 3,
+        Fixed = 0,  ///< as set, within the limits of an unweighted handle
+        Flat = 1,   ///< horizontal
+        Linear = 2, ///< straight at the segment's other key
+        Smooth = 3, ///< parallel to the chord from P to N; Linear at the first and last key
+        /// As Smooth, but where the segment lacks its other key the handle continues the straight line from the only
+        /// neighbour, so that the curve goes on in that direction outside its keys.
         SmoothContinued = 4,
+        /// Smooth, but flat when P's or N's value is within 0.05 of the handle's own y. Deliberate: the handle's offset
+        /// is compared, not the key's value, so the result depends on the present handle and may alternate while a key
+        /// is dragged. Plateau is steady.
         Clamped = 5,
+        /// Smooth, but flat at a key that is not between its neighbours in value, and flat where the handle would rise
+        /// above or fall below both keys of its segment.
         Plateau = 6
     };
 
@@ -100,11 +82,15 @@ public:
     /// \name Edit
     /// The setters ignore non-finite arguments and unknown types. They propose a handle, which then
     ///  - keeps the direction of an automatic type (set the type to Fixed to shape by hand); a flat one takes the
-    ///    proposed length if it is weighted;
+    ///    proposed length if it is weighted, until it is recomputed: then it is a third again;
     ///  - keeps its length if the tangent is weighted and weight locked;
-    ///  - is held to the limits above;
+    ///  - is held to a third of its segment's span in x, keeping its slope, if it is unweighted or of another type than
+    ///    Fixed and Flat; a vertical one is stored with the slope 5729577.948511148 (89.99999 degrees);
     ///  - turns a fixed tangent on the other side of a unified key to the same angle, with that tangent's own weight.
-    /// Each handle that changed is told to the owning curve's observers.
+    /// A tangent whose segment lacks a key keeps the handle that was set; only a vertical one loses its height when its
+    /// key moves, having no x to rise along. A handle that differs from the stored one by no more than 1e-07 in x and
+    /// in y is not stored (docs/editing.md: very small values). Each handle that changed is told to the owning curve's
+    /// observers.
     /// @{
 
     /// A handle never points across its key: a positive x of an in tangent, or a negative x of an out tangent, becomes

@@ -10,37 +10,26 @@
 namespace Test {
 
 using Names = std::vector<std::string>;
-
-// A kind that uses tangents.
-class Bent final : public Interpolator {
-public:
-    Bent() { setExpression("bent()"); }
-    double eval(double, const Segment&) const override { return 0.0; }
-    std::shared_ptr<Interpolator> clone() override { return std::make_shared<Bent>(); }
-    bool usesTangents() const override { return true; }
-};
+using Records = std::set<HitRecord, CompareRecord>;
 
 inline std::shared_ptr<Interpolator> bent() {
-    static const auto kind = std::make_shared<Bent>();
-    return kind;
+    return InterpolatorFactory::create("bezier()"); // uses tangents
 }
 inline std::shared_ptr<Interpolator> straight() {
     return InterpolatorFactory::create("linear()");
 }
 
 inline FCurve::iterator addKey(FCurve& curve, double x, double y, const std::shared_ptr<Interpolator>& interpolator) {
-    Keyframe key;
-    key.set(x, y);
-    return curve.insertSegment(key, interpolator);
+    return curve.insertSegment(*Keyframe::create(x, y), interpolator);
 }
 
-// Keys at x = 0, 1, 2... with y = x; the leading segment gets the interpolator, too.
+// Keys at x = 10, 11, 12... with y = 0, 1, 2...; the leading segment gets the interpolator, too.
 inline std::shared_ptr<FCurve> makeCurve(const char* name, int keys,
                                          const std::shared_ptr<Interpolator>& interpolator) {
     auto curve = FCurve::create();
     curve->setName(name);
     curve->begin()->setInterpolator(interpolator);
-    for (int i = 0; i < keys; ++i) addKey(*curve, i, i, interpolator);
+    for (int i = 0; i < keys; ++i) addKey(*curve, 10 + i, i, interpolator);
     return curve;
 }
 
@@ -57,6 +46,26 @@ inline Keyframe& keyOf(FCurve& curve, int i) {
     return *segmentOf(curve, i).getRightKey();
 }
 
+// What the walk over a curve shows, or all its parts in that order, found without an iterator over records.
+inline std::vector<HitRecord> partsOf(FCurve& curve, bool all) {
+    std::vector<HitRecord> parts{HitRecord(curve.getShared())};
+    for (Segment& segment : curve) {
+        const auto kind = segment.getInterpolator();
+        const bool bends = kind && kind->usesTangents();
+        parts.emplace_back(segment.getShared());
+        if (all || (bends && segment.getLeftKey())) parts.emplace_back(segment.getOutTangent(), true);
+        if (all || (bends && segment.getRightKey())) parts.emplace_back(segment.getInTangent(), true);
+        if (segment.getRightKey()) parts.emplace_back(segment.getRightKey());
+    }
+    return parts;
+}
+inline std::vector<HitRecord> partsOf(FCurveContainer& container, bool all) {
+    std::vector<HitRecord> parts;
+    for (FCurve& curve : container)
+        for (HitRecord& part : partsOf(curve, all)) parts.push_back(std::move(part));
+    return parts;
+}
+
 inline std::string nameOf(const ConstHitRecord& record) {
     if (record.getType() == ConstHitRecord::NONE) return "none";
     const std::shared_ptr<const FCurve> curve = record.getCurve();
@@ -64,15 +73,13 @@ inline std::string nameOf(const ConstHitRecord& record) {
     if (record.getType() == ConstHitRecord::CURVE) return curve->getName();
     int i = 0;
     for (const Segment& segment : *curve) {
-        const std::string number = std::to_string(i);
-        const std::string previous = std::to_string(i - 1);
-        if (record.getSegment().get() == &segment) return curve->getName() + (".segment" + number);
-        if (record.getKeyframe() && record.getKeyframe() == segment.getRightKey())
-            return curve->getName() + (".key" + number);
-        if (record.getTangent() && record.getTangent() == segment.getInTangent())
-            return curve->getName() + (".in" + number);
-        if (record.getTangent() && record.getTangent() == segment.getOutTangent())
-            return curve->getName() + (".out" + previous);
+        const auto name = [&](const char* kind, int number) {
+            return curve->getName() + (kind + std::to_string(number));
+        };
+        if (record.getSegment().get() == &segment) return name(".segment", i);
+        if (record.getKeyframe() && record.getKeyframe() == segment.getRightKey()) return name(".key", i);
+        if (record.getTangent() && record.getTangent() == segment.getInTangent()) return name(".in", i);
+        if (record.getTangent() && record.getTangent() == segment.getOutTangent()) return name(".out", i - 1);
         ++i;
     }
     return "lost";
@@ -85,13 +92,6 @@ Names namesOf(Range&& range) {
     return names;
 }
 
-template<class Iterator>
-Names namesOf(Iterator first, Iterator last) {
-    Names names;
-    for (; first != last; ++first) names.push_back(nameOf(*first));
-    return names;
-}
-
 // What an observer hears, as short texts: "+a.key0", "-a.key0", "cleared".
 class SelectionRecorder : public SelectionObserver {
 public:
@@ -99,11 +99,7 @@ public:
     void deselected(const HitRecord& part) override { heard.push_back("-" + nameOf(part)); }
     void selectionCleared() override { heard.push_back("cleared"); }
 
-    Names take() {
-        Names taken;
-        taken.swap(heard);
-        return taken;
-    }
+    Names take() { return std::exchange(heard, {}); }
 
     Names heard;
 };

@@ -20,7 +20,7 @@ inline std::string f64(double number) {
     return u32(bits & 0xFFFFFFFFU) + u32(bits >> 32U);
 }
 
-/// A text behind its length.
+/// A text after its length.
 inline std::string sized(const std::string& text) {
     return u32(text.size()) + text;
 }

@@ -21,12 +21,8 @@ inline namespace v19 {
 /// "1"; among tangents, those that their segment's interpolator uses.
 ///
 /// Answers are kept, and kept true by observing the selection, the container and its curves: whoever changes a part, by
-/// whichever Selection or property, is noticed. Asking again without a change costs nothing. After a change of single
-/// parts the next question costs O(log n) per part; a curve that changed as a whole (assignment, clear, swap,
-/// notifyChanged), or in many parts, is walked again, and no other curve is.
-///
-/// What nobody is told of cannot be noticed: see invalidate(). Asked from inside a notification, the answer may lack
-/// the very change that is being told, if this examiner's turn is yet to come.
+/// whichever Selection or property, is noticed. What nobody is told of cannot be: see invalidate(). Asked from inside a
+/// notification, the answer may lack the very change that is being told, if this examiner's turn is yet to come.
 ///
 /// The examiner keeps neither selection, container, curves nor parts alive; all of them may be destroyed before or
 /// after it. When the container is gone, nothing is selected. Not for several threads at a time.
@@ -80,6 +76,10 @@ public:
     /// \name Ask
     /// The references stay valid as long as the examiner; what they refer to is brought up to date by the next
     /// question.
+    ///
+    /// Asking again without a change costs nothing. After a change of single parts the next question costs O(log n) per
+    /// part; a curve that changed as a whole (assignment, clear, swap, notifyChanged), or in many parts, is walked
+    /// again, and no other curve is.
     /// @{
     const Curves& getCurves();
     const Segments& getSegments();

@@ -117,42 +117,6 @@ TEST(FCurve, CopiesAreExactAndIndependent) {
     }
 }
 
-TEST(FCurve, AssignmentSwapAndClearTellOnceAndMoveTheParts) {
-    const auto a = CurveThrough({{0, 0}, {1, 1}});
-    const auto b = CurveThrough({{5, 5}});
-    a->setName("a");
-    b->setName("b");
-    Recorder hearsA, hearsB;
-    a->subscribe(hearsA);
-    b->subscribe(hearsB);
-    const auto key = KeyAt(*a, 0);
-    const auto position = a->findSegment(0);
-    a->swap(*b);
-    EXPECT_EQ(key->getOwningCurve(), b);
-    EXPECT_EQ(position->getOwningCurve(), b);
-    EXPECT_STREQ(b->getName(), "a");
-    EXPECT_EQ(Fault(*a) + Fault(*b), "");
-    EXPECT_THAT(hearsA.take(), ElementsAre("curve"));
-    EXPECT_THAT(hearsB.take(), ElementsAre("curve"));
-    a->swap(*a);
-    *a = *a;
-    EXPECT_THAT(hearsA.take(), IsEmpty());
-
-    *a = *b;
-    EXPECT_THAT(hearsA.take(), ElementsAre("curve"));
-    EXPECT_THAT(KeysOf(*a), ElementsAre(0, 1));
-    EXPECT_NE(KeyAt(*a, 0), key);
-    key->setY(9);
-    EXPECT_THAT(hearsA.take(), IsEmpty());
-    EXPECT_THAT(hearsB.take(), ElementsAre("key 0 moved"));
-
-    a->clear();
-    a->clear();
-    EXPECT_STREQ(a->getName(), "a");
-    EXPECT_EQ(a->size(), 1u);
-    EXPECT_THAT(hearsA.take(), ElementsAre("curve", "curve"));
-}
-
 TEST(FCurve, HandMadeSegmentsStayWithTheirCurveThroughASwap) {
     const auto a = CurveThrough({{0, 0}});
     auto b = FCurve::create();

@@ -53,39 +53,6 @@ TEST(Keyframe, IgnoresNonFiniteCoordinates) {
     EXPECT_EQ(free->get(), Vector2D<double>(1e12, -5));
 }
 
-TEST(Keyframe, TakesBreakdownKeysAlongInProportion) {
-    for (const double to : {25.0, 16.0}) {
-        const auto curve = CurveThrough({{0, 0}, {10, 1}, {15, 2}, {20, 3}, {25, 4}, {40, 5}});
-        for (const int i : {1, 2, 4}) KeyAt(*curve, i)->setBreakdown(true);
-        KeyAt(*curve, 3)->set(to, 3);
-        const double at = std::min(to, 25 - 0.001); // the next key, though a breakdown, is a neighbour
-        const double expected[] = {0, 10 * at / 20, 15 * at / 20, at, 40 - 15 * (40 - at) / 20, 40};
-        for (int i = 0; i < 6; ++i) EXPECT_NEAR(KeyAt(*curve, i)->getX(), expected[i], 1e-12) << i;
-        EXPECT_EQ(Fault(*curve), "");
-    }
-    // They may pass the moved key's old place.
-    const auto curve = CurveThrough({{0, 0}, {9, 0}, {10, 0}});
-    KeyAt(*curve, 1)->setBreakdown(true);
-    for (const double to : {100.0, 95.0}) {
-        KeyAt(*curve, 2)->set(to, 0);
-        EXPECT_NEAR(KeyAt(*curve, 1)->getX(), 0.9 * to, 1e-12);
-    }
-}
-
-TEST(Keyframe, BreakdownRunAtTheEndMovesByTheSameDistance) {
-    const auto curve = CurveThrough({{0, 0}, {10, 0}, {11, 0}, {13, 0}});
-    KeyAt(*curve, 2)->setBreakdown(true);
-    KeyAt(*curve, 3)->setBreakdown(true);
-    Recorder recorder;
-    curve->subscribe(recorder);
-    KeyAt(*curve, 1)->set(6, 0);
-    EXPECT_EQ(KeyAt(*curve, 2)->getX(), 7);
-    EXPECT_EQ(KeyAt(*curve, 3)->getX(), 9);
-    ASSERT_GE(recorder.heard.size(), 3u);
-    recorder.heard.resize(3);
-    EXPECT_THAT(recorder.heard, ElementsAre("key 1 moved", "key 2 moved", "key 3 moved"));
-}
-
 TEST(Keyframe, TellsOfTheKeyFirstAndThenOfTangentsFromLeftToRight) {
     const auto curve = CurveThrough({{0, 0}, {10, 0}, {20, 0}, {30, 0}});
     Recorder recorder;

@@ -388,7 +388,7 @@ private:
             curve.swap(*other->curve);
         };
         const auto assign = [&] {
-            const auto source = coin() ? FCurve::createCopy(anyOf()) : anyCurve();
+            const auto source = coin() ? anyOf().getShared() : anyCurve(); // itself, too
             naive = NaiveCurve(*source);
             curve = *source;
         };

@@ -2,12 +2,11 @@
 
 #include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/DisplayProperties.h"
-#include "FCurveLib/InterpolatorFactory.h"
-#include "FCurveLib/NumberInterp.h"
+#include "FCurveLib/Interpolator.h"
 #include "FCurveLib/Tolerance.h"
-#include "FCurveLib/UnknownExpression.h"
 #include "formats/Text.h"
 #include "formats/old/Grammar.h"
+#include "interp/Kinds.h"
 #include "model/Read.h"
 
 #include <algorithm>
@@ -22,6 +21,7 @@ inline namespace v19 {
 
 namespace TovConversion {
 
+using Private::Kind;
 using Private::Read;
 
 namespace {
@@ -104,10 +104,6 @@ private:
 
     void take(const Segment& segment) {
         if (losesSettings(segment)) lose(TovCurve::PropertyLoss);
-        std::string expression = "0";
-        const Interpolator* const interpolator = Read::interpolator(segment);
-        if (interpolator) InterpolatorFactory::getExpression(*interpolator, expression);
-
         const Keyframe* const left = Read::leftKey(segment);
         const Keyframe* const right = Read::rightKey(segment);
         if (right) {
@@ -116,13 +112,13 @@ private:
             m_before.push_back({});
         }
         if (left && right) {
-            m_spans.push_back(makeSpan(segment, interpolator, expression));
-        } else if (expression != "constant()") {
+            m_spans.push_back(makeSpan(segment, Read::interpolator(segment)));
+        } else if (Private::KindOf(segment).kind != Kind::Constant) {
             lose(TovCurve::UnsupportedExtensions);
         }
     }
 
-    Span makeSpan(const Segment& segment, const Interpolator* interpolator, const std::string& expression) {
+    Span makeSpan(const Segment& segment, const Interpolator* interpolator) {
         const Vector2D<double>& left = Read::leftKey(segment)->get();
         const Vector2D<double>& right = Read::rightKey(segment)->get();
         Span span;
@@ -131,22 +127,28 @@ private:
         span.out = Read::outTangent(segment)->get();
         span.in = Read::inTangent(segment)->get();
 
-        if (expression == "constant()") return span;
-        if (expression == "linear()") {
+        const Private::KindRow& kind = Private::KindOf(interpolator);
+        if (kind.kind == Kind::Constant) return span;
+        if (kind.kind == Kind::Linear) {
             span.interp = TovKey::Linear;
             return span;
         }
-        if (const auto* const bezier = dynamic_cast<const BezierInterpBase*>(interpolator)) {
-            if (makeBezier(segment, *bezier, expression == "bezier()", span)) return span;
+        if (kind.isBezier()) {
+            const auto& bezier = static_cast<const BezierInterpBase&>(*interpolator);
+            if (makeBezier(segment, bezier, kind.kind == Kind::Bezier, span)) return span;
         }
 
         lose(TovCurve::UnsupportedInterpolation);
-        if (!interpolator || dynamic_cast<const NumberInterp*>(interpolator)
-            || dynamic_cast<const UnknownExpression*>(interpolator)) {
+        switch (kind.shape) {
+        case Private::Shape::Number:
             span.startY = interpolator ? interpolator->eval(left.x, segment) : 0.0;
-        } else if (expression == "constant_next()") {
+            break;
+        case Private::Shape::LeftValue:
+            break;
+        case Private::Shape::RightValue:
             span.startY = right.y;
-        } else if (expression != "cycle()" && expression != "cycle_offset()" && expression != "mirror()") {
+            break;
+        default:
             followFormula(segment, *interpolator, span);
         }
         return span;

@@ -17,17 +17,8 @@ inline namespace v19 {
 /// Builds one curve from the calls of a FormatInterface.
 ///
 /// The curve becomes what the calls say, to the last bit: handles are kept as given, whatever the tangent types would
-/// compute. A tangent whose handle is not given gets the one that its type computes. Calls that no document of the
-/// stated order would make lead to the nearest sensible curve, and never fail:
-///  - Non-finite positions and handles and unknown tangent types are ignored; a handle that points across its key is
-///    cut to x = 0.
-///  - A key that does not come after all the others is inserted where it belongs (FCurve::insertSegment, which
-///    recomputes the handles next to it). One at exactly the x of another is dropped; its segment takes the place of
-///    the other's.
-///  - A key before the first segment leaves the curve's leading segment as it is. A key that no segment follows gets a
-///    "constant()" one.
-///  - A segment without a key of its own replaces the interpolator of the one before it.
-///  - Calls without a curve, a segment or a tangent to speak of have no effect.
+/// compute. A tangent whose handle is not given gets the one that its type computes. Calls that make no document lead
+/// to the nearest sensible curve, and never fail: docs/formats/README.md tells what becomes of which.
 ///
 /// The curve's name and properties are set through its setters and told to its observers. Keys, segments and tangents
 /// are built silently; whoever builds a curve that is observed calls FCurve::notifyChanged() afterwards.

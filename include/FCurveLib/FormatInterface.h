@@ -8,29 +8,10 @@ inline namespace v19 {
 /// What a file says, as a sequence of calls: readers make them, writers are them, FCurveFormatInterface turns them into
 /// a curve. Neither readers nor writers know curves.
 ///
-/// The order of the calls is that of the document:
-///
-///     [ startCurveContainer  containerProperty* ]
-///         startCurve
-///             curveVisible curveLocked curveShowVelocity curveShowAcceleration curveShowDiscontinuities
-///             [ curveGrid ] curveTangentScale curveProperty*
-///             startSegmentContainer
-///                 SEGMENT ( KEYFRAME SEGMENT )*
-///             finishSegmentContainer
-///         finishCurve
-///     [ finishCurveContainer ]
-///
-///     SEGMENT   startSegment  segmentProperty*
-///                   startOutTangent  TANGENT  finishOutTangent       (leaves the segment's left key)
-///                   startInTangent   TANGENT  finishInTangent        (arrives at its right key)
-///               finishSegment
-///     TANGENT   tangentType tangentWeighted tangentWeightLocked tangentVector tangentProperty*
-///     KEYFRAME  startKeyframe  keyframePosition keyframeLocked keyframeBreakdown keyframeTangentsUnified
-///               keyframeProperty*  finishKeyframe
-///
-/// The first segment lies before the first key, the last one after the last key. Readers may leave out what their
-/// format does not say: flags, tangents, properties. The library's writers accept such sequences too, and the calls
-/// within a part in any order; they refuse everything else that the order above does not have.
+/// The order of the calls is that of the document: container, curves, and within each curve segment, key, segment, ...,
+/// segment. docs/formats/README.md has it as a grammar. Readers may leave out what their format does not say: flags,
+/// tangents, properties. The library's writers take such sequences too, and the calls within a part in any order; they
+/// refuse all others.
 ///
 /// Texts are valid during the call only and never null. Editor properties (names with "fc_") that have a call of their
 /// own travel by that call.

@@ -82,28 +82,10 @@ public:
 
     /// Converts a curve. Without any loss flag the text, written with 17 digits, reads back as an equal curve.
     ///
-    /// **Spans.** "constant()", "linear()" and "bezier()" stay what they are. The other Bezier shapes (ease, spline,
-    /// match) become the Bezier curve that they are: SynthesizedBezier. All else is UnsupportedInterpolation: what
-    /// holds one value (a number, "constant_next()", an unknown expression, a cycle between two keys) becomes a
-    /// constant span of that value; a formula the Bezier curve with its values and slopes at both keys
-    /// (SynthesizedBezier too), or a straight line where these are not finite.
-    ///
-    /// **Ends.** What is not "constant()" before the first or after the last key becomes so: UnsupportedExtensions.
-    ///
-    /// **Tangents.** Handles are taken as they are. Those of a Bezier segment that reach too far for x to rise all the
-    /// way are shortened as evaluation shortens them: ShiftedTangents.
-    ///
-    /// **Keys.** Where a span does not begin with the value of its key, the key takes the span's value
-    /// (ShiftedKeyframes) if the span before is constant and so may end in a step. Otherwise there is a step that the
-    /// older system has no means for: HealedDiscontinuities. It becomes a straight span of 0.001 frames (or half of the
-    /// span before, if that is shorter) before the key, with a key of its own; a Bezier span before gives way, its
-    /// handles shortened in proportion (ShiftedTangents).
-    ///
-    /// **PropertyLoss** is all else that files hold and the older system does not: properties, display settings,
-    /// tangent types other than Fixed, weight locks, unified and breakdown keys, a weighted handle that reaches a third
-    /// of its span or an unweighted one that does not, a name that contains a quotation mark followed by the word
-    /// "extensions". Selection and other editor state that no file holds does not count, nor do the two tangents that
-    /// stand at no key.
+    /// The losses are UnsupportedInterpolation (of spans that are neither constant, straight nor Bezier curves),
+    /// UnsupportedExtensions (ends that are not constant), SynthesizedBezier, ShiftedKeyframes, ShiftedTangents,
+    /// HealedDiscontinuities (steps that become steep spans), and PropertyLoss for all else that files hold.
+    /// docs/formats/tov_fcurve.md tells what becomes of each.
     ///
     /// Locked keys stay locked. Linear in the number of keys. Implicit, so that a curve goes where one of the older
     /// system is asked for.

@@ -15,22 +15,22 @@ inline namespace v19 {
 namespace {
 
 template<class Part>
-bool isSet(const Part& part, const char* key) {
+bool IsSet(const Part& part, const char* key) {
     return *part.getProperty(key) != '\0';
 }
 
 template<class Part>
-void setFlag(Part& part, const char* key, bool on) {
+void SetFlag(Part& part, const char* key, bool on) {
     part.setProperty(key, on ? "1" : "");
 }
 
-std::istringstream reading(const char* text) {
+std::istringstream Reading(const char* text) {
     std::istringstream in(text);
     in.imbue(std::locale::classic());
     return in;
 }
 
-std::ostringstream writing() {
+std::ostringstream Writing() {
     std::ostringstream out;
     out.imbue(std::locale::classic());
     return out;
@@ -39,47 +39,47 @@ std::ostringstream writing() {
 } // namespace
 
 bool IsVisible(const FCurve& curve) {
-    return !isSet(curve, "fc_vis");
+    return !IsSet(curve, "fc_vis");
 }
 void SetVisible(FCurve& curve, bool visible) {
-    setFlag(curve, "fc_vis", !visible);
+    SetFlag(curve, "fc_vis", !visible);
 }
 bool IsEditable(const FCurve& curve) {
-    return !isSet(curve, "fc_edit");
+    return !IsSet(curve, "fc_edit");
 }
 void SetEditable(FCurve& curve, bool editable) {
-    setFlag(curve, "fc_edit", !editable);
+    SetFlag(curve, "fc_edit", !editable);
 }
 bool IsLocked(const FCurve& curve) {
-    return isSet(curve, "fc_lock");
+    return IsSet(curve, "fc_lock");
 }
 void SetLocked(FCurve& curve, bool locked) {
-    setFlag(curve, "fc_lock", locked);
+    SetFlag(curve, "fc_lock", locked);
 }
 void SetLocked(Keyframe& key, bool locked) {
-    setFlag(key, "fc_lock", locked);
+    SetFlag(key, "fc_lock", locked);
 }
 bool IsVelocityVisible(const FCurve& curve) {
-    return isSet(curve, "fc_vel");
+    return IsSet(curve, "fc_vel");
 }
 void SetVelocityVisible(FCurve& curve, bool visible) {
-    setFlag(curve, "fc_vel", visible);
+    SetFlag(curve, "fc_vel", visible);
 }
 bool IsAccelerationVisible(const FCurve& curve) {
-    return isSet(curve, "fc_acc");
+    return IsSet(curve, "fc_acc");
 }
 void SetAccelerationVisible(FCurve& curve, bool visible) {
-    setFlag(curve, "fc_acc", visible);
+    SetFlag(curve, "fc_acc", visible);
 }
 bool IsDiscontinuityVisible(const FCurve& curve) {
-    return isSet(curve, "fc_disc");
+    return IsSet(curve, "fc_disc");
 }
 void SetDiscontinuityVisible(FCurve& curve, bool visible) {
-    setFlag(curve, "fc_disc", visible);
+    SetFlag(curve, "fc_disc", visible);
 }
 
 bool HasGridSettings(const FCurve& curve) {
-    return isSet(curve, "fc_grid");
+    return IsSet(curve, "fc_grid");
 }
 
 void SetGridSettings(FCurve& curve, const Rectangle<double>& grid) {
@@ -90,13 +90,13 @@ void SetGridSettings(FCurve& curve, const Rectangle<double>& grid) {
     for (double number : {grid.x, grid.y, grid.width, grid.height}) {
         if (!std::isfinite(number)) return;
     }
-    std::ostringstream out = writing();
+    std::ostringstream out = Writing();
     out << grid.x << ' ' << grid.y << ' ' << grid.width << ' ' << grid.height;
     curve.setProperty("fc_grid", out.str().c_str());
 }
 
 void GetGridSettings(const FCurve& curve, Rectangle<double>& grid) {
-    std::istringstream in = reading(curve.getProperty("fc_grid"));
+    std::istringstream in = Reading(curve.getProperty("fc_grid"));
     float x = 0.0F;
     float y = 0.0F;
     float width = 0.0F;
@@ -110,8 +110,8 @@ void RemoveGridSettings(FCurve& curve) {
 }
 
 double GetTangentScale(const FCurve& curve) {
-    if (!isSet(curve, "fc_scal")) return 1.0;
-    std::istringstream in = reading(curve.getProperty("fc_scal"));
+    if (!IsSet(curve, "fc_scal")) return 1.0;
+    std::istringstream in = Reading(curve.getProperty("fc_scal"));
     double scale = 0.0;
     in >> scale;
     return scale;
@@ -123,7 +123,7 @@ void SetTangentScale(FCurve& curve, double scale) {
         return;
     }
     if (!std::isfinite(scale)) return;
-    std::ostringstream out = writing();
+    std::ostringstream out = Writing();
     out << scale;
     curve.setProperty("fc_scal", out.str().c_str());
 }

@@ -23,8 +23,8 @@ void AppendNumber(std::string& text, double number) {
 // TokenKind::End for ever.
 class TokenReader {
 public:
-    TokenReader(const std::vector<Token>& tokens, std::size_t begin, std::size_t end)
-        : m_tokens(tokens), m_at(begin), m_end(end) {}
+    TokenReader(const std::vector<Token>& tokens, std::size_t start, std::size_t end)
+        : m_tokens(tokens), m_at(start), m_end(end) {}
 
     std::size_t at() const noexcept { return m_at; }
     void moveTo(std::size_t at) noexcept { m_at = at; }
@@ -43,13 +43,13 @@ public:
         return true;
     }
     bool takeSigned(double& number) noexcept {
-        const std::size_t begin = m_at;
+        const std::size_t start = m_at;
         const bool negative = take(TokenKind::Minus);
         if (takeNumber(number)) {
             if (negative) number = -number;
             return true;
         }
-        m_at = begin;
+        m_at = start;
         return false;
     }
 
@@ -91,7 +91,7 @@ struct Unmapped {
 
 // (a - n), (a + n), (n - a)
 bool TakeMoved(TokenReader& reader, Unmapped& found) {
-    const std::size_t begin = reader.at();
+    const std::size_t start = reader.at();
     double number = 0.0;
     if (reader.take(TokenKind::Open)) {
         if (TakeAtom(reader, found.atom)) {
@@ -107,7 +107,7 @@ bool TakeMoved(TokenReader& reader, Unmapped& found) {
             return true;
         }
     }
-    reader.moveTo(begin);
+    reader.moveTo(start);
     return false;
 }
 
@@ -118,7 +118,7 @@ bool TakeUnmapped(TokenReader& reader, Unmapped& found) {
         return true;
     }
     if (TakeMoved(reader, found)) return true;
-    const std::size_t begin = reader.at();
+    const std::size_t start = reader.at();
     double scale = 0.0;
     if (reader.take(TokenKind::Open)) {
         found.map = {};
@@ -128,7 +128,7 @@ bool TakeUnmapped(TokenReader& reader, Unmapped& found) {
             return true;
         }
     }
-    reader.moveTo(begin);
+    reader.moveTo(start);
     return false;
 }
 
@@ -174,7 +174,7 @@ std::size_t AfterParentheses(TokenReader reader) {
 
 // Finds what AppendMapped writes around a formula: the map, and the tokens of the formula without its parentheses.
 // The identity and all tokens, where there is no such map.
-AffineMap FindMap(const std::vector<Token>& tokens, std::size_t& begin, std::size_t& end) {
+AffineMap FindMap(const std::vector<Token>& tokens, std::size_t& start, std::size_t& end) {
     TokenReader reader(tokens, 0, tokens.size());
     AffineMap map;
     double number = 0.0;
@@ -198,7 +198,7 @@ AffineMap FindMap(const std::vector<Token>& tokens, std::size_t& begin, std::siz
         if (reader.at() != after) map.offset = minus ? -number : number;
     }
     if (reader.kind() != TokenKind::End || map.isIdentity()) return {};
-    begin = open + 1;
+    start = open + 1;
     end = after - 1;
     return map;
 }
@@ -241,14 +241,14 @@ std::string FormulaImage(std::string_view formula, const AffineMap& x, const Aff
         tokens.push_back(token);
     }
 
-    std::size_t begin = 0;
+    std::size_t start = 0;
     std::size_t end = tokens.size();
-    const AffineMap value = Combine(FindMap(tokens, begin, end), y);
+    const AffineMap value = Combine(FindMap(tokens, start, end), y);
 
     // Everything else, white space included, stays as it was written.
     std::string inner;
-    std::size_t written = begin < end ? tokens[begin].begin : 0;
-    TokenReader reader(tokens, begin, end);
+    std::size_t written = start < end ? tokens[start].begin : 0;
+    TokenReader reader(tokens, start, end);
     while (reader.kind() != TokenKind::End) {
         const std::size_t at = reader.at();
         Unmapped found;
@@ -256,7 +256,7 @@ std::string FormulaImage(std::string_view formula, const AffineMap& x, const Aff
             inner += formula.substr(written, tokens[at].begin - written);
             found.map = Combine(found.map, found.atom.readsCurve ? y : x);
             // After a name, "(x-5)" is the argument of a call, and its parentheses must stay.
-            AppendUnmapped(inner, found, at > begin && tokens[at - 1].kind == TokenKind::Name);
+            AppendUnmapped(inner, found, at > start && tokens[at - 1].kind == TokenKind::Name);
         } else {
             inner += formula.substr(written, tokens[at].end - written);
             reader.moveTo(at + 1);

@@ -17,7 +17,7 @@ struct AffineMap {
 };
 
 // The formula that has the value y(v) at x(a) where the given one has v at a. Functions that read the curve, like
-// cycle(), are taken to read the mapped curve. Empty for a text that is no sequence of tokens. Precondition: neither
+// cycle(), are taken to read the mapped curve. Empty for a text that is not a sequence of tokens. Precondition: neither
 // scale is 0.
 //
 // Maps that an earlier image wrote are recognised and combined with the new ones, so that texts do not grow, and an

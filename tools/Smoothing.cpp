@@ -28,7 +28,7 @@ double Weight(SmoothFilter filter, double k, double width) noexcept {
     case SMOOTH_GAUSSIAN:
         return std::exp(-2.0 * k * k / ((width + 1.0) * (width + 1.0)));
     case SMOOTH_SAVITZKY_GOLAY:
-        return width > 0.0 ? 3.0 * width * width + 3.0 * width - 1.0 - 5.0 * k * k : 1.0;
+        return 3.0 * width * width + 3.0 * width - 1.0 - 5.0 * k * k;
     }
     return 0.0;
 }

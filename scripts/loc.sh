@@ -11,7 +11,7 @@ count() { # FOLDER...: lines in the C++ files that git knows below these folders
         END { print lines + 0 }'
 }
 
-code=$(count include model interp io formats selection tools apps examples scripts)
+code=$(count include model interp io formats selection tools draw apps examples scripts)
 tests=$(count tests)
 others=$(count bench fuzz)
 printf 'code            %7d  (library, apps, examples, scripts)\n' "$code"

@@ -34,6 +34,11 @@ draw ends "Outside the keys" ends.fcrvx --range -35:61
 draw parts "A curve and its parts" ends.fcrvx --curve continued --parts --range -9:35 --values 2.5:14.5 --size 800x360
 
 # The other pictures have their curves beside them.
+own() { # NAME FILE [OPTION]...
+    local name=$1 file=$2
+    shift 2
+    "$tool" plot "docs/pictures/$file" --title "${name//_/ }" -o "$pictures/$name.svg" "$@"
+}
 for file in docs/pictures/*.fcrvx; do
     name=$(basename "$file" .fcrvx)
     more=()
@@ -42,5 +47,19 @@ for file in docs/pictures/*.fcrvx; do
         *) range=-4:28 ;;
     esac
     [ "$name" != selection ] || more=(--select height:1-2 --select turn)
-    "$tool" plot "$file" -o "$pictures/$name.svg" --size 720x270 --range=$range --title "${name//_/ }" "${more[@]}"
+    own "$name" "$name.fcrvx" --size 720x270 --range=$range "${more[@]}" 2>/dev/null # of an unknown expression
+done
+own rig rig.fcrvt
+own poles poles.fcrvt --velocity
+own marks marks.fcrvt --size 720x320 2>/dev/null # of the unknown expression
+
+# More keys than pixels, from whole numbers so that every machine makes the same.
+awk 'BEGIN { for (i = 1; i <= 5000; i++) printf "%d %.3f\n", i, (i * 7919 % 1009 - 504) * (2500 - (i - 2500) ^ 2 / 2500) / 1e6 }' |
+    "$tool" plot - --velocity --title "5 000 keys" -o "$pictures/dense.svg"
+
+# Edits, before and after.
+"$tool" bake "$data/ball.fcrvx" - --to xml --step 4 --curve height --plot "$pictures/bake.svg" >/dev/null
+for filter in box triangle gaussian savitzky-golay; do
+    "$tool" smooth docs/pictures/noisy.chan - --to xml --filter $filter --width 4 \
+        --plot "$pictures/smoothing_${filter//-/_}.svg" >/dev/null
 done

@@ -65,5 +65,10 @@ void BakeInterior(FCurve& curve, double step) {
     });
 }
 
+void BakeSamples(FCurve& curve, std::vector<Vector2D<double>> samples) {
+    Private::QuietEdit(curve,
+                       [&] { return Private::ReplaceBySamples(curve, std::move(samples), Private::Borders::Keep); });
+}
+
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -1,6 +1,9 @@
 #include "Commands.h"
+#include "EditCommand.h"
 #include "Input.h"
+#include "Output.h"
 #include "Progress.h"
+#include "Warnings.h"
 #include "WriteDocument.h"
 
 #include <CLI/CLI.hpp>
@@ -13,14 +16,24 @@ struct ConvertOptions {
     InputOptions input;
     std::string file;
     std::string output;
+    bool isInPlace = false;
     std::string format;
 };
 
 void convert(const ConvertOptions& options) {
-    const std::string format = chooseFormat(options.format, options.output);
-    const Document document = readDocument(options.file, options.input.format);
-    const Progress progress("converting");
-    writeDocument(*document.curves, format, options.output, document.name);
+    const std::string output = chooseOutput(options.file, options.output, options.isInPlace);
+    const std::string format = chooseFormat(options.format, output);
+    const Document document = readDocument(options.file, options.input);
+    Warnings warnings(options.input.isStrict);
+    std::string bytes;
+    {
+        const Progress progress("converting");
+        bytes = formatDocument(*document.curves, format, document.name, warnings);
+    }
+    warnings.settle();
+    Output file(output);
+    file.write(bytes);
+    file.finish();
 }
 
 } // namespace
@@ -29,10 +42,11 @@ void addConvert(CLI::App& app) {
     CLI::App* command = app.add_subcommand("convert", "Write the curves of a file in another format");
     auto options = std::make_shared<ConvertOptions>();
     command->add_option("FILE", options->file, "File to read")->required()->type_name("");
-    command->add_option("OUTPUT", options->output, "File to write, - for standard output")->required()->type_name("");
+    command->add_option("OUTPUT", options->output, "File to write, - for standard output")->type_name("");
+    command->add_flag("--in-place", options->isInPlace, "Write to FILE instead of an OUTPUT");
     command->add_option("--to", options->format, "Format to write (default: by the output's extension)")
         ->type_name("NAME");
-    addFormatOption(*command, options->input);
+    addReadOptions(*command, options->input);
     command->callback([options] { convert(*options); });
 }
 

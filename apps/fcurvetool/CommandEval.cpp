@@ -6,6 +6,7 @@
 #include "Output.h"
 #include "Table.h"
 #include "Text.h"
+#include "Warnings.h"
 
 #include <CLI/CLI.hpp>
 
@@ -35,6 +36,9 @@ void evaluate(EvalOptions& options) {
     if (rows > kMostRows) throw UsageError("more than 100000 frames; `sample` writes as many as you like");
     options.input.files = {options.file};
     const std::vector<NamedCurve> curves = readCurves(options.input);
+    Warnings warnings(options.input.isStrict);
+    warnings.addUnknownExpressions(curves);
+    warnings.settle();
 
     Table table;
     table.addColumn("frame", Table::Align::Right);
@@ -65,7 +69,7 @@ void addEval(CLI::App& app) {
         ->type_name("");
     addCurveOption(*command, options->input);
     addColumnOptions(*command, options->columns);
-    addFormatOption(*command, options->input);
+    addReadOptions(*command, options->input);
     command->footer("Numbers are written so that they read back exactly. Derivatives at a key are those to its right.");
     command->callback([options] { evaluate(*options); });
 }

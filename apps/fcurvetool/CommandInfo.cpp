@@ -1,9 +1,10 @@
 #include "Commands.h"
+#include "Failure.h"
 #include "Input.h"
 #include "Output.h"
 #include "Table.h"
 #include "Text.h"
-#include "Trace.h"
+#include "Warnings.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveLib/BezierInterpBase.h>
@@ -12,7 +13,10 @@
 #include <FCurveLib/Keyframe.h>
 #include <FCurveLib/Segment.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <map>
 
 namespace fcurvetool {
@@ -28,12 +32,24 @@ std::string expressionOf(const Segment& segment) {
     return interpolator ? shorten(toPrintable(interpolator->getExpression()), kLongestExpression) : "none";
 }
 
+struct Extent {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -std::numeric_limits<double>::infinity();
+
+    bool empty() const { return !(low <= high); }
+    void include(double value) {
+        if (!std::isfinite(value)) return;
+        low = std::min(low, value);
+        high = std::max(high, value);
+    }
+};
+
 /// Lowest and highest value between the curve's keys.
 Extent findExtent(const FCurve& curve) {
     // Kinds without a closed form of their extents look at every tenth frame, which takes as long as the segment is.
     constexpr double kLongSegment = 1e5;
     constexpr int kLooks = 10000;
-    Extent extent = kNoExtent;
+    Extent extent;
     for (const Segment& segment : curve) {
         const auto left = segment.getLeftKey();
         const auto right = segment.getRightKey();
@@ -120,18 +136,29 @@ void addInfo(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Describe the curves in files");
     auto options = std::make_shared<InputOptions>();
     command->add_option("FILE", options->files, "Files to describe")->required()->type_name("");
-    addFormatOption(*command, *options);
+    addReadOptions(*command, *options);
     command->footer(
         "For each curve: its number and name; how many keys; frames of the first and the last one; lowest\n"
         "and highest value between them; interpolators before the first key, after the last key and between\n"
         "the keys, these with the number of segments.");
     command->callback([options] {
         Output output("-");
-        for (std::size_t i = 0; i < options->files.size(); ++i) {
-            if (i > 0) output.write("\n");
-            describe(readDocument(options->files[i], options->format), output);
+        Warnings warnings(options->isStrict);
+        std::size_t described = 0;
+        std::string failures;
+        for (const std::string& file : options->files) {
+            try {
+                const Document document = readDocument(file, *options);
+                warnings.addUnknownExpressions(chooseCurves({document}, *options));
+                warnings.settle();
+                if (described++ > 0) output.write("\n");
+                describe(document, output);
+            } catch (const Failure& failure) { // the other files are described all the same
+                failures += (failures.empty() ? "" : "\nfcurvetool: ") + std::string(failure.what());
+            }
         }
         output.finish();
+        if (!failures.empty()) throw Failure(failures);
     });
 }
 

@@ -1,12 +1,13 @@
 #include "Commands.h"
 #include "EditCommand.h"
-#include "Failure.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveLib/InsertBezierKeyframe.h>
 #include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Segment.h>
 
+#include <cmath>
 #include <vector>
 
 namespace fcurvetool {
@@ -20,19 +21,29 @@ struct InsertOptions {
     std::vector<double> frames;
 };
 
+bool hasKeyNear(const FCurve& curve, double frame) {
+    const auto segment = curve.findSegment(frame);
+    const auto isNear = [frame](const Keyframe* key) {
+        return key && std::fabs(key->getX() - frame) < Keyframe::getMinSeparation();
+    };
+    return isNear(segment->getLeftKey().get()) || isNear(segment->getRightKey().get());
+}
+
 std::string insertKeys(FCurve& curve, const std::vector<double>& frames) {
-    std::string warning;
+    std::string warnings;
+    const auto warn = [&warnings](const std::string& text) { warnings += (warnings.empty() ? "" : "; ") + text; };
     for (const double frame : frames) {
         const KeyframeInsertion preview = PreviewBezierKeyframe(curve, frame);
-        if (preview.outcome == KeyframeInsertion::Refused)
-            throw Failure("no key can stand at frame " + toText(frame) + ": another one is nearer than "
-                          + toText(Keyframe::getMinSeparation()) + " frames, or the curve has no value there");
+        if (preview.outcome == KeyframeInsertion::Refused) {
+            warn("no key inserted at frame " + toText(frame) + ", where "
+                 + (hasKeyNear(curve, frame) ? "one stands already" : "the curve has no finite value"));
+            continue;
+        }
         if (preview.outcome == KeyframeInsertion::ChangesShape)
-            warning += (warning.empty() ? "" : "; ") + ("the key at frame " + toText(frame))
-                       + " changes the curve by up to " + toBriefText(preview.error);
+            warn("the key at frame " + toText(frame) + " changes the curve by up to " + toBriefText(preview.error));
         InsertBezierKeyframe(curve, frame);
     }
-    return warning;
+    return warnings;
 }
 
 void insert(const InsertOptions& options) {

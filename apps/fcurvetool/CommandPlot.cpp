@@ -1,24 +1,28 @@
 #include "Commands.h"
 #include "Failure.h"
+#include "FrameRange.h"
 #include "Input.h"
-#include "Marking.h"
-#include "Output.h"
-#include "Plot.h"
+#include "Picture.h"
 #include "Progress.h"
+#include "SelectOption.h"
 #include "Text.h"
+#include "Warnings.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveLib/DisplayProperties.h>
+#include <FCurveLib/DrawCurves.h>
 
 #include <algorithm>
 
 namespace fcurvetool {
 
+using namespace VEM_FN::FCurveLib;
+
 namespace {
 
 struct PlotCommandOptions {
     InputOptions input;
-    PlotOptions plot;
+    DrawOptions plot;
     std::string size;
     std::string frames;
     std::string values;
@@ -26,7 +30,7 @@ struct PlotCommandOptions {
     std::string output = "-";
 };
 
-void parseSize(const std::string& text, PlotOptions& plot) {
+void parseSize(const std::string& text, DrawOptions& plot) {
     constexpr double kSmallest = 100.0;
     constexpr double kLargest = 20000.0;
     const std::size_t cross = text.find('x');
@@ -39,22 +43,30 @@ void parseSize(const std::string& text, PlotOptions& plot) {
     plot.height = *height;
 }
 
-Marks parseMarks(const std::string& text, const std::string& option) {
-    if (text == "on") return Marks::On;
-    if (text == "off") return Marks::Off;
-    if (text == "auto") return Marks::Auto;
-    throw UsageError(option + ": \"" + toPrintable(text) + "\" is none of on, off, auto");
+DrawOptions::Marks parseMarks(const std::string& text, const std::string& option) {
+    if (text == "on") return DrawOptions::On;
+    if (text == "off") return DrawOptions::Off;
+    if (text == "auto") return DrawOptions::Auto;
+    throw UsageError(option + ": \"" + toPrintable(text) + "\" is not on, off or auto");
+}
+
+DrawOptions::Interval toDrawn(const Interval& interval) {
+    return {interval.low, interval.high};
 }
 
 void plot(PlotCommandOptions& options) {
     if (!options.size.empty()) parseSize(options.size, options.plot);
-    if (!options.frames.empty()) options.plot.frames = parseInterval(options.frames, "--range");
-    if (!options.values.empty()) options.plot.values = parseInterval(options.values, "--values");
+    if (!options.frames.empty()) options.plot.frames = toDrawn(parseInterval(options.frames, "--range"));
+    if (!options.values.empty()) options.plot.values = toDrawn(parseInterval(options.values, "--values"));
+    checkPicture(options.output, options.input.files);
     std::vector<NamedCurve> curves = readCurves(options.input);
     if (options.input.curves.empty()) {
-        const auto isHidden = [](const NamedCurve& named) { return !VEM_FN::FCurveLib::IsVisible(*named.curve); };
+        const auto isHidden = [](const NamedCurve& named) { return !IsVisible(*named.curve); };
         curves.erase(std::remove_if(curves.begin(), curves.end(), isHidden), curves.end());
     }
+    Warnings warnings(options.input.isStrict);
+    warnings.addUnknownExpressions(curves);
+    warnings.settle();
     options.plot.selection = !options.selected.empty();
     if (options.plot.selection) selectParts(curves, options.selected);
     if (options.plot.title.empty()) {
@@ -64,26 +76,27 @@ void plot(PlotCommandOptions& options) {
     std::string picture;
     {
         const Progress progress("drawing");
-        picture = drawPlot(curves, options.plot);
+        std::vector<DrawnCurve> drawn;
+        for (const NamedCurve& named : curves) drawn.push_back({named.curve, named.name});
+        picture = drawPicture(drawn, options.plot);
     }
-    Output output(options.output);
-    output.write(picture);
-    output.finish();
+    writePicture(picture, options.output);
 }
 
 } // namespace
 
 void addPlot(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("plot", "Draw curves as an SVG picture");
+    CLI::App* command = app.add_subcommand("plot", "Draw curves as a picture");
     auto options = std::make_shared<PlotCommandOptions>();
-    PlotOptions& plotOptions = options->plot;
-    const auto addMarks = [&](const std::string& name, Marks& target, const char* description) {
+    DrawOptions& plotOptions = options->plot;
+    const auto addMarks = [&](const std::string& name, DrawOptions::Marks& target, const char* description) {
         const auto parse = [name, &target](const std::string& text) { target = parseMarks(text, name); };
         command->add_option_function<std::string>(name, parse, description)->type_name("on|off|auto");
     };
     command->add_option("FILE", options->input.files, "Files to read")->required()->type_name("");
     addCurveOption(*command, options->input);
-    command->add_option("-o,--output", options->output, "File to write (default: standard output)")->type_name("FILE");
+    command->add_option("-o,--output", options->output, "File to write, .svg or .png (default: SVG to standard output)")
+        ->type_name("FILE");
     command->add_option("--title", plotOptions.title, "Title above the curves (default: the files' names)");
     command->add_option("--size", options->size, "Size in pixels (default: 960 wide and as high as the panels need)")
         ->type_name("WIDTH[xHEIGHT]");
@@ -104,7 +117,7 @@ void addPlot(CLI::App& app) {
     addMarks("--keys", plotOptions.keys, "Dots at the keys (auto: where they can be told apart)");
     addMarks("--handles", plotOptions.handles,
              "Tangent handles, where the interpolator uses them (auto: where they can be told apart)");
-    addFormatOption(*command, options->input);
+    addReadOptions(*command, options->input);
     command->footer("Curves that their file says are hidden are drawn only if --curve names them.");
     command->callback([options] { plot(*options); });
 }

@@ -1,11 +1,13 @@
 #include "Columns.h"
 #include "Commands.h"
+#include "EditCommand.h"
 #include "Failure.h"
 #include "FrameRange.h"
 #include "Input.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Text.h"
+#include "Warnings.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveLib/Keyframe.h>
@@ -26,6 +28,7 @@ struct SampleOptions {
     std::optional<double> from;
     std::optional<double> to;
     double step = 1.0;
+    bool isUnlimited = false;
     std::string output = "-";
 };
 
@@ -50,12 +53,18 @@ FrameRange chooseFrames(const std::vector<NamedCurve>& curves, const SampleOptio
     if (options.from) first = options.from;
     if (options.to) last = options.to;
     if (!first || !last) throw UsageError("the curves have no keys: say which frames with --from and --to");
-    return FrameRange(*first, *last, options.step);
+    const FrameRange frames(*first, *last, options.step);
+    limitSamples(*first, *last, options.step, options.isUnlimited);
+    return frames;
 }
 
 void sample(const SampleOptions& options) {
+    refuseInput(options.output, options.input.files, "write the table to another file");
     const std::vector<NamedCurve> curves = readCurves(options.input);
     const FrameRange frames = chooseFrames(curves, options);
+    Warnings warnings(options.input.isStrict);
+    warnings.addUnknownExpressions(curves);
+    warnings.settle();
     Progress progress("sampling");
     Output output(options.output);
     std::string text = "frame";
@@ -90,9 +99,10 @@ void addSample(CLI::App& app) {
     command->add_option("--step", options->step, "Frames from one row to the next")
         ->type_name("FRAMES")
         ->capture_default_str();
+    addLimitOption(*command, options->isUnlimited);
     addColumnOptions(*command, options->columns);
     command->add_option("-o,--output", options->output, "File to write (default: standard output)")->type_name("FILE");
-    addFormatOption(*command, options->input);
+    addReadOptions(*command, options->input);
     command->footer("Numbers are written so that they read back exactly. Derivatives at a key are those to its right.");
     command->callback([options] { sample(*options); });
 }

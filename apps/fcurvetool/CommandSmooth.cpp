@@ -4,7 +4,11 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
+#include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Segment.h>
 #include <FCurveLib/Smoothing.h>
+
+#include <iterator>
 
 namespace fcurvetool {
 
@@ -17,6 +21,7 @@ struct SmoothOptions {
     std::string range;
     double step = 1.0;
     int width = 2;
+    bool isUnlimited = false;
     std::string filter = "gaussian";
 };
 
@@ -25,7 +30,7 @@ SmoothFilter parseFilter(const std::string& name) {
     if (name == "triangle") return SMOOTH_TRIANGLE;
     if (name == "gaussian") return SMOOTH_GAUSSIAN;
     if (name == "savitzky-golay") return SMOOTH_SAVITZKY_GOLAY;
-    throw UsageError("--filter: \"" + toPrintable(name) + "\" is none of box, triangle, gaussian, savitzky-golay");
+    throw UsageError("--filter: \"" + toPrintable(name) + "\" is not box, triangle, gaussian or savitzky-golay");
 }
 
 void smooth(SmoothOptions& options) {
@@ -35,6 +40,11 @@ void smooth(SmoothOptions& options) {
     const auto range = parseRange(options.range);
     options.edit.caption = ": " + options.filter + ", width " + std::to_string(options.width);
     runEdit(options.edit, "smoothing", [&](FCurve& curve) -> std::string {
+        if (range)
+            limitSamples(range->low, range->high, options.step, options.isUnlimited);
+        else if (curve.size() > 2)
+            limitSamples(curve.begin()->getRightKey()->getX(), std::prev(curve.end())->getLeftKey()->getX(),
+                         options.step, options.isUnlimited);
         if (range)
             SmoothCurve(curve, range->low, range->high, options.step, options.width, filter);
         else
@@ -61,6 +71,7 @@ void addSmooth(CLI::App& app) {
                      "How neighbours are weighted: box, triangle, gaussian; savitzky-golay keeps peaks")
         ->type_name("NAME")
         ->capture_default_str();
+    addLimitOption(*command, options->isUnlimited);
     command->footer("What lies outside the range stays as it is.");
     command->callback([options] { smooth(*options); });
 }

@@ -46,13 +46,13 @@ FlipType parseFlip(const std::string& what) {
     if (what == "time") return FLIP_X;
     if (what == "value") return FLIP_Y;
     if (what == "both") return FLIP_XY;
-    throw UsageError("\"" + toPrintable(what) + "\" is none of time, value, both");
+    throw UsageError("\"" + toPrintable(what) + "\" is not time, value or both");
 }
 
 void flip(const FlipOptions& options) {
     const FlipType type = parseFlip(options.what);
     if (options.frame.has_value() != options.value.has_value() && type == FLIP_XY)
-        throw UsageError("give both --frame and --value, or none of them");
+        throw UsageError("give both --frame and --value, or neither");
     if ((options.frame && type == FLIP_Y) || (options.value && type == FLIP_X))
         throw UsageError("time is flipped about a --frame, values are flipped about a --value");
     runEdit(options.edit, "flipping", [&](FCurve& curve) {

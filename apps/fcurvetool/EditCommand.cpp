@@ -2,14 +2,14 @@
 
 #include "Failure.h"
 #include "Output.h"
-#include "Plot.h"
+#include "Picture.h"
 #include "Progress.h"
 #include "Text.h"
+#include "Warnings.h"
 #include "WriteDocument.h"
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <vector>
 
 namespace fcurvetool {
@@ -18,16 +18,15 @@ using namespace VEM_FN::FCurveLib;
 
 void addEditOptions(CLI::App& command, EditOptions& options) {
     command.add_option("FILE", options.file, "File to read")->required()->type_name("");
-    command.add_option("OUTPUT", options.output, "File to write, - for standard output; it may be FILE itself")
-        ->required()
-        ->type_name("");
+    command.add_option("OUTPUT", options.output, "File to write, - for standard output")->type_name("");
+    command.add_flag("--in-place", options.isInPlace, "Write to FILE instead of an OUTPUT");
     addCurveOption(command, options.input);
     command
         .add_option("--to", options.format, "Format to write (default: by the output's extension, else the input's)")
         ->type_name("NAME");
-    command.add_option("--plot", options.picture, "Draw the curves before and after into this SVG file")
+    command.add_option("--plot", options.picture, "Draw the curves before and after into this .svg or .png file")
         ->type_name("FILE");
-    addFormatOption(command, options.input);
+    addReadOptions(command, options.input);
 }
 
 void addRangeOption(CLI::App& command, std::string& range) {
@@ -40,35 +39,64 @@ std::optional<Interval> parseRange(const std::string& range) {
     return parseInterval(range, "--range");
 }
 
-void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit) {
-    const Document document = readDocument(options.file, options.input.format);
-    const std::string format = chooseFormat(options.format, options.output, document.format.getFormatName());
-    const Progress progress(word);
-    std::vector<NamedCurve> picture;
-    std::vector<std::string> warnings;
-    for (const NamedCurve& named : chooseCurves({document}, options.input)) {
-        if (!options.picture.empty()) {
-            picture.push_back({FCurve::createCopy(*named.curve), named.name + ", before"});
-            picture.push_back({named.curve, named.name + ", after"});
-        }
-        const std::string prefix = document.name + ": " + named.name + ": ";
-        try {
-            const std::string warning = edit(*named.curve);
-            if (!warning.empty()) warnings.push_back(prefix + warning);
-        } catch (const Failure& failure) {
-            throw Failure(prefix + failure.what());
-        }
-    }
+void limitSamples(double first, double last, double step, bool isUnlimited) {
+    constexpr double kMostSamples = 1e7;
+    const double samples = (last - first) / step + 1.0;
+    if (samples > kMostSamples && !isUnlimited)
+        throw UsageError(toBriefText(samples, 3) + " samples from frame " + toText(first) + " to " + toText(last)
+                         + "; --no-limit allows more than 10^7");
+}
 
-    if (!options.picture.empty()) {
-        PlotOptions plot;
-        plot.title = toPrintable(stem(options.file)) + ", before and after" + options.caption;
-        Output file(options.picture);
-        file.write(drawPlot(picture, plot));
-        file.finish();
+void addLimitOption(CLI::App& command, bool& isUnlimited) {
+    command.add_flag("--no-limit", isUnlimited, "Allow more than 10^7 samples of a curve");
+}
+
+std::string chooseOutput(const std::string& file, const std::string& output, bool isInPlace) {
+    if (isInPlace && !output.empty()) throw UsageError("--in-place writes to FILE, so there is no OUTPUT");
+    if (isInPlace && file == "-") throw UsageError("--in-place cannot write to standard input");
+    if (isInPlace) return file;
+    if (output.empty()) throw UsageError("OUTPUT is required, or --in-place");
+    refuseInput(output, {file}, "give --in-place to replace it");
+    return output;
+}
+
+void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit) {
+    const std::string output = chooseOutput(options.file, options.output, options.isInPlace);
+    if (!options.picture.empty()) checkPicture(options.picture, {options.file, output});
+    const Document document = readDocument(options.file, options.input);
+    const std::string format = chooseFormat(options.format, output, document.format.getFormatName());
+    Warnings warnings(options.input.isStrict);
+    const std::vector<NamedCurve> chosen = chooseCurves({document}, options.input);
+    warnings.addUnknownExpressions(chosen);
+    std::vector<DrawnCurve> drawn;
+    std::string picture;
+    std::string bytes;
+    {
+        const Progress progress(word);
+        for (const NamedCurve& named : chosen) {
+            if (!options.picture.empty()) drawn.push_back({named.curve, named.name, FCurve::createCopy(*named.curve)});
+            const std::string prefix = document.name + ": " + named.name + ": ";
+            try {
+                const std::string warning = edit(*named.curve);
+                if (!warning.empty()) warnings.add(prefix + warning);
+            } catch (const Failure& failure) {
+                throw Failure(prefix + failure.what());
+            } catch (const UsageError& error) {
+                throw UsageError(prefix + error.what());
+            }
+        }
+        if (!options.picture.empty()) {
+            DrawOptions plot;
+            plot.title = toPrintable(stem(options.file)) + ", before and after" + options.caption;
+            picture = drawPicture(drawn, plot);
+        }
+        bytes = formatDocument(*document.curves, format, document.name, warnings);
     }
-    writeDocument(*document.curves, format, options.output, document.name);
-    for (const std::string& warning : warnings) std::fprintf(stderr, "fcurvetool: %s\n", warning.c_str());
+    warnings.settle();
+    if (!options.picture.empty()) writePicture(picture, options.picture);
+    Output file(output);
+    file.write(bytes);
+    file.finish();
 }
 
 } // namespace fcurvetool

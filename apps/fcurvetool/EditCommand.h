@@ -20,19 +20,29 @@ namespace fcurvetool {
 struct EditOptions {
     InputOptions input;
     std::string file;
-    std::string output;
+    std::string output; ///< empty: not given
+    bool isInPlace = false;
     std::string format;  ///< to write
     std::string picture; ///< a file; empty: none
     std::string caption; ///< of the picture
 };
 
-/// Adds FILE, OUTPUT, --curve, --to, --plot and --format.
+/// Adds FILE, OUTPUT, --in-place, --curve, --to, --plot and what --format and its like are.
 void addEditOptions(CLI::App& command, EditOptions& options);
 
 /// Adds --range.
 void addRangeOption(CLI::App& command, std::string& range);
 /// What --range says; nothing where it was not given.
 std::optional<Interval> parseRange(const std::string& range);
+
+/// UsageError for more than 10^7 samples from one frame to another, unless they were asked for.
+void limitSamples(double first, double last, double step, bool isUnlimited);
+/// Adds --no-limit.
+void addLimitOption(CLI::App& command, bool& isUnlimited);
+
+/// Where the curves go: OUTPUT, or FILE with --in-place. UsageError where neither or both are given, and where OUTPUT
+/// is FILE by another name.
+std::string chooseOutput(const std::string& file, const std::string& output, bool isInPlace);
 
 /// One edit. It may throw Failure; then nothing is written. The text that it returns, if any, is a warning for the
 /// user.

@@ -11,7 +11,6 @@ namespace fcurvetool {
 
 namespace {
 
-constexpr double kMaxFrames = 1e8;
 constexpr double kExactIntegers = 9007199254740992.0; // 2^53
 
 bool isWholeAfter(double value, double scale) {
@@ -45,9 +44,18 @@ FrameRange::FrameRange(double first, double last, double step) : m_first(first),
     const double steps = (last - first) / step;
     if (step == 0.0 || !(steps > 0.0))
         throw UsageError("a step of " + toText(step) + " does not lead from " + toText(first) + " to " + toText(last));
-    if (!(steps < kMaxFrames)) throw UsageError("more than 10^8 frames from " + toText(first) + " to " + toText(last));
+    if (!(steps < kExactIntegers)) throw UsageError("too many frames from " + toText(first) + " to " + toText(last));
     m_size = static_cast<std::int64_t>(std::floor(steps + 1e-9)) + 1;
     m_scale = findScale(first, step);
+}
+
+FrameRange FrameRange::ofMultiples(double first, double last, double step) {
+    const double scale = findScale(step, step);
+    const double start = scale == 0.0 ? first * step : first * std::round(step * scale) / scale;
+    FrameRange range(start, start, step);
+    range.m_size = static_cast<std::int64_t>(last - first) + 1;
+    range.m_scale = findScale(start, step);
+    return range;
 }
 
 FrameRange FrameRange::parse(std::string_view text) {

@@ -11,9 +11,12 @@ namespace fcurvetool {
 /// nearest to the decimal number that they mean: 0:1:0.1 has 0.3, not 0.30000000000000004.
 class FrameRange {
 public:
-    /// Refuses (UsageError) a step that is zero or leads away from last, and more than 10^8 frames. last belongs to the
+    /// Refuses (UsageError) a step that is zero or leads away from last, and more than 2^53 frames. last belongs to the
     /// frames if it lies within a billionth of a step of one of them.
     FrameRange(double first, double last, double step);
+
+    /// first * step, (first + 1) * step, ... last * step, for whole numbers first <= last.
+    static FrameRange ofMultiples(double first, double last, double step);
 
     /// Reads "12", "1:10" (step 1) and "1:10:0.5"; UsageError for anything else.
     static FrameRange parse(std::string_view text);

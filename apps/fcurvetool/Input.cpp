@@ -10,8 +10,11 @@
 #include <FCurveLib/ExceptionFormatter.h>
 #include <FCurveLib/FormatExceptions.h>
 #include <FCurveLib/FormatFactory.h>
-#include <FCurveLib/MemoryStream.h>
+#include <FCurveLib/HoudiniChanFormat.h>
+#include <FCurveLib/Keyframe.h>
 #include <FCurveLib/Reader.h>
+#include <FCurveLib/Segment.h>
+#include <FCurveLib/Transform.h>
 
 #include <algorithm>
 #include <array>
@@ -29,6 +32,7 @@
 namespace fcurvetool {
 
 using namespace VEM_FN::FCurveLib;
+using HoudiniChanFormat::HoudiniChanReader;
 
 namespace {
 
@@ -40,30 +44,8 @@ Reader* findReaderByExtension(const std::string& path) {
     return nullptr;
 }
 
-/// All bytes of a file: it may be a pipe, which the library's readers, who go back and forth, could not read.
-MemoryStream load(const std::string& path, const std::string& name) {
-    struct Closer {
-        void operator()(std::FILE* file) const {
-            if (file != stdin) std::fclose(file);
-        }
-    };
-    const std::unique_ptr<std::FILE, Closer> file(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));
-    const auto fail = [&name](int error) {
-        throw Failure(name + ": cannot be read: " + std::generic_category().message(error));
-    };
-    if (!file) fail(errno);
-    MemoryStream bytes;
-    std::array<char, 65536> piece;
-    for (;;) {
-        const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get());
-        if (count == 0) break;
-        if (count > static_cast<std::size_t>(std::numeric_limits<int>::max() - bytes.getSize()))
-            throw Failure(name + ": longer than 2 GiB");
-        bytes.writeData(piece.data(), static_cast<int>(count));
-    }
-    if (std::ferror(file.get()) != 0) fail(errno);
-    bytes.setPosition(0);
-    return bytes;
+std::string printableName(const std::string& path) {
+    return path == "-" ? "<stdin>" : toPrintable(path);
 }
 
 /// The names of the formats that can be read, in the order in which they are asked.
@@ -74,6 +56,31 @@ std::string readableFormats() {
         names += it->getFormatName();
     }
     return names;
+}
+
+/// What --frame-column and --fps say of the first column; nothing where neither was given.
+std::optional<HoudiniChanReader::FrameColumn> parseFrameColumn(const InputOptions& options) {
+    const std::string& text = options.frameColumn;
+    if (!text.empty() && text != "auto" && text != "yes" && text != "no")
+        throw UsageError("--frame-column: \"" + toPrintable(text) + "\" is not auto, yes or no");
+    if (options.fps && !(*options.fps > 0.0 && std::isfinite(*options.fps))) throw UsageError("--fps: must be above 0");
+    if (options.fps && text == "no") throw UsageError("--fps needs the first column that --frame-column no denies");
+    if (options.fps || text == "yes") return HoudiniChanReader::Yes;
+    if (text.empty()) return std::nullopt;
+    return text == "no" ? HoudiniChanReader::No : HoudiniChanReader::Auto;
+}
+
+/// Keys in seconds go to the frames that were meant: seconds are written with few decimals, so what comes close to a
+/// whole frame is one.
+void turnIntoFrames(FCurve& curve, double fps) {
+    constexpr double kClose = 0.001;
+    TransformCurve(curve, {fps, 1.0}, {0.0, 0.0});
+    for (Segment& segment : curve) {
+        const auto key = segment.getLeftKey();
+        if (!key) continue;
+        const double whole = std::round(key->getX());
+        if (std::fabs(key->getX() - whole) <= kClose) key->setX(whole);
+    }
 }
 
 std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
@@ -88,7 +95,7 @@ std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
             if (documents.size() > 1) name = stem(document.name) + ": " + name;
             std::string unique = name;
             for (int i = 2; !taken.insert(unique).second; ++i) unique = name + " (" + std::to_string(i) + ")";
-            curves.push_back({curve.getShared(), std::move(unique)});
+            curves.push_back({curve.getShared(), std::move(unique), document.name});
         }
     }
     return curves;
@@ -122,11 +129,20 @@ std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const
     return found;
 }
 
-void addFormatOption(CLI::App& command, InputOptions& options) {
+void addReadOptions(CLI::App& command, InputOptions& options) {
     command
         .add_option("--format", options.format,
                     "Read the input as this format instead of recognising it (see: fcurvetool formats)")
         ->type_name("NAME");
+    command
+        .add_option(
+            "--frame-column", options.frameColumn,
+            "Of a .chan file: whether its first column holds frames (auto: where it holds rising whole numbers)")
+        ->type_name("auto|yes|no");
+    command
+        .add_option("--fps", options.fps, "Of a .chan file: its first column holds seconds; this many frames a second")
+        ->type_name("NUMBER");
+    command.add_flag("--strict", options.isStrict, "Make warnings errors: end with code 1 and write nothing");
 }
 
 void addCurveOption(CLI::App& command, InputOptions& options) {
@@ -147,23 +163,57 @@ std::string describeException(const std::string& name) {
     return text.str();
 }
 
-Document readDocument(const std::string& path, const std::string& format) {
-    Document document{path == "-" ? "<stdin>" : toPrintable(path), {}, FCurveContainer::create()};
+// Not through the library's file stream: the file may be a pipe, and readers go back and forth.
+MemoryStream loadFile(const std::string& path) {
+    const std::string name = printableName(path);
+    struct Closer {
+        void operator()(std::FILE* file) const {
+            if (file != stdin) std::fclose(file);
+        }
+    };
+    const std::unique_ptr<std::FILE, Closer> file(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));
+    const auto fail = [&name](int error) {
+        throw Failure(name + ": cannot be read: " + std::generic_category().message(error));
+    };
+    if (!file) fail(errno);
+    MemoryStream bytes;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get());
+        if (count == 0) break;
+        if (count > static_cast<std::size_t>(std::numeric_limits<int>::max() - bytes.getSize()))
+            throw Failure(name + ": longer than 2 GiB");
+        bytes.writeData(piece.data(), static_cast<int>(count));
+    }
+    if (std::ferror(file.get()) != 0) fail(errno);
+    bytes.setPosition(0);
+    return bytes;
+}
+
+Document readDocument(const std::string& path, const InputOptions& options) {
+    Document document{printableName(path), {}, FCurveContainer::create()};
     Reader* forced = nullptr;
-    if (!format.empty()) {
-        forced = FormatFactory::getReader(format.c_str());
+    if (!options.format.empty()) {
+        forced = FormatFactory::getReader(options.format.c_str());
         if (!forced)
-            throw UsageError("--format: there is no format \"" + toPrintable(format) + "\" to read (there are "
+            throw UsageError("--format: there is no format \"" + toPrintable(options.format) + "\" to read (there are "
                              + readableFormats() + ")");
     }
+    const auto frameColumn = parseFrameColumn(options);
     const Progress progress("reading " + document.name);
-    MemoryStream bytes = load(path, document.name);
+    MemoryStream bytes = loadFile(path);
     if (bytes.getSize() == 0) throw Failure(document.name + ": empty");
     // Content decides. Where it tells nothing, because the file is broken near its beginning, the reader for files of
     // that name can at least say what is wrong.
     Reader* reader = forced ? forced : FormatFactory::getReader(bytes);
     if (!reader) reader = findReaderByExtension(path);
     if (!reader) throw Failure(document.name + ": in none of the formats that can be read (" + readableFormats() + ")");
+    auto* const chanReader = dynamic_cast<HoudiniChanReader*>(reader);
+    if (chanReader)
+        chanReader->setFrameColumn(frameColumn.value_or(HoudiniChanReader::Auto));
+    else if (frameColumn)
+        throw UsageError("--frame-column and --fps are for .chan files; " + document.name + " is "
+                         + reader->getFormatType().getTitle());
     try {
         ContainerInterface target(*document.curves);
         reader->readCurves(bytes, target);
@@ -171,6 +221,8 @@ Document readDocument(const std::string& path, const std::string& format) {
     } catch (const Exception&) {
         throw Failure(describeException(document.name));
     }
+    if (options.fps)
+        for (FCurve& curve : *document.curves) turnIntoFrames(curve, *options.fps);
     return document;
 }
 
@@ -188,6 +240,7 @@ std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, con
     std::vector<NamedCurve> chosen;
     std::set<std::size_t> taken;
     for (const std::string& wanted : options.curves) {
+        if (wanted.empty()) throw UsageError("--curve: the name is empty");
         const std::vector<std::size_t> found = findCurves(curves, wanted);
         if (found.empty()) {
             std::string names;
@@ -204,7 +257,7 @@ std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, con
 
 std::vector<NamedCurve> readCurves(const InputOptions& options) {
     std::vector<Document> documents;
-    for (const std::string& file : options.files) documents.push_back(readDocument(file, options.format));
+    for (const std::string& file : options.files) documents.push_back(readDocument(file, options));
     return chooseCurves(documents, options);
 }
 

@@ -4,9 +4,11 @@
 
 #include <FCurveLib/FCurveContainer.h>
 #include <FCurveLib/FormatType.h>
+#include <FCurveLib/MemoryStream.h>
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,10 +23,14 @@ struct InputOptions {
     std::vector<std::string> files;
     std::string format;              ///< empty: recognised by content
     std::vector<std::string> curves; ///< names, roles, numbers from 1, or patterns with * and ?; empty: all
+    std::string frameColumn;         ///< of .chan files: auto, yes, no; empty: not said
+    std::optional<double> fps;       ///< of .chan files whose first column holds seconds
+    bool isStrict = false;           ///< warnings are errors
 };
 
-/// Adds --format, and the option --curve.
-void addFormatOption(CLI::App& command, InputOptions& options);
+/// Adds --format, --frame-column, --fps and --strict.
+void addReadOptions(CLI::App& command, InputOptions& options);
+/// Adds --curve.
 void addCurveOption(CLI::App& command, InputOptions& options);
 
 /// What a file holds.
@@ -37,10 +43,13 @@ struct Document {
 /// The message for the exception of the library that is being handled, with the name of the file in front.
 std::string describeException(const std::string& name);
 
-/// Reads a file, or standard input for "-". Failure says file, line and column of what is wrong.
-Document readDocument(const std::string& path, const std::string& format);
+/// Reads a file, or standard input for "-", as the options say. Failure says file, line and column of what is wrong.
+Document readDocument(const std::string& path, const InputOptions& options);
 
-/// The curve's name, printable, and behind it the role that a channel file gives it: "chan0 (tx)". Empty where the
+/// All bytes of a file, or of standard input for "-".
+VEM_FN::FCurveLib::MemoryStream loadFile(const std::string& path);
+
+/// The curve's name, printable, and after it the role that a channel file gives it: "chan0 (tx)". Empty where the
 /// curve has neither.
 std::string nameOf(const VEM_FN::FCurveLib::FCurve& curve);
 

@@ -11,6 +11,7 @@ namespace fcurvetool {
 struct NamedCurve {
     std::shared_ptr<VEM_FN::FCurveLib::FCurve> curve;
     std::string name;
+    std::string file; ///< for messages; printable
 };
 
 } // namespace fcurvetool

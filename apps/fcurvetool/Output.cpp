@@ -89,6 +89,17 @@ void Output::finish() {
     fs::permissions(m_path, m_permissions, ignored);
 }
 
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code ignored;
+    return a != "-" && b != "-" && fs::equivalent(a, b, ignored);
+}
+
+void refuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice) {
+    for (const std::string& input : inputs)
+        if (isSameFile(output, input) && fs::is_regular_file(output))
+            throw UsageError(toPrintable(output) + " is the input, too; " + advice);
+}
+
 void Output::fail(const std::string& reason) const {
     throw Failure((m_path == "-" ? "<stdout>" : toPrintable(m_path)) + ": cannot be written: " + reason);
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace fcurvetool {
 
@@ -33,5 +34,11 @@ private:
     std::optional<VEM_FN::FCurveLib::SafeFileSave> m_replace; // the regular file
     std::filesystem::perms m_permissions = std::filesystem::perms::unknown;
 };
+
+/// Whether both paths lead to one file that exists.
+bool isSameFile(const std::string& a, const std::string& b);
+
+/// UsageError where the output is one of the inputs: no input is replaced unless the user says so.
+void refuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice);
 
 } // namespace fcurvetool

@@ -8,21 +8,7 @@ namespace fcurvetool {
 
 namespace {
 
-// Digits of the largest double before its point, the decimals asked for (at most 340), sign and point.
-using NumberBuffer = std::array<char, 720>;
-
-std::string withoutTrailingZeros(std::string_view text) {
-    const std::size_t end = text.find_first_of("eE");
-    std::string_view mantissa = text.substr(0, end);
-    const std::string_view exponent = end == std::string_view::npos ? std::string_view() : text.substr(end);
-    if (mantissa.find('.') != std::string_view::npos) {
-        mantissa = mantissa.substr(0, mantissa.find_last_not_of('0') + 1);
-        if (mantissa.back() == '.') mantissa.remove_suffix(1);
-    }
-    std::string result(mantissa);
-    result += exponent;
-    return result;
-}
+using NumberBuffer = std::array<char, 64>;
 
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
@@ -41,16 +27,6 @@ std::string toBriefText(double value, int digits) {
     const auto result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, digits);
     return std::string(buffer.data(), result.ptr);
-}
-
-std::string toFixedText(double value, int decimals) {
-    NumberBuffer buffer;
-    const auto result =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
-    std::string text =
-        withoutTrailingZeros(std::string_view(buffer.data(), static_cast<std::size_t>(result.ptr - buffer.data())));
-    if (text == "-0") text = "0";
-    return text;
 }
 
 std::optional<double> parseNumber(std::string_view text) {
@@ -113,7 +89,7 @@ std::string lowerCase(std::string text) {
 bool matchesGlob(std::string_view pattern, std::string_view text) {
     std::size_t p = 0;
     std::size_t t = 0;
-    std::size_t star = std::string_view::npos; // the last star met, and where the text went on behind it
+    std::size_t star = std::string_view::npos; // the last star met, and where the text went on after it
     std::size_t resume = 0;
     while (t < text.size()) {
         if (p < pattern.size() && pattern[p] == '*') {

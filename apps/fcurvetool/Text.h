@@ -15,8 +15,6 @@ namespace fcurvetool {
 std::string toText(double value);
 /// At most the given number of significant digits, without trailing zeros: for people.
 std::string toBriefText(double value, int digits = 10);
-/// At most the given number of decimals, without trailing zeros and without "-0": for coordinates.
-std::string toFixedText(double value, int decimals);
 /// The number that the whole text is, "+1" included; nothing for anything else, and for what is not finite.
 std::optional<double> parseNumber(std::string_view text);
 /// @}

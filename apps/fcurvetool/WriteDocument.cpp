@@ -2,7 +2,6 @@
 
 #include "Failure.h"
 #include "Input.h"
-#include "Output.h"
 #include "Text.h"
 
 #include <FCurveLib/Exception.h>
@@ -14,10 +13,12 @@
 #include <FCurveLib/TovConversion.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <iomanip>
 #include <limits>
 #include <locale>
+#include <utility>
 
 namespace fcurvetool {
 
@@ -40,11 +41,36 @@ bool canWrite(const std::string& format) {
                        [&](const FormatType& type) { return format == type.getFormatName(); });
 }
 
-void writeOldText(const FCurveContainer& curves, Stream& stream) {
+// What a conversion to the old text lost, in words.
+std::string describeLosses(std::uint32_t flags) {
+    using Curve = TovConversion::TovCurve;
+    static constexpr std::pair<Curve::LossFlag, const char*> kLosses[] = {
+        {Curve::UnsupportedInterpolation, "interpolators that the format does not have"},
+        {Curve::UnsupportedExtensions, "how the curve goes on outside its keys"},
+        {Curve::ShiftedKeyframes, "places of keys"},
+        {Curve::ShiftedTangents, "handles of tangents"},
+        {Curve::HealedDiscontinuities, "jumps"},
+        {Curve::SynthesizedBezier, "shapes, replaced by Bezier curves"},
+        {Curve::PropertyLoss, "properties"}};
+    std::string text;
+    for (const auto& [flag, words] : kLosses)
+        if (flags & flag) text += (text.empty() ? "" : "; ") + std::string(words);
+    return text;
+}
+
+void writeOldText(const FCurveContainer& curves, Stream& stream, const std::string& name, Warnings& warnings) {
     Stream_iostream out(stream);
     out.imbue(std::locale::classic());
     out << std::setprecision(std::numeric_limits<double>::max_digits10);
-    for (const FCurve& curve : curves) out << TovConversion::TovCurve(curve);
+    std::size_t number = 0;
+    for (const FCurve& curve : curves) {
+        ++number;
+        const TovConversion::TovCurve converted(curve);
+        out << converted;
+        const std::string losses = describeLosses(converted.getLossFlags());
+        const std::string curveName = nameOf(curve).empty() ? "curve " + std::to_string(number) : nameOf(curve);
+        if (!losses.empty()) warnings.add(name + ": " + curveName + ": lost in \"tov_fcurve\": " + losses);
+    }
     if (!out) throw MemoryStream::EndOfBuffer();
 }
 
@@ -68,21 +94,19 @@ std::string chooseFormat(const std::string& asked, const std::string& output, co
     throw UsageError("say with --to in which format to write (" + writableFormats() + ")");
 }
 
-void writeDocument(const FCurveContainer& curves, const std::string& format, const std::string& output,
-                   const std::string& name) {
+std::string formatDocument(const FCurveContainer& curves, const std::string& format, const std::string& name,
+                           Warnings& warnings) {
     MemoryStream bytes;
     try {
         if (format == OldFormat::GetFormatType().getFormatName()) {
-            writeOldText(curves, bytes);
+            writeOldText(curves, bytes, name, warnings);
         } else {
             WriteCurves(curves, bytes, format.c_str());
         }
     } catch (const Exception&) {
         throw Failure(describeException(name));
     }
-    Output file(output);
-    file.write({bytes.getData(), static_cast<std::size_t>(bytes.getSize())});
-    file.finish();
+    return {bytes.getData(), static_cast<std::size_t>(bytes.getSize())};
 }
 
 } // namespace fcurvetool

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Warnings.h"
+
 #include <FCurveLib/FCurveContainer.h>
 #include <FCurveLib/FormatType.h>
 
@@ -15,9 +17,9 @@ std::vector<VEM_FN::FCurveLib::FormatType> getWritableFormats();
 /// UsageError where that is none that can be written.
 std::string chooseFormat(const std::string& asked, const std::string& output, const std::string& fallback = "");
 
-/// Writes the curves as one file, or to standard output for "-". The name is that of the input, for messages. Failure
-/// leaves what was there. What the old text cannot hold is lost, and named by comments in it.
-void writeDocument(const VEM_FN::FCurveLib::FCurveContainer& curves, const std::string& format,
-                   const std::string& output, const std::string& name);
+/// The bytes of a file of these curves. The name is that of the input, for messages. What the format cannot hold is
+/// lost, with a warning for each curve.
+std::string formatDocument(const VEM_FN::FCurveLib::FCurveContainer& curves, const std::string& format,
+                           const std::string& name, Warnings& warnings);
 
 } // namespace fcurvetool

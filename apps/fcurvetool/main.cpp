@@ -1,12 +1,16 @@
 #include "Commands.h"
 #include "Failure.h"
+#include "Text.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,10 +22,42 @@ int complain(const std::string& message, int code) {
     return code;
 }
 
+/// How many letters must be changed, added, left out, or exchanged with their neighbours to make one of the other.
+std::size_t distance(const std::string& a, const std::string& b) {
+    std::vector<std::vector<std::size_t>> rows(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            std::size_t& least = rows[i][j];
+            least = i == 0 ? j : j == 0 ? i : rows[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            if (i > 0 && j > 0) least = std::min({least, rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                least = std::min(least, rows[i - 2][j - 2] + 1);
+        }
+    }
+    return rows[a.size()][b.size()];
+}
+
+void refuseUnknownCommand(const CLI::App& app, const std::string& command) {
+    constexpr std::size_t kLongestCommand = 32;
+    if (command.empty() || command[0] == '-') return;
+    std::string nearest;
+    std::size_t least = 3; // more letters than that are another word
+    for (const CLI::App* known : app.get_subcommands(nullptr)) {
+        if (known->get_name() == command) return;
+        if (command.size() > kLongestCommand) continue;
+        if (const std::size_t letters = distance(command, known->get_name()); letters < least) {
+            nearest = known->get_name();
+            least = letters;
+        }
+    }
+    throw fcurvetool::UsageError("there is no command \"" + fcurvetool::toPrintable(command) + "\""
+                                 + (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Works on files of animation curves: describes, evaluates, samples, draws, converts and edits them.",
                  "fcurvetool");
-    app.footer("fcurvetool COMMAND --help tells more. A file of \"-\" is standard input, or output.\n"
+    app.footer("Run fcurvetool COMMAND --help for details. A file of \"-\" is standard input, or output.\n"
                "Exit codes: 0 done, 1 bad input or output, 2 bad command line.");
     app.set_version_flag("--version", "fcurvetool " FCURVETOOL_VERSION);
     app.require_subcommand(0, 1);
@@ -42,9 +78,10 @@ int run(int argc, char** argv) {
 
     const auto helpHint = [&app] {
         const auto chosen = app.get_subcommands();
-        return " (fcurvetool " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help tells more)";
+        return " (run fcurvetool " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help for details)";
     };
     try {
+        if (argc > 1) refuseUnknownCommand(app, argv[1]);
         app.parse(argc, argv);
         return 0;
     } catch (const CLI::Success& request) { // --help or --version

@@ -2,6 +2,9 @@
 
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
+#include "FCurveLib/Vector2D.h"
+
+#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -46,6 +49,11 @@ FCURVELIB_API void BakeCurve(FCurve& curve, double start, double end, double ste
 /// Nothing for a curve of less than two keys. The first key stays the same object; it moves to the first sample and
 /// loses its properties. The leading and the trailing segment keep interpolator, properties and handles.
 FCURVELIB_API void BakeInterior(FCurve& curve, double step);
+
+/// Bakes the range from the first to the last of these samples and takes them for the curve's: for abscissae other than
+/// the running sum. Samples whose x does not rise are left out, as those that are not finite; fewer than two change
+/// nothing.
+FCURVELIB_API void BakeSamples(FCurve& curve, std::vector<Vector2D<double>> samples);
 /// @}
 
 } // namespace v19

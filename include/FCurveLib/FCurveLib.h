@@ -17,6 +17,7 @@
 #include "FCurveLib/CycleOffset.h"
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/DisplayProperties.h"
+#include "FCurveLib/DrawCurves.h"
 #include "FCurveLib/Ease.h"
 #include "FCurveLib/EaseIn.h"
 #include "FCurveLib/EaseOut.h"

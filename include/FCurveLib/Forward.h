@@ -141,6 +141,9 @@ enum SmoothFilter : std::uint32_t;
 enum FlipType : std::int32_t;
 struct TransformResult;
 struct KeyframeInsertion;
+struct DrawnCurve;
+struct DrawOptions;
+class BadPictureSize;
 
 namespace Private {
 struct Read;

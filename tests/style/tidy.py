@@ -13,7 +13,7 @@ import shlex
 import subprocess
 import sys
 
-FOLDERS = ("model", "interp", "io", "formats", "selection", "tools")
+FOLDERS = ("model", "interp", "io", "formats", "selection", "tools", "draw")
 
 
 def digest(entry, source_dir, common):

@@ -1,15 +1,17 @@
-#include "Polyline.h"
+#include "draw/Simplify.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
 
-namespace fcurvetool {
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private::Drawing {
 
 namespace {
 
-double distanceToStretch(const Pixel& p, const Pixel& a, const Pixel& b) {
+double DistanceToStretch(const Pixel& p, const Pixel& a, const Pixel& b) {
     const double dx = b.x - a.x;
     const double dy = b.y - a.y;
     const double square = dx * dx + dy * dy;
@@ -21,7 +23,7 @@ double distanceToStretch(const Pixel& p, const Pixel& a, const Pixel& b) {
 
 // The Douglas-Peucker method. Stretches are cut into pieces of at most kPiece points first, which bounds its worst
 // case.
-std::vector<Pixel> simplify(const std::vector<Pixel>& points, double tolerance) {
+std::vector<Pixel> Simplify(const std::vector<Pixel>& points, double tolerance) {
     constexpr std::size_t kPiece = 1024;
     if (points.size() < 3) return points;
     std::vector<bool> kept(points.size(), false);
@@ -37,7 +39,7 @@ std::vector<Pixel> simplify(const std::vector<Pixel>& points, double tolerance) 
         double farthest = tolerance;
         std::size_t split = begin;
         for (std::size_t i = begin + 1; i < end; ++i) {
-            const double distance = distanceToStretch(points[i], points[begin], points[end]);
+            const double distance = DistanceToStretch(points[i], points[begin], points[end]);
             if (distance > farthest) {
                 farthest = distance;
                 split = i;
@@ -54,4 +56,6 @@ std::vector<Pixel> simplify(const std::vector<Pixel>& points, double tolerance) 
     return result;
 }
 
-} // namespace fcurvetool
+} // namespace Private::Drawing
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -5,7 +5,9 @@
 #include <string_view>
 #include <vector>
 
-namespace fcurvetool {
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private::Drawing {
 
 /// A point of a picture: pixels, y downward.
 struct Pixel {
@@ -14,7 +16,7 @@ struct Pixel {
 };
 
 /// Writes an SVG document: nested elements with attributes, two decimals for coordinates, every text escaped. Made by
-/// appending; text() ends it.
+/// appending; finish() ends it.
 class Svg {
 public:
     /// An attribute. Numbers are written with at most two decimals.
@@ -50,13 +52,12 @@ private:
 };
 
 /// The data of a path element through the points; nothing for fewer than two.
-std::string toPathData(const std::vector<Pixel>& points);
+std::string ToPathData(const std::vector<Pixel>& points);
 
 /// The text as it stands in XML, in elements and in quoted attributes. What XML cannot hold (control characters, bytes
 /// that are not UTF-8) becomes U+FFFD.
-std::string escapeXml(std::string_view text);
+std::string EscapeXml(std::string_view text);
 
-/// Width of a line of sans-serif text in pixels, estimated on the large side.
-double estimateTextWidth(std::string_view text, double fontSize);
-
-} // namespace fcurvetool
+} // namespace Private::Drawing
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

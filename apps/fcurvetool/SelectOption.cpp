@@ -1,4 +1,4 @@
-#include "Marking.h"
+#include "SelectOption.h"
 
 #include "Failure.h"
 #include "Input.h"

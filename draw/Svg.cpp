@@ -1,15 +1,17 @@
-#include "Svg.h"
+#include "draw/Svg.h"
 
-#include "Text.h"
+#include "draw/Label.h"
 
 #include <cstddef>
 
-namespace fcurvetool {
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private::Drawing {
 
 namespace {
 
 /// Length in bytes of the UTF-8 character at the text's beginning if XML may hold it, else 0.
-std::size_t xmlCharacterLength(std::string_view text) {
+std::size_t XmlCharacterLength(std::string_view text) {
     const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned lead = byte(0);
     if (lead < 0x80) return (lead >= 0x20 && lead != 0x7F) || lead == '\t' || lead == '\n' || lead == '\r' ? 1 : 0;
@@ -28,14 +30,14 @@ std::size_t xmlCharacterLength(std::string_view text) {
 
 } // namespace
 
-Svg::Attribute::Attribute(std::string_view name_, double value_) : name(name_), value(toFixedText(value_, 2)) {}
+Svg::Attribute::Attribute(std::string_view name_, double value_) : name(name_), value(ToFixedText(value_, 2)) {}
 
 Svg::Svg(double width, double height, std::string_view title) {
     m_text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     open("svg", {{"xmlns", "http://www.w3.org/2000/svg"},
                  {"width", width},
                  {"height", height},
-                 {"viewBox", "0 0 " + toFixedText(width, 2) + " " + toFixedText(height, 2)},
+                 {"viewBox", "0 0 " + ToFixedText(width, 2) + " " + ToFixedText(height, 2)},
                  {"font-family", "Helvetica, Arial, 'DejaVu Sans', sans-serif"}});
     leaf("title", {}, title);
 }
@@ -47,7 +49,7 @@ void Svg::begin(std::string_view element, Attributes attributes) {
         m_text += ' ';
         m_text += attribute.name;
         m_text += "=\"";
-        m_text += escapeXml(attribute.value);
+        m_text += EscapeXml(attribute.value);
         m_text += '"';
     }
 }
@@ -71,7 +73,7 @@ void Svg::leaf(std::string_view element, Attributes attributes) {
 void Svg::leaf(std::string_view element, Attributes attributes, std::string_view text) {
     begin(element, attributes);
     m_text += '>';
-    m_text += escapeXml(text);
+    m_text += EscapeXml(text);
     m_text += "</";
     m_text += element;
     m_text += ">\n";
@@ -82,25 +84,25 @@ std::string Svg::finish() {
     return std::move(m_text);
 }
 
-std::string toPathData(const std::vector<Pixel>& points) {
+std::string ToPathData(const std::vector<Pixel>& points) {
     std::string data;
     if (points.size() < 2) return data;
     char command = 'M';
     for (const Pixel& point : points) {
         data += command;
-        data += toFixedText(point.x, 2);
+        data += ToFixedText(point.x, 2);
         data += ' ';
-        data += toFixedText(point.y, 2);
+        data += ToFixedText(point.y, 2);
         command = 'L';
     }
     return data;
 }
 
-std::string escapeXml(std::string_view text) {
+std::string EscapeXml(std::string_view text) {
     std::string result;
     result.reserve(text.size());
     while (!text.empty()) {
-        const std::size_t length = xmlCharacterLength(text);
+        const std::size_t length = XmlCharacterLength(text);
         const char first = text.front();
         if (length == 0) {
             result += "\uFFFD";
@@ -120,25 +122,6 @@ std::string escapeXml(std::string_view text) {
     return result;
 }
 
-double estimateTextWidth(std::string_view text, double fontSize) {
-    double width = 0.0;
-    for (const char byte : text) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code >= 0x80 && code < 0xC0) continue;
-        if (code >= 0xE3) {
-            width += 1.0; // the ideographs and symbols beyond U+3000
-        } else if (byte == 'm' || byte == 'w' || byte == 'M' || byte == 'W' || byte == '@' || byte == '%') {
-            width += 0.95;
-        } else if (byte >= 'A' && byte <= 'Z') {
-            width += 0.73;
-        } else if (byte == ' ' || byte == '.' || byte == ',' || byte == ':' || byte == 'i' || byte == 'l' || byte == 'j'
-                   || byte == '(' || byte == ')' || byte == '\'') {
-            width += 0.36;
-        } else {
-            width += 0.63;
-        }
-    }
-    return width * fontSize;
-}
-
-} // namespace fcurvetool
+} // namespace Private::Drawing
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -3,7 +3,9 @@
 #include <string>
 #include <vector>
 
-namespace fcurvetool {
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private::Drawing {
 
 /// A mark on an axis: where, and the text beside it.
 struct Tick {
@@ -21,18 +23,20 @@ struct Ticks {
 /// Marks at multiples of 1, 2 or 5 times a power of ten between low and high, both included: as many as fit, but no
 /// more than maxCount, which is at least 2. Neighbouring labels differ also far from zero (frame 100000.25) and near it
 /// (1e-12). Precondition: finite, low < high, and high - low at least 1e-14 of the larger magnitude.
-Ticks makeTicks(double low, double high, int maxCount);
+Ticks MakeTicks(double low, double high, int maxCount);
 
 /// How an axis shows values from low to high: with room of the given fraction of the span at both ends. What has no
-/// span, or only one that rounding explains, is given one, so that the result suits makeTicks for any finite numbers;
+/// span, or only one that rounding explains, is given one, so that the result suits MakeTicks for any finite numbers;
 /// beyond 1e300 it is cut off.
 struct AxisRange {
     double low;
     double high;
 };
-AxisRange makeAxisRange(double low, double high, double room);
+AxisRange MakeAxisRange(double low, double high, double room);
 
 /// " ×10⁻¹²" for -12.
-std::string exponentText(int exponent);
+std::string ExponentText(int exponent);
 
-} // namespace fcurvetool
+} // namespace Private::Drawing
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,22 +1,24 @@
 #pragma once
 
-#include <FCurveLib/FCurve.h>
-#include <FCurveLib/Vector2D.h>
+#include "FCurveLib/FCurve.h"
+#include "FCurveLib/Vector2D.h"
 
 #include <cstddef>
 #include <vector>
 
-namespace fcurvetool {
-
-using VEM_FN::FCurveLib::FCurve;
-using VEM_FN::FCurveLib::Interpolator;
-using VEM_FN::FCurveLib::Segment;
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private::Drawing {
 
 /// What of a curve is drawn.
 enum class Quantity { Value, Velocity, Acceleration };
 
-/// Where a stretch of a curve lies: before its first key, between its keys (anywhere, if it has none), after its last.
-enum class Place { Before, BetweenKeys, After };
+/// Where a stretch of a curve lies: before its first key, between its keys (anywhere, if it has none), after its last;
+/// or that nobody knows how the curve runs there, and it evaluates to 0.
+enum class Place { Before, BetweenKeys, After, Unknown };
+
+/// Whether the segment has no interpolator, or one that stands for a text that nobody understood.
+bool IsUnknown(const Segment& segment);
 
 /// A point of a curve: frame and value.
 using Sample = VEM_FN::FCurveLib::Vector2D<double>;
@@ -50,9 +52,9 @@ extern const Extent kNoExtent;
 /// A curve, or one of its derivatives, as strokes and jumps for a picture of a given width.
 ///
 /// Works in two steps, because a picture chooses the scale of its values by what the curve does. The constructor
-/// samples the curve twice per pixel of width and, where keys stand closer than a pixel, keeps only what one can see of
-/// them: a few points per pixel however many keys there are. refine() then adds points until the strokes follow the
-/// curve.
+/// samples the curve every other pixel of width and, where keys stand closer than a pixel, keeps only what one can see
+/// of them: at most four points per pixel however many keys there are, from the extents between the keys. refine() then
+/// adds points until the strokes follow the curve.
 class Trace {
 public:
     /// \param quantity what is drawn
@@ -61,7 +63,7 @@ public:
     Trace(const FCurve& curve, Quantity quantity, double low, double high, double width);
 
     /// The values that a picture should show: all, except that a pole, or what the curve reaches outside its keys, does
-    /// not flatten the rest. Empty when no value is finite.
+    /// not flatten the rest. Values of unknown segments do not count. Empty when no value is left.
     Extent extent() const;
 
     /// Computes strokes and jumps for a picture with that many values per pixel. Strokes keep within about a tenth of a
@@ -89,8 +91,11 @@ private:
 
     double evaluate(double x, const Segment& segment, const Interpolator* interpolator) const;
     Sample sample(const Run& run, double x) const;
+    bool hasPole(const Run& run) const;
     void addWide(const Segment& segment, Place place, double left, double right);
     void addNarrow(const Segment& segment, double left, double right);
+    template<class Visit>
+    void lookWithin(const Segment& segment, double left, double right, const Visit& visit) const;
     void addToColumn(Sample sample);
     void flushColumn();
 
@@ -114,4 +119,6 @@ private:
     std::vector<Jump> m_jumps;
 };
 
-} // namespace fcurvetool
+} // namespace Private::Drawing
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

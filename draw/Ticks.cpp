@@ -1,6 +1,6 @@
-#include "Ticks.h"
+#include "draw/Ticks.h"
 
-#include "Text.h"
+#include "draw/Label.h"
 
 #include <algorithm>
 #include <array>
@@ -9,14 +9,16 @@
 #include <cstdint>
 #include <string_view>
 
-namespace fcurvetool {
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private::Drawing {
 
 namespace {
 
 constexpr std::size_t kLongLabel = 7;
 
 /// units * 10^exponent, as decimal numbers are read: correctly rounded.
-double toDouble(std::int64_t units, int exponent) {
+double ToDouble(std::int64_t units, int exponent) {
     const std::string text = std::to_string(units) + "e" + std::to_string(exponent);
     double value = 0.0;
     std::from_chars(text.data(), text.data() + text.size(), value);
@@ -24,7 +26,7 @@ double toDouble(std::int64_t units, int exponent) {
 }
 
 /// units * 10^exponent, written out.
-std::string toLabel(std::int64_t units, int exponent) {
+std::string ToLabel(std::int64_t units, int exponent) {
     if (units == 0) return "0";
     std::string digits = std::to_string(std::abs(units));
     if (exponent >= 0) {
@@ -37,7 +39,7 @@ std::string toLabel(std::int64_t units, int exponent) {
     return units < 0 ? "\u2212" + digits : digits;
 }
 
-int decimalExponent(std::int64_t units) {
+int DecimalExponent(std::int64_t units) {
     return static_cast<int>(std::to_string(std::abs(units)).size()) - 1;
 }
 
@@ -51,7 +53,7 @@ struct Multiples {
     Multiples(std::int64_t units_, int exponent_, double low, double high) : units(units_), exponent(exponent_) {
         // An end that is a multiple up to rounding counts as one.
         constexpr double kSlack = 1e-15;
-        const double step = toDouble(units, exponent);
+        const double step = ToDouble(units, exponent);
         first = std::ceil(low / step - std::fabs(low / step) * kSlack);
         last = std::floor(high / step + std::fabs(high / step) * kSlack);
     }
@@ -61,7 +63,7 @@ struct Multiples {
 
 /// The smallest step of 1, 2 or 5 times a power of ten that leaves at most maxCount marks; the next smaller one if it
 /// leaves fewer than two.
-Multiples chooseMultiples(double low, double high, int maxCount) {
+Multiples ChooseMultiples(double low, double high, int maxCount) {
     static constexpr std::array<std::int64_t, 3> kNice = {1, 2, 5};
     const double gaps = std::max(maxCount - 1, 1);
     int exponent = static_cast<int>(std::floor(std::log10(high / gaps - low / gaps))) - 1;
@@ -76,8 +78,8 @@ Multiples chooseMultiples(double low, double high, int maxCount) {
 
 } // namespace
 
-Ticks makeTicks(double low, double high, int maxCount) {
-    const Multiples multiples = chooseMultiples(low, high, maxCount);
+Ticks MakeTicks(double low, double high, int maxCount) {
+    const Multiples multiples = ChooseMultiples(low, high, maxCount);
     const int exponent = multiples.exponent;
     std::vector<std::int64_t> units;
     for (double k = multiples.first; k <= multiples.last; ++k)
@@ -88,20 +90,20 @@ Ticks makeTicks(double low, double high, int maxCount) {
     std::int64_t largest = 0;
     for (const std::int64_t unit : units) {
         largest = std::max(largest, std::abs(unit));
-        if (std::abs(exponent) < 20) longest = std::max(longest, countCharacters(toLabel(unit, exponent)));
+        if (std::abs(exponent) < 20) longest = std::max(longest, CountCharacters(ToLabel(unit, exponent)));
     }
     // Long labels are written as times a power of ten, where that makes them shorter.
     if (std::abs(exponent) >= 20 || longest > kLongLabel) {
-        const int digits = decimalExponent(largest);
+        const int digits = DecimalExponent(largest);
         const std::size_t scaled = static_cast<std::size_t>(digits) + 2;
         if (std::abs(exponent) >= 20 || scaled + 2 < longest) ticks.exponent = exponent + digits;
     }
     for (const std::int64_t unit : units)
-        ticks.marks.push_back({toDouble(unit, exponent), toLabel(unit, exponent - ticks.exponent)});
+        ticks.marks.push_back({ToDouble(unit, exponent), ToLabel(unit, exponent - ticks.exponent)});
     return ticks;
 }
 
-AxisRange makeAxisRange(double low, double high, double room) {
+AxisRange MakeAxisRange(double low, double high, double room) {
     constexpr double kLimit = 1e300;
     low = std::clamp(low, -kLimit, kLimit);
     high = std::clamp(high, -kLimit, kLimit);
@@ -112,7 +114,7 @@ AxisRange makeAxisRange(double low, double high, double room) {
     return {low - margin, high + margin};
 }
 
-std::string exponentText(int exponent) {
+std::string ExponentText(int exponent) {
     static constexpr std::array<std::string_view, 10> kDigits = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶", "⁷", "⁸", "⁹"};
     std::string text = " ×10";
     if (exponent < 0) text += "⁻";
@@ -120,4 +122,6 @@ std::string exponentText(int exponent) {
     return text;
 }
 
-} // namespace fcurvetool
+} // namespace Private::Drawing
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,10 +1,8 @@
 #include "draw/Scene.h"
 
-#include "FCurveLib/Constant.h"
-#include "FCurveLib/ConstantNext.h"
-#include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/Selection.h"
 #include "draw/Colours.h"
+#include "interp/Kinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,12 +25,16 @@ constexpr std::size_t kMostCurvesWithHandles = 6;
 
 // How much of the keys' span is shown outside them, for a curve that goes on there in this way.
 double RoomAtEnd(const Segment& segment) {
-    const auto interpolator = segment.getInterpolator();
-    const Interpolator* const kind = interpolator.get();
-    if (IsUnknown(segment) || dynamic_cast<const Constant*>(kind) || dynamic_cast<const ConstantNext*>(kind)
-        || dynamic_cast<const NumberInterp*>(kind))
+    switch (KindOf(segment).beyond) {
+    case Beyond::Flat:
         return 0.04;
-    return kind->usesTangents() || std::string_view(kind->getExpression()) == "linear()" ? 0.2 : 0.5;
+    case Beyond::Handle:
+        return 0.2;
+    case Beyond::Repeats:
+    case Beyond::Free:
+        break;
+    }
+    return 0.5;
 }
 
 bool IsInterval(const std::optional<DrawOptions::Interval>& interval) {

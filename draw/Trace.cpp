@@ -1,10 +1,9 @@
 #include "draw/Trace.h"
 
-#include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Segment.h"
-#include "FCurveLib/UnknownExpression.h"
+#include "interp/Kinds.h"
 
 #include <algorithm>
 #include <array>
@@ -50,8 +49,8 @@ void Extent::include(const Extent& other) {
 }
 
 bool IsUnknown(const Segment& segment) {
-    const auto interpolator = segment.getInterpolator();
-    return !interpolator || dynamic_cast<const UnknownExpression*>(interpolator.get());
+    const Kind kind = KindOf(segment).kind;
+    return kind == Kind::Unknown || kind == Kind::Absent;
 }
 
 Trace::Trace(const FCurve& curve, Quantity quantity, double low, double high, double width)
@@ -113,8 +112,7 @@ void Trace::lookWithin(const Segment& segment, double left, double right, const 
     constexpr double kShortSegment = 2.0;
     constexpr int kPieces = 8;
     const auto interpolator = segment.getInterpolator();
-    const bool hasClosedForm = dynamic_cast<const BezierInterpBase*>(interpolator.get()) != nullptr;
-    if (m_quantity == Quantity::Value && (hasClosedForm || right - left <= kShortSegment)) {
+    if (m_quantity == Quantity::Value && (KindOf(segment).hasClosedExtents() || right - left <= kShortSegment)) {
         double low = 0.0;
         double high = 0.0;
         interpolator->getRangeExtents(segment, left, right, low, high);

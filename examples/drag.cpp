@@ -1,6 +1,6 @@
 // How do I let a user drag keys?
 //
-// The change type tells every view that a drag begins, goes on and ends. A step moves all keys under a switch and then
+// The change type tells every view that a drag starts, goes on and ends. A step moves all keys under a switch and then
 // tells once, so that views redraw once per step however many keys move. Each step starts from where the keys stood
 // when the button went down: a key that was held back by its neighbour comes along again when the pointer returns.
 
@@ -56,7 +56,7 @@ private:
 // What a view hears. Whatever it does not override ends up in curveChanged.
 class View : public FCurveObserver {
 public:
-    void beginValueChange(FCurve&) override { std::printf("the drag begins\n"); }
+    void beginValueChange(FCurve&) override { std::printf("the drag starts\n"); }
     void endValueChange(FCurve&) override { std::printf("the drag ends\n"); }
     void curveChanged(FCurve& curve) override {
         std::printf("redraw:");

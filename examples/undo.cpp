@@ -2,7 +2,7 @@
 //
 // Before an edit the host copies the curve (FCurve::createCopy) and the selection (SelectionSnapshot). Undo assigns the
 // copy back. The curve's parts are new objects then; the snapshot finds those that were selected by their number. The
-// change type tells every view that a drag begins, goes on and ends.
+// change type tells every view that a drag starts, goes on and ends.
 
 #include <FCurveLib/FCurveLib.h>
 
@@ -18,7 +18,7 @@ class History {
 public:
     explicit History(Selection& selection) : m_selection(selection) {}
 
-    // An edit begins: of one curve, or, with none, of the selection alone.
+    // An edit starts: of one curve, or, with none, of the selection alone.
     void begin(const std::shared_ptr<FCurve>& curve = nullptr) {
         m_open = {curve, curve ? FCurve::createCopy(*curve) : nullptr, SelectionSnapshot(m_selection)};
         announce(FCurve::BeginChange);
@@ -72,7 +72,7 @@ private:
 // What a view hears.
 class Viewer : public FCurveObserver {
 public:
-    void beginValueChange(FCurve&) override { std::printf("  view: a change begins\n"); }
+    void beginValueChange(FCurve&) override { std::printf("  view: a change starts\n"); }
     void endValueChange(FCurve&) override { std::printf("  view: the change ends\n"); }
     void keyframeIntrinsicChanged(Keyframe& key, KeyframeIntrinsicType) override {
         std::printf("  view: key at frame %g, value %g\n", key.getX(), key.getY());

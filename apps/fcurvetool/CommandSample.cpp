@@ -52,7 +52,7 @@ FrameRange chooseFrames(const std::vector<NamedCurve>& curves, const SampleOptio
     }
     if (options.from) first = options.from;
     if (options.to) last = options.to;
-    if (!first || !last) throw UsageError("the curves have no keys: say which frames with --from and --to");
+    if (!first || !last) throw UsageError("the curves have no keys; give --from and --to");
     const FrameRange frames(*first, *last, options.step);
     limitSamples(*first, *last, options.step, options.isUnlimited);
     return frames;

@@ -30,7 +30,7 @@ std::vector<double> parseNumbers(std::string_view text, std::string_view what) {
     for (std::size_t begin = 0; begin <= text.size();) {
         const std::size_t end = std::min(text.find(':', begin), text.size());
         const auto number = parseNumber(text.substr(begin, end - begin));
-        if (!number) throw UsageError(std::string(what) + ": \"" + toPrintable(text) + "\" is not made of numbers");
+        if (!number) throw UsageError(std::string(what) + ": \"" + toPrintable(text) + "\" is not a valid frame range");
         numbers.push_back(*number);
         begin = end + 1;
     }

@@ -196,18 +196,18 @@ Document readDocument(const std::string& path, const InputOptions& options) {
     if (!options.format.empty()) {
         forced = FormatFactory::getReader(options.format.c_str());
         if (!forced)
-            throw UsageError("--format: there is no format \"" + toPrintable(options.format) + "\" to read (there are "
+            throw UsageError("--format: unknown format \"" + toPrintable(options.format) + "\" (the tool reads "
                              + readableFormats() + ")");
     }
     const auto frameColumn = parseFrameColumn(options);
     const Progress progress("reading " + document.name);
     MemoryStream bytes = loadFile(path);
     if (bytes.getSize() == 0) throw Failure(document.name + ": empty");
-    // Content decides. Where it tells nothing, because the file is broken near its beginning, the reader for files of
+    // Content decides. Where it tells nothing, because the file is broken near its start, the reader for files of
     // that name can at least say what is wrong.
     Reader* reader = forced ? forced : FormatFactory::getReader(bytes);
     if (!reader) reader = findReaderByExtension(path);
-    if (!reader) throw Failure(document.name + ": in none of the formats that can be read (" + readableFormats() + ")");
+    if (!reader) throw Failure(document.name + ": not in a known format (" + readableFormats() + ")");
     auto* const chanReader = dynamic_cast<HoudiniChanReader*>(reader);
     if (chanReader)
         chanReader->setFrameColumn(frameColumn.value_or(HoudiniChanReader::Auto));
@@ -247,7 +247,7 @@ std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, con
             for (std::size_t i = 0; i < curves.size() && i < 8; ++i) names += (i > 0 ? ", " : "") + curves[i].name;
             if (curves.size() > 8) names += ", ...";
             throw Failure(documents.front().name + ": no curve \"" + toPrintable(wanted) + "\" ("
-                          + (names.empty() ? "there are none" : "there are " + names) + ")");
+                          + (names.empty() ? "it has none" : "it has " + names) + ")");
         }
         for (const std::size_t index : found)
             if (taken.insert(index).second) chosen.push_back(curves[index]);

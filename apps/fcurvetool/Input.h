@@ -54,7 +54,7 @@ VEM_FN::FCurveLib::MemoryStream loadFile(const std::string& path);
 std::string nameOf(const VEM_FN::FCurveLib::FCurve& curve);
 
 /// Picks the curves of documents, in the order of the documents if --curve was not given, else in the order of --curve.
-/// No curve comes twice, and no two have the same name: of several files the curves' names begin with the file's, and
+/// No curve comes twice, and no two have the same name: of several files the curves' names start with the file's, and
 /// further curves of one name get numbers. Failure where a --curve fits none.
 std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, const InputOptions& options);
 

@@ -52,7 +52,7 @@ void selectParts(const std::vector<NamedCurve>& curves, const std::vector<std::s
         const std::size_t colon = text.rfind(':');
         KeyRange keys;
         const bool hasKeys = colon != std::string::npos && parseKeys(std::string_view(text).substr(colon + 1), keys);
-        if (keys.first > keys.last) throw UsageError("--select: \"" + toPrintable(text) + "\" ends before it begins");
+        if (keys.first > keys.last) throw UsageError("--select: \"" + toPrintable(text) + "\" ends before it starts");
         const std::string which = hasKeys ? text.substr(0, colon) : text;
         const std::vector<std::size_t> found = findCurves(curves, which);
         if (found.empty()) throw Failure("--select: no curve \"" + toPrintable(which) + "\" is drawn");

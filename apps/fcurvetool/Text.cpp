@@ -53,7 +53,7 @@ std::string toPrintable(std::string_view text) {
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        // U+0080 to U+009F, control characters of two bytes, begin with 0xC2.
+        // U+0080 to U+009F, control characters of two bytes, start with 0xC2.
         const bool isC1 = byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80
                           && static_cast<unsigned char>(text[i + 1]) < 0xA0;
         const unsigned control = isC1 ? static_cast<unsigned char>(text[i + 1]) : byte;

@@ -85,13 +85,13 @@ std::vector<FormatType> getWritableFormats() {
 std::string chooseFormat(const std::string& asked, const std::string& output, const std::string& fallback) {
     if (!asked.empty()) {
         if (canWrite(asked)) return asked;
-        throw UsageError("--to: \"" + toPrintable(asked) + "\" cannot be written (" + writableFormats() + " can)");
+        throw UsageError("--to: \"" + toPrintable(asked) + "\" cannot be written; choose from " + writableFormats());
     }
     const std::string extension = lowerCase(std::filesystem::path(output).extension().string());
     for (const FormatType& type : getWritableFormats())
         if (extension == "." + lowerCase(type.getExtension())) return type.getFormatName();
     if (canWrite(fallback)) return fallback;
-    throw UsageError("say with --to in which format to write (" + writableFormats() + ")");
+    throw UsageError("--to is required for this OUTPUT: " + writableFormats());
 }
 
 std::string formatDocument(const FCurveContainer& curves, const std::string& format, const std::string& name,

@@ -50,7 +50,7 @@ void refuseUnknownCommand(const CLI::App& app, const std::string& command) {
             least = letters;
         }
     }
-    throw fcurvetool::UsageError("there is no command \"" + fcurvetool::toPrintable(command) + "\""
+    throw fcurvetool::UsageError("unknown command \"" + fcurvetool::toPrintable(command) + "\""
                                  + (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
 }
 

@@ -116,17 +116,17 @@ TEST_F(Tool, BadCommandLinesEndWithTwo) {
     write("picture.svg", read("ball.fcrvx"));
     expectComplaints(2, R"(
  => a command is required (run fcurvetool --help for details)
-frobnicate => there is no command "frobnicate" (run fcurvetool --help
-smoht ball.fcrvx => there is no command "smoht"; did you mean smooth? (run
+frobnicate => unknown command "frobnicate" (run fcurvetool --help
+smoht ball.fcrvx => unknown command "smoht"; did you mean smooth? (run
 info => FILE is required (run fcurvetool info --help for details)
 info ball.fcrvx --nonsense =>
-info ball.fcrvx --format nonsense => --format: there is no format "nonsense" to read (there are xml,
+info ball.fcrvx --format nonsense => --format: unknown format "nonsense" (the tool reads xml,
 info ball.fcrvx --fps 24 => --frame-column and --fps are for .chan files; ball.fcrvx is XML
 info camera.chan --fps 0 => --fps: must be above 0
 info camera.chan --fps 24 --frame-column no => --fps needs the first column
 info camera.chan --frame-column maybe => --frame-column: "maybe" is not auto, yes or no
 eval ball.fcrvx =>
-eval ball.fcrvx ten => frames: "ten"
+eval ball.fcrvx ten => frames: "ten" is not a valid frame range
 eval ball.fcrvx 1:2:3:4 => frames: "1:2:3:4"
 eval ball.fcrvx 1:2:0 => a step of 0 does not lead from 1 to 2
 eval ball.fcrvx 10:1 => a step of 1 does not lead from 10 to 1
@@ -159,7 +159,7 @@ bake ball.fcrvx out.fcrvx --in-place => --in-place writes to FILE
 bake - --in-place => --in-place cannot write to standard input
 insert ball.fcrvx out.fcrvx => --at is required
 convert ball.fcrvx => OUTPUT is required
-convert ball.fcrvx ball.unknown => say with --to
+convert ball.fcrvx ball.unknown => --to is required
 convert ball.fcrvx slide.chan --to hchan => --to: "hchan" cannot be written
 )");
 }
@@ -179,13 +179,13 @@ TEST_F(Tool, BadInputEndsWithOneAndSaysWhere) {
 info missing.fcrvx => missing.fcrvx: cannot be read: No such file
 info . => .: cannot be read: Is a directory
 info empty.fcrvx => empty.fcrvx: empty
-info letter.txt => letter.txt: in none of the formats that can be read (xml,
+info letter.txt => letter.txt: not in a known format (xml,
 info letter.txt --format hchan => letter.txt:1:1:
 info ragged.chan => ragged.chan:3:
 eval word.chan 1 => word.chan:2:3:
 sample mismatched.fcrvx => mismatched.fcrvx:4:28:
 convert --format hchan - out.fcrvx <word.chan => <stdin>:2:3:
-plot ball.fcrvx --curve nobody => ball.fcrvx: no curve "nobody" (there are height, squash)
+plot ball.fcrvx --curve nobody => ball.fcrvx: no curve "nobody" (it has height, squash)
 plot ball.fcrvx --select height:99 => --select: height has no key 99
 plot ball.fcrvx -o nowhere/ball.svg => nowhere/ball.svg: cannot be written: there is no such folder
 sample ball.fcrvx --curve nobody -o slide.fcrvx => ball.fcrvx: no curve

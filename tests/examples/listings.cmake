@@ -1,4 +1,5 @@
 # What docs/fcurvetool.md shows after a line "$ fcurvetool ..." is what the tool prints in examples/data.
+cmake_policy(VERSION 3.25)
 file(REMOVE_RECURSE ${FOLDER})
 file(COPY ${SOURCE}/examples/data/ DESTINATION ${FOLDER})
 file(READ ${SOURCE}/docs/fcurvetool.md rest)

@@ -15,7 +15,7 @@ tool_needs=("<CLI/CLI.hpp>|libcli11-dev")
 picture_needs=("rsvg-convert|librsvg2-bin")
 bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
 test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
-            "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3")
+            "clang++|clang" "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3")
 
 # need CHECK|PACKAGE...: returns at once when everything is there, else installs the packages with apt-get.
 need() {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything and runs every test: as released, under AddressSanitizer and UndefinedBehaviorSanitizer, and the
-# tests of threads under ThreadSanitizer. Installs what is missing first. Fails when any step fails.
+# tests of threads under ThreadSanitizer. Builds library, tool and examples with Clang too, and links a consumer there.
+# Installs what is missing first. Fails when any step fails.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need "${build_needs[@]}" "${tool_needs[@]}" "${bench_needs[@]}" "${test_needs[@]}"
@@ -16,6 +17,14 @@ run_tree() { # PRESET [CMAKE --BUILD ARGUMENT]...
 }
 
 run_tree release
+
+say "clang: configure, build, link a consumer"
+cmake --preset clang
+cmake --build --preset clang --parallel 2
+clang++ -std=c++17 -Iinclude tests/package/consumer/main.cpp -o build/clang/consumer \
+    -Lbuild/clang -lFCurveLib -Wl,-rpath,"$PWD/build/clang"
+build/clang/consumer
+
 run_tree asan-ubsan
 run_tree tsan --target thread_tests
 say "All tests passed."

@@ -3,6 +3,8 @@
 /// \file
 /// Declares every class of the library but the exceptions of its formats, for headers that only name them.
 
+#include "FCurveLib/Export.h"
+
 #include <cstdint>
 
 namespace VEM_FN::FCurveLib {
@@ -86,7 +88,7 @@ class FCurveFormatInterface;
 class ContainerInterface;
 class FormatFactory;
 template<class T>
-class SimpleListNode;
+class FCURVELIB_API SimpleListNode;
 class Reader;
 class Writer;
 class ExceptionFormatter;
@@ -115,16 +117,17 @@ class XMLReader;
 class XMLWriter;
 } // namespace XMLFormat
 
+// Exported here already: a compiler may settle the visibility of a template's instances before it sees the definition.
+namespace Private {
+struct FCURVELIB_API MutableParts;
+struct FCURVELIB_API ConstParts;
+} // namespace Private
 template<class Parts>
-class BasicHitRecord;
+class FCURVELIB_API BasicHitRecord;
 template<class Parts>
-class BasicHitRecordIterator;
+class FCURVELIB_API BasicHitRecordIterator;
 template<class Filter, class Iterator>
 class FilterIterator;
-namespace Private {
-struct MutableParts;
-struct ConstParts;
-} // namespace Private
 using HitRecord = BasicHitRecord<Private::MutableParts>;
 using ConstHitRecord = BasicHitRecord<Private::ConstParts>;
 using HitRecordIterator = BasicHitRecordIterator<Private::MutableParts>;

@@ -34,6 +34,18 @@ int main() {
     if (observer.changes == 0) return fail("the observer was told nothing");
     curve->unsubscribe(observer);
 
+    const auto container = FCurveContainer::create();
+    container->addCurve(curve);
+    int keys = 0;
+    for (auto part = HitRecordIterator::begin(*container); part != HitRecordIterator::end(*container); ++part) {
+        HitRecord record = *part;
+        if (record.getKeyframe()) ++keys;
+        if (record.getCurve() != curve || record.getAddress() == nullptr) return fail("a part is not its curve's");
+        record.reset();
+        if (record != HitRecord()) return fail("a record was not reset");
+    }
+    if (keys != 2) return fail("two keys are not walked as two");
+
     MemoryStream stream;
     char byte = 0;
     try {

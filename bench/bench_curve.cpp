@@ -1,7 +1,7 @@
 // Evaluation, building and memory of whole curves, against K: the Bezier kernel alone.
 
 #include "FCurveLib/FCurveLib.h"
-#include "interp/BezierMath.h"
+#include "interp/BezierMath.h" // internal: the kernel that times are given in
 
 #include <benchmark/benchmark.h>
 

@@ -2,7 +2,7 @@
 //
 // FCURVELIB_ORACLE_SAMPLES sets how many abscissae are compared per row (200000 for a thorough run).
 
-#include "interp/BezierMath.h"
+#include "interp/BezierMath.h" // internal: mathematics
 #include "support/Basics.h"
 #include "support/Random.h"
 

@@ -3,7 +3,7 @@
 
 #include "FCurveLib/FileStream.h"
 #include "FCurveLib/SafeFileSave.h"
-#include "io/FileCalls.h"
+#include "io/FileCalls.h" // internal: calls that fail
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>

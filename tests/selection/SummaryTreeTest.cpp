@@ -1,5 +1,5 @@
 // The examiner's internal tree, against a plain sum: sizes that a selection in a test does not reach.
-#include "selection/SummaryTree.h"
+#include "selection/SummaryTree.h" // internal: mathematics
 #include "support/Basics.h"
 #include "support/Random.h"
 

@@ -44,7 +44,9 @@ int main(int count, char** arguments) {
         const std::string input{std::istreambuf_iterator<char>(stream), {}};
         std::fprintf(stderr, "%s (%zu bytes)\n", file.string().c_str(), input.size());
         Fuzz::Require(stream.good() || stream.eof(), "a seed can be read");
+        Fuzz::thorough = true;
         run(input);
+        Fuzz::thorough = false;
         inputs += 1 + runAround(input);
     }
     Fuzz::Require(!files.empty(), "there are seeds");

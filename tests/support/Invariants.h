@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <limits>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,7 +15,6 @@ using namespace VEM_FN::FCurveLib;
 
 /// An empty text for a sound curve, otherwise the first thing that is wrong.
 inline std::string Fault(FCurve& curve) {
-    std::ostringstream fault;
     std::vector<Segment*> chain;
     for (Segment& segment : curve) {
         chain.push_back(&segment);
@@ -33,38 +31,36 @@ inline std::string Fault(FCurve& curve) {
     double lastX = -std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < chain.size(); ++i) {
         Segment& segment = *chain[i];
-        fault << "segment " << i << ": ";
+        const auto fault = [i](const char* what) { return "segment " + std::to_string(i) + ": " + what; };
         const auto left = segment.getLeftKey();
         const auto right = segment.getRightKey();
-        if (segment.getOwningCurve() != self) return fault.str() + "wrong curve";
-        if (segment.getShared().get() != &segment) return fault.str() + "cannot share itself";
-        if (!left != (i == 0)) return fault.str() + "left key present or absent wrongly";
-        if (!right != (i + 1 == chain.size())) return fault.str() + "right key present or absent wrongly";
+        if (segment.getOwningCurve() != self) return fault("wrong curve");
+        if (segment.getShared().get() != &segment) return fault("cannot share itself");
+        if (!left != (i == 0)) return fault("left key present or absent wrongly");
+        if (!right != (i + 1 == chain.size())) return fault("right key present or absent wrongly");
         const auto in = segment.getInTangent();
         const auto out = segment.getOutTangent();
-        if (!in || !out || in == out) return fault.str() + "not two tangents";
-        if (!in->isInTangent() || out->isInTangent()) return fault.str() + "tangents on the wrong side";
+        if (!in || !out || in == out) return fault("not two tangents");
+        if (!in->isInTangent() || out->isInTangent()) return fault("tangents on the wrong side");
         if (in->getOwningSegment().get() != &segment || out->getOwningSegment().get() != &segment)
-            return fault.str() + "tangent with another segment";
-        if (in->getOwningCurve() != self || out->getOwningCurve() != self)
-            return fault.str() + "tangent with another curve";
+            return fault("tangent with another segment");
+        if (in->getOwningCurve() != self || out->getOwningCurve() != self) return fault("tangent with another curve");
         if (in->getOwningKeyframe() != right || out->getOwningKeyframe() != left)
-            return fault.str() + "tangent with another key";
+            return fault("tangent with another key");
         if (left) {
-            if (!(lastX < left->getX())) return fault.str() + "keys not strictly increasing";
+            if (!(lastX < left->getX())) return fault("keys not strictly increasing");
             lastX = left->getX();
-            if (left->getRightSegment().get() != &segment) return fault.str() + "key not linked to its right segment";
-            if (left->getLeftSegment().get() != chain[i - 1]) return fault.str() + "key not linked to its left segment";
-            if (left->getOwningCurve() != self) return fault.str() + "key with another curve";
+            if (left->getRightSegment().get() != &segment) return fault("key not linked to its right segment");
+            if (left->getLeftSegment().get() != chain[i - 1]) return fault("key not linked to its left segment");
+            if (left->getOwningCurve() != self) return fault("key with another curve");
             if (left->getOutTangent() != out || left->getInTangent() != chain[i - 1]->getInTangent())
-                return fault.str() + "key with other tangents";
-            if (out->getOppositeTangent() != left->getInTangent()) return fault.str() + "wrong opposite tangent";
-            if (chain[i - 1]->getRightKey() != left) return fault.str() + "neighbours do not share the key";
-            if (&*curve.findSegment(lastX) != &segment) return fault.str() + "not found at its key";
+                return fault("key with other tangents");
+            if (out->getOppositeTangent() != left->getInTangent()) return fault("wrong opposite tangent");
+            if (chain[i - 1]->getRightKey() != left) return fault("neighbours do not share the key");
+            if (&*curve.findSegment(lastX) != &segment) return fault("not found at its key");
             if (&*curve.findSegment(std::nextafter(lastX, -HUGE_VAL)) != chain[i - 1])
-                return fault.str() + "found before its key";
+                return fault("found before its key");
         }
-        fault.str("");
     }
     if (&*curve.findSegment(-HUGE_VAL) != chain.front()) return "not the leading segment at -infinity";
     if (&*curve.findSegment(std::nan("")) != chain.front()) return "not the leading segment at NaN";

@@ -4,8 +4,8 @@
 #include "support/Basics.h"
 #include "support/Museum.h"
 
-#include "interp/BezierMath.h"
-#include "interp/Kinds.h"
+#include "interp/BezierMath.h" // internal: mathematics
+#include "interp/Kinds.h"      // internal: the rows of the kinds
 
 namespace Test {
 namespace {

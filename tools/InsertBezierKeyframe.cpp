@@ -45,11 +45,25 @@ bool ReadsNextKeys(const Segment& segment) noexcept {
     return Read::hasBothKeys(segment) && row.isBezier() && !row.isHost() && (row.reads & Private::readsNextKeys);
 }
 
+bool IsFinite(const Vector2D<double>& handle) noexcept {
+    return std::isfinite(handle.x) && std::isfinite(handle.y);
+}
+
+// Between keys or along handles near the end of the doubles, a cut may need a handle beyond it.
+bool HasFiniteHandlesAt(double x, const Segment& segment) {
+    if (!KindOf(segment).isBezier()) return true;
+    std::optional<BezierCut> cut = Private::CutBezierSegment(segment, x);
+    if (!cut && Read::hasBothKeys(segment)) cut = Private::CutBezierArgs(Private::BezierArgsOf(segment), x);
+    return !cut
+           || (IsFinite(cut->leftOut) && IsFinite(cut->leftIn) && IsFinite(cut->rightOut) && IsFinite(cut->rightIn));
+}
+
 bool IsRoomFor(double x, const Segment& segment) {
     const Keyframe* left = Read::leftKey(segment);
     const Keyframe* right = Read::rightKey(segment);
     return std::isfinite(x) && !(left && x - left->getX() < Keyframe::getMinSeparation())
-           && !(right && right->getX() - x < Keyframe::getMinSeparation()) && std::isfinite(EvalSegment(x, segment));
+           && !(right && right->getX() - x < Keyframe::getMinSeparation()) && std::isfinite(EvalSegment(x, segment))
+           && HasFiniteHandlesAt(x, segment);
 }
 
 // --- the insertion ---------------------------------------------------------------------------------------------------

@@ -12,8 +12,8 @@ inline namespace v19 {
 /// What InsertBezierKeyframe would do at some x, and how much the curve would change by it.
 struct KeyframeInsertion {
     enum Outcome : std::uint32_t {
-        /// No key can stand there: x, or the curve's value at x, is not finite, or a key is nearer than
-        /// Keyframe::getMinSeparation().
+        /// No key can stand there: x, the curve's value at x, or a handle that the key needs is not finite, or a key is
+        /// nearer than Keyframe::getMinSeparation().
         Refused = 0,
         /// The segment is cut in two that have its shape: Bezier-shaped, linear and constant kinds, numbers.
         KeepsShape = 1,

@@ -111,6 +111,9 @@ TEST(InsertBezierKeyframe, RefusesWhereNoKeyCanStand) {
     }
     EXPECT_NE(InsertAsForetold(*curve, 0.001), curve->end());
     EXPECT_NE(InsertAsForetold(*curve, 60.0), curve->end());
+
+    const auto wide = CurveThrough({{-1.5e308, 0}, {1.5e308, 1}}, Bezier::create());
+    EXPECT_EQ(InsertAsForetold(*wide, 0.0), wide->end()) << "handles beyond the doubles";
 }
 
 TEST(InsertBezierKeyframe, TellsWhatKeepsByKindAndWhatByComparison) {

@@ -118,15 +118,3 @@ TEST(BinaryIO, MemoryGetsTheSameBytesAsAStream) {
     EXPECT_EQ(number, 0.1);
     EXPECT_EQ(byte, -7);
 }
-
-TEST(BinaryIO, CarriesItsPolicy) {
-    BinaryIO<DynamicBinaryPolicy> io;
-    EXPECT_FALSE(io.getPolicy().getSwap());
-    io.getPolicy().setSwap(true);
-    BinaryIO<DynamicBinaryPolicy> copy(io);
-    io.getPolicy().setSwap(false);
-    EXPECT_TRUE(copy.getPolicy().getSwap());
-    copy = io;
-    EXPECT_FALSE(copy.getPolicy().getSwap());
-    EXPECT_EQ(sizeof(BinaryIO<LittleEndianBinaryPolicy>), 1u);
-}

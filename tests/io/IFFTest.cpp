@@ -91,25 +91,6 @@ TEST(IFFReader, ReadsSkipsAndValidates) {
     EXPECT_EQ(chunk.getPayloadBegin(), 21);
 }
 
-TEST(IFFReader, NoSizeWrapsAround) {
-    for (const std::uint32_t size : {6u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF8u, 0xFFFFFFFFu}) {
-        BinaryIO<Little> io;
-        MemoryStream stream;
-        stream.writeData("huge", 4);
-        io.writeUInt32(stream, size);
-        stream.writeData("12345", 5);
-        stream.setPosition(0);
-        const IFFReader chunk(stream, io);
-        EXPECT_EQ(chunk.getIFFSize(), size == 6 ? 6 : INT_MAX);
-        EXPECT_EQ(chunk.getPayloadEnd(), std::int64_t{8} + size);
-        EXPECT_FALSE(chunk.validateSize());
-        EXPECT_THROW(chunk.skip(), MemoryStream::EndOfBuffer) << size;
-        EXPECT_EQ(stream.getPosition(), 8) << size;
-        stream.setPosition(0);
-        EXPECT_FALSE(chunk.validateSize()) << size;
-    }
-}
-
 // The one stream in which the last position exists.
 TEST(IFFReader, NoSizeWrapsAroundInTheLongestStream) {
     EndlessStream stream("", "\xFF");
@@ -117,29 +98,4 @@ TEST(IFFReader, NoSizeWrapsAroundInTheLongestStream) {
     const IFFReader chunk(stream, io);
     EXPECT_THROW(chunk.skip(), Stream::StreamException);
     EXPECT_EQ(stream.getPosition(), 8);
-}
-
-// Chunks in chunks, each with a byte in front and one behind its child.
-TEST(IFF, Nests) {
-    MemoryStream stream;
-    BinaryIO<Little> io;
-    std::vector<IFFWriter<Little>> open;
-    for (int depth = 0; depth < 5; ++depth) {
-        open.emplace_back(stream, io, "nest");
-        stream.writeData("(", 1);
-    }
-    for (; !open.empty(); open.pop_back()) {
-        stream.writeData(")", 1);
-        open.back().patchSize();
-    }
-    EXPECT_EQ(stream.getPosition(), 50);
-    stream.setPosition(0);
-    for (int size = 42; size > 0; size -= 10) {
-        const IFFReader chunk(stream, io);
-        EXPECT_EQ(chunk.getIFFType(), "nest");
-        EXPECT_EQ(chunk.getIFFSize(), size);
-        char byte;
-        stream.readData(&byte, 1);
-        EXPECT_EQ(byte, '(');
-    }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Bytes as a source of decisions: whatever they are, they say something. Behind the last one all are zero.
+// Bytes as a source of decisions: whatever they are, they say something. After the last one all are zero.
 
 #include <cstddef>
 #include <cstdint>

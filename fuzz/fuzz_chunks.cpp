@@ -75,7 +75,7 @@ public:
 private:
     void requireHeader(const IFFReader<DynamicBinaryPolicy>& chunk, int position) const {
         const auto size = static_cast<std::int64_t>(m_oracle->number(position + 4, 4));
-        Require(chunk.getPayloadBegin() == position + 8, "the payload begins behind the header");
+        Require(chunk.getPayloadBegin() == position + 8, "the payload starts after the header");
         Require(chunk.getPayloadEnd() == position + 8 + size, "the payload's end is not wrapped");
         Require(chunk.getIFFSize() == std::min<std::int64_t>(size, 0x7FFFFFFF), "the size is the header's");
         Require(chunk.validateSize() == (size == 0), "nothing of the payload was read");

@@ -504,7 +504,7 @@ private:
                 Require(GetKeyframeIndex(*in, *left) == i - 1, "a key has its number");
             ++i;
         }
-        Require(!GetIndexedSegment(*in, i), "no segment behind the last");
+        Require(!GetIndexedSegment(*in, i), "no segment after the last");
     }
 
     void makeParts() {

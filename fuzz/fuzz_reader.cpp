@@ -24,7 +24,7 @@ void requireMessage(const Exception& exception) {
     std::ostringstream message;
     formatter.formatException(message);
     const std::string text = message.str();
-    Require(text.rfind("input:", 0) == 0, "the message begins with the name", text);
+    Require(text.rfind("input:", 0) == 0, "the message starts with the name", text);
     for (const char c : text)
         Require(static_cast<unsigned char>(c) >= 0x20 && c != 0x7f, "the message is one harmless line", text);
 }

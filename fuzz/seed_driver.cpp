@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kShort = 256;
 
 void run(const std::string& input) {
-    // A buffer of exactly that size, so that AddressSanitizer sees a read behind it.
+    // A buffer of exactly that size, so that AddressSanitizer sees a read past it.
     const std::vector<std::uint8_t> bytes(input.begin(), input.end());
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }

@@ -107,7 +107,7 @@ public:
 
     /// \name To and from memory
     /// The same bytes, for records that are packed first and transferred at once. Number is an arithmetic type of 1, 2,
-    /// 4 or 8 bytes; sizeof(Number) bytes must be there. Both return the place behind them.
+    /// 4 or 8 bytes; sizeof(Number) bytes must be there. Both return the place after them.
     /// @{
     template<class Number>
     char* store(char* bytes, Number value) const noexcept {

@@ -148,7 +148,7 @@ public:
     /// @{
 
     /// Reads count bytes; none when count is below 1. Raises AccessError when opened for Write, whatever the count;
-    /// EndOfFile when nothing more comes (the bytes that came are in buffer, and the position is behind them), also for
+    /// EndOfFile when nothing more comes (the bytes that came are in buffer, and the position is after them), also for
     /// an error of the device.
     void readData(void* buffer, int count) {
         if (count > 0 && count <= m_readEnd - m_next) {

@@ -9,7 +9,7 @@
 ///     8       size   payload, which may be a row of chunks itself
 ///
 /// The size counts the payload alone. Deliberate: an odd payload is not padded to an even length, the next chunk starts
-/// right behind it.
+/// right after it.
 ///
 /// Written in one pass, on any stream that goes back to patch the size (all of the library's do):
 ///
@@ -50,7 +50,7 @@ public:
     /// Four zero bytes.
     IFFType() noexcept = default;
 
-    /// The text's first four bytes; zeros behind a shorter one, and all zeros for null. Implicit, so that a type can be
+    /// The text's first four bytes; zeros after a shorter one, and all zeros for null. Implicit, so that a type can be
     /// written as the text that it is.
     IFFType(const char* text) noexcept; // NOLINT(google-explicit-constructor)
 
@@ -121,10 +121,10 @@ public:
     const IFFType& getIFFType() const noexcept { return m_type; }
 
     /// The payload's size. No stream is long enough for one beyond 2^31-1: it is reported as 2^31-1, which no stream is
-    /// long enough for either, behind a header.
+    /// long enough for either, after a header.
     int getIFFSize() const noexcept { return static_cast<int>(std::min<std::uint32_t>(m_size, INT_MAX)); }
 
-    /// Where the payload begins, and where it ends according to the header: that may be beyond the stream.
+    /// Where the payload starts, and where it ends according to the header: that may be beyond the stream.
     int getPayloadBegin() const noexcept { return m_payloadBegin; }
     std::int64_t getPayloadEnd() const noexcept { return std::int64_t{m_payloadBegin} + m_size; }
     /// @}
@@ -138,10 +138,10 @@ public:
     /// \name Leave the chunk
     /// @{
 
-    /// Whether the stream stands exactly behind the payload.
+    /// Whether the stream stands exactly after the payload.
     bool validateSize() const { return m_stream->getPosition() == getPayloadEnd(); }
 
-    /// Goes to the first byte behind the chunk, forwards or backwards. Raises the stream's exception when that lies
+    /// Goes to the first byte after the chunk, forwards or backwards. Raises the stream's exception when that lies
     /// outside the stream, and leaves the position where it was.
     void skip() const {
         if (getPayloadEnd() > INT_MAX) raiseOutside();

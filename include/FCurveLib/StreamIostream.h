@@ -17,7 +17,7 @@ inline namespace v19 {
 /// writeData(), so a write reaches the Stream at once. Every exception of the Stream turns into end-of-file or failure
 /// of the standard stream; none passes through.
 ///
-/// One character can be looked ahead at or put back. While it is held, the Stream's own position is one behind what was
+/// One character can be looked ahead at or put back. While it is held, the Stream's own position is one past what was
 /// taken out of the buffer: peeking moves the Stream. There is no seeking; position the Stream itself, between whole
 /// operations and while no character is held.
 ///

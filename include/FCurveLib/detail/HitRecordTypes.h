@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FCurveLib/Export.h"
+#include "FCurveLib/Forward.h"
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 
 // What an edit of a whole curve must leave as it is: parts and values, recorded before it and compared after it.
 
-#include "interp/Kinds.h" // to know what a kind reads, which no public header tells
+#include "interp/Kinds.h" // internal: the rows of the kinds
 #include "support/Basics.h"
 #include "support/Museum.h"
 #include "support/Recorder.h"

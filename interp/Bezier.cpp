@@ -20,11 +20,10 @@ Vector2D<double> HandleOf(const Tangent* tangent) noexcept {
     return tangent ? tangent->get() : Vector2D<double>();
 }
 
-// Reads the keys and handles of a segment with both keys, as offsets: through the absolute control points of
-// getBezierArgs a handle at frame 10^7 would lose half its digits.
-BezierArgs ArgsOf(const Segment& segment, const Keyframe& left, const Keyframe& right) noexcept {
-    const Vector2D<double>& p0 = left.get();
-    const Vector2D<double>& p3 = right.get();
+// Of a segment with both keys.
+BezierArgs ArgsBetweenKeys(const Segment& segment) noexcept {
+    const Vector2D<double>& p0 = Read::leftKey(segment)->get();
+    const Vector2D<double>& p3 = Read::rightKey(segment)->get();
     const Vector2D<double> out = HandleOf(Read::outTangent(segment));
     const Vector2D<double> in = HandleOf(Read::inTangent(segment));
     BezierArgs args{p0.x, p0.y, p3.x, p3.y, out.x, out.y, in.x, in.y};
@@ -57,16 +56,14 @@ struct Line {
 // What either shape of a segment does: onCurve(args) with both keys, onLine(line) otherwise.
 template<class OnCurve, class OnLine>
 auto ByShape(const Segment& segment, const OnCurve& onCurve, const OnLine& onLine) {
-    const Keyframe* const left = Read::leftKey(segment);
-    const Keyframe* const right = Read::rightKey(segment);
-    if (left && right) return onCurve(ArgsOf(segment, *left, *right));
+    if (Read::hasBothKeys(segment)) return onCurve(ArgsBetweenKeys(segment));
     return onLine(Line(segment));
 }
 
 } // namespace
 
 BezierArgs Private::HandleArgs(const Interpolator&, const Segment& segment) {
-    return ArgsOf(segment, *Read::leftKey(segment), *Read::rightKey(segment));
+    return ArgsBetweenKeys(segment);
 }
 
 Bezier::Bezier() {

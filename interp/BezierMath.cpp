@@ -12,7 +12,6 @@ namespace {
 
 // --- numbers of twice the precision (T. J. Dekker, "A floating-point technique for extending the available precision",
 // 1971; the error terms by Knuth's two-sum and by a fused multiply-add)
-// ------------------------------------------------
 
 struct Twofold {
     double hi;

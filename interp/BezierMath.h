@@ -24,6 +24,11 @@ struct BezierArgs {
                                  double y3) noexcept {
         return {x0, y0, x3, y3, x1 - x0, y1 - y0, x2 - x3, y2 - y3};
     }
+    void getPoints(double& px0, double& py0, double& px1, double& py1, double& px2, double& py2, double& px3,
+                   double& py3) const noexcept {
+        px0 = x0, py0 = y0, px1 = x0 + outX, py1 = y0 + outY;
+        px2 = x3 + inX, py2 = y3 + inY, px3 = x3, py3 = y3;
+    }
 };
 
 // A place on the segment: t counts from the left key, u from the right one, t + u = 1. Both, because near a key only
@@ -94,15 +99,12 @@ inline int SolveCubic(double a, double b, double c, double (&roots)[3]) noexcept
 
 // --- the parameter at an abscissa ------------------------------------------------------------------------------------
 
-// The root t in [0, 1] of x(t) = x in closed form, for a segment whose left key is at 0. Ill-conditioned where the
-// cubic is nearly a quadratic, that is near handles of a third: its error grows as the square of b / a, until the
-// wrong root is taken and clamped to the other key. FindBezierPlace checks it.
+// The root t in [0, 1] of x(t) = x in closed form, for a segment whose left key is at 0 and whose right key is at x3.
+// Ill-conditioned where the cubic is nearly a quadratic, that is near handles of a third: its error grows as the square
+// of b / a, until the wrong root is taken and clamped to the other key. FindBezierPlace checks it.
 inline double ClosedFormBezierT(double x, double x1, double x2, double x3) noexcept {
     constexpr double lowest = -1e-7;
     constexpr double highest = 1.0000001;
-
-    if (NearZero(x)) return 0.0;
-    if (NearEqual(x, x3)) return 1.0;
 
     const double a = 3.0 * x1 - 3.0 * x2 + x3;
     const double b = -6.0 * x1 + 3.0 * x2;
@@ -135,11 +137,13 @@ inline double ClosedFormBezierT(double x, double x1, double x2, double x3) noexc
 // The exact place for an x between the keys, from a guess: a bracketed Newton iteration. See BezierMath.cpp.
 BezierPlace RepairBezierPlace(double x, const BezierArgs& p, double guess) noexcept;
 
-// The place at an x strictly between the keys. The closed form's answer stands if x(t) meets x so closely that t can be
-// wrong by 2^-41 at most, counting the rounding of x(t) itself; that bounds the value's error by about 4e-12 of the
-// value range (a cubic of range 1 has a slope of at most 9 in t). Otherwise it is repaired.
+// The place at an x strictly between the keys. With handles of a third t runs evenly with x. Otherwise the closed
+// form's answer stands if x(t) meets x so closely that t can be wrong by 2^-41 at most, counting the rounding of x(t)
+// itself; that bounds the value's error by about 4e-12 of the value range (a cubic of range 1 has a slope of at most 9
+// in t). Otherwise it is repaired.
 inline BezierPlace FindBezierPlace(double x, const BezierArgs& p) noexcept {
     const double width = p.x3 - p.x0;
+    if (3.0 * p.outX == width && 3.0 * p.inX == -width) return {(x - p.x0) / width, (p.x3 - x) / width};
     const double t = ClosedFormBezierT(x - p.x0, p.outX, width + p.inX, width);
 
     // Seen from the nearer key, so that short and vertical handles are as exact on the right as on the left.
@@ -160,13 +164,22 @@ inline BezierPlace FindBezierPlace(double x, const BezierArgs& p) noexcept {
     return RepairBezierPlace(x, p, t);
 }
 
-// The parameter in [0, 1] at which the curve reaches x, for control abscissae x0 to x3; 0 at and before the left key, 1
-// at and after the right one, NaN for NaN.
-inline BezierPlace SolveBezier(double x, const BezierArgs& p) noexcept {
-    if (!(x > p.x0)) return std::isnan(x) ? BezierPlace{x, x} : BezierPlace{0.0, 1.0};
-    if (x >= p.x3) return {1.0, 0.0};
-    return FindBezierPlace(x, p);
+// Whether x is at a key, within the library's tolerance, or beyond it. A frame that was computed and rounded, 0.1 +
+// 0.2, so meets its key.
+inline bool IsAtLeftKey(double x, const BezierArgs& p) noexcept {
+    return x - p.x0 <= GetEpsilon();
 }
+inline bool IsAtRightKey(double x, const BezierArgs& p) noexcept {
+    return p.x3 - x <= GetEpsilon();
+}
+
+// The place at x: the key's where x is at one or beyond it, NaN for NaN.
+inline BezierPlace SolveBezier(double x, const BezierArgs& p) noexcept {
+    if (IsAtLeftKey(x, p)) return {0.0, 1.0};
+    if (IsAtRightKey(x, p)) return {1.0, 0.0};
+    return std::isnan(x) ? BezierPlace{x, x} : FindBezierPlace(x, p);
+}
+// Its parameter, for control abscissae x0 to x3.
 inline double SolveBezierT(double x, double x0, double x1, double x2, double x3) noexcept {
     return SolveBezier(x, BezierArgs::FromPoints(x0, 0.0, x1, 0.0, x2, 0.0, x3, 0.0)).t;
 }
@@ -186,20 +199,11 @@ inline double BezierY(const BezierPlace& at, const BezierArgs& p) noexcept {
     return base + ((3.0 * r * far + s * rise) * s + 3.0 * r * r * nearHandle) * s;
 }
 
-// The value y that was found at x, or the key's: a frame that was computed and rounded, 0.1 + 0.2, meets its key. Only
-// what cannot be told from the key's value is taken for it, as next to a vertical handle much happens in 1e-07 frames.
-inline double MeetKey(double x, double y, const BezierArgs& p) noexcept {
-    const bool atLeft = x - p.x0 <= GetEpsilon();
-    if (!atLeft && !(p.x3 - x <= GetEpsilon())) return y;
-    const double key = atLeft ? p.y0 : p.y3;
-    return std::abs(y - key) <= 1e-12 * std::abs(p.y3 - p.y0) ? key : y;
-}
-
-// The curve's value at x; the nearer key's at and beyond the keys; NaN for NaN.
+// The curve's value at x; the key's at a key and beyond it; NaN for NaN.
 inline double EvalBezierY(double x, const BezierArgs& p) noexcept {
-    if (!(x > p.x0)) return std::isnan(x) ? x : p.y0;
-    if (x >= p.x3) return p.y3;
-    return MeetKey(x, BezierY(FindBezierPlace(x, p), p), p);
+    if (IsAtLeftKey(x, p)) return p.y0;
+    if (IsAtRightKey(x, p)) return p.y3;
+    return std::isnan(x) ? x : BezierY(FindBezierPlace(x, p), p);
 }
 
 // The abscissa at a place.

@@ -20,19 +20,16 @@ void Private::SampleBezier(const BezierArgs& p, double x0, double x1, int count,
     const double highest = std::max(x0, x1);
     for (int i = 1; i < count - 1; ++i) {
         const double part = static_cast<double>(i) / (count - 1);
-        const BezierPlace at{from.t + part * (to.t - from.t), from.u + part * (to.u - from.u)};
-        points.emplace_back(std::clamp(BezierX(at, p), lowest, highest), function(at, p));
+        BezierPlace at{from.t + part * (to.t - from.t), from.u + part * (to.u - from.u)};
+        const double x = std::clamp(BezierX(at, p), lowest, highest);
+        if (IsAtLeftKey(x, p) || IsAtRightKey(x, p)) at = SolveBezier(x, p);
+        points.emplace_back(x, function(at, p));
     }
     points.emplace_back(x1, function(to, p));
 }
 
 void Private::BezierRangeExtents(const BezierArgs& p, double x0, double x1, double& minY, double& maxY) noexcept {
     BezierExtents(SolveBezier(x0, p), SolveBezier(x1, p), p, minY, maxY);
-    // Evaluation beside a key meets the key.
-    for (const double y : {EvalBezierY(x0, p), EvalBezierY(x1, p)}) {
-        minY = std::min(minY, y);
-        maxY = std::max(maxY, y);
-    }
 }
 
 } // namespace v19

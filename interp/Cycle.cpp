@@ -1,12 +1,11 @@
 #include "FCurveLib/Cycle.h"
 
-#include "FCurveLib/Constant.h"
 #include "interp/Repetition.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Repetition;
+using Private::Kind;
 
 Cycle::Cycle() {
     setExpression("cycle()");
@@ -21,28 +20,19 @@ std::shared_ptr<Interpolator> Cycle::clone() {
 }
 
 double Cycle::eval(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->evalCycle(x, 0.0) : Constant::evaluate(x, segment);
+    return Private::EvalRepeated(Kind::Cycle, x, segment);
 }
 
 double Cycle::getFirstDerivative(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->differentiateCycle(x, 1) : 0.0;
+    return Private::DifferentiateRepeated(Kind::Cycle, x, segment, 1);
 }
 
 double Cycle::getSecondDerivative(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->differentiateCycle(x, 2) : 0.0;
+    return Private::DifferentiateRepeated(Kind::Cycle, x, segment, 2);
 }
 
 void Cycle::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    if (const auto repetition = Repetition::Find(segment)) {
-        const Private::Extents extents = repetition->cycleExtents(x0, x1, 0.0);
-        minY = extents.low;
-        maxY = extents.high;
-    } else {
-        minY = maxY = Constant::evaluate(x0, segment);
-    }
+    Private::RepeatedExtents(Kind::Cycle, segment, x0, x1, minY, maxY);
 }
 
 } // namespace v19

@@ -1,12 +1,11 @@
 #include "FCurveLib/CycleOffset.h"
 
-#include "FCurveLib/Constant.h"
 #include "interp/Repetition.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Repetition;
+using Private::Kind;
 
 CycleOffset::CycleOffset() {
     setExpression("cycle_offset()");
@@ -21,28 +20,19 @@ std::shared_ptr<Interpolator> CycleOffset::clone() {
 }
 
 double CycleOffset::eval(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->evalCycle(x, repetition->rise()) : Constant::evaluate(x, segment);
+    return Private::EvalRepeated(Kind::CycleOffset, x, segment);
 }
 
 double CycleOffset::getFirstDerivative(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->differentiateCycle(x, 1) : 0.0;
+    return Private::DifferentiateRepeated(Kind::CycleOffset, x, segment, 1);
 }
 
 double CycleOffset::getSecondDerivative(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->differentiateCycle(x, 2) : 0.0;
+    return Private::DifferentiateRepeated(Kind::CycleOffset, x, segment, 2);
 }
 
 void CycleOffset::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    if (const auto repetition = Repetition::Find(segment)) {
-        const Private::Extents extents = repetition->cycleExtents(x0, x1, repetition->rise());
-        minY = extents.low;
-        maxY = extents.high;
-    } else {
-        minY = maxY = Constant::evaluate(x0, segment);
-    }
+    Private::RepeatedExtents(Kind::CycleOffset, segment, x0, x1, minY, maxY);
 }
 
 } // namespace v19

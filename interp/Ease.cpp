@@ -1,11 +1,11 @@
 #include "FCurveLib/Ease.h"
 
-#include "model/Read.h"
+#include "interp/ControlPoints.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Read;
+using Private::BezierArgs;
 
 Ease::Ease() {
     setExpression("ease()");
@@ -19,10 +19,13 @@ std::shared_ptr<Interpolator> Ease::clone() {
     return std::shared_ptr<Interpolator>(new Ease(*this));
 }
 
-Ease::Heights Ease::getHeights(const Segment& segment) const {
-    const double left = Read::leftKey(segment)->getY();
-    const double right = Read::rightKey(segment)->getY();
-    return {left, right, 0.0, 0.0};
+void Ease::getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2, double& y2,
+                         double& x3, double& y3) const {
+    Private::EaseArgs(*this, segment).getPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+}
+
+BezierArgs Private::EaseArgs(const Interpolator&, const Segment& segment) {
+    return ThirdsArgs(segment, 0.0, 0.0);
 }
 
 } // namespace v19

@@ -1,10 +1,12 @@
 #include "FCurveLib/EaseOut.h"
 
+#include "interp/ControlPoints.h"
 #include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
+using Private::BezierArgs;
 using Private::Read;
 
 EaseOut::EaseOut() {
@@ -19,11 +21,14 @@ std::shared_ptr<Interpolator> EaseOut::clone() {
     return std::shared_ptr<Interpolator>(new EaseOut(*this));
 }
 
-EaseOut::Heights EaseOut::getHeights(const Segment& segment) const {
-    const double left = Read::leftKey(segment)->getY();
-    const double right = Read::rightKey(segment)->getY();
-    const double third = (right - left) / 3.0;
-    return {left, right, (right - left) - third, 0.0};
+void EaseOut::getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2,
+                            double& y2, double& x3, double& y3) const {
+    Private::EaseOutArgs(*this, segment).getPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+}
+
+BezierArgs Private::EaseOutArgs(const Interpolator&, const Segment& segment) {
+    const double rise = Read::rightKey(segment)->getY() - Read::leftKey(segment)->getY();
+    return ThirdsArgs(segment, rise - rise / 3.0, 0.0);
 }
 
 } // namespace v19

@@ -15,8 +15,8 @@ namespace Private {
 
 namespace {
 
-Jet Differentiate(const FormulaProgram& program, double x, const Segment& segment) {
-    return program.run<Jet>(x, [&](const Interpolator& leaf) -> Jet {
+Jet Differentiate(const Formula& formula, double x, const Segment& segment) {
+    return formula.run<Jet>(x, [&](const Interpolator& leaf) -> Jet {
         return {leaf.eval(x, segment), leaf.getFirstDerivative(x, segment), leaf.getSecondDerivative(x, segment)};
     });
 }
@@ -40,7 +40,7 @@ Formula::Formula(FormulaProgram program, const std::string& expression) : m_prog
 }
 
 double Formula::eval(double x, const Segment& segment) const {
-    return m_program.run<double>(x, [&](const Interpolator& leaf) { return leaf.eval(x, segment); });
+    return run<double>(x, [&](const Interpolator& leaf) { return leaf.eval(x, segment); });
 }
 
 std::shared_ptr<Interpolator> Formula::clone() {
@@ -53,13 +53,13 @@ bool Formula::usesTangents() const {
 }
 
 double Formula::getFirstDerivative(double x, const Segment& segment) const {
-    double slope = Differentiate(m_program, x, segment).d1;
+    double slope = Differentiate(*this, x, segment).d1;
     if (std::isnan(slope)) slope = Interpolator::getFirstDerivative(x, segment);
     return std::isinf(slope) ? std::copysign(verticalSlope, slope) : slope;
 }
 
 double Formula::getSecondDerivative(double x, const Segment& segment) const {
-    const double derivative = Differentiate(m_program, x, segment).d2;
+    const double derivative = Differentiate(*this, x, segment).d2;
     return std::isnan(derivative) ? Interpolator::getSecondDerivative(x, segment) : derivative;
 }
 
@@ -74,12 +74,13 @@ void Formula::getRangeExtents(const Segment& segment, double x0, double x1, doub
         constexpr double step = 0.1;
         constexpr double minLooks = 64.0;
         constexpr double maxLooks = 4096.0;
+        constexpr int bitsToZero = 1100; // an edge at 0 has no nearest doubles before the smallest of all
         const int looks = static_cast<int>(std::clamp(std::ceil(span / step), minLooks, maxLooks));
 
-        // Where the slope changes its sign, or y its height out of line with the slopes, halve the way to the extremum
-        // or the jump down to the resolution of doubles.
+        // Where the slope changes its sign, or y its height out of line with the slopes, or where y ends to be a
+        // number, halve the way to the extremum, the jump or the edge of the domain down to the resolution of doubles.
         const auto lookAt = [&](double x) {
-            const Jet jet = Differentiate(m_program, x, segment);
+            const Jet jet = Differentiate(*this, x, segment);
             extents.fold(jet.v);
             return Look{x, jet.v, jet.d1};
         };
@@ -89,11 +90,14 @@ void Formula::getRangeExtents(const Segment& segment, double x0, double x1, doub
             Look a = left;
             Look b = right;
             const bool turns = a.slope * b.slope < 0.0;
-            if (turns || SurpriseBetween(a, b) > 0.25 * std::abs(b.y - a.y))
-                for (int bit = 0; bit < 53; ++bit) {
+            const bool ends = std::isnan(a.y) != std::isnan(b.y);
+            if (turns || ends || SurpriseBetween(a, b) > 0.25 * std::abs(b.y - a.y))
+                for (int bit = 0; bit < (ends ? bitsToZero : 53); ++bit) {
                     const Look middle = lookAt(a.x + (b.x - a.x) / 2.0);
-                    const bool goLeft =
-                        turns ? a.slope * middle.slope < 0.0 : SurpriseBetween(a, middle) > SurpriseBetween(middle, b);
+                    if (middle.x == a.x || middle.x == b.x) break;
+                    const bool goLeft = ends    ? std::isnan(middle.y) == std::isnan(b.y)
+                                        : turns ? a.slope * middle.slope < 0.0
+                                                : SurpriseBetween(a, middle) > SurpriseBetween(middle, b);
                     (goLeft ? b : a) = middle;
                 }
             left = right;

@@ -2,8 +2,12 @@
 
 #include "FCurveLib/Interpolator.h"
 #include "interp/FormulaProgram.h"
+#include "interp/Kinds.h"
 
+#include <cstddef>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -23,12 +27,32 @@ public:
     double getSecondDerivative(double x, const Segment& segment) const override;
 
     const FormulaProgram& program() const noexcept { return m_program; }
+    const std::vector<std::shared_ptr<Interpolator>>& leaves() const noexcept { return m_program.leaves(); }
+
+    // FormulaProgram::run, which reads only one leaf of each repeating kind: they all have the same value, and it may
+    // take long to find. So a formula of n of them beside a match, which reads the formula again, takes time in n.
+    template<class V, class ReadLeaf>
+    V run(double x, const ReadLeaf& readLeaf) const;
 
 private:
     Formula(const Formula&) = default;
 
     FormulaProgram m_program;
 };
+
+template<class V, class ReadLeaf>
+V Formula::run(double x, const ReadLeaf& readLeaf) const {
+    V values[static_cast<std::size_t>(Kind::Formula)]; // by kind; deliberate: not initialised
+    unsigned known = 0;
+    return m_program.run<V>(x, [&](const Interpolator& leaf) {
+        const KindRow& row = KindOf(leaf);
+        if (!row.repeats()) return readLeaf(leaf);
+        const auto kind = static_cast<unsigned>(row.kind);
+        if (!(known >> kind & 1U)) values[kind] = readLeaf(leaf);
+        known |= 1U << kind;
+        return values[kind];
+    });
+}
 
 } // namespace Private
 

@@ -49,7 +49,7 @@ void FillPolyline(double x0, double x1, int count, std::vector<Vector2D<double>>
 } // namespace
 
 Interpolator::Interpolator() = default;
-Interpolator::Interpolator(const Interpolator& other) = default;
+Interpolator::Interpolator(const Interpolator& other) : m_expression(other.m_expression) {}
 Interpolator::~Interpolator() = default;
 
 bool Interpolator::usesTangents() const {
@@ -103,7 +103,7 @@ void Interpolator::secondDerivPolyline(const Segment& segment, double x0, double
 }
 
 void Interpolator::setExpression(const char* expression) {
-    m_expression = expression ? expression : "";
+    if (!m_isShared) m_expression = expression ? expression : "";
 }
 
 } // namespace v19

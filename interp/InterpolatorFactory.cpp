@@ -17,19 +17,6 @@ inline namespace v19 {
 
 namespace {
 
-using Registry = std::map<std::string, std::shared_ptr<Interpolator>, std::less<>>;
-
-const Registry& GetRegistry() {
-    // Deliberate: never destroyed, so that a host's static objects may create interpolators while the process ends.
-    static const Registry& registry = *[] {
-        auto filled = std::make_unique<Registry>();
-        for (const Private::KindRow& row : Private::AllKinds())
-            if (row.create) filled->emplace(row.expression, row.create());
-        return filled.release();
-    }();
-    return registry;
-}
-
 // --- the texts that need no parser -----------------------------------------------------------------------------------
 
 constexpr bool IsSpace(char c) noexcept {
@@ -42,7 +29,7 @@ constexpr bool IsNameStart(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
 
-// Reads a text from its begin to its end, over white space.
+// Reads a text from start to end, over white space.
 class Scanner {
 public:
     explicit Scanner(std::string_view text) noexcept : m_rest(text) { skipSpace(); }
@@ -96,14 +83,11 @@ std::optional<double> ReadNumber(std::string_view text) noexcept {
     return negative ? -*number : *number;
 }
 
-// The shared instance of the kind that the text names; empty if it names none.
-std::shared_ptr<Interpolator> FindKind(std::string_view text) {
+// The expression of the kind that the text names, however it is spaced; empty if it names none.
+std::string_view ReadKind(std::string_view text) noexcept {
     Scanner scanner(text);
-    const std::string_view name = scanner.takeName();
-    if (name.empty() || !scanner.take('(') || !scanner.take(')') || !scanner.atEnd()) return nullptr;
-    const Registry& registry = GetRegistry();
-    const auto found = registry.find(std::string(name) + "()");
-    return found == registry.end() ? nullptr : found->second;
+    const Private::KindRow* const kind = Private::FindKind(scanner.takeName());
+    return kind && scanner.take('(') && scanner.take(')') && scanner.atEnd() ? kind->expression : "";
 }
 
 // --- the fallback parser ---------------------------------------------------------------------------------------------
@@ -111,28 +95,32 @@ std::shared_ptr<Interpolator> FindKind(std::string_view text) {
 std::atomic<FallbackExpressionParser*> currentParser{nullptr}; // null: the default parser takes the place when needed
 std::atomic<const FallbackExpressionParser::ErrorCallback*> currentCallback{nullptr};
 
-FallbackExpressionParser* GetParser() {
-    if (FallbackExpressionParser* parser = currentParser.load(std::memory_order_acquire)) return parser;
+FallbackExpressionParser& GetParser() {
+    if (FallbackExpressionParser* parser = currentParser.load(std::memory_order_acquire)) return *parser;
 
-    static const std::unique_ptr<FallbackExpressionParser> defaultParser = Private::MakeDefaultParser();
-    if (!defaultParser) return nullptr;
+    // Deliberate: never destroyed, as the kinds.
+    static FallbackExpressionParser& defaultParser = *Private::MakeDefaultParser().release();
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
     if (!currentParser.load(std::memory_order_relaxed)) {
-        defaultParser->setErrorCallback(currentCallback);
-        currentParser.store(defaultParser.get(), std::memory_order_release);
+        defaultParser.setErrorCallback(currentCallback);
+        currentParser.store(&defaultParser, std::memory_order_release);
     }
-    return currentParser;
-}
-
-// Whether the interpolator is one of the shared instances, whose expression must stay.
-bool IsShared(const Interpolator& interpolator) {
-    const Registry& registry = GetRegistry();
-    const auto found = registry.find(std::string_view(interpolator.getExpression()));
-    return found != registry.end() && found->second.get() == &interpolator;
+    return *currentParser;
 }
 
 } // namespace
+
+const std::map<std::string, std::shared_ptr<Interpolator>, std::less<>>& InterpolatorFactory::getKinds() {
+    // Deliberate: never destroyed, so that a host's static objects may create interpolators while the process ends.
+    static const auto& kinds = *[] {
+        auto filled = std::make_unique<std::map<std::string, std::shared_ptr<Interpolator>, std::less<>>>();
+        for (const Private::KindRow& row : Private::AllKinds())
+            if (row.create) filled->emplace(row.expression, row.create()).first->second->m_isShared = true;
+        return filled.release();
+    }();
+    return kinds;
+}
 
 std::shared_ptr<Interpolator> InterpolatorFactory::create(const char* expression) {
     const char* const text = expression ? expression : "";
@@ -142,12 +130,11 @@ std::shared_ptr<Interpolator> InterpolatorFactory::create(const char* expression
         result->setExpression(text);
         return result;
     }
-    if (std::shared_ptr<Interpolator> kind = FindKind(text)) return kind;
+    if (const std::string_view kind = ReadKind(text); !kind.empty()) return getKinds().find(kind)->second;
 
-    FallbackExpressionParser* const parser = GetParser();
-    std::shared_ptr<Interpolator> result = parser ? parser->parse(text) : nullptr;
+    std::shared_ptr<Interpolator> result = GetParser().parse(text);
     if (!result) return UnknownExpression::create(text);
-    if (!IsShared(*result)) result->setExpression(text);
+    result->setExpression(text);
     return result;
 }
 
@@ -167,11 +154,11 @@ void InterpolatorFactory::setErrorCallback(const FallbackExpressionParser::Error
 }
 
 InterpolatorFactory::const_iterator InterpolatorFactory::begin() {
-    return GetRegistry().begin();
+    return getKinds().begin();
 }
 
 InterpolatorFactory::const_iterator InterpolatorFactory::end() {
-    return GetRegistry().end();
+    return getKinds().end();
 }
 
 } // namespace v19

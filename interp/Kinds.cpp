@@ -42,13 +42,13 @@ constexpr KindRow rows[] = {
 {Kind::ConstantNext, "constant_next()", &ConstantNext::create, Kind::Constant,     Image::Same,    readsRightKey,            Shape::RightValue, Beyond::Flat,    Kind::ConstantNext, Kind::ConstantNext, nullptr},
 {Kind::Linear,       "linear()",        &Linear::create,       Kind::Linear,       Image::Same,    bothKeys,                 Shape::Line,       Beyond::Flat,    Kind::Linear,       Kind::Linear,       nullptr},
 {Kind::Bezier,       "bezier()",        &Bezier::create,       Kind::Bezier,       Image::Same,    bothKeys | readsTangents, Shape::Bezier,     Beyond::Handle,  Kind::Bezier,       Kind::Bezier,       &HandleArgs},
-{Kind::Spline,       "spline()",        &Spline::create,       Kind::Spline,       Image::Same,    andNext,                  Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
-{Kind::Ease,         "ease()",          &Ease::create,         Kind::Ease,         Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
-{Kind::EaseIn,       "easein()",        &EaseIn::create,       Kind::EaseOut,      Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
-{Kind::EaseOut,      "easeout()",       &EaseOut::create,      Kind::EaseIn,       Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &ThirdsArgs},
-{Kind::Match,        "match()",         &Match::create,        Kind::Match,        Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::Match,        Kind::Match,        &ThirdsArgs},
-{Kind::MatchIn,      "matchin()",       &MatchIn::create,      Kind::MatchOut,     Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::Match,        Kind::MatchIn,      &ThirdsArgs},
-{Kind::MatchOut,     "matchout()",      &MatchOut::create,     Kind::MatchIn,      Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::MatchOut,     Kind::Match,        &ThirdsArgs},
+{Kind::Spline,       "spline()",        &Spline::create,       Kind::Spline,       Image::Same,    andNext,                  Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &SplineArgs},
+{Kind::Ease,         "ease()",          &Ease::create,         Kind::Ease,         Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &EaseArgs},
+{Kind::EaseIn,       "easein()",        &EaseIn::create,       Kind::EaseOut,      Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &EaseInArgs},
+{Kind::EaseOut,      "easeout()",       &EaseOut::create,      Kind::EaseIn,       Image::Same,    bothKeys,                 Shape::Bezier,     Beyond::Flat,    Kind::Bezier,       Kind::Bezier,       &EaseOutArgs},
+{Kind::Match,        "match()",         &Match::create,        Kind::Match,        Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::Match,        Kind::Match,        &MatchArgs},
+{Kind::MatchIn,      "matchin()",       &MatchIn::create,      Kind::MatchOut,     Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::Match,        Kind::MatchIn,      &MatchArgs},
+{Kind::MatchOut,     "matchout()",      &MatchOut::create,     Kind::MatchIn,      Image::Compare, andBeside,                Shape::Bezier,     Beyond::Flat,    Kind::MatchOut,     Kind::Match,        &MatchArgs},
 {Kind::Cycle,        "cycle()",         &Cycle::create,        Kind::ConstantNext, Image::Same,    leftOrAll,                Shape::LeftValue,  Beyond::Repeats, Kind::Cycle,        Kind::Cycle,        nullptr},
 {Kind::CycleOffset,  "cycle_offset()",  &CycleOffset::create,  Kind::ConstantNext, Image::Same,    leftOrAll,                Shape::LeftValue,  Beyond::Repeats, Kind::CycleOffset,  Kind::CycleOffset,  nullptr},
 {Kind::Mirror,       "mirror()",        &Mirror::create,       Kind::ConstantNext, Image::Same,    leftOrAll,                Shape::LeftValue,  Beyond::Repeats, Kind::Mirror,       Kind::Mirror,       nullptr},
@@ -113,6 +113,12 @@ const KindRow& KindOf(const Interpolator& interpolator) noexcept {
         if (types[i] == type) return rows[i];
     return RowOf(dynamic_cast<const BezierInterpBase*>(&interpolator) ? Kind::HostBezier : Kind::Host);
 }
+BezierArgs ArgsOf(const BezierInterpBase& interpolator, const Segment& segment) {
+    const std::type_info* const type = &typeid(interpolator);
+    for (std::size_t i = 0; i < std::size(types); ++i)
+        if (types[i] == type) return rows[i].args(interpolator, segment);
+    return StatedArgs(interpolator, segment);
+}
 const KindRow& KindOf(const Interpolator* interpolator) noexcept {
     return interpolator ? KindOf(*interpolator) : RowOf(Kind::Absent);
 }
@@ -131,7 +137,7 @@ Reads ReadsOf(const Interpolator* interpolator, const Segment& segment) noexcept
     const KindRow& row = KindOf(interpolator);
     if (row.kind == Kind::Formula) {
         Reads reads = 0;
-        for (const auto& leaf : static_cast<const Formula*>(interpolator)->program().leaves())
+        for (const auto& leaf : static_cast<const Formula*>(interpolator)->leaves())
             reads |= ReadsOf(leaf.get(), segment);
         return reads;
     }

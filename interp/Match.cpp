@@ -1,6 +1,6 @@
 #include "FCurveLib/Match.h"
 
-#include "interp/BezierMath.h"
+#include "interp/ControlPoints.h"
 #include "interp/Formula.h"
 #include "interp/Kinds.h"
 #include "interp/TwoPoints.h"
@@ -14,6 +14,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
+using Private::BezierArgs;
 using Private::Kind;
 using Private::Raw;
 using Private::Read;
@@ -30,9 +31,6 @@ double End(Quantity quantity, const Segment& segment, Side side);
 
 const Segment* Beside(const Keyframe& key, Side side) noexcept {
     return side == Side::Left ? Read::leftSegment(key) : Read::rightSegment(key);
-}
-bool IsOpen(const Segment& segment) noexcept {
-    return !Read::leftKey(segment) || !Read::rightKey(segment);
 }
 
 double Own(Quantity quantity, double x, const Interpolator& interpolator, const Segment& segment) {
@@ -88,7 +86,7 @@ bool Wraps(Quantity quantity, const Interpolator* interpolator) noexcept {
     case Kind::CycleOffset:
         return quantity == Quantity::Slope;
     case Kind::Formula: {
-        const auto& leaves = static_cast<const Private::Formula*>(interpolator)->program().leaves();
+        const auto& leaves = static_cast<const Private::Formula*>(interpolator)->leaves();
         return std::any_of(leaves.begin(), leaves.end(), [=](const auto& leaf) { return Wraps(quantity, leaf.get()); });
     }
     default:
@@ -133,7 +131,7 @@ double AcrossCycle(Quantity quantity, Kind cycle, const Segment& open, const Key
 
 double InFormula(Quantity quantity, const Private::Formula& formula, const Segment& neighbour, const Keyframe& key,
                  Side side) {
-    const Private::Jet jet = formula.program().run<Private::Jet>(key.getX(), [&](const Interpolator& leaf) {
+    const Private::Jet jet = formula.run<Private::Jet>(key.getX(), [&](const Interpolator& leaf) {
         return Private::Jet{Contribution(Quantity::Value, leaf, neighbour, key, side),
                             Contribution(Quantity::Slope, leaf, neighbour, key, side), 0.0};
     });
@@ -195,33 +193,44 @@ std::shared_ptr<Interpolator> Match::clone() {
 }
 
 double Match::eval(double x, const Segment& segment) const {
-    return IsOpen(segment) ? OpenValue(segment) : ThirdsInterp::eval(x, segment);
+    return Read::hasBothKeys(segment) ? BezierInterpBase::eval(x, segment) : OpenValue(segment);
 }
 
 void Match::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    if (IsOpen(segment))
+    if (!Read::hasBothKeys(segment))
         minY = maxY = OpenValue(segment);
     else
-        ThirdsInterp::getRangeExtents(segment, x0, x1, minY, maxY);
+        BezierInterpBase::getRangeExtents(segment, x0, x1, minY, maxY);
 }
 
 void Match::computePolyline(const Segment& segment, double x0, double x1, int count,
                             std::vector<Vector2D<double>>& points) const {
-    if (IsOpen(segment)) {
+    if (!Read::hasBothKeys(segment)) {
         const double y = OpenValue(segment);
         Private::TwoPoints(points, x0, y, x1, y);
     } else {
-        ThirdsInterp::computePolyline(segment, x0, x1, count, points);
+        BezierInterpBase::computePolyline(segment, x0, x1, count, points);
     }
 }
 
-Match::Heights Match::getHeights(const Segment& segment) const {
-    double x = 0.0;
-    double out = 0.0;
-    double in = 0.0;
-    getLeftTangent(segment, x, out);
-    getRightTangent(segment, x, in);
-    return {getLeftValue(segment), getRightValue(segment), out, in};
+void Match::getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2,
+                          double& y2, double& x3, double& y3) const {
+    Private::MatchArgs(*this, segment).getPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+}
+
+BezierArgs Private::MatchArgs(const Interpolator& interpolator, const Segment& segment) {
+    const auto& match = static_cast<const Match&>(interpolator);
+    double outX = 0.0, outY = 0.0, inX = 0.0, inY = 0.0;
+    match.getLeftTangent(segment, outX, outY);
+    match.getRightTangent(segment, inX, inY);
+    return {Read::leftKey(segment)->getX(),
+            match.getLeftValue(segment),
+            Read::rightKey(segment)->getX(),
+            match.getRightValue(segment),
+            outX,
+            outY,
+            inX,
+            inY};
 }
 
 double Match::getLeftValue(const Segment& segment) const {

@@ -1,12 +1,11 @@
 #include "FCurveLib/Mirror.h"
 
-#include "FCurveLib/Constant.h"
 #include "interp/Repetition.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::Repetition;
+using Private::Kind;
 
 Mirror::Mirror() {
     setExpression("mirror()");
@@ -21,28 +20,19 @@ std::shared_ptr<Interpolator> Mirror::clone() {
 }
 
 double Mirror::eval(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->evalMirror(x) : Constant::evaluate(x, segment);
+    return Private::EvalRepeated(Kind::Mirror, x, segment);
 }
 
 double Mirror::getFirstDerivative(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->differentiateMirror(x, 1) : 0.0;
+    return Private::DifferentiateRepeated(Kind::Mirror, x, segment, 1);
 }
 
 double Mirror::getSecondDerivative(double x, const Segment& segment) const {
-    const auto repetition = Repetition::Find(segment);
-    return repetition ? repetition->differentiateMirror(x, 2) : 0.0;
+    return Private::DifferentiateRepeated(Kind::Mirror, x, segment, 2);
 }
 
 void Mirror::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    if (const auto repetition = Repetition::Find(segment)) {
-        const Private::Extents extents = repetition->mirrorExtents(x0, x1);
-        minY = extents.low;
-        maxY = extents.high;
-    } else {
-        minY = maxY = Constant::evaluate(x0, segment);
-    }
+    Private::RepeatedExtents(Kind::Mirror, segment, x0, x1, minY, maxY);
 }
 
 } // namespace v19

@@ -8,10 +8,13 @@ inline namespace v19 {
 
 namespace Private {
 
+std::shared_ptr<Interpolator> RepeatMaker::makeName(const char* name) {
+    const KindRow* const kind = FindKind(name);
+    return kind && kind->repeats() ? kind->create() : nullptr;
+}
 std::shared_ptr<Interpolator> RepeatMaker::makeFunction(const char* name,
                                                         const std::list<InterpMaker::Argument>& args) {
-    const KindRow* const kind = args.empty() ? FindKind(name) : nullptr;
-    return kind && kind->repeats() ? kind->create() : nullptr;
+    return args.empty() ? makeName(name) : nullptr;
 }
 
 } // namespace Private

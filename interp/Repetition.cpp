@@ -1,5 +1,6 @@
 #include "interp/Repetition.h"
 
+#include "FCurveLib/Constant.h"
 #include "FCurveLib/Evaluation.h"
 #include "model/Read.h"
 
@@ -176,6 +177,33 @@ Extents Repetition::mirrorExtents(double x0, double x1) const {
             foldPart(extents, m_end - right, m_end - left, 0.0);
     }
     return extents;
+}
+
+// --- the kinds -------------------------------------------------------------------------------------------------------
+
+double EvalRepeated(Kind kind, double x, const Segment& segment) {
+    const auto repetition = Repetition::Find(segment);
+    if (!repetition) return Constant::evaluate(x, segment);
+    if (kind == Kind::Mirror) return repetition->evalMirror(x);
+    return repetition->evalCycle(x, kind == Kind::CycleOffset ? repetition->rise() : 0.0);
+}
+
+double DifferentiateRepeated(Kind kind, double x, const Segment& segment, int order) {
+    const auto repetition = Repetition::Find(segment);
+    if (!repetition) return 0.0;
+    return kind == Kind::Mirror ? repetition->differentiateMirror(x, order) : repetition->differentiateCycle(x, order);
+}
+
+void RepeatedExtents(Kind kind, const Segment& segment, double x0, double x1, double& minY, double& maxY) {
+    Extents extents;
+    if (const auto repetition = Repetition::Find(segment))
+        extents = kind == Kind::Mirror
+                      ? repetition->mirrorExtents(x0, x1)
+                      : repetition->cycleExtents(x0, x1, kind == Kind::CycleOffset ? repetition->rise() : 0.0);
+    else
+        extents.fold(Constant::evaluate(x0, segment));
+    minY = extents.low;
+    maxY = extents.high;
 }
 
 } // namespace Private

@@ -4,6 +4,7 @@
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/Segment.h"
 #include "interp/Extents.h"
+#include "interp/Kinds.h"
 
 #include <optional>
 
@@ -46,6 +47,11 @@ private:
     double m_span;
     bool m_leading; // seen from the segment before the first key
 };
+
+// What the repeating kinds compute on a segment, a constant where there is nothing to repeat. The order is 1 or 2.
+double EvalRepeated(Kind kind, double x, const Segment& segment);
+double DifferentiateRepeated(Kind kind, double x, const Segment& segment, int order);
+void RepeatedExtents(Kind kind, const Segment& segment, double x0, double x1, double& minY, double& maxY);
 
 } // namespace Private
 

@@ -1,10 +1,12 @@
 #include "FCurveLib/Spline.h"
 
+#include "interp/ControlPoints.h"
 #include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
+using Private::BezierArgs;
 using Private::Read;
 
 namespace {
@@ -27,8 +29,13 @@ std::shared_ptr<Interpolator> Spline::clone() {
     return std::shared_ptr<Interpolator>(new Spline(*this));
 }
 
+void Spline::getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2,
+                           double& y2, double& x3, double& y3) const {
+    Private::SplineArgs(*this, segment).getPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+}
+
 // Handles of a third stay between the keys, so they never need shortening.
-Spline::Heights Spline::getHeights(const Segment& segment) const {
+BezierArgs Private::SplineArgs(const Interpolator&, const Segment& segment) {
     const Keyframe& left = *Read::leftKey(segment);
     const Keyframe& right = *Read::rightKey(segment);
     const Segment* const before = Read::leftSegment(left);
@@ -37,8 +44,8 @@ Spline::Heights Spline::getHeights(const Segment& segment) const {
     const Keyframe* const next = after ? Read::rightKey(*after) : nullptr;
 
     const double third = (right.getX() - left.getX()) / 3.0;
-    return {left.getY(), right.getY(), previous ? third * ChordSlope(*previous, right) : 0.0,
-            next ? -third * ChordSlope(left, *next) : 0.0};
+    return ThirdsArgs(segment, previous ? third * ChordSlope(*previous, right) : 0.0,
+                      next ? -third * ChordSlope(left, *next) : 0.0);
 }
 
 } // namespace v19

@@ -14,14 +14,10 @@ inline namespace v19 {
 ///              / .             /
 ///     (left key) P0      -----o P2
 ///
-/// Between the keys, value and derivatives are those of the exact curve: the parameter at x is found in closed form,
-/// checked, and repaired where the closed form is ill-conditioned. A place at or beyond a key is that key: the value is
-/// exactly the key's y there. So it is where a computed frame misses the key by its rounding: within 1e-07 frames, as
-/// long as the exact value differs from the key's by at most 1e-12 of what y changes over the segment. NaN gives NaN.
-/// Without both keys the curve is Constant.
-///
-/// Where the curve is vertical (|dx/dt| <= 1e-07), the first derivative is 9999999, or -9999999 if y falls; else where
-/// |dy/dt| <= 1e-07, it is 0.
+/// Between the keys, value and derivatives are exact but for rounding. A place within GetEpsilon() of a key, or beyond
+/// it, is that key, deliberately: a computed frame, 0.1 + 0.2, meets the key at 0.3. NaN gives NaN. Without both keys
+/// the curve is Constant. Where it is vertical (|dx/dt| <= 1e-07), the first derivative is 9999999, or -9999999 if y
+/// falls; else where |dy/dt| <= 1e-07, it is 0.
 class FCURVELIB_API BezierInterpBase : public Interpolator {
 public:
     double eval(double x, const Segment& segment) const override;

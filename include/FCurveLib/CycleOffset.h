@@ -5,7 +5,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-/// "cycle_offset()": repeats the curve's keyed part for ever, each repetition lifted by the rise of the keyed part, so
+/// "cycle_offset()": repeats the curve's keyed part forever, each repetition lifted by the rise of the keyed part, so
 /// that they join without a jump.
 ///
 ///                          .

@@ -22,26 +22,8 @@ inline namespace v19 {
 ///     primary  = number | name | name "(" [ argument { "," argument } ] ")" | "(" sum ")" .
 ///     argument = sum | string .
 ///
-/// Names: x is the abscissa in frames, pi and e are the constants. Functions: sin, cos, tan, asin, acos, atan
-/// (radians), exp, log (natural), ceil, floor, round (halves away from zero), abs, sqrt. % is the remainder with the
-/// sign of the dividend. Names are case-sensitive; white space may stand between any two tokens; numbers are written
-/// with a decimal point whatever the locale, and may have an exponent; strings stand in double quotes and contain no
-/// double quote.
-///
-/// Every other name is looked up with the makers. The parser's own give the kinds that repeat a curve, "cycle()",
-/// "cycle_offset()" and "mirror()", to be used inside formulas: "cycle() + 2*x".
-///
-/// Outside the domain of a function the value is what the arithmetic of doubles gives: NaN or an infinity.
-///
-/// The interpolators
-/// -----------------
-/// Values are those of the same expression written in C++ with doubles, operators applied in the order of the grammar;
-/// the parts without x are computed while parsing. The first and the second derivative follow the rules of calculus,
-/// and are exact but for rounding. Where there is no rule, that is at the jumps of floor, ceil, round and %, at the
-/// kink of abs, and where a rule asks for 0 * infinity, they are the numeric ones of Interpolator. An infinite slope is
-/// reported as 9999999 or -9999999. Extents are found by at least 64 looks, one per 0.1 frames up to 4096, and by
-/// following the derivative to the extrema between them; something that happens between two looks can be missed. NaN
-/// does not count for extents. A formula uses tangents if something in it does; its clone is deep.
+/// Names are x, pi, e, functions as sin, and what makers know: its own give the kinds that repeat a curve, "cycle()" or
+/// "cycle". Values, domains, derivatives and extents: docs/formulas.md. A clone of a formula is deep.
 class FCURVELIB_API DefaultFallbackParser : public FallbackExpressionParser {
 public:
     /// \name Make
@@ -102,7 +84,7 @@ public:
     /// Base of the others. Raised itself for a text beyond the limits, and where a maker threw.
     class FCURVELIB_API ParseError : public Exception {
     public:
-        /// The message is for users, in full sentences; the position counts bytes from the begin of the text.
+        /// The message is for users, in full sentences; the position counts bytes from the start of the text.
         ParseError(std::string message, std::size_t position);
         ParseError(const ParseError&) noexcept;
         ParseError& operator=(const ParseError&) noexcept;

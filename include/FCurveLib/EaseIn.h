@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FCurveLib/ThirdsInterp.h"
+#include "FCurveLib/BezierInterpBase.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -10,16 +10,16 @@ inline namespace v19 {
 ///     y1 = yL, y2 = yL + (yR - yL) / 3
 ///
 /// A segment that lacks a key is Constant.
-class FCURVELIB_API EaseIn final : public Private::ThirdsInterp {
+class FCURVELIB_API EaseIn final : public BezierInterpBase {
 public:
     static std::shared_ptr<Interpolator> create();
 
     std::shared_ptr<Interpolator> clone() override;
+    void getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2, double& y2,
+                       double& x3, double& y3) const override;
 
 private:
     EaseIn();
-
-    Heights getHeights(const Segment& segment) const override;
 };
 
 } // namespace v19

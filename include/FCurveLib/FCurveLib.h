@@ -81,7 +81,6 @@
 #include "FCurveLib/StreamIostream.h"
 #include "FCurveLib/Tangent.h"
 #include "FCurveLib/TextFormat.h"
-#include "FCurveLib/ThirdsInterp.h"
 #include "FCurveLib/Tolerance.h"
 #include "FCurveLib/TovConversion.h"
 #include "FCurveLib/TrackedObserver.h"

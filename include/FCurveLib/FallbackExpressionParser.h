@@ -18,7 +18,7 @@ public:
         const char* message;    ///< for users, in full sentences
         const char* type;       ///< the failure's class, "VEM_FN::FCurveLib::DefaultFallbackParser::UnbalancedParens"
         const char* expression; ///< the whole text that was parsed
-        std::size_t position;   ///< where in it, in bytes from its begin; its length for a text that ends too early
+        std::size_t position;   ///< where in it, in bytes from its start; its length for a text that ends too early
     };
 
     /// Hears why texts failed. Not owned by whoever it is given to: it must live as long as it is set.

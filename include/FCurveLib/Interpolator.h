@@ -59,7 +59,8 @@ public:
     /// @}
 
     /// \name Expression
-    /// The text by which files store this interpolator; never null.
+    /// The text by which files store this interpolator; never null. The instances that InterpolatorFactory shares keep
+    /// theirs: setting one does nothing there. Clone such an instance first.
     /// @{
     const char* getExpression() const noexcept { return m_expression.c_str(); }
     void setExpression(const char* expression);
@@ -69,7 +70,10 @@ protected:
     Interpolator(const Interpolator& other);
 
 private:
+    friend class InterpolatorFactory;
+
     std::string m_expression;
+    bool m_isShared = false; // the expression stays
 };
 
 } // namespace v19

@@ -28,8 +28,8 @@ public:
     ///
     ///  - A number, with or without sign and exponent: a new NumberInterp. Texts beyond the range of doubles, "inf" and
     ///    "nan" are no numbers.
-    ///  - A built-in kind, "linear()": the one shared instance of that kind. Its own expression stays as it is, however
-    ///    the given text is spaced. Clone it before changing its expression.
+    ///  - A built-in kind, "linear()": the one shared instance of that kind. Its expression stays as it is, however the
+    ///    given text is spaced and whatever Interpolator::setExpression is told.
     ///  - Whatever else the fallback parser understands; its result takes the given text as its expression.
     ///  - Anything else: a new UnknownExpression that keeps the text, after the error callback has been told why.
     ///
@@ -58,6 +58,9 @@ public:
     static const_iterator begin();
     static const_iterator end();
     /// @}
+
+private:
+    static const std::map<std::string, std::shared_ptr<Interpolator>, std::less<>>& getKinds();
 };
 
 } // namespace v19

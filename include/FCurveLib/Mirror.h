@@ -5,7 +5,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-/// "mirror()": repeats the curve's keyed part to and fro for ever, so that it never jumps.
+/// "mirror()": repeats the curve's keyed part to and fro forever, so that it never jumps.
 ///
 ///       .     last     .
 ///     .   .     o    .   .    .

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FCurveLib/ThirdsInterp.h"
+#include "FCurveLib/BezierInterpBase.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -14,16 +14,16 @@ inline namespace v19 {
 ///
 /// Only the positions of the keys matter, whatever the kinds of the neighbouring segments. A segment that lacks a key
 /// is Constant.
-class FCURVELIB_API Spline final : public Private::ThirdsInterp {
+class FCURVELIB_API Spline final : public BezierInterpBase {
 public:
     static std::shared_ptr<Interpolator> create();
 
     std::shared_ptr<Interpolator> clone() override;
+    void getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2, double& y2,
+                       double& x3, double& y3) const override;
 
 private:
     Spline();
-
-    Heights getHeights(const Segment& segment) const override;
 };
 
 } // namespace v19

@@ -3,7 +3,6 @@
 #include "support/ErrorRecorder.h"
 #include "support/Random.h"
 
-#include <chrono>
 #include <stdexcept>
 
 namespace Test {
@@ -63,20 +62,6 @@ TEST(FormulaValue, PrecedenceAssociativityAndTokens) {
         }
 }
 
-TEST(FormulaValue, FunctionsAreThoseOfTheLanguageHosts) {
-    const struct {
-        const char* name;
-        double (*function)(double);
-    } rows[] = {
-        {"sin", std::sin},     {"cos", std::cos},  {"tan", std::tan},   {"asin", std::asin}, {"acos", std::acos},
-        {"atan", std::atan},   {"exp", std::exp},  {"log", std::log},   {"ceil", std::ceil}, {"floor", std::floor},
-        {"round", std::round}, {"abs", std::fabs}, {"sqrt", std::sqrt},
-    };
-    for (const auto& row : rows)
-        for (const double x : {-3.5, -1.0, -0.7, -0.0, 0.0, 0.3, 0.5, 1.0, 2.5, 1e10, kInfinity})
-            EXPECT_TRUE(Same(Eval(std::string(row.name) + "(x)", x), row.function(x))) << row.name << " " << x;
-}
-
 TEST(FormulaValue, OutsideADomainTheArithmeticDecides) {
     EXPECT_EQ(Eval("1/x", 0.0), kInfinity);
     EXPECT_EQ(Eval("-1/x", 0.0), -kInfinity);
@@ -112,7 +97,19 @@ RandomFormula MakeRandom(Random& random, int depth) {
         {"-(", "", ")", [](double a, double) { return -a; }},
         {"sin(", "", ")", [](double a, double) { return std::sin(a); }},
         {"cos(", "", ")", [](double a, double) { return std::cos(a); }},
+        {"tan(", "", ")", [](double a, double) { return std::tan(a); }},
+        {"asin(sin(", "", "))", [](double a, double) { return std::asin(std::sin(a)); }},
+        {"acos(cos(", "", "))", [](double a, double) { return std::acos(std::cos(a)); }},
+        {"atan(", "", ")", [](double a, double) { return std::atan(a); }},
+        {"exp(", "", ")", [](double a, double) { return std::exp(a); }},
+        {"log(", "", ")", [](double a, double) { return std::log(a); }},
+        {"sqrt(", "", ")", [](double a, double) { return std::sqrt(a); }},
+        {"floor(", "", ")", [](double a, double) { return std::floor(a); }},
+        {"ceil(", "", ")", [](double a, double) { return std::ceil(a); }},
+        {"round(", "", ")", [](double a, double) { return std::round(a); }},
         {"(", "", ")**2", [](double a, double) { return a * a; }},
+        {"(", "", ")**-3", [](double a, double) { return std::pow(a, -3.0); }},
+        {"2**(", "", ")", [](double a, double) { return std::pow(2.0, a); }},
     };
     const auto& row = random.oneOf(rows);
     // Shared, because copying functions that hold functions copies all of them.
@@ -124,7 +121,7 @@ RandomFormula MakeRandom(Random& random, int depth) {
 
 TEST(FormulaValue, RandomFormulasHaveTheBitsOfTheSameExpressionWalkedAsATree) {
     Random random(20240229);
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         const RandomFormula formula = MakeRandom(random, 1 + i % 6);
         const auto parsed = Parse(formula.text);
         // b ** 1, 2 and 3 are products; the tree calls pow for them, which may differ in the last bit
@@ -150,42 +147,14 @@ double SecondDifference(const Function& f, double x, double h = 1e-3) {
     return (-f(x - 2 * h) + 16 * f(x - h) - 30 * f(x) + 16 * f(x + h) - f(x + 2 * h)) / (12 * h * h);
 }
 
-TEST(FormulaDerivative, FollowsTheRulesOfCalculus) {
-    const struct {
-        std::vector<double> at;
-        std::vector<const char*> texts;
-    } rows[] = {
-        {{-7, -1, 0, 0.5, 2},
-         {"3*x**2 - x/4 + 2", "x**3*(1-x)", "(x+1)/(x*x+1)", "sin(x*2)*10 + cos(x/3)*4", "sin(x*x/3) - cos(x+1)",
-          "tan(x/9)", "atan(3*x)", "exp(-x*x)", "sqrt(x*x+1)", "abs(x*x)", "2**x"}},
-        {{0.5, 2, 4},
-         {"5/x - x/(x+9)", "log(x+2)", "x**2.5", "x**-1", "x**0", "x**ceil(x/9)", "x**x", "(x+3)**sin(x)"}},
-        {{-0.8, 0, 0.6}, {"asin(x) + acos(x/3)", "abs(x-2)*x", "(x*x)%3"}},
-        {{-7, -2.3, 0.2, 1.7, 4.2}, {"abs(x-2)*x", "(x*x)%3", "x%3", "floor(x-0.5)*x + ceil(x+0.5) - round(x)*x*x"}},
-        {{-4.2, 3, 4.2}, {"-10%x"}},
-    };
-    for (const auto& row : rows)
-        for (const char* text : row.texts)
-            for (const double x : row.at) {
-                SCOPED_TRACE(testing::Message() << text << " at " << x);
-                const auto formula = Parse(text);
-                const auto f = [&](double u) { return formula->eval(u, nowhere); };
-                const double d1 = FirstDifference(f, x);
-                const double d2 = SecondDifference(f, x);
-                EXPECT_NEAR(formula->getFirstDerivative(x, nowhere), d1, 1e-9 * (1 + std::abs(d1)));
-                EXPECT_NEAR(formula->getSecondDerivative(x, nowhere), d2, 1e-7 * (1 + std::abs(d2)));
-            }
-    EXPECT_EQ(Parse("x%3")->getFirstDerivative(0.0, nowhere), 1.0) << "0 is a multiple, but no jump";
-}
-
 TEST(FormulaDerivative, RandomFormulasAgreeWithDifferences) {
     Random random(7);
     int compared = 0;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         const RandomFormula formula = MakeRandom(random, 1 + i % 4);
-        if (formula.text.find('%') != std::string::npos) continue; // differences across jumps say nothing
-        // 0 ** something has no rule, so it is as exact as numeric derivatives are
-        const double least2 = formula.text.find("abs") == std::string::npos ? 1e-7 : 1e-4;
+        // 0 ** something and remainders at jumps have no rule, so they are as exact as numeric derivatives are
+        const bool ruled = formula.text.find("abs") == std::string::npos && formula.text.find('%') == std::string::npos;
+        const double least2 = ruled ? 1e-7 : 1e-4;
         const auto parsed = Parse(formula.text);
         for (const double x : {-1.3, 0.7, 2.9}) {
             // Differences with another step tell how far they can be trusted.
@@ -220,6 +189,8 @@ TEST(FormulaDerivative, IsNumericWhereThereIsNoRule) {
         EXPECT_EQ(formula->getFirstDerivative(row.x, nowhere), plain.getFirstDerivative(row.x, nowhere)) << row.text;
         EXPECT_EQ(formula->getSecondDerivative(row.x, nowhere), plain.getSecondDerivative(row.x, nowhere)) << row.text;
     }
+    EXPECT_EQ(Parse("x%3")->getFirstDerivative(0.0, nowhere), 1.0) << "0 is a multiple, but no jump";
+    EXPECT_EQ(Parse("abs(x*x)")->getSecondDerivative(0.0, nowhere), 2.0);
 }
 
 TEST(FormulaDerivative, AnInfiniteSlopeIsTheVerticalSlope) {
@@ -263,6 +234,11 @@ TEST(FormulaExtents, HoldEverythingThatDenseSamplingFinds) {
         EXPECT_NEAR(found.high, high, 1e-4 * (high - low) + 1e-12) << row.text;
     }
     EXPECT_NEAR(ExtentsOf(*Parse("abs(x-1.2345)"), nowhere, 0.0, 2.0).low, 0.0, 1e-15);
+    // At the edges of the domain.
+    EXPECT_EQ(ExtentsOf(*Parse("sqrt(x-0.33)"), nowhere, -1, 1).low, 0.0);
+    EXPECT_NEAR(ExtentsOf(*Parse("sqrt(-x)"), nowhere, -1.3, 0.9).low, 0.0, 1e-100);
+    const Extents arc = ExtentsOf(*Parse("asin(x)"), nowhere, -3, 3.1);
+    EXPECT_TRUE(arc.low == std::asin(-1.0) && arc.high == std::asin(1.0));
     const Extents none = ExtentsOf(*Parse("sqrt(-x)"), nowhere, 1.0, 2.0);
     EXPECT_TRUE(std::isnan(none.low) && std::isnan(none.high));
 }
@@ -361,7 +337,6 @@ TEST(FormulaError, NestingEndsAt256) {
 }
 
 TEST(FormulaError, HostileTextsEndSoonAndBigOnesWork) {
-    const auto begin = std::chrono::steady_clock::now();
     const std::size_t mebibyte = std::size_t{1} << 20;
     for (const char* piece : {"(", "-", "x+", "1*", "x**", "sin(", "\"", "a", "9", " ", "x,", ")"}) {
         const std::string piecewise = Repeat(piece, mebibyte / std::string(piece).size());
@@ -371,7 +346,6 @@ TEST(FormulaError, HostileTextsEndSoonAndBigOnesWork) {
     const std::size_t terms = (Parser::getMaxLength() - 1) / 2;
     EXPECT_EQ(Eval(Repeat("x+", terms) + "x", 1.0), static_cast<double>(terms + 1));
     EXPECT_EQ(Eval(Repeat("1+", terms) + "1"), static_cast<double>(terms + 1));
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
 // --- makers ----------------------------------------------------------------------------------------------------------

@@ -4,15 +4,6 @@
 namespace Test {
 namespace {
 
-TEST(EvalSegment, AsksTheInterpolatorAlsoOutsideTheSpan) {
-    const auto curve = MakeCurve({{0, 0, {}, {}, "linear()"}, {2, 4}});
-    auto segment = ++curve->begin();
-    EXPECT_EQ(EvalSegment(1, *segment), 2.0);
-    EXPECT_EQ(EvalSegment(3, *segment), 6.0);
-    segment->setInterpolator(nullptr);
-    EXPECT_EQ(EvalSegment(1, *segment), 0.0);
-}
-
 TEST(EvalInInterior, HoldsXBetweenTheKeys) {
     // The end segments would give 1000 x.
     const auto curve = MakeCurve(

@@ -1,6 +1,7 @@
 // The table of kinds, an internal header: what each row says is what the kind does. A new row is tested with the
 // others.
 
+#include "support/Ask.h"
 #include "support/Basics.h"
 #include "support/Museum.h"
 
@@ -13,14 +14,14 @@ namespace {
 using namespace Private;
 
 // Six keys; the kind is between the third and the fourth and at both ends, all else is bezier().
-std::shared_ptr<FCurve> Around(const std::shared_ptr<Interpolator>& interpolator) {
-    const auto curve = MakeCurve({{13, 2, {}, Vector2D<double>(1, 2)},
-                                  {15, -1, Vector2D<double>(-0.5, 1), Vector2D<double>(1, -1)},
-                                  {19, 4, Vector2D<double>(-1, 2), Vector2D<double>(2, 3)},
-                                  {23, 1, Vector2D<double>(-1.5, -2), Vector2D<double>(1, 1)},
-                                  {25, 6, Vector2D<double>(-0.5, 1), Vector2D<double>(1, 0.5)},
-                                  {28, 3, Vector2D<double>(-1, 1), Vector2D<double>(1, -2)}});
-    for (const double x : {0.0, 20.0, 40.0}) curve->findSegment(x)->setInterpolator(interpolator);
+std::shared_ptr<FCurve> Around(const std::shared_ptr<Interpolator>& interpolator, double shift = 0.0) {
+    auto curve = MakeCurve({{shift + 13, 2, {}, Vector2D<double>(1, 2)},
+                            {shift + 15, -1, Vector2D<double>(-0.5, 1), Vector2D<double>(1, -1)},
+                            {shift + 19, 4, Vector2D<double>(-1, 2), Vector2D<double>(2, 3)},
+                            {shift + 23, 1, Vector2D<double>(-1.5, -2), Vector2D<double>(1, 1)},
+                            {shift + 25, 6, Vector2D<double>(-0.5, 1), Vector2D<double>(1, 0.5)},
+                            {shift + 28, 3, Vector2D<double>(-1, 1), Vector2D<double>(1, -2)}});
+    for (const double x : {0.0, 20.0, 40.0}) curve->findSegment(shift + x)->setInterpolator(interpolator);
     return curve;
 }
 Keyframe& KeyAt(FCurve& curve, double x) {
@@ -49,7 +50,27 @@ TEST_P(EveryKind, IsFoundByObjectNameAndSegment) {
     EXPECT_EQ(&KindOf(*curve->findSegment(20)), &RowOf(row.kind));
     EXPECT_EQ(FindKind(row.name()), &RowOf(row.kind));
     EXPECT_STREQ(interpolator->getExpression(), row.expression);
-    EXPECT_EQ(&KindOf(*InterpolatorFactory::create(row.expression)), &RowOf(row.kind));
+}
+
+TEST_P(EveryKind, SharesOneInstanceThatKeepsItsText) {
+    const auto shared = InterpolatorFactory::create(row.expression);
+    EXPECT_EQ(&KindOf(*shared), &RowOf(row.kind));
+    EXPECT_EQ(InterpolatorFactory::create((" " + std::string(row.name()) + "\t( \n)").c_str()), shared);
+    curve->findSegment(20)->setInterpolator(shared);
+    curve->findSegment(20)->getInterpolator()->setExpression("other");
+    EXPECT_STREQ(InterpolatorFactory::create(row.expression)->getExpression(), row.expression);
+    const auto clone = shared->clone();
+    clone->setExpression("other");
+    EXPECT_STREQ(clone->getExpression(), "other");
+}
+
+TEST_P(EveryKind, KeepsTheBitsOfItsValuesFarFromTheOrigin) {
+    const double shift = 0x1p30;
+    const auto far = Around(interpolator, shift);
+    for (double x = 3; x < 45; x += 0.125) {
+        EXPECT_EQ(far->eval(shift + x), curve->eval(x)) << x;
+        EXPECT_EQ(GetFirstDerivative(*far, shift + x), GetFirstDerivative(*curve, x)) << x;
+    }
 }
 
 TEST_P(EveryKind, HasTheShapeOfItsRow) {
@@ -60,6 +81,11 @@ TEST_P(EveryKind, HasTheShapeOfItsRow) {
                                 : row.shape == Shape::Line       ? 4.0 - 0.75 * (point.x - 19)
                                                            : EvalBezierY(point.x, row.args(*interpolator, segment));
         EXPECT_NEAR(point.y, expected, 1e-14);
+    }
+    for (const int count : {-1, 0, 1, 50}) {
+        const auto points = PolylineOf(&Interpolator::computePolyline, *interpolator, segment, 20, 22, count);
+        EXPECT_EQ(points.size(),
+                  row.isStraight() && !row.repeats() ? 2U : static_cast<std::size_t>(std::max(0, count)));
     }
     EXPECT_EQ(row.isBezier(), dynamic_cast<const BezierInterpBase*>(interpolator.get()) != nullptr);
     const bool flat = curve->eval(29) == curve->eval(38.3) && curve->eval(12) == curve->eval(3.3);
@@ -145,6 +171,59 @@ const auto named = [] {
 INSTANTIATE_TEST_SUITE_P(Table, EveryKind, testing::ValuesIn(named),
                          [](const auto& kind) { return std::string(kind.param.name()); });
 
+TEST(Kinds, ControlPoints) {
+    using Handle = std::optional<Vector2D<double>>;
+    const struct {
+        const char* kind;
+        double x; // in the segment that is looked at
+        std::vector<double> points;
+        Handle out = {}, in = {};
+    } rows[] = {
+        {"ease()", 7, {6, 3, 7, 3, 8, 6, 9, 6}},
+        {"easein()", 7, {6, 3, 7, 3, 8, 4, 9, 6}},
+        {"easeout()", 7, {6, 3, 7, 5, 8, 6, 9, 6}},
+        {"spline()", 4, {3, 0, 4, 0, 5, 2, 6, 3}}, // flat at the curve's ends
+        {"spline()", 7, {6, 3, 7, 4, 8, 6, 9, 6}},
+        {"spline()", 10, {9, 6, 11, 6, 13, 3, 15, 3}},
+        {"match()", 7, {6, 3, 7, 4, 8, 6.5, 9, 6}},
+        {"matchin()", 7, {6, 3, 7, 4, 8, 6, 9, 6}},
+        {"matchout()", 7, {6, 3, 7, 3, 8, 6.5, 9, 6}},
+        {"bezier()", 7, {6, 3, 7.5, 5, 8, 5, 9, 6}, Vector2D<double>(1.5, 2), Vector2D<double>(-1, -1)},
+        {"bezier()", 7, {6, 3, 9, 4, 6, 5.5, 9, 6}, Vector2D<double>(6, 2), Vector2D<double>(-9, -1.5)}, // folds
+    };
+    for (const auto& row : rows) {
+        const auto curve =
+            MakeCurve({{3, 0, {}, {}, "linear()"}, {6, 3, {}, row.out}, {9, 6, row.in, {}, "linear()"}, {15, 3}});
+        Segment& segment = *curve->findSegment(row.x);
+        segment.setInterpolator(InterpolatorFactory::create(row.kind));
+        std::vector<double> p(8);
+        dynamic_cast<const BezierInterpBase&>(*segment.getInterpolator())
+            .getBezierArgs(segment, p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
+        EXPECT_EQ(p, row.points) << row.kind;
+        EXPECT_EQ(segment.getInterpolator()->usesTangents(), row.kind == std::string("bezier()"));
+    }
+}
+
+// A segment that lacks a key: the line along the other's tangent, as if that were at least 0.001 long.
+TEST(Kinds, BezierGoesOnAlongTheTangent) {
+    const struct {
+        Vector2D<double> in, out;
+        double before, after; // the slopes
+    } rows[] = {{{-1, -2}, {1, 3}, 2, 3},
+                {{0, 0}, {0, 0}, 0, 0},
+                {{0, -2}, {0, 3}, 2000, 3000},
+                {{-1e-5, 1}, {1e-5, 1}, -1000, 1000}};
+    for (const auto& row : rows) {
+        const auto curve = MakeCurve({{4, 10, row.in, row.out}}, "bezier()");
+        EXPECT_DOUBLE_EQ(curve->eval(-3), 10 - 7 * row.before);
+        EXPECT_DOUBLE_EQ(curve->eval(6), 10 + 2 * row.after);
+        EXPECT_DOUBLE_EQ(GetFirstDerivative(*curve, -3), row.before);
+        EXPECT_DOUBLE_EQ(GetFirstDerivative(*curve, 6), row.after);
+    }
+    const Segment byHand(nullptr, nullptr, nullptr, Keyframe::create(2, 3)); // has no tangents
+    EXPECT_EQ(Bezier::create()->eval(5, byHand), 3.0);
+}
+
 TEST(Kinds, WithoutNameAreTold) {
     class HostKind : public Interpolator {
         double eval(double x, const Segment&) const override { return x; }
@@ -175,7 +254,7 @@ TEST(Kinds, WithoutNameAreTold) {
         {"7", Kind::Number, 0, 0},
         {"(((", Kind::Unknown, 0, 0},
         {"x", Kind::Formula, 0, 0},
-        {"cycle() + x", Kind::Formula, readsLeftKey, readsLeftKey | readsRightKey | readsCurve},
+        {"cycle + x", Kind::Formula, readsLeftKey, readsLeftKey | readsRightKey | readsCurve},
     };
     for (const auto& row : rows) {
         const auto made = InterpolatorFactory::create(row.text);

@@ -2,7 +2,7 @@
 
 #include "FCurveLib/Segment.h"
 #include "interp/BezierMath.h"
-#include "interp/Extents.h"
+#include "interp/ValueRange.h"
 
 #include <algorithm>
 #include <cmath>
@@ -64,7 +64,7 @@ double Formula::getSecondDerivative(double x, const Segment& segment) const {
 }
 
 void Formula::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {
-    Extents extents;
+    ValueRange extents;
     extents.fold(eval(x0, segment));
     extents.fold(eval(x1, segment));
 

@@ -85,7 +85,7 @@ double Repetition::differentiate(double x, bool fromRight, int order) const {
 }
 
 // Precondition: from <= to, both within the keyed part.
-void Repetition::foldPart(Extents& extents, double from, double to, double shift) const {
+void Repetition::foldPart(ValueRange& extents, double from, double to, double shift) const {
     const Segment* segment =
         from >= m_end ? Read::leftSegment(*m_last) : &Read::findSegment(*m_curve, std::max(from, m_begin));
     for (;;) {
@@ -116,8 +116,8 @@ double Repetition::differentiateCycle(double x, int order) const {
     return differentiate(m_begin + Period(distance(x), m_span).rest, true, order);
 }
 
-Extents Repetition::cycleExtents(double x0, double x1, double offset) const {
-    Extents extents;
+ValueRange Repetition::cycleExtents(double x0, double x1, double offset) const {
+    ValueRange extents;
     if (std::isnan(x0) || std::isnan(x1)) return extents;
     const Period from(distance(std::min(x0, x1)), m_span);
     const Period to(distance(std::max(x0, x1)), m_span);
@@ -156,8 +156,8 @@ double Repetition::differentiateMirror(double x, int order) const {
     return order == 1 && backwards != before ? -derivative : derivative;
 }
 
-Extents Repetition::mirrorExtents(double x0, double x1) const {
-    Extents extents;
+ValueRange Repetition::mirrorExtents(double x0, double x1) const {
+    ValueRange extents;
     if (std::isnan(x0) || std::isnan(x1)) return extents;
     const double from = distance(std::min(x0, x1));
     const double length = distance(std::max(x0, x1)) - from;
@@ -195,7 +195,7 @@ double DifferentiateRepeated(Kind kind, double x, const Segment& segment, int or
 }
 
 void RepeatedExtents(Kind kind, const Segment& segment, double x0, double x1, double& minY, double& maxY) {
-    Extents extents;
+    ValueRange extents;
     if (const auto repetition = Repetition::Find(segment))
         extents = kind == Kind::Mirror
                       ? repetition->mirrorExtents(x0, x1)

@@ -3,8 +3,8 @@
 #include "FCurveLib/FCurve.h"
 #include "FCurveLib/Interpolator.h"
 #include "FCurveLib/Segment.h"
-#include "interp/Extents.h"
 #include "interp/Kinds.h"
+#include "interp/ValueRange.h"
 
 #include <optional>
 
@@ -22,12 +22,12 @@ public:
     // Forwards again and again, period n lifted by n * offset.
     double evalCycle(double x, double offset) const;
     double differentiateCycle(double x, int order) const;
-    Extents cycleExtents(double x0, double x1, double offset) const;
+    ValueRange cycleExtents(double x0, double x1, double offset) const;
 
     // To and fro.
     double evalMirror(double x) const;
     double differentiateMirror(double x, int order) const;
-    Extents mirrorExtents(double x0, double x1) const;
+    ValueRange mirrorExtents(double x0, double x1) const;
 
     // By how much y rises from the first to the last key.
     double rise() const;
@@ -37,7 +37,7 @@ private:
 
     double distance(double x) const noexcept;
     double differentiate(double x, bool fromRight, int order) const;
-    void foldPart(Extents& extents, double from, double to, double shift) const;
+    void foldPart(ValueRange& extents, double from, double to, double shift) const;
 
     const FCurve* m_curve;
     const Keyframe* m_first;

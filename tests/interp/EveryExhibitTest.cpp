@@ -199,17 +199,6 @@ TEST_P(EveryExhibit, ClonesKeepKindAndText) {
     });
 }
 
-TEST_P(EveryExhibit, TextMakesTheSameInterpolatorAgain) {
-    forEachSegment([](const Segment& segment, const Interpolator& interpolator, const Span& span) {
-        std::string text;
-        InterpolatorFactory::getExpression(interpolator, text);
-        const auto again = InterpolatorFactory::create(text.c_str());
-        EXPECT_EQ(&Private::KindOf(*again), &Private::KindOf(interpolator)) << text;
-        EXPECT_EQ(again->getExpression(), text);
-        EXPECT_EQ(again->eval(span.x0 + 0.4, segment), interpolator.eval(span.x0 + 0.4, segment));
-    });
-}
-
 // Everything that a const curve computes between its keys.
 std::vector<double> MeasureAll(const FCurve& curve) {
     std::vector<double> numbers;

@@ -9,7 +9,7 @@ inline namespace v19 {
 namespace Private {
 
 // The lowest and the highest of some values; NaN until there is one.
-struct Extents {
+struct ValueRange {
     double low = std::numeric_limits<double>::quiet_NaN();
     double high = std::numeric_limits<double>::quiet_NaN();
 

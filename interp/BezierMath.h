@@ -137,13 +137,19 @@ inline double ClosedFormBezierT(double x, double x1, double x2, double x3) noexc
 // The exact place for an x between the keys, from a guess: a bracketed Newton iteration. See BezierMath.cpp.
 BezierPlace RepairBezierPlace(double x, const BezierArgs& p, double guess) noexcept;
 
+// The place at an x strictly between the keys where handles of a third make t run evenly with x.
+inline BezierPlace EvenPlace(double x, const BezierArgs& p) noexcept {
+    const double width = p.x3 - p.x0;
+    return {(x - p.x0) / width, (p.x3 - x) / width};
+}
+
 // The place at an x strictly between the keys. With handles of a third t runs evenly with x. Otherwise the closed
 // form's answer stands if x(t) meets x so closely that t can be wrong by 2^-41 at most, counting the rounding of x(t)
 // itself; that bounds the value's error by about 4e-12 of the value range (a cubic of range 1 has a slope of at most 9
 // in t). Otherwise it is repaired.
 inline BezierPlace FindBezierPlace(double x, const BezierArgs& p) noexcept {
     const double width = p.x3 - p.x0;
-    if (3.0 * p.outX == width && 3.0 * p.inX == -width) return {(x - p.x0) / width, (p.x3 - x) / width};
+    if (3.0 * p.outX == width && 3.0 * p.inX == -width) return EvenPlace(x, p);
     const double t = ClosedFormBezierT(x - p.x0, p.outX, width + p.inX, width);
 
     // Seen from the nearer key, so that short and vertical handles are as exact on the right as on the left.
@@ -204,6 +210,13 @@ inline double EvalBezierY(double x, const BezierArgs& p) noexcept {
     if (IsAtLeftKey(x, p)) return p.y0;
     if (IsAtRightKey(x, p)) return p.y3;
     return std::isnan(x) ? x : BezierY(FindBezierPlace(x, p), p);
+}
+
+// The same for handles of a third.
+inline double EvalEvenBezierY(double x, const BezierArgs& p) noexcept {
+    if (IsAtLeftKey(x, p)) return p.y0;
+    if (IsAtRightKey(x, p)) return p.y3;
+    return std::isnan(x) ? x : BezierY(EvenPlace(x, p), p);
 }
 
 // The abscissa at a place.

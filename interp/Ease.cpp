@@ -1,11 +1,14 @@
 #include "FCurveLib/Ease.h"
 
+#include "FCurveLib/Constant.h"
 #include "interp/ControlPoints.h"
+#include "model/Read.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 using Private::BezierArgs;
+using Private::Read;
 
 Ease::Ease() {
     setExpression("ease()");
@@ -13,6 +16,11 @@ Ease::Ease() {
 
 std::shared_ptr<Interpolator> Ease::create() {
     return std::shared_ptr<Interpolator>(new Ease);
+}
+
+double Ease::eval(double x, const Segment& segment) const {
+    if (!Read::hasBothKeys(segment)) return Constant::evaluate(x, segment);
+    return Private::EvalEvenBezierY(x, Private::EaseArgs(*this, segment));
 }
 
 std::shared_ptr<Interpolator> Ease::clone() {

@@ -1,5 +1,6 @@
 #include "FCurveLib/EaseIn.h"
 
+#include "FCurveLib/Constant.h"
 #include "interp/ControlPoints.h"
 #include "model/Read.h"
 
@@ -15,6 +16,11 @@ EaseIn::EaseIn() {
 
 std::shared_ptr<Interpolator> EaseIn::create() {
     return std::shared_ptr<Interpolator>(new EaseIn);
+}
+
+double EaseIn::eval(double x, const Segment& segment) const {
+    if (!Read::hasBothKeys(segment)) return Constant::evaluate(x, segment);
+    return Private::EvalEvenBezierY(x, Private::EaseInArgs(*this, segment));
 }
 
 std::shared_ptr<Interpolator> EaseIn::clone() {

@@ -1,5 +1,6 @@
 #include "FCurveLib/EaseOut.h"
 
+#include "FCurveLib/Constant.h"
 #include "interp/ControlPoints.h"
 #include "model/Read.h"
 
@@ -15,6 +16,11 @@ EaseOut::EaseOut() {
 
 std::shared_ptr<Interpolator> EaseOut::create() {
     return std::shared_ptr<Interpolator>(new EaseOut);
+}
+
+double EaseOut::eval(double x, const Segment& segment) const {
+    if (!Read::hasBothKeys(segment)) return Constant::evaluate(x, segment);
+    return Private::EvalEvenBezierY(x, Private::EaseOutArgs(*this, segment));
 }
 
 std::shared_ptr<Interpolator> EaseOut::clone() {

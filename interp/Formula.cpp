@@ -35,7 +35,11 @@ double SurpriseBetween(const Look& a, const Look& b) noexcept {
 
 } // namespace
 
-Formula::Formula(FormulaProgram program, const std::string& expression) : m_program(std::move(program)) {
+Formula::Formula(FormulaProgram program, const std::string& expression)
+    : m_program(std::move(program)),
+      m_repeatsMore(
+          std::count_if(leaves().begin(), leaves().end(), [](const auto& leaf) { return KindOf(*leaf).repeats(); })
+          > 1) {
     setExpression(expression.c_str());
 }
 

@@ -38,6 +38,7 @@ private:
     Formula(const Formula&) = default;
 
     FormulaProgram m_program;
+    bool m_repeatsMore; // has several leaves of repeating kinds
 };
 
 template<class V, class ReadLeaf>
@@ -45,6 +46,7 @@ V Formula::run(double x, const ReadLeaf& readLeaf) const {
     V values[static_cast<std::size_t>(Kind::Formula)]; // by kind; deliberate: not initialised
     unsigned known = 0;
     return m_program.run<V>(x, [&](const Interpolator& leaf) {
+        if (!m_repeatsMore) return readLeaf(leaf);
         const KindRow& row = KindOf(leaf);
         if (!row.repeats()) return readLeaf(leaf);
         const auto kind = static_cast<unsigned>(row.kind);

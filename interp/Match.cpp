@@ -95,8 +95,9 @@ bool Wraps(Quantity quantity, const Interpolator* interpolator) noexcept {
 }
 
 // Whether the interpolator can be asked on this segment without asking a match back.
-bool IsSafe(const Interpolator& interpolator, const Segment& segment) noexcept {
-    return !(Private::ReadsOf(&interpolator, segment) & (Private::readsNeighbours | Private::readsCurve));
+bool IsSafe(const Private::KindRow& kind, const Interpolator& interpolator, const Segment& segment) noexcept {
+    constexpr Private::Reads unsafe = Private::readsNeighbours | Private::readsCurve;
+    return !(kind.reads & unsafe) || !(Private::ReadsOf(&interpolator, segment) & unsafe);
 }
 
 double Contribution(Quantity quantity, const Interpolator& interpolator, const Segment& neighbour, const Keyframe& key,
@@ -140,9 +141,9 @@ double InFormula(Quantity quantity, const Private::Formula& formula, const Segme
 
 double Contribution(Quantity quantity, const Interpolator& interpolator, const Segment& neighbour, const Keyframe& key,
                     Side side) {
-    if (IsSafe(interpolator, neighbour)) return Own(quantity, key.getX(), interpolator, neighbour);
     const Private::KindRow& row = Private::KindOf(interpolator);
     if (row.isMatch()) return BesideMatch(quantity, row.kind, key, side);
+    if (IsSafe(row, interpolator, neighbour)) return Own(quantity, key.getX(), interpolator, neighbour);
     if (row.isHost()) return Isolated(quantity, interpolator, neighbour, key.getX());
     switch (row.kind) {
     case Kind::Cycle:
@@ -193,7 +194,8 @@ std::shared_ptr<Interpolator> Match::clone() {
 }
 
 double Match::eval(double x, const Segment& segment) const {
-    return Read::hasBothKeys(segment) ? BezierInterpBase::eval(x, segment) : OpenValue(segment);
+    return Read::hasBothKeys(segment) ? Private::EvalEvenBezierY(x, Private::MatchArgs(*this, segment))
+                                      : OpenValue(segment);
 }
 
 void Match::getRangeExtents(const Segment& segment, double x0, double x1, double& minY, double& maxY) const {

@@ -1,5 +1,6 @@
 #include "FCurveLib/Spline.h"
 
+#include "FCurveLib/Constant.h"
 #include "interp/ControlPoints.h"
 #include "model/Read.h"
 
@@ -23,6 +24,11 @@ Spline::Spline() {
 
 std::shared_ptr<Interpolator> Spline::create() {
     return std::shared_ptr<Interpolator>(new Spline);
+}
+
+double Spline::eval(double x, const Segment& segment) const {
+    if (!Read::hasBothKeys(segment)) return Constant::evaluate(x, segment);
+    return Private::EvalEvenBezierY(x, Private::SplineArgs(*this, segment));
 }
 
 std::shared_ptr<Interpolator> Spline::clone() {

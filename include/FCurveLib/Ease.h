@@ -14,6 +14,7 @@ class FCURVELIB_API Ease final : public BezierInterpBase {
 public:
     static std::shared_ptr<Interpolator> create();
 
+    double eval(double x, const Segment& segment) const override;
     std::shared_ptr<Interpolator> clone() override;
     void getBezierArgs(const Segment& segment, double& x0, double& y0, double& x1, double& y1, double& x2, double& y2,
                        double& x3, double& y3) const override;

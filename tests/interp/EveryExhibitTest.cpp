@@ -5,7 +5,7 @@
 #include "support/Basics.h"
 #include "support/Museum.h"
 
-#include "interp/Kinds.h"
+#include "interp/Kinds.h" // internal: the row of each kind
 
 #include <thread>
 

@@ -91,6 +91,7 @@ inline std::string Misfit(const FCurve& before, const FCurve& after, const Map& 
             const Vector2D<double> expected = map({x, before.eval(x)});
             size = std::max(size, std::isfinite(expected.y) ? std::abs(expected.y) : 0.0);
             const double found = after.eval(expected.x);
+            if (std::min(x - from, to - x) * std::min(1.0, std::abs(map.scale.x)) <= 2e-7) continue; // a key's value
             if (found == expected.y || (std::isnan(found) && std::isnan(expected.y))) continue;
             const double slope = std::abs(GetFirstDerivative(before, x));
             if (slope == 9999999.0) continue; // vertical: the last bit of x decides

@@ -35,6 +35,7 @@
 #include "FCurveLib/File.h"
 #include "FCurveLib/FileStream.h"
 #include "FCurveLib/FilterIterator.h"
+#include "FCurveLib/Fitting.h"
 #include "FCurveLib/FormatExceptions.h"
 #include "FCurveLib/FormatFactory.h"
 #include "FCurveLib/FormatInterface.h"

@@ -1,0 +1,183 @@
+#include "tools/Deviation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// The heights of a cubic's control points over a part of its parameter's range (its blossom at the part's ends),
+// relative to y0.
+struct Control {
+    std::array<double, 4> y;
+
+    Control(const BezierArgs& p, double from, double to) noexcept {
+        const std::array<double, 4> c{0.0, p.outY, p.y3 - p.y0 + p.inY, p.y3 - p.y0};
+        for (std::size_t k = 0; k < 4; ++k) {
+            std::array<double, 4> b = c;
+            for (std::size_t level = 0; level < 3; ++level) {
+                const double t = level < k ? to : from;
+                for (std::size_t i = 0; i + level < 3; ++i) b[i] = (1.0 - t) * b[i] + t * b[i + 1];
+            }
+            y[k] = b[0];
+        }
+    }
+};
+
+// All values of a quadratic in Bernstein form between two parameters.
+Interval QuadraticOver(double first, double middle, double last, double from, double to) noexcept {
+    const auto blossom = [&](double s, double t) {
+        return (1.0 - s) * ((1.0 - t) * first + t * middle) + s * ((1.0 - t) * middle + t * last);
+    };
+    const double a = blossom(from, from), b = blossom(from, to), c = blossom(to, to);
+    return {std::min({a, b, c}), std::max({a, b, c})};
+}
+
+bool IsFlat(const BezierArgs& p) noexcept {
+    return p.y0 == p.y3 && p.outY == 0.0 && p.inY == 0.0;
+}
+
+bool AreSame(const BezierArgs& a, const BezierArgs& b) noexcept {
+    return a.x0 == b.x0 && a.y0 == b.y0 && a.x3 == b.x3 && a.y3 == b.y3 && a.outX == b.outX && a.outY == b.outY
+           && a.inX == b.inX && a.inY == b.inY;
+}
+
+// Both are cubic polynomials of x, so their difference is one: its extremes are its ends and the roots of its
+// derivative.
+Deviation PolynomialDeviation(const BezierArgs& a, const BezierArgs& b, double from, double to) noexcept {
+    const auto part = [&](const BezierArgs& p) {
+        const double width = p.x3 - p.x0;
+        return Control(p, (from - p.x0) / width, (to - p.x0) / width);
+    };
+    const Control ca = part(a), cb = part(b);
+    std::array<double, 4> d{};
+    for (std::size_t i = 0; i < 4; ++i) d[i] = (ca.y[i] - cb.y[i]) + (a.y0 - b.y0);
+
+    Deviation worst{-1.0, from};
+    const auto look = [&](double t) {
+        const double u = 1.0 - t;
+        const double y = u * u * (u * d[0] + 3.0 * t * d[1]) + t * t * (3.0 * u * d[2] + t * d[3]);
+        if (std::abs(y) > worst.bound) worst = {std::abs(y), from + t * (to - from)};
+    };
+    look(0.0);
+    look(1.0);
+    const double first = d[1] - d[0], middle = d[2] - d[1], last = d[3] - d[2];
+    const double disc = middle * middle - first * last;
+    if (disc >= 0.0) {
+        const double m = first - middle;
+        const double z = m + std::copysign(std::sqrt(disc), m);
+        for (const double t : {z / (first - 2.0 * middle + last), first / z})
+            if (t > 0.0 && t < 1.0) look(t);
+    }
+    return worst;
+}
+
+} // namespace
+
+bool HasThirds(const BezierArgs& p) noexcept {
+    const double width = p.x3 - p.x0;
+    const double third = width / 3.0;
+    return std::abs(p.outX - third) <= 1e-14 * width && std::abs(p.inX + third) <= 1e-14 * width;
+}
+
+BezierArgs LineArgs(double x0, double y0, double x3, double y3) noexcept {
+    const double third = (x3 - x0) / 3.0, rise = (y3 - y0) / 3.0;
+    return {x0, y0, x3, y3, third, rise, -third, -rise};
+}
+
+BezierFunction::BezierFunction(const BezierArgs& args) noexcept : m_args(args), m_thirds(HasThirds(args)) {
+    // FindBezierPlace promises 4e-12 of the value range; the sum adds a few units in the last place.
+    const double range = std::abs(args.outY) + std::abs(args.inY) + std::abs(args.y3 - args.y0);
+    m_rounding = IsFlat(args) ? 0.0 : 5e-12 * range + 0x1p-51 * std::max(std::abs(args.y0), std::abs(args.y3));
+}
+
+Function::Enclosure BezierFunction::over(double from, double to) const {
+    constexpr double margin = 0x1p-40; // more than the parameter can be wrong by
+    const double width = m_args.x3 - m_args.x0;
+    const auto place = [&](double x) { return m_thirds ? (x - m_args.x0) / width : SolveBezier(x, m_args).t; };
+    const double first = std::max(0.0, place(from) - margin);
+    const double last = std::min(1.0, place(to) + margin);
+
+    const Control c(m_args, first, last);
+    const auto [low, high] = std::minmax_element(c.y.begin(), c.y.end());
+    const double rise = m_args.y3 - m_args.y0;
+    const Interval dy = QuadraticOver(m_args.outY, rise + m_args.inY - m_args.outY, -m_args.inY, first, last);
+    const Interval dx = m_thirds
+                            ? Interval{width / 3.0, width / 3.0}
+                            : QuadraticOver(m_args.outX, width + m_args.inX - m_args.outX, -m_args.inX, first, last);
+    Enclosure result{{m_args.y0 + *low, m_args.y0 + *high}, {-infinity, infinity}};
+    if (dx.low > 0.0) {
+        result.slope.low = dy.low / (dy.low < 0.0 ? dx.low : dx.high);
+        result.slope.high = dy.high / (dy.high > 0.0 ? dx.low : dx.high);
+    }
+    return result;
+}
+
+Deviation BoundDeviation(const Function& a, const Function& b, double from, double to, double limit) {
+    const double rounding = a.rounding() + b.rounding();
+    if (a.bezier() && b.bezier()) {
+        if (AreSame(*a.bezier(), *b.bezier())) return {rounding, from};
+        if (rounding == 0.0) return {std::abs(a.bezier()->y0 - b.bezier()->y0), from}; // both are flat
+        if (HasThirds(*a.bezier()) && HasThirds(*b.bezier())) {
+            Deviation worst = PolynomialDeviation(*a.bezier(), *b.bezier(), from, to);
+            worst.bound += rounding;
+            return worst;
+        }
+    }
+
+    // Branch and bound. In a cell around m, with e = a - b: |e| <= |e(m)| + radius * max |e'|, which closes in with the
+    // square of the radius where e' is small, as it is around the largest deviation.
+    Deviation worst{-1.0, from};
+    const auto look = [&](double x) {
+        const double e = std::abs(a.at(x) - b.at(x));
+        if (!(e <= worst.bound)) worst = {e, x};
+        return e;
+    };
+    look(from);
+    look(to);
+    struct Cell {
+        double from, to;
+    };
+    std::vector<Cell> cells;
+    constexpr int start = 8;
+    for (int i = 0; i < start; ++i) {
+        const double width = (to - from) / start;
+        cells.push_back({i == 0 ? from : from + i * width, i + 1 == start ? to : from + (i + 1) * width});
+        look(cells.back().from);
+    }
+    const Interval heightA = a.over(from, to).value, heightB = b.over(from, to).value;
+    const double height = std::max(heightA.high, heightB.high) - std::min(heightA.low, heightB.low);
+    const double slack = std::min(0x1p-10 * limit, 0x1p-18 * height);
+    double beyond = 0.0; // of cells too small to divide
+    for (int budget = 1 << 16; !cells.empty(); --budget) {
+        if (budget == 0 || !(worst.bound <= limit)) return {infinity, worst.at};
+        const Cell cell = cells.back();
+        cells.pop_back();
+        const double middle = cell.from + 0.5 * (cell.to - cell.from);
+        const Function::Enclosure ea = a.over(cell.from, cell.to), eb = b.over(cell.from, cell.to);
+        const double hull = std::max(ea.value.high - eb.value.low, eb.value.high - ea.value.low);
+        const double steepest = std::max(ea.slope.high - eb.slope.low, eb.slope.high - ea.slope.low);
+        const double radius = std::max(middle - cell.from, cell.to - middle);
+        const double bound = std::min(hull, look(middle) + (steepest < infinity ? radius * steepest : infinity));
+        if (bound <= worst.bound * (1.0 + 0x1p-10) + slack) continue;
+        if (!(middle > cell.from && middle < cell.to)) {
+            beyond = std::max(beyond, bound);
+            continue;
+        }
+        cells.push_back({cell.from, middle});
+        cells.push_back({middle, cell.to});
+    }
+    worst.bound = std::max(worst.bound * (1.0 + 0x1p-10) + slack, beyond) + rounding;
+    return worst;
+}
+
+} // namespace Private
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

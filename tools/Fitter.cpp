@@ -1,0 +1,554 @@
+#include "tools/Fitter.h"
+
+#include "tools/Deviation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <tuple>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private {
+
+namespace {
+
+constexpr double third = 1.0 / 3.0;
+constexpr std::size_t breadth = 4; // places that the search goes on from
+
+// Rises over the whole piece that its two end slopes would make.
+struct Rises {
+    double a;
+    double b;
+};
+
+// Handles as parts of the piece's width.
+struct Lengths {
+    double out = third;
+    double in = third;
+    bool areThirds() const noexcept { return out == third && in == third; }
+};
+
+// A convex polygon of end slopes, cut by one strip after the other.
+class Polygon {
+public:
+    Polygon(const Interval& a, const Interval& b) noexcept
+        : m_corners{Rises{a.low, b.low}, {a.high, b.low}, {a.high, b.high}, {a.low, b.high}} {}
+
+    // Keeps what has |A a + B b - r| <= tolerance; returns whether anything is left.
+    bool cut(double A, double B, double r, double tolerance) noexcept {
+        return cutBelow(A, B, r + tolerance) && cutBelow(-A, -B, tolerance - r);
+    }
+
+    Interval shadow() const noexcept {
+        Interval range{m_corners[0].b, m_corners[0].b};
+        for (std::size_t i = 1; i < m_count; ++i) {
+            range.low = std::min(range.low, m_corners[i].b);
+            range.high = std::max(range.high, m_corners[i].b);
+        }
+        return range;
+    }
+
+    // Of a, where b is given; b is moved into the shadow first.
+    Interval slice(double& b) const noexcept {
+        const Interval range = shadow();
+        b = std::clamp(b, range.low, range.high);
+        Interval result{HUGE_VAL, -HUGE_VAL};
+        const auto fold = [&](double a) {
+            result.low = std::min(result.low, a);
+            result.high = std::max(result.high, a);
+        };
+        for (std::size_t i = 0; i < m_count; ++i) {
+            const Rises& p = m_corners[i];
+            const Rises& q = m_corners[(i + 1) % m_count];
+            if (p.b == b) fold(p.a);
+            if ((p.b < b) != (q.b < b) && p.b != q.b) fold(p.a + (q.a - p.a) * ((b - p.b) / (q.b - p.b)));
+        }
+        return result;
+    }
+
+    Rises middle() const noexcept {
+        Rises sum{0.0, 0.0};
+        for (std::size_t i = 0; i < m_count; ++i) {
+            sum.a += m_corners[i].a;
+            sum.b += m_corners[i].b;
+        }
+        return {sum.a / static_cast<double>(m_count), sum.b / static_cast<double>(m_count)};
+    }
+
+    // The last point inside on the way from the middle to the target.
+    Rises towards(const Rises& target) const noexcept {
+        const Rises middle = this->middle();
+        double part = 1.0;
+        for (std::size_t i = 0; i < m_count; ++i) {
+            const Rises& p = m_corners[i];
+            const Rises& q = m_corners[(i + 1) % m_count];
+            const auto side = [&](const Rises& x) { return (q.a - p.a) * (x.b - p.b) - (q.b - p.b) * (x.a - p.a); };
+            const double inside = side(middle), reached = side(target);
+            if (reached < 0.0 && inside > reached) part = std::min(part, std::max(inside, 0.0) / (inside - reached));
+        }
+        if (part == 1.0) return target;
+        part *= 0.999; // so that rounding does not leave it
+        return {middle.a + part * (target.a - middle.a), middle.b + part * (target.b - middle.b)};
+    }
+
+private:
+    bool cutBelow(double A, double B, double limit) noexcept {
+        std::array<double, capacity> over{};
+        bool any = false, all = true;
+        for (std::size_t i = 0; i < m_count; ++i) {
+            over[i] = A * m_corners[i].a + B * m_corners[i].b - limit;
+            any = any || over[i] > 0.0;
+            all = all && over[i] > 0.0;
+        }
+        if (!any) return true;
+        if (all) return false;
+        std::array<Rises, capacity> kept{};
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < m_count; ++i) {
+            const std::size_t next = i + 1 == m_count ? 0 : i + 1;
+            if (!(over[i] > 0.0)) kept[count++] = m_corners[i];
+            if ((over[i] > 0.0) != (over[next] > 0.0)) {
+                const double part = over[i] / (over[i] - over[next]);
+                kept[count++] = {m_corners[i].a + part * (m_corners[next].a - m_corners[i].a),
+                                 m_corners[i].b + part * (m_corners[next].b - m_corners[i].b)};
+            }
+        }
+        m_corners = kept;
+        m_count = count;
+        if (m_count + 2 > capacity) dropCorner();
+        return count > 0;
+    }
+
+    // The one that matters least: what is left is smaller, so nothing becomes wrong.
+    void dropCorner() noexcept {
+        std::size_t least = 0;
+        double smallest = HUGE_VAL;
+        for (std::size_t i = 0; i < m_count; ++i) {
+            const Rises &p = m_corners[i == 0 ? m_count - 1 : i - 1], &q = m_corners[i];
+            const Rises& r = m_corners[i + 1 == m_count ? 0 : i + 1];
+            const double area = std::abs((q.a - p.a) * (r.b - p.b) - (q.b - p.b) * (r.a - p.a));
+            if (area < smallest) smallest = area, least = i;
+        }
+        std::copy(m_corners.begin() + static_cast<std::ptrdiff_t>(least) + 1,
+                  m_corners.begin() + static_cast<std::ptrdiff_t>(m_count),
+                  m_corners.begin() + static_cast<std::ptrdiff_t>(least));
+        --m_count;
+    }
+
+    static constexpr std::size_t capacity = 32;
+    std::array<Rises, capacity> m_corners;
+    std::size_t m_count = 4;
+};
+
+// What a site asks for: A a + B b is to be r.
+struct Row {
+    double A, B, r;
+};
+
+// Cuts the polygon by all rows; returns whether anything is left.
+bool CutByAll(Polygon& polygon, const std::vector<Row>& rows, double tolerance) noexcept {
+    return std::all_of(rows.begin(), rows.end(),
+                       [&](const Row& row) { return polygon.cut(row.A, row.B, row.r, tolerance); });
+}
+
+// Cuts by few rows, those that the polygon's middle violates most, until it violates none; returns whether that comes.
+bool HoldsAll(Polygon& polygon, const std::vector<Row>& rows, double tolerance) noexcept {
+    const std::size_t stride = rows.size() / 8 + 1;
+    for (std::size_t k = stride / 2; k < rows.size(); k += stride)
+        if (!polygon.cut(rows[k].A, rows[k].B, rows[k].r, tolerance)) return false;
+    constexpr int enough = 40; // the polygon shrinks by a part each time; what is left then is next to nothing
+    for (int step = 0; step < enough; ++step) {
+        const Rises middle = polygon.middle();
+        const Row *lowest = nullptr, *highest = nullptr;
+        double low = -tolerance, high = tolerance;
+        for (const Row& row : rows) {
+            const double error = row.A * middle.a + row.B * middle.b - row.r;
+            if (error < low) low = error, lowest = &row;
+            if (error > high) high = error, highest = &row;
+        }
+        if (!lowest && !highest) return true;
+        for (const Row* row : {lowest, highest})
+            if (row && !polygon.cut(row->A, row->B, row->r, tolerance)) return false;
+    }
+    return false;
+}
+
+// One stretch between two keys, in units of its own: t from 0 to 1, heights above its left key.
+class Stretch {
+public:
+    Stretch(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys, std::size_t from, std::size_t to)
+        : m_sites(sites), m_left(sites[keys[from].site]), m_first(keys[from].site + 1), m_last(keys[to].site),
+          m_width(sites[keys[to].site].x - m_left.x), m_rise(sites[keys[to].site].y - m_left.y) {}
+
+    double width() const noexcept { return m_width; }
+    double rise() const noexcept { return m_rise; }
+    std::size_t size() const noexcept { return m_last - m_first; } // sites between the keys
+
+    Row row(std::size_t k, const Lengths& lengths) const noexcept {
+        const FitSite& site = m_sites[m_first + k];
+        const double t = parameter(site.x, lengths);
+        const double u = 1.0 - t;
+        const double b1 = 3.0 * t * u * u, b2 = 3.0 * t * t * u;
+        return {b1 * lengths.out, -b2 * lengths.in, (site.y - m_left.y) - m_rise * (b2 + t * t * t)};
+    }
+
+    void fillRows(const Lengths& lengths, std::vector<Row>& rows) const {
+        rows.resize(size());
+        for (std::size_t k = 0; k < size(); ++k) rows[k] = row(k, lengths);
+    }
+
+    // The slopes with the least sum of squares; what the sites leave open comes from the keys' own slopes. A straight
+    // stretch gets the line's.
+    Rises leastSquares(const Lengths& lengths, const Rises& own, std::optional<double> fixedB) const noexcept {
+        if (size() > 0 && isStraight() && (!fixedB || *fixedB == m_rise)) return {m_rise, m_rise};
+        constexpr double weak = 1e-6;
+        double aa = weak, ab = 0.0, bb = weak, ra = weak * own.a, rb = weak * own.b;
+        for (std::size_t k = 0; k < size(); ++k) {
+            const Row w = row(k, lengths);
+            aa += w.A * w.A;
+            ab += w.A * w.B;
+            bb += w.B * w.B;
+            ra += w.A * w.r;
+            rb += w.B * w.r;
+        }
+        if (fixedB) return {(ra - ab * *fixedB) / aa, *fixedB};
+        const double det = aa * bb - ab * ab;
+        return {(ra * bb - rb * ab) / det, (rb * aa - ra * ab) / det};
+    }
+
+    // Lengths of the handles that suit the sites, with slopes near the given ones: least squares by the method of
+    // Levenberg and Marquardt over a selection of the sites. The residual at a given x changes with a handle's length
+    // by its Bernstein weight times (the handle's slope - the slope of the curve there). Nothing where it leaves far
+    // more than the tolerance.
+    std::optional<Lengths> suitableLengths(Rises rises, Lengths lengths, const Interval& a, const Interval& b,
+                                           double tolerance) const noexcept {
+        constexpr std::size_t enough = 16;
+        const std::size_t stride = std::max<std::size_t>(1, size() / enough);
+        double damping = 1e-3;
+        double best = HUGE_VAL;
+        std::array<double, 4> p{rises.a, rises.b, lengths.out, lengths.in}, tried = p;
+        std::array<std::array<double, 5>, 4> normal{}; // with the right side
+        for (int step = 0; step < 10; ++step) {
+            std::array<std::array<double, 5>, 4> sums{};
+            double square = 0.0, count = 0.0;
+            for (std::size_t k = stride / 2; k < size(); k += stride) {
+                const FitSite& site = m_sites[m_first + k];
+                const Lengths now{tried[2], tried[3]};
+                const double t = parameter(site.x, now), u = 1.0 - t;
+                const double b1 = 3.0 * t * u * u, b2 = 3.0 * t * t * u;
+                const double out = now.out * tried[0], in = now.in * tried[1];
+                const double e = (site.y - m_left.y) - (b1 * out + b2 * (m_rise - in) + t * t * t * m_rise);
+                const double dx = u * u * now.out + 2.0 * u * t * (1.0 - now.in - now.out) + t * t * now.in;
+                const double dy = u * u * out + 2.0 * u * t * (m_rise - in - out) + t * t * in;
+                const double slope = dx > 1e-9 ? dy / dx : 0.0;
+                const std::array<double, 4> g{b1 * now.out, -b2 * now.in, b1 * (tried[0] - slope),
+                                              b2 * (slope - tried[1])};
+                square += e * e;
+                count += 1.0;
+                for (std::size_t i = 0; i < 4; ++i) {
+                    for (std::size_t j = 0; j < 4; ++j) sums[i][j] += g[i] * g[j];
+                    sums[i][4] += g[i] * e;
+                }
+            }
+            square /= count;
+            if (square < best) {
+                const bool done = square > 0.99 * best || square < 0.09 * tolerance * tolerance;
+                best = square;
+                p = tried;
+                normal = sums;
+                damping *= 0.2;
+                if (done) break;
+            } else {
+                damping *= 8.0;
+            }
+            auto m = normal;
+            for (std::size_t i = 0; i < 4; ++i) m[i][i] += damping * m[i][i] + 1e-30;
+            for (std::size_t i = 0; i < 4; ++i)
+                for (std::size_t j = 0; j < 4; ++j) {
+                    if (i == j) continue;
+                    const double factor = m[j][i] / m[i][i];
+                    for (std::size_t k = i; k < 5; ++k) m[j][k] -= factor * m[i][k];
+                }
+            for (std::size_t i = 0; i < 4; ++i) tried[i] = p[i] + m[i][4] / m[i][i];
+            if (!std::isfinite(tried[0] + tried[1] + tried[2] + tried[3])) break;
+            tried[0] = std::clamp(tried[0], a.low, a.high);
+            tried[1] = std::clamp(tried[1], b.low, b.high);
+            tried[2] = std::clamp(tried[2], 0.02, 1.0);
+            tried[3] = std::clamp(tried[3], 0.02, 1.0);
+        }
+        if (best > tolerance * tolerance) return std::nullopt; // the mean square
+        return Lengths{p[2], p[3]};
+    }
+
+    BezierArgs args(const Lengths& lengths, const Rises& rises) const noexcept {
+        const FitSite& right = m_sites[m_last];
+        BezierArgs p{m_left.x, m_left.y, right.x, right.y, 0.0, 0.0, 0.0, 0.0};
+        p.outX = lengths.out == third ? m_width / 3.0 : lengths.out * m_width;
+        p.inX = -(lengths.in == third ? m_width / 3.0 : lengths.in * m_width);
+        p.outY = lengths.out == third ? rises.a / 3.0 : lengths.out * rises.a;
+        p.inY = -(lengths.in == third ? rises.b / 3.0 : lengths.in * rises.b);
+        return p;
+    }
+
+private:
+    double parameter(double x, const Lengths& lengths) const noexcept {
+        const double part = (x - m_left.x) / m_width;
+        if (lengths.areThirds()) return part;
+        return SolveBezier(part, {0.0, 0.0, 1.0, 0.0, lengths.out, 0.0, -lengths.in, 0.0}).t;
+    }
+
+    bool isStraight() const noexcept {
+        for (std::size_t k = 0; k < size(); ++k) {
+            const FitSite& site = m_sites[m_first + k];
+            const double y = (site.x - m_left.x) / m_width * m_rise;
+            const double rounding = 0x1p-48 * (std::abs(m_left.y) + std::abs(m_rise));
+            if (!(std::abs(site.y - m_left.y - y) <= rounding)) return false;
+        }
+        return true;
+    }
+
+    const std::vector<FitSite>& m_sites;
+    const FitSite m_left;
+    const std::size_t m_first, m_last;
+    const double m_width, m_rise;
+};
+
+class Search {
+public:
+    Search(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys, const FitRules& rules)
+        : m_sites(sites), m_keys(keys), m_rules(rules) {}
+
+    std::vector<FitPiece> run() {
+        m_nodes.push_back({0, none, ownSlopes(0), {}, FitSpan::Free, 0});
+        std::vector<std::size_t> starts{0};
+        for (std::size_t from = 0; from + 1 < m_keys.size();) {
+            std::size_t to = from + 1;
+            while (!m_keys[to].must) ++to;
+            starts = m_keys[from].after == FitSpan::Free ? cross(starts, to) : step(starts, to);
+            from = to;
+        }
+        return pieces(starts.front());
+    }
+
+private:
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
+    // A key that can be reached, and the slopes that it can have then.
+    struct Node {
+        std::size_t key;
+        std::size_t parent;
+        Interval slopes;
+        Lengths lengths; // of the piece that ends here
+        FitSpan piece;
+        std::size_t kept; // pieces up to here
+    };
+
+    Interval ownSlopes(std::size_t key) const noexcept { return {m_keys[key].lowSlope, m_keys[key].highSlope}; }
+    Interval startSlopes(const Node& node) const noexcept {
+        return m_keys[node.key].corner ? ownSlopes(node.key) : node.slopes;
+    }
+    static Interval scaled(const Interval& slopes, double width) noexcept {
+        return {slopes.low * width, slopes.high * width};
+    }
+    static bool holds(const Interval& slopes, double slope) noexcept {
+        return slopes.low <= slope && slope <= slopes.high;
+    }
+
+    // Over a span that is not searched.
+    std::vector<std::size_t> step(const std::vector<std::size_t>& starts, std::size_t to) {
+        const std::size_t from = m_nodes[starts.front()].key;
+        Interval slopes = ownSlopes(to);
+        std::size_t start = starts.front();
+        if (m_keys[from].after == FitSpan::Straight) {
+            const Stretch stretch(m_sites, m_keys, from, to);
+            const double slope = stretch.rise() / stretch.width();
+            for (const std::size_t candidate : starts)
+                if (holds(m_nodes[candidate].slopes, slope)) start = candidate;
+            slopes = {slope, slope};
+        }
+        m_nodes.push_back({to, start, slopes, {}, m_keys[from].after, m_nodes[start].kept});
+        return {m_nodes.size() - 1};
+    }
+
+    // From keys that must stand to the next one, in as few pieces as are found.
+    std::vector<std::size_t> cross(std::vector<std::size_t> level, std::size_t to) {
+        for (;;) {
+            std::vector<Node> reached;
+            std::size_t best = 0;
+            for (const std::size_t from : level) expand(from, to, best, reached);
+            std::sort(reached.begin(), reached.end(), [](const Node& a, const Node& b) {
+                return std::tie(b.key, b.kept, a.parent) < std::tie(a.key, a.kept, b.parent);
+            });
+            level.clear();
+            const bool arrived = reached.front().key == to;
+            for (Node& node : reached) {
+                if (level.size() == breadth || (arrived && node.key != to)) break;
+                const auto same = std::count_if(level.begin(), level.end(),
+                                                [&](std::size_t other) { return m_nodes[other].key == node.key; });
+                if (same >= (m_keys[node.key].corner ? 1 : 2)) continue;
+                if (!narrowSlopes(node)) continue;
+                m_nodes.push_back(node);
+                level.push_back(m_nodes.size() - 1);
+            }
+            if (arrived && !level.empty()) return level;
+        }
+    }
+
+    // Finds keys that can be reached from one: the farthest, and a few that are less far. From the first place of a
+    // level by doubling and bisection, from the others around what that one has reached.
+    void expand(std::size_t from, std::size_t limit, std::size_t& best, std::vector<Node>& reached) {
+        const Node start = m_nodes[from];
+        const std::size_t i = start.key;
+        const std::size_t base = reached.size();
+        Lengths lengths; // that were found last
+        const auto attempt = [&](std::size_t j) {
+            if (!fits(start, j, lengths)) return false;
+            reached.push_back({j, from, ownSlopes(j), lengths, FitSpan::Free, start.kept});
+            return true;
+        };
+        const FitKey& key = m_keys[i];
+        std::size_t good = i + 1, bad = limit + 1;
+        if (best <= i + 1) {
+            const bool neighbour = attempt(i + 1);
+            if (key.canKeep && (key.corner || holds(start.slopes, key.keptOut)))
+                reached.push_back({i + 1, from, {key.keptIn, key.keptIn}, {}, FitSpan::Kept, start.kept + 1});
+            else if (!neighbour)
+                reached.push_back(
+                    {i + 1, from, ownSlopes(i + 1), {}, key.canKeep ? FitSpan::Kept : FitSpan::Free, start.kept});
+        }
+        if (base == 0) {
+            for (std::size_t length = 2; good < limit && bad > limit; length *= 2) {
+                const std::size_t j = std::min(i + length, limit);
+                (attempt(j) ? good : bad) = j;
+            }
+            while (bad - good > 1) {
+                const std::size_t j = good + (bad - good) / 2;
+                (attempt(j) ? good : bad) = j;
+            }
+        } else if (best > i + 1) {
+            good = best - 1;
+        }
+        const std::size_t top = good;
+        const std::size_t patience = 3 + std::min<std::size_t>(9, (good - i) / 8);
+        for (std::size_t j = good + 1; j <= limit && j - good <= patience; ++j)
+            if (j != bad && attempt(j)) good = j;
+        for (std::size_t j = top; good < limit && j > i + 1 && reached.size() - base < breadth && top - j < breadth;
+             --j)
+            if (j != top || base > 0) attempt(j);
+        for (std::size_t k = base; k < reached.size(); ++k) best = std::max(best, reached[k].key);
+    }
+
+    struct Bounds {
+        Interval a, b;
+    };
+    Bounds boundsOf(const Stretch& stretch, const Node& start, std::size_t to) const noexcept {
+        return {scaled(startSlopes(start), stretch.width()), scaled(ownSlopes(to), stretch.width())};
+    }
+
+    bool fits(const Node& start, std::size_t to, Lengths& lengths) {
+        const Stretch stretch(m_sites, m_keys, start.key, to);
+        const Bounds bounds = boundsOf(stretch, start, to);
+        stretch.fillRows({}, m_rows);
+        Polygon polygon(bounds.a, bounds.b);
+        if (HoldsAll(polygon, m_rows, m_rules.tolerance)) {
+            lengths = {};
+            return true;
+        }
+        if (!m_rules.weighted) return false;
+        const Rises own{std::clamp(m_keys[start.key].slope * stretch.width(), bounds.a.low, bounds.a.high),
+                        m_keys[to].slope * stretch.width()};
+        const std::optional<Lengths> suitable =
+            stretch.suitableLengths(own, lengths, bounds.a, bounds.b, m_rules.tolerance);
+        if (!suitable) return false;
+        lengths = *suitable;
+        stretch.fillRows(lengths, m_rows);
+        polygon = Polygon(bounds.a, bounds.b);
+        return HoldsAll(polygon, m_rows, m_rules.tolerance);
+    }
+
+    // Finds the slopes that a reached key can have; not needed where those of its two sides are independent.
+    bool narrowSlopes(Node& node) {
+        if (m_keys[node.key].corner || node.piece != FitSpan::Free) return true;
+        const Node& start = m_nodes[node.parent];
+        const Stretch stretch(m_sites, m_keys, start.key, node.key);
+        const Bounds bounds = boundsOf(stretch, start, node.key);
+        Polygon polygon(bounds.a, bounds.b);
+        stretch.fillRows(node.lengths, m_rows);
+        if (!HoldsAll(polygon, m_rows, m_rules.tolerance) || !CutByAll(polygon, m_rows, m_rules.tolerance))
+            return node.key == start.key + 1; // as well as can be
+        const Interval shadow = polygon.shadow();
+        node.slopes = {shadow.low / stretch.width(), shadow.high / stretch.width()};
+        return true;
+    }
+
+    std::vector<FitPiece> pieces(std::size_t last) {
+        std::vector<FitPiece> result;
+        std::optional<double> slope; // that the piece has to end with
+        for (std::size_t i = last; m_nodes[i].parent != none; i = m_nodes[i].parent) {
+            const Node& node = m_nodes[i];
+            const Node& start = m_nodes[node.parent];
+            const Stretch stretch(m_sites, m_keys, start.key, node.key);
+            FitPiece piece{start.key, node.key, node.piece == FitSpan::Kept, {}};
+            if (node.piece == FitSpan::Straight) {
+                const double line = stretch.rise() / stretch.width();
+                piece.args = stretch.args({}, {stretch.rise(), stretch.rise()});
+                slope = holds(start.slopes, line) ? std::optional(line) : std::nullopt;
+            } else if (node.piece == FitSpan::Free) {
+                const Rises rises = choose(stretch, start, node, slope);
+                piece.args = stretch.args(node.lengths, rises);
+                slope = rises.a / stretch.width();
+            } else if (const double kept = m_keys[start.key].keptOut; holds(start.slopes, kept)) {
+                slope = kept;
+            } else {
+                slope.reset();
+            }
+            if (m_keys[start.key].corner) slope.reset();
+            result.push_back(piece);
+        }
+        std::reverse(result.begin(), result.end());
+        return result;
+    }
+
+    Rises choose(const Stretch& stretch, const Node& start, const Node& node, std::optional<double> endSlope) {
+        const double width = stretch.width();
+        const auto [a, b] = boundsOf(stretch, start, node.key);
+        const Rises own{std::clamp(m_keys[start.key].slope * width, a.low, a.high), m_keys[node.key].slope * width};
+        Polygon polygon(a, b);
+        stretch.fillRows(node.lengths, m_rows);
+        const bool holds = HoldsAll(polygon, m_rows, m_rules.tolerance);
+        const Rises middle = polygon.middle();
+        if (holds && !CutByAll(polygon, m_rows, m_rules.tolerance)) return middle;
+        if (!holds) { // nothing better was to be had
+            const Rises best = stretch.leastSquares(node.lengths, own, {});
+            return {std::clamp(best.a, a.low, a.high), std::clamp(best.b, b.low, b.high)};
+        }
+        if (!endSlope) return polygon.towards(stretch.leastSquares(node.lengths, own, {}));
+        double end = *endSlope * width;
+        const Interval range = polygon.slice(end);
+        const double best = stretch.leastSquares(node.lengths, own, end).a;
+        const double margin = 1e-3 * (range.high - range.low);
+        if (best > range.low + margin && best < range.high - margin) return {best, end};
+        return {std::clamp(best, range.low + margin, range.high - margin), end};
+    }
+
+    const std::vector<FitSite>& m_sites;
+    const std::vector<FitKey>& m_keys;
+    const FitRules& m_rules;
+    std::vector<Node> m_nodes;
+    std::vector<Row> m_rows; // of the stretch that is looked at
+};
+
+} // namespace
+
+std::vector<FitPiece> FitPieces(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys,
+                                const FitRules& rules) {
+    if (keys.size() < 2) return {};
+    return Search(sites, keys, rules).run();
+}
+
+} // namespace Private
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

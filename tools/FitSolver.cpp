@@ -245,6 +245,13 @@ Fit SolveFit(const FitProblem& problem, const FitJudge& judge) {
     };
     const auto tooMany = [&](const Fit& fit) { return fit.pieces.size() + 1 > problem.maxKeys; };
     Fit fit = solve(problem.tolerance);
+    if (problem.weighted) { // the search is no exhaustive one: with less freedom it may happen to find less
+        FitProblem thirds = problem;
+        thirds.weighted = false;
+        thirds.maxKeys = 0;
+        Fit other = SolveFit(thirds, judge);
+        if (other.within >= fit.within && other.pieces.size() < fit.pieces.size()) fit = std::move(other);
+    }
     if (problem.maxKeys == 0 || !tooMany(fit)) return fit;
 
     double low = problem.tolerance;

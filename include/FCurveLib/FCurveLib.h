@@ -87,6 +87,7 @@
 #include "FCurveLib/TrackedObserver.h"
 #include "FCurveLib/Transform.h"
 #include "FCurveLib/UnknownExpression.h"
+#include "FCurveLib/Unroll.h"
 #include "FCurveLib/Vector2D.h"
 #include "FCurveLib/Writer.h"
 #include "FCurveLib/XMLFormat.h"

@@ -142,11 +142,15 @@ class SelectionSnapshot;
 
 enum SmoothFilter : std::uint32_t;
 enum FlipType : std::int32_t;
+enum RotationOrder : std::uint8_t;
 struct TransformResult;
 struct KeyframeInsertion;
 struct DrawnCurve;
 struct DrawOptions;
 class BadPictureSize;
+struct FitOptions;
+struct FitReport;
+struct FitResult;
 
 namespace Private {
 struct Read;

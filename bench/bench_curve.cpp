@@ -1,6 +1,6 @@
 // Evaluation, building and memory of whole curves, against K: the Bezier kernel alone.
 
-#include "FCurveLib/FCurveLib.h"
+#include "Curves.h"
 #include "interp/BezierMath.h" // internal: the kernel that times are given in
 
 #include <benchmark/benchmark.h>
@@ -13,69 +13,9 @@
 #include <random>
 #include <vector>
 
-using namespace VEM_FN::FCurveLib;
+using namespace Bench;
 
 namespace {
-
-class Random {
-public:
-    explicit Random(unsigned seed) : m_engine(seed) {}
-    double between(double low, double high) { return std::uniform_real_distribution<double>(low, high)(m_engine); }
-    std::mt19937_64& engine() { return m_engine; }
-
-private:
-    std::mt19937_64 m_engine;
-};
-
-// Handles of 0.15 to 0.45 of the span: the cubic has three terms, and its closed form takes the long way.
-double HandleShare(Random& random) {
-    return random.between(0.15, 0.45);
-}
-
-std::vector<Keyframe> RisingKeys(std::size_t count, Random& random) {
-    std::vector<Keyframe> keys(count);
-    Vector2D<double> at;
-    for (Keyframe& key : keys) {
-        key.set(at);
-        at.x += random.between(1, 10);
-        at.y += random.between(0, 5);
-    }
-    return keys;
-}
-
-std::shared_ptr<FCurve> BezierCurve(std::size_t count, Random& random) {
-    auto curve = FCurve::create();
-    const auto bezier = Bezier::create();
-    for (const Keyframe& key : RisingKeys(count, random)) curve->insertSegment(key, bezier);
-    for (Segment& segment : *curve) {
-        const auto left = segment.getLeftKey();
-        const auto right = segment.getRightKey();
-        if (!left || !right) continue;
-        const double span = right->getX() - left->getX();
-        const double rise = right->getY() - left->getY();
-        segment.getOutTangent()->setWeighted(true);
-        segment.getInTangent()->setWeighted(true);
-        segment.getOutTangent()->set(span * HandleShare(random), rise * random.between(0, 0.5));
-        segment.getInTangent()->set(-span * HandleShare(random), -rise * random.between(0, 0.5));
-    }
-    return curve;
-}
-
-double LastX(const FCurve& curve) {
-    return std::prev(curve.end())->getLeftKey()->getX();
-}
-
-constexpr std::size_t kLooks = 1 << 16;
-
-std::vector<double> RandomAbscissae(double end, Random& random) {
-    std::vector<double> xs(kLooks);
-    for (double& x : xs) x = random.between(0, end);
-    return xs;
-}
-
-void CountEvaluations(benchmark::State& state, std::size_t perIteration) {
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(perIteration));
-}
 
 void BezierKernel(benchmark::State& state) {
     Random random(1);

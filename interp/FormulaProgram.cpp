@@ -69,6 +69,14 @@ std::uint32_t FormulaProgram::addLeaf(std::shared_ptr<Interpolator> leaf) {
     return static_cast<std::uint32_t>(m_leaves.size() - 1);
 }
 
+FormulaProgram FormulaProgram::withLeaves(std::vector<std::shared_ptr<Interpolator>> leaves) const {
+    FormulaProgram result;
+    result.m_operations = m_operations;
+    result.m_leaves = std::move(leaves);
+    result.m_stack = m_stack;
+    return result;
+}
+
 std::shared_ptr<Interpolator> FormulaProgram::onlyLeaf() const {
     return m_operations.size() == 1 && m_operations.front().code == Code::LoadLeaf ? m_leaves.front() : nullptr;
 }

@@ -94,6 +94,8 @@ public:
 
     bool empty() const noexcept { return m_operations.empty(); }
     const std::vector<std::shared_ptr<Interpolator>>& leaves() const noexcept { return m_leaves; }
+    // The same operations on other leaves, one for each of these.
+    FormulaProgram withLeaves(std::vector<std::shared_ptr<Interpolator>> leaves) const;
     // The leaf that is all of the program; null for any other program.
     std::shared_ptr<Interpolator> onlyLeaf() const;
 

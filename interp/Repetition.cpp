@@ -2,46 +2,16 @@
 
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/Evaluation.h"
+#include "interp/Repeat.h"
 #include "model/Read.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 namespace Private {
-
-namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double most = std::numeric_limits<double>::max();
-
-// distance = n * span + rest, with n whole and 0 <= rest <= span.
-struct Period {
-    double n;
-    double rest;
-
-    // Precondition: the distance is finite, the span positive.
-    Period(double distance, double span) noexcept
-        : n(std::clamp(std::floor(distance / span), -most, most)), rest(distance) {
-        constexpr double exact = 0x1p53;
-        if (std::abs(n) >= exact) {
-            rest = std::fmod(distance, span);
-            if (rest < 0.0) rest += span;
-        } else if (n != 0.0) {
-            // The remainder of a whole quotient is a double, so the fused operation gives it without any rounding. It
-            // is negative where the division rounded up to n: there the period begins.
-            rest = std::max(0.0, std::fma(-n, span, distance));
-        } else if (distance < 0.0) { // so near to zero that the quotient underflowed
-            n = -1.0;
-            rest = span;
-        }
-    }
-};
-
-} // namespace
 
 Repetition::Repetition(const FCurve& curve, const Keyframe& first, const Keyframe& last, bool leading) noexcept
     : m_curve(&curve), m_first(&first), m_last(&last), m_begin(first.getX()), m_end(last.getX()),
@@ -56,9 +26,8 @@ std::optional<Repetition> Repetition::Find(const Segment& segment) noexcept {
                       hasRight);
 }
 
-// From the first key to x, which is finite; between keys at opposite ends of the doubles it may overflow.
-double Repetition::distance(double x) const noexcept {
-    return std::clamp(x - m_begin, -most, most);
+double Repetition::eval(double x) const {
+    return EvalInInterior(x, *m_curve);
 }
 
 double Repetition::rise() const {
@@ -105,22 +74,18 @@ void Repetition::foldPart(ValueRange& extents, double from, double to, double sh
 // --- cycle -----------------------------------------------------------------------------------------------------------
 
 double Repetition::evalCycle(double x, double offset) const {
-    if (!std::isfinite(x)) return nan;
-    const Period period(distance(x), m_span);
-    return EvalInInterior(m_begin + period.rest, *m_curve) + period.n * offset;
+    return EvalCycle(*this, x, offset);
 }
 
 double Repetition::differentiateCycle(double x, int order) const {
-    if (!std::isfinite(x)) return nan;
-    if (m_leading && x == m_begin) return differentiate(m_end, false, order);
-    return differentiate(m_begin + Period(distance(x), m_span).rest, true, order);
+    return DifferentiateCycle(*this, m_leading, x, order);
 }
 
 ValueRange Repetition::cycleExtents(double x0, double x1, double offset) const {
     ValueRange extents;
     if (std::isnan(x0) || std::isnan(x1)) return extents;
-    const Period from(distance(std::min(x0, x1)), m_span);
-    const Period to(distance(std::max(x0, x1)), m_span);
+    const Period from(DistanceTo(*this, std::min(x0, x1)), m_span);
+    const Period to(DistanceTo(*this, std::max(x0, x1)), m_span);
     if (from.n == to.n && from.rest <= to.rest) {
         foldPart(extents, m_begin + from.rest, m_begin + to.rest, from.n * offset);
         return extents;
@@ -135,32 +100,20 @@ ValueRange Repetition::cycleExtents(double x0, double x1, double offset) const {
 }
 
 // --- mirror ----------------------------------------------------------------------------------------------------------
-// Symmetric about the first key. Measured from there in either direction, each two spans begin with the keyed part
-// forwards and end with it backwards.
 
 double Repetition::evalMirror(double x) const {
-    if (!std::isfinite(x)) return nan;
-    const double rest = Period(std::abs(distance(x)), 2.0 * m_span).rest;
-    return EvalInInterior(rest < m_span ? m_begin + rest : m_end - (rest - m_span), *m_curve);
+    return EvalMirror(*this, x);
 }
 
 double Repetition::differentiateMirror(double x, int order) const {
-    if (!std::isfinite(x)) return nan;
-    const bool before = x < m_begin || (m_leading && x == m_begin);
-    // What lies to the right of x lies nearer to the first key if x is before it.
-    const bool fromNearer = x < m_begin;
-    const double rest = Period(std::abs(distance(x)), 2.0 * m_span).rest;
-    const bool backwards = fromNearer ? rest > m_span || rest == 0.0 : rest >= m_span;
-    const double at = !backwards ? m_begin + rest : rest == 0.0 ? m_begin : m_end - (rest - m_span);
-    const double derivative = differentiate(at, backwards == fromNearer, order);
-    return order == 1 && backwards != before ? -derivative : derivative;
+    return DifferentiateMirror(*this, m_leading, x, order);
 }
 
 ValueRange Repetition::mirrorExtents(double x0, double x1) const {
     ValueRange extents;
     if (std::isnan(x0) || std::isnan(x1)) return extents;
-    const double from = distance(std::min(x0, x1));
-    const double length = distance(std::max(x0, x1)) - from;
+    const double from = DistanceTo(*this, std::min(x0, x1));
+    const double length = DistanceTo(*this, std::max(x0, x1)) - from;
     if (!(length < 2.0 * m_span)) {
         foldPart(extents, m_begin, m_end, 0.0);
         return extents;

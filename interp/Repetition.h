@@ -19,7 +19,7 @@ public:
     // Nothing for a segment from which there is nothing to repeat: one with no key or two, or of a curve of one key.
     static std::optional<Repetition> Find(const Segment& segment) noexcept;
 
-    // Forwards again and again, period n lifted by n * offset.
+    // Forwards again and again, period n lifted by n * offset: see Repeat.h.
     double evalCycle(double x, double offset) const;
     double differentiateCycle(double x, int order) const;
     ValueRange cycleExtents(double x0, double x1, double offset) const;
@@ -29,14 +29,18 @@ public:
     double differentiateMirror(double x, int order) const;
     ValueRange mirrorExtents(double x0, double x1) const;
 
+    // What Repeat.h asks.
+    double begin() const noexcept { return m_begin; }
+    double end() const noexcept { return m_end; }
+    double eval(double x) const;
+    double differentiate(double x, bool fromRight, int order) const;
+
     // By how much y rises from the first to the last key.
     double rise() const;
 
 private:
     Repetition(const FCurve& curve, const Keyframe& first, const Keyframe& last, bool leading) noexcept;
 
-    double distance(double x) const noexcept;
-    double differentiate(double x, bool fromRight, int order) const;
     void foldPart(ValueRange& extents, double from, double to, double shift) const;
 
     const FCurve* m_curve;

@@ -9,6 +9,8 @@
 #include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/BinaryFormat.h"
 #include "FCurveLib/BinaryIO.h"
+#include "FCurveLib/CompiledCurve.h"
+#include "FCurveLib/CompiledSet.h"
 #include "FCurveLib/Constant.h"
 #include "FCurveLib/ConstantNext.h"
 #include "FCurveLib/ContainerInterface.h"

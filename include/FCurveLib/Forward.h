@@ -54,6 +54,9 @@ class Cycle;
 class CycleOffset;
 class Mirror;
 
+class CompiledCurve;
+class CompiledSet;
+
 class Stream;
 class MemoryStream;
 class File;
@@ -161,6 +164,8 @@ class SelectionState;
 class TrackerBase;
 class SegmentMap;
 class SegmentMapIterator;
+class PlaybackBlock;
+struct PlaybackCurve;
 } // namespace Private
 
 } // namespace v19

@@ -1,6 +1,7 @@
 #include "tests/support/Allocations.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -13,10 +14,10 @@ std::atomic<std::size_t> g_held{0};
 std::atomic<std::size_t> g_peak{0};
 std::atomic<long> g_toFailure{-1}; // allocations; negative: none is to fail
 
-void* allocate(std::size_t size) noexcept {
+void* allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) noexcept {
     ++g_allocations;
     if (g_toFailure >= 0 && g_toFailure-- == 0) return nullptr;
-    void* const memory = std::malloc(size != 0 ? size : 1);
+    void* const memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment);
     if (!memory) return nullptr;
     const std::size_t held = g_held += malloc_usable_size(memory);
     std::size_t peak = g_peak;
@@ -38,6 +39,13 @@ void* operator new(std::size_t size) {
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    if (void* memory = allocate(size, static_cast<std::size_t>(alignment))) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    release(memory);
 }
 void operator delete(void* memory) noexcept {
     release(memory);

@@ -1,0 +1,77 @@
+#include "support/Basics.h"
+#include "support/Museum.h"
+
+namespace Test {
+namespace {
+
+// Compared as texts of their bits, so that NaN equals NaN.
+std::string InHex(double value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%a", value);
+    return std::isnan(value) ? "nan" : text;
+}
+
+class CompiledMuseum : public testing::Test {
+protected:
+    CompiledMuseum() {
+        for (const Exhibit& exhibit : Museum()) {
+            const auto curve = exhibit.make();
+            curve->setName(exhibit.name);
+            container->addCurve(curve);
+            alone.emplace_back(*curve);
+        }
+    }
+
+    std::shared_ptr<FCurveContainer> container = FCurveContainer::create();
+    std::vector<CompiledCurve> alone;
+};
+
+TEST_F(CompiledMuseum, HasTheBitsNamesAndOrderOfItsCurves) {
+    const CompiledSet set(*container);
+    container->clear();
+    ASSERT_EQ(set.size(), alone.size());
+    std::vector<double> xs{kNaN, -kInfinity, kInfinity, -1e6};
+    for (double x = -20.0; x < 20.0; x += 0.37) xs.push_back(x);
+    std::vector<double> poses(set.size() * xs.size());
+    set.eval(xs.data(), xs.size(), poses.data());
+    std::vector<double> values(set.size());
+    for (std::size_t k = 0; k < xs.size(); ++k) {
+        set.eval(xs[k], values.data());
+        for (std::size_t i = 0; i < set.size(); ++i) {
+            const std::string expected = InHex(alone[i].eval(xs[k]));
+            ASSERT_EQ(InHex(values[i]), expected) << set.getName(i) << " at " << xs[k];
+            ASSERT_EQ(InHex(poses[k * set.size() + i]), expected) << set.getName(i) << " at " << xs[k];
+            ASSERT_EQ(InHex(set.getCurve(i).eval(xs[k])), expected) << set.getName(i) << " at " << xs[k];
+        }
+    }
+    for (std::size_t i = 0; i < set.size(); ++i) EXPECT_STREQ(set.getName(i), Museum()[i].name);
+}
+
+TEST_F(CompiledMuseum, WritesNoValueOutsideTheRange) {
+    const CompiledSet set(*container);
+    std::vector<double> whole(set.size());
+    set.eval(1.25, whole.data());
+    for (std::size_t first = 0; first < set.size(); first += 7) {
+        const std::size_t last = std::min(first + 10, set.size());
+        std::vector<double> values(set.size(), -77.0);
+        set.eval(1.25, first, last, values.data());
+        for (std::size_t i = 0; i < set.size(); ++i)
+            ASSERT_EQ(InHex(values[i]), InHex(i < first || i >= last ? -77.0 : whole[i])) << i;
+    }
+}
+
+TEST(CompiledSet, MayBeEmptyOrHaveGaps) {
+    for (const CompiledSet& empty : {CompiledSet(), CompiledSet(*FCurveContainer::create())}) {
+        EXPECT_TRUE(empty.empty());
+        empty.eval(1.0, nullptr);
+    }
+    const auto curve = MakeCurve({{0, 4}, {1, 4}});
+    const CompiledSet set(std::vector<const FCurve*>{nullptr, curve.get(), nullptr});
+    double values[3] = {1, 1, 1};
+    set.eval(0.5, values);
+    EXPECT_THAT(values, ElementsAre(0.0, 4.0, 0.0));
+    EXPECT_STREQ(set.getName(0), "");
+}
+
+} // namespace
+} // namespace Test

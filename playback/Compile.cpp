@@ -113,8 +113,7 @@ std::shared_ptr<const Segment> IsolatedCopy(const Segment& segment, const std::s
         if (tangent) *result = *tangent;
         return result;
     };
-    Raw::setTangents(*copy, tangentCopy(Read::inTangent(segment), true),
-                           tangentCopy(Read::outTangent(segment), false));
+    Raw::setTangents(*copy, tangentCopy(Read::inTangent(segment), true), tangentCopy(Read::outTangent(segment), false));
     return copy;
 }
 

@@ -261,6 +261,7 @@ private:
             return interpolatorPiece(known->second, segment);
         }
         std::vector<std::shared_ptr<Interpolator>> compiled;
+        compiled.reserve(leaves.size());
         for (const auto& leaf : leaves)
             compiled.push_back(std::make_shared<PlaybackLeaf>(*m_curve, pieceOf(leaf.get(), segment)));
         auto own = std::make_shared<Formula>(formula.program().withLeaves(std::move(compiled)), "");

@@ -101,5 +101,8 @@ def main():
             if not allowed:
                 faults.append(f"{where}: {row} may include {', '.join(sorted(arrows[row])) or 'nobody'}")
 
+    print("\n".join(faults) if faults else f"{includes} includes in {len(files)} files are as drawn")
+    sys.exit(bool(faults) or includes == 0)
+
 
 main()

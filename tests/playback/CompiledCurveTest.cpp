@@ -1,4 +1,4 @@
-#include "playback/Lanes.h"
+#include "playback/Lanes.h" // internal: chooses the lanes
 #include "support/Allocations.h"
 #include "support/Basics.h"
 #include "support/BezierOracle.h"

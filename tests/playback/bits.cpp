@@ -2,7 +2,7 @@
 // values and slopes; with the name of a file, compares them with that file's. By every kind of lane that the processor
 // has. Formulas are left out: their functions are the C library's.
 
-#include "playback/Lanes.h"
+#include "playback/Lanes.h" // internal: chooses the lanes
 #include "support/Museum.h"
 #include "support/Random.h"
 

@@ -2,7 +2,7 @@
 
 // The value of a Bezier segment in long double, with the parameter found by bisection.
 
-#include "interp/BezierMath.h"
+#include "interp/BezierMath.h" // internal: mathematics
 
 #include <algorithm>
 #include <cfloat>

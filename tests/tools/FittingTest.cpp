@@ -5,7 +5,7 @@
 #include "support/Museum.h"
 #include "support/Random.h"
 #include "support/Recorder.h"
-#include "tools/Deviation.h"
+#include "tools/Deviation.h" // internal: the certificate
 #include "tools/Outside.h"
 #include "tools/Partitions.h"
 #include "tools/RandomShape.h"

@@ -1,7 +1,7 @@
 // Compiled curves, over the data of bench_curve: single values, values in order, whole poses, compiling.
 
 #include "Curves.h"
-#include "playback/Lanes.h"
+#include "playback/Lanes.h" // internal: chooses the lanes
 
 #include <algorithm>
 #include <cstring>

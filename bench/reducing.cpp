@@ -6,7 +6,7 @@
 // fitted between each two of them alone.
 
 #include "FCurveLib/FCurveLib.h"
-#include "tests/tools/Partitions.h"
+#include "tests/tools/Partitions.h" // internal: the best partition
 
 #include <algorithm>
 #include <cmath>

@@ -64,7 +64,7 @@ struct Figure {
     std::vector<UnknownSpan> spans;
 
     // The marks that this figure holds.
-    void tellMarks(const Look& look, std::set<Mark>& marks) const;
+    void tellMarks(const Look& source, std::set<Mark>& marks) const;
 
 private:
     void trace(Trace& trace, const Frame& frame);

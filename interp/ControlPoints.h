@@ -16,7 +16,7 @@ BezierArgs SplineArgs(const Interpolator& spline, const Segment& segment);
 BezierArgs EaseArgs(const Interpolator& ease, const Segment& segment);
 BezierArgs EaseInArgs(const Interpolator& easeIn, const Segment& segment);
 BezierArgs EaseOutArgs(const Interpolator& easeOut, const Segment& segment);
-BezierArgs MatchArgs(const Interpolator& match, const Segment& segment);
+BezierArgs MatchArgs(const Interpolator& interpolator, const Segment& segment);
 // What getBezierArgs says, of any BezierInterpBase.
 BezierArgs StatedArgs(const Interpolator& interpolator, const Segment& segment);
 

@@ -7,7 +7,7 @@ inline namespace v19 {
 
 namespace Private {
 struct BezierArgs;
-BezierArgs MatchArgs(const Interpolator& match, const Segment& segment);
+BezierArgs MatchArgs(const Interpolator& interpolator, const Segment& segment);
 } // namespace Private
 
 /// "match()": joins the segments on both sides without a jump or a corner.
@@ -38,7 +38,7 @@ public:
 private:
     friend class MatchIn;
     friend class MatchOut;
-    friend Private::BezierArgs Private::MatchArgs(const Interpolator& match, const Segment& segment);
+    friend Private::BezierArgs Private::MatchArgs(const Interpolator& interpolator, const Segment& segment);
 
     Match();
     Match(const Match& other);

@@ -143,9 +143,16 @@ TEST(FormulaDerivative, RandomFormulasAgreeWithDifferences) {
     int compared = 0;
     for (int i = 0; i < 3000; ++i) {
         const RandomFormula formula = MakeRandom(random, 1 + i % 4);
-        // 0 ** something, stairs and remainders at jumps have no rule: they are as exact as numeric derivatives are
-        const auto has = [&](const char* name) { return formula.text.find(name) != std::string::npos; };
-        const bool ruled = !(has("abs") || has("%") || has("round") || has("ceil") || has("floor") || has("trunc"));
+        // 0 ** something, stairs of stairs, which stand on their jumps, and remainders at jumps have no rule: they are
+        // as exact as numeric derivatives are
+        const auto count = [&](const char* name) {
+            int found = 0;
+            for (auto at = formula.text.find(name); at != std::string::npos; at = formula.text.find(name, at + 1))
+                ++found;
+            return found;
+        };
+        const int stairs = count("round") + count("ceil") + count("floor") + count("trunc");
+        const bool ruled = count("abs") == 0 && count("%") == 0 && stairs < 2;
         const double least2 = ruled ? 1e-7 : 1e-4;
         const auto parsed = Parse(formula.text);
         for (const double x : {-1.3, 0.7, 2.9}) {

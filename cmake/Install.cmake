@@ -11,6 +11,15 @@ install(TARGETS FCurveLib EXPORT FCurveLibTargets INCLUDES DESTINATION ${CMAKE_I
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/FCurveLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     FILES_MATCHING PATTERN "*.h")
 
+# The component Interchange: targets of its own, which nobody sees who does not ask for it.
+if(TARGET FCurveInterchange)
+    install(TARGETS FCurveInterchange EXPORT FCurveInterchangeTargets INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    set_target_properties(FCurveInterchange PROPERTIES INSTALL_RPATH "$ORIGIN")
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/FCurveInterchange DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN "*.h")
+    install(EXPORT FCurveInterchangeTargets NAMESPACE FCurveLib:: DESTINATION ${package_dir})
+endif()
+
 install(EXPORT FCurveLibTargets NAMESPACE FCurveLib:: DESTINATION ${package_dir})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/FCurveLibConfig.cmake.in
     ${PROJECT_BINARY_DIR}/FCurveLibConfig.cmake

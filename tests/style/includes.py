@@ -12,6 +12,7 @@ import re
 import sys
 
 LIBRARY = ("model", "interp", "io", "tools", "selection", "formats", "playback", "draw")
+INTERCHANGE = "FCurveInterchange"
 PUBLIC = "public headers"
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"(.*)$')
 
@@ -51,6 +52,8 @@ def main():
         parts = path.relative_to(root).parts
         if parts[0] != "include":
             return "/".join(parts[:-1] + (path.stem,))
+        if parts[1] == INTERCHANGE:
+            return "interchange/" + path.stem
         if path.stem == "FCurveLib":
             return None
         folder = owners.get(path.stem) or (sources[path.stem].copy().pop() if len(sources[path.stem]) == 1 else None)

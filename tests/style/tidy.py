@@ -13,7 +13,7 @@ import shlex
 import subprocess
 import sys
 
-FOLDERS = ("model", "interp", "io", "formats", "selection", "tools", "playback", "draw")
+FOLDERS = ("model", "interp", "io", "formats", "selection", "tools", "playback", "draw", "interchange")
 
 
 def digest(entry, source_dir, common):

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "FCurveInterchange/ConversionReport.h"
+#include "FCurveInterchange/Export.h"
+
+#include <map>
+#include <string>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+/// What a reader or writer cannot know from the file or the curves.
+struct ConversionOptions {
+    /// Frames a second. 0: what the file says, or the container's property "frame_rate"; 24 where neither does.
+    double frameRate = 0.0;
+    /// How far a curve may be off where it is split or fitted, as a share of its range of values.
+    double tolerance = 1e-4;
+    /// Of one format alone, by "format.setting": docs/formats/ names them. Unknown ones have no effect.
+    std::map<std::string, std::string> settings;
+
+    /// Empty where it is not set.
+    std::string setting(const char* name) const {
+        const auto found = settings.find(name);
+        return found == settings.end() ? std::string() : found->second;
+    }
+};
+
+/// Hands options to the readers and writers of this library, and collects what they lose, while it lives, in its own
+/// thread:
+///
+///     ConversionReport report;
+///     {
+///         Conversion conversion(report);
+///         ReadCurves(input, *curves);
+///         WriteCurves(*curves, output, "csv");
+///     }
+///
+/// Conversions nest. A writer without a report does not look for losses, which saves the time of reading what it wrote.
+class FCURVEINTERCHANGE_API Conversion {
+public:
+    /// The report must outlive this object; it is added to.
+    explicit Conversion(ConversionReport& report, ConversionOptions options = {});
+    explicit Conversion(ConversionOptions options);
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+    ~Conversion();
+
+    /// \name In force in this thread
+    /// @{
+
+    /// The innermost conversion's; the defaults without one.
+    static const ConversionOptions& options() noexcept;
+    /// Null where nobody wants one.
+    static ConversionReport* report() noexcept;
+    /// @}
+
+private:
+    ConversionOptions m_options;
+    ConversionReport* m_report;
+    Conversion* m_outer;
+};
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

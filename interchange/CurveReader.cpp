@@ -1,0 +1,116 @@
+#include "interchange/CurveReader.h"
+
+#include "FCurveInterchange/Conversion.h"
+#include "FCurveInterchange/Formats.h"
+
+#include <FCurveLib/Exception.h>
+#include <FCurveLib/FormatInterface.h>
+#include <FCurveLib/Stream.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+namespace {
+
+// In pieces, so that a stream that is shorter than it says costs what it has.
+std::string readAll(Stream& stream) {
+    constexpr int kPiece = 1 << 20;
+    std::string bytes;
+    for (int left = stream.getSize() - stream.getPosition(); left > 0;) {
+        const int count = std::min(left, kPiece);
+        const std::size_t before = bytes.size();
+        bytes.resize(before + static_cast<std::size_t>(count));
+        stream.readData(bytes.data() + before, count);
+        left -= count;
+    }
+    return bytes;
+}
+
+void checkText(const std::string& text, const FormatLimits& limits) {
+    if (text.size() > limits.text)
+        throw TooMuch("A text has " + std::to_string(text.size()) + " bytes; the limit is "
+                      + std::to_string(limits.text) + '.');
+}
+
+void checkProperties(const PropertyList& properties, const FormatLimits& limits) {
+    if (properties.size() > limits.properties)
+        throw TooMuch("There are too many properties; the limit is " + std::to_string(limits.properties) + '.');
+    for (const auto& [key, value] : properties) {
+        checkText(key, limits);
+        checkText(value, limits);
+    }
+}
+
+} // namespace
+
+CurveReader::~CurveReader() = default;
+
+void CurveReader::readCurves(Stream& stream, FormatInterface& target) {
+    const std::string bytes = readAll(stream);
+    const Document document = parse(bytes);
+    checkLimits(document, GetFormatLimits());
+    emitDocument(document, target);
+}
+
+void CurveReader::readCurve(Stream& stream, FormatInterface& target) {
+    const std::string bytes = readAll(stream);
+    const Document document = parse(bytes);
+    checkLimits(document, GetFormatLimits());
+    if (document.tracks.empty()) throw BadDocument("There is no curve.");
+    emitTrack(document.tracks.front(), target);
+}
+
+bool CurveReader::canRead(Stream& stream, Stream& header) {
+    try {
+        const int size = std::min(header.getSize(), stream.getSize() > 0 ? stream.getSize() : header.getSize());
+        std::string opening(static_cast<std::size_t>(std::max(size, 0)), '\0');
+        header.setPosition(0);
+        header.readData(opening.data(), static_cast<int>(opening.size()));
+        return recognises(opening);
+    } catch (const Exception&) {
+        return false;
+    }
+}
+
+void lose(const Loss& loss) {
+    if (ConversionReport* const report = Conversion::report()) report->add(loss);
+}
+
+double frameRateOr(double stated) {
+    const double wanted = Conversion::options().frameRate;
+    if (wanted > 0.0 && std::isfinite(wanted)) return wanted;
+    return stated > 0.0 && std::isfinite(stated) ? stated : 24.0;
+}
+
+void checkLimits(const Document& document, const FormatLimits& limits) {
+    checkProperties(document.properties, limits);
+    if (document.tracks.size() > limits.curves)
+        throw TooMuch("There are too many curves; the limit is " + std::to_string(limits.curves) + '.');
+    for (const Track& track : document.tracks) {
+        checkText(track.name, limits);
+        checkProperties(track.properties, limits);
+        if (track.knots.size() > limits.keys)
+            throw TooMuch("There are too many keys; the limit is " + std::to_string(limits.keys) + '.');
+    }
+}
+
+Place placeOf(std::string_view text, std::size_t offset) {
+    Place place;
+    offset = std::min(offset, text.size());
+    for (std::size_t i = 0; i < offset; ++i) {
+        const bool isEnd = text[i] == '\n' || (text[i] == '\r' && text.substr(i + 1, 1) != "\n");
+        place.line += isEnd;
+        place.column = isEnd ? 1 : place.column + 1;
+    }
+    return place;
+}
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

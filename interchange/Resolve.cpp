@@ -1,0 +1,278 @@
+#include "interchange/Resolve.h"
+
+#include "FCurveInterchange/Conversion.h"
+
+#include <FCurveLib/Bezier.h>
+#include <FCurveLib/BezierInterpBase.h>
+#include <FCurveLib/Constant.h>
+#include <FCurveLib/ConstantNext.h>
+#include <FCurveLib/Cycle.h>
+#include <FCurveLib/CycleOffset.h>
+#include <FCurveLib/Evaluation.h>
+#include <FCurveLib/Extents.h>
+#include <FCurveLib/Fitting.h>
+#include <FCurveLib/Linear.h>
+#include <FCurveLib/Mirror.h>
+#include <FCurveLib/NumberInterp.h>
+#include <FCurveLib/Rectangle.h>
+#include <FCurveLib/Segment.h>
+#include <FCurveLib/UnknownExpression.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+namespace {
+
+template<class T>
+const T* as(const Interpolator* interpolator) {
+    return dynamic_cast<const T*>(interpolator);
+}
+
+// A segment between two keys: its knots, the first at the left key, and where it ends.
+struct Stretch {
+    std::vector<Knot> knots;
+    double end = 0.0; // the limit at the right key
+    Vector2D<double> in{};
+    std::uint8_t inType = Tangent::Fixed;
+};
+
+Knot knotAt(double x, double y, Piece piece) {
+    Knot knot;
+    knot.x = x;
+    knot.y = y;
+    knot.before = y;
+    knot.piece = piece;
+    return knot;
+}
+
+bool isFinite(const Cubic& cubic) {
+    return std::all_of(std::begin(cubic.p), std::end(cubic.p),
+                       [](const auto& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
+}
+
+Cubic argsOf(const BezierInterpBase& interpolator, const Segment& segment) {
+    Cubic cubic{};
+    auto& p = cubic.p;
+    interpolator.getBezierArgs(segment, p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y, p[3].x, p[3].y);
+    return cubic;
+}
+
+// Formulas and the like, as few Bezier pieces.
+Stretch fitted(const Segment& segment, double x0, double x1, double tolerance) {
+    constexpr double kPerFrame = 8.0;
+    constexpr double kFewest = 64.0;
+    constexpr double kMost = 65536.0;
+    const auto count = static_cast<int>(std::clamp(std::ceil((x1 - x0) * kPerFrame), kFewest, kMost));
+    std::vector<Vector2D<double>> samples;
+    for (int i = 0; i <= count; ++i) {
+        const double x = i == count ? x1 : x0 + (x1 - x0) * i / count;
+        samples.push_back({x, EvalSegment(x, segment)});
+    }
+    const FitResult fit = FitCurve(samples, 0.5 * tolerance); // half of it for what lies between the samples
+    Stretch stretch;
+    for (const Segment& piece : *fit.curve) {
+        const auto left = piece.getLeftKey();
+        const auto right = piece.getRightKey();
+        if (!left || !right) continue;
+        const auto interpolator = piece.getInterpolator();
+        const auto* const bezier = as<BezierInterpBase>(interpolator.get());
+        stretch.knots.push_back(knotAt(left->getX(), left->getY(), bezier ? Piece::Bezier : Piece::Linear));
+        Knot& knot = stretch.knots.back();
+        if (stretch.knots.size() > 1) knot.in.handle = stretch.in;
+        stretch.end = right->getY();
+        if (!bezier) continue;
+        const Cubic cubic = argsOf(*bezier, piece);
+        knot.out.handle = {cubic.p[1].x - cubic.p[0].x, cubic.p[1].y - cubic.p[0].y};
+        stretch.in = {cubic.p[2].x - cubic.p[3].x, cubic.p[2].y - cubic.p[3].y};
+    }
+    if (stretch.knots.empty()) stretch.knots.push_back(knotAt(x0, 0.0, Piece::Constant)); // nothing finite
+    stretch.knots.front().x = x0;
+    return stretch;
+}
+
+End endOf(const Interpolator* interpolator) {
+    End end;
+    if (as<Bezier>(interpolator)) end.kind = End::Line;
+    if (as<Cycle>(interpolator)) end.kind = End::Cycle;
+    if (as<CycleOffset>(interpolator)) end.kind = End::CycleOffset;
+    if (as<Mirror>(interpolator)) end.kind = End::Mirror;
+    return end;
+}
+
+// Where the curve jumps after a piece that moves, the piece ends 0.001 frames earlier and holds.
+void separateJumps(Track& track) {
+    constexpr double kGap = Keyframe::getMinSeparation();
+    std::vector<Knot> knots;
+    knots.reserve(track.knots.size() + 4);
+    for (std::size_t i = 0; i < track.knots.size(); ++i) {
+        Knot knot = track.knots[i];
+        const bool isFirst = i == 0;
+        const bool jumps = knot.before != knot.y
+                           && (isFirst ? track.leading.kind == End::Hold : track.knots[i - 1].piece != Piece::Constant);
+        if (jumps && isFirst) {
+            knots.push_back(knotAt(knot.x - kGap, knot.before, Piece::Constant));
+        } else if (jumps && knot.x - knots.back().x >= 2.0 * kGap) {
+            Knot& left = knots.back();
+            Knot stop = knotAt(knot.x - kGap, knot.before, Piece::Constant);
+            Track pair;
+            pair.knots = {left, knot};
+            if (left.piece == Piece::Bezier) {
+                const Cubic cubic = cubicOf(pair, 0);
+                const Cubic part = cut(cubic, parameterAt(cubic, stop.x)).first;
+                left.out.handle = {part.p[1].x - left.x, part.p[1].y - left.y};
+                stop.y = stop.before = part.p[3].y;
+                stop.in.handle = {part.p[2].x - stop.x, part.p[2].y - stop.y};
+            } else if (left.piece == Piece::Linear) {
+                stop.y = stop.before = left.y + (knot.before - left.y) * (stop.x - left.x) / (knot.x - left.x);
+            }
+            knots.push_back(stop);
+        }
+        if (jumps) knot.before = knot.y;
+        knots.push_back(knot);
+    }
+    track.knots = std::move(knots);
+}
+
+} // namespace
+
+const Notes::Hint* Notes::find(const FCurve& curve, double from, double to) const {
+    const auto found = m_hints.find(&curve);
+    if (found == m_hints.end()) return nullptr;
+    const double middle = from + 0.5 * (to - from);
+    // The last one that starts at or before the middle.
+    auto after = std::upper_bound(found->second.begin(), found->second.end(), middle,
+                                  [](double x, const Hint& hint) { return x < hint.from; });
+    if (after == found->second.begin()) return nullptr;
+    --after;
+    return after->to >= middle ? &*after : nullptr;
+}
+
+const std::string* Notes::nameOf(const FCurve& curve) const {
+    const auto found = m_names.find(&curve);
+    return found == m_names.end() ? nullptr : &found->second;
+}
+
+double rangeOf(const FCurve& curve) {
+    Rectangle<double> box;
+    if (!GetInteriorExtents(curve, box)) return 1.0;
+    const double size = box.height > 0.0 ? box.height : std::fabs(box.y);
+    return size > 0.0 && std::isfinite(size) ? size : 1.0;
+}
+
+double toleranceOf(const FCurve& curve) {
+    const double share = Conversion::options().tolerance;
+    return (share > 0.0 ? share : 0.0) * rangeOf(curve);
+}
+
+Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
+    Track track;
+    track.name = curve.getName();
+    track.knots.reserve(curve.size());
+    double tolerance = -1.0;
+    double limit = 0.0; // of what was walked so far, from the left
+    Vector2D<double> in{};
+    std::uint8_t inType = Tangent::Fixed;
+    bool isNextPending = false; // the piece before holds the value of the key to come
+    for (const Segment& segment : curve) {
+        const auto left = segment.getLeftKey();
+        const auto right = segment.getRightKey();
+        const auto interpolator = segment.getInterpolator();
+        const Interpolator* const kind = interpolator.get();
+        if (!left) {
+            track.leading = endOf(kind);
+            if (!right) break;
+            limit = right->getY();
+            if (track.leading.kind == End::Line) {
+                const auto tangent = segment.getInTangent();
+                in = tangent->get();
+                in.x = std::min(in.x, -Keyframe::getMinSeparation());
+            } else if (track.leading.kind == End::Hold) {
+                const double held = EvalSegment(right->getX(), segment);
+                if (std::isfinite(held)) limit = held;
+            }
+            continue;
+        }
+        const double x = left->getX();
+        Stretch stretch;
+        if (!right) {
+            track.trailing = endOf(kind);
+            Knot knot = knotAt(x, left->getY(), Piece::Constant);
+            if (track.trailing.kind == End::Line) {
+                knot.out.handle = segment.getOutTangent()->get();
+                knot.out.handle.x = std::max(knot.out.handle.x, Keyframe::getMinSeparation());
+            } else if (track.trailing.kind == End::Hold) {
+                const double held = EvalSegment(x, segment);
+                if (std::isfinite(held)) knot.y = held;
+            }
+            stretch.knots.push_back(knot);
+        } else if (const auto* const bezier = as<BezierInterpBase>(kind)) {
+            const Cubic cubic = argsOf(*bezier, segment);
+            if (!isFinite(cubic)) {
+                stretch.knots.push_back(knotAt(x, left->getY(), Piece::Linear));
+                stretch.end = right->getY();
+            } else {
+                stretch.knots.push_back(knotAt(x, cubic.p[0].y, Piece::Bezier));
+                stretch.knots[0].out.handle = {cubic.p[1].x - cubic.p[0].x, cubic.p[1].y - cubic.p[0].y};
+                stretch.in = {cubic.p[2].x - cubic.p[3].x, cubic.p[2].y - cubic.p[3].y};
+                stretch.end = cubic.p[3].y;
+                if (as<Bezier>(kind)) {
+                    stretch.knots[0].out.type = segment.getOutTangent()->getType();
+                    stretch.inType = segment.getInTangent()->getType();
+                }
+            }
+        } else if (as<Linear>(kind)) {
+            stretch.knots.push_back(knotAt(x, left->getY(), Piece::Linear));
+            stretch.end = right->getY();
+        } else if (as<Constant>(kind)) {
+            stretch.knots.push_back(knotAt(x, left->getY(), Piece::Constant));
+            stretch.end = left->getY();
+        } else if (as<ConstantNext>(kind)) {
+            const double y = right->getY();
+            stretch.knots.push_back(knotAt(x, y, Piece::Constant));
+            if (abilities.constantNext) {
+                stretch.knots[0].y = left->getY();
+                stretch.knots[0].piece = Piece::ConstantNext;
+            }
+            stretch.end = y;
+        } else if (const auto* const number = as<NumberInterp>(kind); number || !kind || as<UnknownExpression>(kind)) {
+            const double y = number ? number->getNumber() : 0.0;
+            stretch.knots.push_back(knotAt(x, y, Piece::Constant));
+            stretch.end = y;
+            notes.add(curve, x, right->getX(), Loss::Formulas, Loss::Replaced,
+                      number ? "number" : "expression that is unknown or absent");
+        } else {
+            if (tolerance < 0.0) tolerance = toleranceOf(curve);
+            stretch = fitted(segment, x, right->getX(), tolerance);
+            notes.add(curve, x, right->getX(), Loss::Formulas, Loss::Fitted,
+                      "\"" + std::string(kind->getExpression()) + '"');
+        }
+        Knot& first = stretch.knots.front();
+        first.before = limit;
+        first.in.handle = in;
+        first.in.type = inType;
+        first.segment = &segment;
+        if (isNextPending && first.y != limit && first.piece != Piece::ConstantNext) {
+            // What holds the next key's value cannot hold it: another one stands there.
+            track.knots.back().y = limit;
+            track.knots.back().piece = Piece::Constant;
+        }
+        isNextPending = first.piece == Piece::ConstantNext;
+        track.knots.insert(track.knots.end(), stretch.knots.begin(), stretch.knots.end());
+        limit = stretch.end;
+        in = stretch.in;
+        inType = stretch.inType;
+    }
+    if (!abilities.jumps) separateJumps(track);
+    return track;
+}
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

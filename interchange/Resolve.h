@@ -1,0 +1,66 @@
+#pragma once
+
+// Curves as writers need them: every kind of interpolator told by the four kinds of pieces.
+
+#include <FCurveLib/FCurve.h>
+
+#include "FCurveInterchange/ConversionReport.h"
+#include "interchange/Track.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+// What a writer did to a curve and knows better than the comparison of what it wrote with what it was given: why and
+// how something became different. The comparison names the rest, and measures all of it.
+class Notes {
+public:
+    struct Hint {
+        double from;
+        double to;
+        Loss::What what;
+        Loss::Remedy remedy;
+        std::string detail;
+    };
+
+    // About the curve's range from .. to, in rising order of from.
+    void add(const FCurve& curve, double from, double to, Loss::What what, Loss::Remedy remedy, std::string detail) {
+        m_hints[&curve].push_back({from, to, what, remedy, std::move(detail)});
+    }
+    // The name under which the curve comes back, where it is not its own.
+    void rename(const FCurve& curve, std::string name) { m_names[&curve] = std::move(name); }
+
+    // The first hint that covers the middle of from .. to; null where none does.
+    const Hint* find(const FCurve& curve, double from, double to) const;
+    const std::string* nameOf(const FCurve& curve) const;
+
+private:
+    std::map<const FCurve*, std::vector<Hint>> m_hints;
+    std::map<const FCurve*, std::string> m_names;
+};
+
+// What a format can say besides constant, linear and Bezier pieces.
+struct Abilities {
+    bool constantNext = false;
+    bool jumps = false; // a knot whose limit from the left is another value than its own
+};
+
+// The curve by knots and pieces; the control points are those after correction of overlong handles. Numbers, unknown
+// and absent interpolators become constant pieces; formulas, repetitions between keys and hosts' kinds are fitted
+// within the tolerance of the conversion. Where a format has no jumps, one takes the 0.001 frames before its key.
+Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes);
+
+// Height of the curve's range of values between its keys; never 0: what the tolerance and equality are shares of.
+double rangeOf(const FCurve& curve);
+// What the conversion's tolerance is in the curve's unit.
+double toleranceOf(const FCurve& curve);
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,86 @@
+#pragma once
+
+// A curve as readers find it in a document and as writers need it: keys, and one of four kinds of pieces between them.
+
+#include <FCurveLib/Forward.h>
+#include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Tangent.h>
+#include <FCurveLib/Vector2D.h>
+
+#include "interchange/Cubic.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+enum class Piece : std::uint8_t { Constant, ConstantNext, Linear, Bezier };
+
+// A handle at a knot. One that is not given gets what its type computes.
+struct Side {
+    Vector2D<double> handle{};
+    bool isGiven = false;
+    std::uint8_t type = Tangent::Fixed;
+    bool isWeighted = false;
+    bool isWeightLocked = false;
+};
+
+struct Knot {
+    double x = 0.0;
+    double y = 0.0;                // at x and after it
+    double before = 0.0;           // the limit from the left: y unless the curve jumps here. Readers leave it alone
+    Piece piece = Piece::Constant; // starts here
+    bool isBreakdown = false;
+    bool isUnified = false;
+    bool isLocked = false;
+    Side in;
+    Side out;
+    const Segment* segment = nullptr; // of a curve that is written: what starts here; null where no key of it stands
+};
+
+// What the curve does on one side of its keys. Hold is at the first knot's limit from the left, at the last knot's
+// value. Line goes on along the end knot's handle on that side.
+struct End {
+    enum Kind : std::uint8_t { Hold, Line, Cycle, CycleOffset, Mirror };
+    Kind kind = Hold;
+    std::string expression = {}; // from a reader: instead of the kind's own
+};
+
+using PropertyList = std::vector<std::pair<std::string, std::string>>;
+
+struct Track {
+    std::string name;
+    std::vector<Knot> knots;
+    End leading;
+    End trailing;
+    PropertyList properties;
+    std::vector<std::pair<std::size_t, std::pair<std::string, std::string>>> keyProperties; // by knot, rising
+};
+
+struct Document {
+    PropertyList properties;
+    std::vector<Track> tracks;
+};
+
+// Precondition: index + 1 is a knot.
+Cubic cubicOf(const Track& track, std::size_t index);
+// Of knots that are no Bezier pieces: the line, with handles of a third.
+Cubic lineOf(const Knot& left, const Knot& right);
+
+// A Bezier piece between two knots, as a reader knows it: handles as offsets, fixed.
+void setBezier(Knot& left, Knot& right, const Vector2D<double>& out, const Vector2D<double>& in, bool isWeighted);
+
+// Makes the calls of a FormatInterface. Returns whether the target wants further curves.
+bool emitTrack(const Track& track, FormatInterface& target);
+void emitDocument(const Document& document, FormatInterface& target);
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

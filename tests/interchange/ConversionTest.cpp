@@ -1,0 +1,73 @@
+// Options, reports and names: what all formats of the library share.
+
+#include "FCurveInterchange/FCurveInterchange.h"
+#include "FCurveLib/FCurveLib.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace VEM_FN::FCurveLib;
+using namespace VEM_FN::FCurveLib::Interchange;
+
+TEST(Conversion, HoldsInItsThreadWhileItLives) {
+    ConversionReport outer;
+    EXPECT_EQ(Conversion::report(), nullptr);
+    {
+        const Conversion first(outer, {25.0, 0.5, {{"a.b", "c"}}});
+        {
+            const Conversion second(ConversionOptions{});
+            EXPECT_EQ(Conversion::report(), nullptr);
+            EXPECT_EQ(Conversion::options().frameRate, 0.0);
+        }
+        EXPECT_EQ(Conversion::report(), &outer);
+        EXPECT_EQ(Conversion::options().setting("a.b"), "c");
+    }
+    EXPECT_EQ(Conversion::options().tolerance, 1e-4);
+}
+
+TEST(ConversionReport, JoinsPlacesAndSpeaks) {
+    ConversionReport report;
+    for (int i = 0; i < 40; ++i)
+        report.add({"a \"b\"", Loss::Kind, Loss::Split, "bezier()", 1, {i * 0.5}, i == 3 ? 2.5 : 1.0, i * 0.5 + 0.1});
+    report.add({"", Loss::Properties, Loss::Dropped, "", 1, {}, 0.0, 0.0});
+    ASSERT_EQ(report.losses().size(), 2U);
+    EXPECT_EQ(report.losses()[0].places.size(), 16U);
+    EXPECT_EQ(report.difference("a \"b\""), 2.5);
+    EXPECT_EQ(Describe(report.losses()[0]),
+              "kind split: bezier() (40 places, frames 0, 0.5, 1, 1.5, 2 ...), up to 2.5 off at frame 1.6");
+    EXPECT_EQ(Describe(report.losses()[1]), "properties dropped");
+    const std::string json = ToJson(report);
+    EXPECT_NE(json.find("\"curve\": \"a \\\"b\\\"\",\n      \"what\": \"kind\",\n      \"remedy\": \"split\""),
+              std::string::npos);
+    EXPECT_NE(json.find("\"count\": 40"), std::string::npos);
+}
+
+TEST(ChannelName, SplitsAtTheLastSlashButOne) {
+    const struct {
+        const char* name;
+        const char* node;
+        const char* channel;
+        const char* meaning; // kind and axis
+    } rows[] = {
+        {"tx", "", "tx", "00"},
+        {"ball/tx", "ball", "tx", "00"},
+        {"a/b/rotateZ", "a/b", "rotateZ", "12"},
+        {"ball/scale/y", "ball", "scale/y", "21"},
+        {"ball/rotation/w", "ball", "rotation/w", ""},
+        {"face/weights/12", "face", "weights/12", ""},
+        {"scale/y", "", "scale/y", "21"},
+        {"/x", "", "/x", ""},
+        {"visibility", "", "visibility", ""},
+        {"", "", "", ""},
+    };
+    for (const auto& row : rows) {
+        const ChannelName name = SplitName(row.name);
+        EXPECT_EQ(name.node, row.node) << row.name;
+        EXPECT_EQ(name.channel, row.channel) << row.name;
+        EXPECT_EQ(JoinName(name), row.name);
+        const auto meaning = FindTransform(name.channel);
+        EXPECT_EQ(meaning ? std::to_string(meaning->kind) + std::to_string(meaning->axis) : "", row.meaning)
+            << row.name;
+    }
+}

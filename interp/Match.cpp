@@ -61,20 +61,15 @@ double BesideMatch(Quantity quantity, Kind neighbour, const Keyframe& key, Side 
 
 // A host's kind, on a copy of the segment from which nothing else can be reached.
 double Isolated(Quantity quantity, const Interpolator& interpolator, const Segment& segment, double x) {
-    // Without owners: they live as long as the call.
-    const auto borrow = [](auto* part) {
-        return std::shared_ptr<std::decay_t<decltype(*part)>>(std::shared_ptr<void>(), part);
-    };
-    const auto copy = [&](const Keyframe* key, Keyframe& target) {
+    const auto copy = [](const Keyframe* key, Keyframe& target) {
         if (key) target.set(key->get());
-        return key ? borrow(&target) : nullptr;
+        return key ? &target : nullptr;
     };
     Keyframe left;
     Keyframe right;
-    Segment isolated(nullptr, copy(Read::leftKey(segment), left), nullptr, copy(Read::rightKey(segment), right));
-    Raw::setTangents(isolated, borrow(const_cast<Tangent*>(Read::inTangent(segment))),
-                     borrow(const_cast<Tangent*>(Read::outTangent(segment))));
-    return Own(quantity, x, interpolator, isolated);
+    const Private::BorrowedSegment isolated(copy(Read::leftKey(segment), left), copy(Read::rightKey(segment), right),
+                                            Read::inTangent(segment), Read::outTangent(segment));
+    return Own(quantity, x, interpolator, isolated.get());
 }
 
 // Whether an open segment takes the quantity from the curve's other end.

@@ -70,7 +70,7 @@ template<class Part>
 void ClearProperties(Part& part) {
     const auto self = part.getShared();
     PropertyMap erased;
-    erased.swap(Raw::properties(part));
+    Raw::properties(part).swap(erased);
     for (const auto& [key, value] : erased) TellProperty(part, key.c_str(), "");
 }
 

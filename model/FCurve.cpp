@@ -19,22 +19,28 @@ FCurve::ChangeType g_changeType = FCurve::OrdinaryChange;
 
 } // namespace
 
-FCurve::FCurve() : m_link(std::make_shared<Private::CurveLink>()) {
-    m_link->curve = this;
-    m_leading = Raw::makeSegment(*this, nullptr, Private::DefaultInterpolator());
-    m_segments.insertLeading(m_leading.get());
-}
+FCurve::FCurve() = default;
 
 FCurve::~FCurve() {
-    Raw::release(std::move(m_leading));
-    m_link->curve = nullptr;
+    if (m_link) m_link->curve = nullptr;
     if (m_identity) m_identity->curve = nullptr;
+    Raw::release(std::move(m_leading));
 }
 
 std::shared_ptr<FCurve> FCurve::create() {
     std::shared_ptr<FCurve> curve(new FCurve);
     curve->setShared(curve);
+    curve->m_link = curve->makeReference();
+    curve->m_leading = Raw::makeBlock(*curve, nullptr, Private::DefaultInterpolator());
+    curve->m_segments.insertLeading(&curve->m_leading->segment);
     return curve;
+}
+
+Private::CurveReference FCurve::makeReference() {
+    auto reference = Private::CurveReference::make();
+    reference->curve = this;
+    reference->owner = getShared();
+    return reference;
 }
 
 std::shared_ptr<FCurve> FCurve::createCopy(const FCurve& source) {
@@ -44,9 +50,9 @@ std::shared_ptr<FCurve> FCurve::createCopy(const FCurve& source) {
     Segment* segment = copy->m_segments.first();
     for (const Segment* from = source.m_segments.first();;) {
         segment->m_interpolator = from->m_interpolator;
-        segment->m_properties = from->m_properties;
-        Raw::copyTangent(*segment->m_inTangent, *from->m_inTangent);
-        Raw::copyTangent(*segment->m_outTangent, *from->m_outTangent);
+        segment->m_box.setProperties(from->m_box.properties());
+        Raw::copyTangent(*Read::inTangent(*segment), *Read::inTangent(*from));
+        Raw::copyTangent(*Read::outTangent(*segment), *Read::outTangent(*from));
         const Keyframe* key = Read::rightKey(*from);
         if (!key) break;
         segment = Raw::appendKey(*copy, *key, nullptr);
@@ -76,16 +82,23 @@ void FCurve::exchange(FCurve& other) noexcept {
     m_leading.swap(other.m_leading);
     m_segments.swap(other.m_segments);
     m_link.swap(other.m_link);
-    m_link->curve = this;
-    other.m_link->curve = &other;
+    std::swap(m_link->curve, other.m_link->curve);
+    m_link->owner.swap(other.m_link->owner);
 }
 
 void FCurve::clear() {
+    // The old parts keep the old link, which names no curve from here on.
     Private::SegmentMap segments;
-    auto leading = Raw::makeSegment(*this, nullptr, Private::DefaultInterpolator());
-    segments.insertLeading(leading.get());
+    auto link = makeReference();
+    auto leading = Private::Block::make(nullptr);
+    leading->segment.m_curve = link;
+    leading->segment.m_interpolator = Private::DefaultInterpolator();
+    segments.insertLeading(&leading->segment);
     m_segments.swap(segments);
     m_leading.swap(leading);
+    m_link.swap(link);
+    link->curve = nullptr;
+    link->owner.reset();
     Raw::release(std::move(leading));
     notifyChanged();
 }
@@ -102,17 +115,17 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
     if (place.isAt) return Read::iteratorAt(*this, before);
 
     Private::PendingChanges changes(this);
-    const auto segment = Raw::makeSegment(*this, &key, std::move(interpolator));
-    const std::shared_ptr<Keyframe> own = segment->m_leftKey;
+    auto block = Raw::makeBlock(*this, &key, std::move(interpolator));
+    const std::shared_ptr<Segment> segment(block, &block->segment);
+    Keyframe& own = block->key;
     m_segments.insert(place, x, segment.get());
 
     Keyframe* next = Read::rightKey(before);
-    segment->m_rightKey = std::move(before.m_rightKey);
-    if (next) next->m_left = segment.get();
-    before.m_rightKey = own;
-    own->m_left = &before;
-    own->m_right = segment;
-    Raw::exchangeInTangents(before, *segment);
+    Private::Block& left = *Private::Block::of(before);
+    segment->m_next = std::move(before.m_next);
+    segment->m_previous = &left;
+    if (segment->m_next) segment->m_next->segment.m_previous = block.get();
+    before.m_next = std::move(block);
 
     Keyframe* previous = Read::leftKey(before);
     Private::UpdateBeforeChange(previous, changes);
@@ -120,7 +133,7 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
     // The new key's tangents are part of the addition. They come last: nothing that must be told of depends on them any
     // more.
     Private::PendingChanges unheard(nullptr);
-    Private::UpdateTangents(own.get(), own.get(), unheard);
+    Private::UpdateTangents(&own, &own, unheard);
 
     Private::Deliver(this, *segment, [&](FCurveObserver& observer) { observer.segmentAdded(*this, *segment); });
     changes.notify();
@@ -130,28 +143,25 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
 FCurve::iterator FCurve::removeSegment(iterator position) {
     Segment* found = Read::segmentAt(position);
     if (!found) return position;
-    if (found->m_curve != m_link || !found->m_leftKey) return ++position;
+    if (found->m_curve != m_link || !found->m_previous) return ++position;
 
     Private::PendingChanges changes(this);
-    Keyframe& key = *found->m_leftKey;
-    Segment& before = *key.m_left;
-    m_segments.erase(key.getX());
-    const std::shared_ptr<Segment> removed = std::move(key.m_right);
-    Keyframe* next = Read::rightKey(*removed);
-    before.m_rightKey = removed->m_rightKey;
-    if (next) next->m_left = &before;
-    key.m_left = nullptr;
-    Raw::exchangeInTangents(before, *removed);
-    Raw::detach(*removed);
+    Segment& before = found->m_previous->segment;
+    m_segments.erase(Read::leftKey(*found)->getX());
+    const std::shared_ptr<Private::Block> block = std::move(before.m_next);
+    const std::shared_ptr<Segment> removed(block, found);
+    before.m_next = std::move(removed->m_next);
+    const std::shared_ptr<Private::Block> next = before.m_next;
+    if (next) next->segment.m_previous = removed->m_previous;
+    removed->m_previous = nullptr;
+    removed->m_curve = {};
 
-    Keyframe* previous = Read::leftKey(before);
-    Private::UpdateBeforeChange(previous, changes);
-    Private::UpdateAfterChange(next, changes);
+    Private::UpdateBeforeChange(Read::leftKey(before), changes);
+    Private::UpdateAfterChange(next ? &next->key : nullptr, changes);
 
-    const std::shared_ptr<Segment> after = next ? next->m_right : nullptr;
     Private::Deliver(this, *removed, [&](FCurveObserver& observer) { observer.segmentRemoved(*this, *removed); });
     changes.notify();
-    return after && after->m_curve == m_link ? Read::iteratorAt(*this, *after) : end();
+    return next && next->segment.m_curve == m_link ? Read::iteratorAt(*this, next->segment) : end();
 }
 
 double FCurve::eval(double x) const {

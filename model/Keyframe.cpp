@@ -16,17 +16,19 @@ using Private::Read;
 
 Keyframe::Keyframe() noexcept = default;
 
-Keyframe::Keyframe(const Keyframe& other)
-    : SharedFromThis<Keyframe>(other), PropertyCarrier(other), m_position(other.m_position),
-      m_breakdown(other.m_breakdown), m_unified(other.m_unified) {}
+Keyframe::Keyframe(const Keyframe& other) : SharedFromThis<Keyframe>(other) {
+    Raw::copyKey(*this, other);
+}
 
-Keyframe::~Keyframe() = default;
+Keyframe::~Keyframe() {
+    m_box.destroy();
+}
 
 std::shared_ptr<Keyframe> Keyframe::create(double x, double y) {
-    auto key = std::make_shared<Keyframe>();
-    key->setShared(key);
-    key->set(x, y);
-    return key;
+    const Keyframe plain;
+    const auto block = Private::Block::make(&plain);
+    block->key.set(x, y);
+    return {block, &block->key};
 }
 
 namespace {
@@ -73,7 +75,7 @@ void MoveRun(const std::vector<Keyframe*>& keys, double delta, double span, doub
 
 void Keyframe::set(double x, double y) {
     if (!std::isfinite(x) || !std::isfinite(y)) return;
-    if (!m_left && !m_right) {
+    if (!Read::leftSegment(*this)) {
         m_position = {x, y};
         return;
     }
@@ -120,16 +122,16 @@ void Keyframe::setY(double y) {
 }
 
 void Keyframe::setBreakdown(bool breakdown) {
-    if (m_breakdown == breakdown) return;
-    m_breakdown = breakdown;
+    if (isBreakdown() == breakdown) return;
+    m_box.setFlag(breakdownFlag, breakdown);
     Private::Deliver(Read::curve(*this), *this, [this](FCurveObserver& observer) {
         observer.keyframeIntrinsicChanged(*this, FCurveObserver::KeyframeBreakdown);
     });
 }
 
 void Keyframe::setTangentsUnified(bool unified) {
-    if (m_unified == unified) return;
-    m_unified = unified;
+    if (isTangentsUnified() == unified) return;
+    m_box.setFlag(unifiedFlag, unified);
     FCurve* curve = Read::curve(*this);
     PendingChanges changes(curve);
     if (unified) Private::AlignTangents(*this, changes);
@@ -140,31 +142,35 @@ void Keyframe::setTangentsUnified(bool unified) {
 }
 
 std::shared_ptr<Segment> Keyframe::getLeftSegment() noexcept {
-    return m_left ? m_left->getShared() : nullptr;
+    return Read::share(Read::leftSegment(*this));
 }
 std::shared_ptr<const Segment> Keyframe::getLeftSegment() const noexcept {
-    return const_cast<Keyframe*>(this)->getLeftSegment();
+    return Read::share(Read::leftSegment(*this));
 }
 std::shared_ptr<Segment> Keyframe::getRightSegment() noexcept {
-    return m_right;
+    return Read::share(Read::rightSegment(*this));
 }
 std::shared_ptr<const Segment> Keyframe::getRightSegment() const noexcept {
-    return const_cast<Keyframe*>(this)->getRightSegment();
+    return Read::share(Read::rightSegment(*this));
 }
 std::shared_ptr<Tangent> Keyframe::getInTangent() noexcept {
-    return m_left ? m_left->getInTangent() : nullptr;
+    Segment* segment = Read::leftSegment(*this);
+    return segment ? segment->getInTangent() : nullptr;
 }
 std::shared_ptr<const Tangent> Keyframe::getInTangent() const noexcept {
     return const_cast<Keyframe*>(this)->getInTangent();
 }
 std::shared_ptr<Tangent> Keyframe::getOutTangent() noexcept {
-    return m_right ? m_right->getOutTangent() : nullptr;
+    Segment* segment = Read::rightSegment(*this);
+    return segment ? segment->getOutTangent() : nullptr;
 }
 std::shared_ptr<const Tangent> Keyframe::getOutTangent() const noexcept {
     return const_cast<Keyframe*>(this)->getOutTangent();
 }
 std::shared_ptr<FCurve> Keyframe::getOwningCurve() noexcept {
-    return m_right ? m_right->getOwningCurve() : nullptr;
+    // deliberate: asks the link alone, which stays as it is while another thread destroys the curve
+    Private::Block* block = Private::Block::of(*this);
+    return block ? block->segment.getOwningCurve() : nullptr;
 }
 std::shared_ptr<const FCurve> Keyframe::getOwningCurve() const noexcept {
     return const_cast<Keyframe*>(this)->getOwningCurve();

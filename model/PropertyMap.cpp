@@ -90,5 +90,16 @@ void PropertyMap::swap(PropertyMap& other) noexcept {
     m_map.swap(other.m_map);
 }
 
+namespace Private {
+
+const PropertyMap& NoProperties() noexcept {
+    // deliberate: never destroyed, so that parts which outlive static objects can still be asked
+    // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new): one small object, at the very first use
+    static const PropertyMap& none = *new PropertyMap;
+    return none;
+}
+
+} // namespace Private
+
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -1,18 +1,13 @@
 #include "model/Raw.h"
 
-#include "model/PartBundle.h"
-
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 namespace Private {
 
-std::shared_ptr<CurveLink> Raw::identity(FCurve& c) {
-    if (!c.m_identity) {
-        c.m_identity = std::make_shared<CurveLink>();
-        c.m_identity->curve = &c;
-    }
+const CurveReference& Raw::identity(FCurve& c) {
+    if (!c.m_identity) c.m_identity = c.makeReference();
     return c.m_identity;
 }
 
@@ -21,77 +16,47 @@ void Raw::moveKey(Keyframe& k, const Vector2D<double>& position) noexcept {
     k.m_position = position;
 }
 
-namespace {
-
-// A segment's tangents live together.
-struct TangentPair {
-    explicit TangentPair(const std::shared_ptr<Segment>& owner) : out(owner, false), in(owner, true) {}
-    Tangent out;
-    Tangent in;
-};
-
-} // namespace
-
-std::shared_ptr<Segment> Raw::makeSegment(FCurve& c, const Keyframe* key, std::shared_ptr<Interpolator> interpolator) {
-    PartBundle::Maker bundle((key ? PartBundle::roomFor<Keyframe>() : 0) + PartBundle::roomFor<Segment>()
-                             + PartBundle::roomFor<TangentPair>());
-    std::shared_ptr<Keyframe> own;
-    if (key) {
-        own = bundle.make<Keyframe>(*key);
-        own->setShared(own);
-    }
-    auto segment = bundle.make<Segment>();
-    segment->setShared(segment);
-    segment->m_curve = c.m_link;
-    segment->m_leftKey = std::move(own);
-    segment->m_interpolator = std::move(interpolator);
-
-    const auto pair = bundle.make<TangentPair>(segment);
-    segment->m_outTangent = std::shared_ptr<Tangent>(pair, &pair->out);
-    segment->m_inTangent = std::shared_ptr<Tangent>(pair, &pair->in);
-    segment->m_outTangent->setShared(segment->m_outTangent);
-    segment->m_inTangent->setShared(segment->m_inTangent);
-    return segment;
+std::shared_ptr<Block> Raw::makeBlock(FCurve& c, const Keyframe* key, std::shared_ptr<Interpolator> interpolator) {
+    auto block = Block::make(key);
+    block->segment.m_curve = c.m_link;
+    block->segment.m_interpolator = std::move(interpolator);
+    return block;
 }
 
 Segment* Raw::appendKey(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator) {
     const SegmentMap::Place place = c.m_segments.locate(key.getX());
-    Segment& before = *place.segment;
-    if (place.isAt || before.m_rightKey) return nullptr;
-    const auto segment = makeSegment(c, &key, std::move(interpolator));
-    const std::shared_ptr<Keyframe>& own = segment->m_leftKey;
-    c.m_segments.insert(place, own->getX(), segment.get());
-    before.m_rightKey = own;
-    own->m_left = &before;
-    own->m_right = segment;
-    return segment.get();
+    Block& before = *Block::of(*place.segment);
+    if (place.isAt || before.next()) return nullptr;
+    auto block = makeBlock(c, &key, std::move(interpolator));
+    Segment* segment = &block->segment;
+    c.m_segments.insert(place, key.getX(), segment);
+    // What was the trailing segment keeps the in tangent that it was given.
+    Tangent& atEnd = before.inTangentAtEnd();
+    const Tangent plain(nullptr, true);
+    copyTangent(block->in, atEnd);
+    copyTangent(atEnd, plain);
+    segment->m_previous = &before;
+    before.segment.m_next = std::move(block);
+    return segment;
 }
 
-void Raw::exchangeInTangents(Segment& a, Segment& b) noexcept {
-    a.m_inTangent.swap(b.m_inTangent);
-    a.m_inTangent->m_segment.swap(b.m_inTangent->m_segment);
-}
-
-void Raw::detach(Segment& s) noexcept {
-    s.m_curve.reset();
-    s.m_rightKey.reset();
-}
-
-void Raw::release(std::shared_ptr<Segment> leading) noexcept {
-    for (std::shared_ptr<Segment> segment = std::move(leading); segment;) {
-        const std::shared_ptr<Keyframe> key = segment->m_rightKey;
-        std::shared_ptr<Segment> next;
-        if (key) {
-            next = std::move(key->m_right);
-            key->m_left = nullptr;
-        }
-        detach(*segment);
-        segment = std::move(next);
+void Raw::release(std::shared_ptr<Block> leading) noexcept {
+    for (std::shared_ptr<Block> block = std::move(leading); block;) {
+        std::shared_ptr<Block> next = std::move(block->segment.m_next);
+        if (next) next->segment.m_previous = nullptr;
+        block = std::move(next);
     }
 }
 
+void Raw::copyKey(Keyframe& to, const Keyframe& from) {
+    to.m_box.setProperties(from.m_box.properties());
+    to.m_position = from.m_position;
+    to.m_box.setFlag(Keyframe::breakdownFlag, from.isBreakdown());
+    to.m_box.setFlag(Keyframe::unifiedFlag, from.isTangentsUnified());
+}
+
 void Raw::copyTangent(Tangent& to, const Tangent& from) {
-    to.m_properties = from.m_properties;
+    to.m_box.setProperties(from.m_box.properties());
     to.m_handle = from.m_handle;
     to.m_type = from.m_type;
     to.m_weighted = from.m_weighted;

@@ -8,48 +8,90 @@
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
+#include "model/Block.h"
+
+#include <memory>
+#include <utility>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 namespace Private {
 
-// Names a curve without keeping it alive: null once the curve is gone. One link serves all segments of a curve, so a
-// swap re-points them together.
-struct CurveLink {
-    FCurve* curve = nullptr;
-};
-
 // Null where the thing does not exist. A part that may be edited gives parts that may be edited; nothing here edits.
 struct Read {
     // --- a segment's parts -------------------------------------------------------------------------------------------
-    static const Keyframe* leftKey(const Segment& s) noexcept { return s.m_leftKey.get(); }
-    static const Keyframe* rightKey(const Segment& s) noexcept { return s.m_rightKey.get(); }
-    static Keyframe* leftKey(Segment& s) noexcept { return s.m_leftKey.get(); }
-    static Keyframe* rightKey(Segment& s) noexcept { return s.m_rightKey.get(); }
-    static bool hasBothKeys(const Segment& s) noexcept { return s.m_leftKey && s.m_rightKey; }
-    static const Tangent* inTangent(const Segment& s) noexcept { return s.m_inTangent.get(); }
-    static const Tangent* outTangent(const Segment& s) noexcept { return s.m_outTangent.get(); }
-    static Tangent* inTangent(Segment& s) noexcept { return s.m_inTangent.get(); }
-    static Tangent* outTangent(Segment& s) noexcept { return s.m_outTangent.get(); }
+    static Keyframe* leftKey(Segment& s) noexcept {
+        if (Block* block = Block::of(s)) return block->isLeading() ? nullptr : &block->key;
+        return s.m_box.get() ? s.m_box.get()->leftKey.get() : nullptr;
+    }
+    static Keyframe* rightKey(Segment& s) noexcept {
+        if (Block* block = Block::of(s)) return block->next() ? &block->next()->key : nullptr;
+        return s.m_box.get() ? s.m_box.get()->rightKey.get() : nullptr;
+    }
+    static Tangent* inTangent(Segment& s) noexcept {
+        if (Block* block = Block::of(s)) return block->next() ? &block->next()->in : &block->inTangentAtEnd();
+        return s.m_box.get() ? s.m_box.get()->inTangent.get() : nullptr;
+    }
+    static Tangent* outTangent(Segment& s) noexcept {
+        if (Block* block = Block::of(s)) return &block->out;
+        return s.m_box.get() ? s.m_box.get()->outTangent.get() : nullptr;
+    }
+    static const Keyframe* leftKey(const Segment& s) noexcept { return leftKey(const_cast<Segment&>(s)); }
+    static const Keyframe* rightKey(const Segment& s) noexcept { return rightKey(const_cast<Segment&>(s)); }
+    static const Tangent* inTangent(const Segment& s) noexcept { return inTangent(const_cast<Segment&>(s)); }
+    static const Tangent* outTangent(const Segment& s) noexcept { return outTangent(const_cast<Segment&>(s)); }
+    static bool hasBothKeys(const Segment& s) noexcept { return leftKey(s) && rightKey(s); }
     static const Interpolator* interpolator(const Segment& s) noexcept { return s.m_interpolator.get(); }
 
-    // --- around a key ------------------------------------------------------------------------------------------------
-    static const Segment* leftSegment(const Keyframe& k) noexcept { return k.m_left; }
-    static const Segment* rightSegment(const Keyframe& k) noexcept { return k.m_right.get(); }
-    static Segment* leftSegment(Keyframe& k) noexcept { return k.m_left; }
-    static Segment* rightSegment(Keyframe& k) noexcept { return k.m_right.get(); }
-    static Keyframe* previousKey(Keyframe& k) noexcept { return k.m_left ? leftKey(*k.m_left) : nullptr; }
-    static Keyframe* nextKey(Keyframe& k) noexcept { return k.m_right ? rightKey(*k.m_right) : nullptr; }
+    // --- around a key, which has segments while it is in a curve -----------------------------------------------------
+    static Segment* leftSegment(Keyframe& k) noexcept {
+        Block* block = Block::of(k);
+        return block && block->previous() ? &block->previous()->segment : nullptr;
+    }
+    static Segment* rightSegment(Keyframe& k) noexcept {
+        Block* block = Block::of(k);
+        return block && block->previous() ? &block->segment : nullptr;
+    }
+    static const Segment* leftSegment(const Keyframe& k) noexcept { return leftSegment(const_cast<Keyframe&>(k)); }
+    static const Segment* rightSegment(const Keyframe& k) noexcept { return rightSegment(const_cast<Keyframe&>(k)); }
+    static Keyframe* previousKey(Keyframe& k) noexcept {
+        Segment* left = leftSegment(k);
+        return left ? leftKey(*left) : nullptr;
+    }
+    static Keyframe* nextKey(Keyframe& k) noexcept {
+        Segment* right = rightSegment(k);
+        return right ? rightKey(*right) : nullptr;
+    }
 
     // --- the owning curve --------------------------------------------------------------------------------------------
     static FCurve* curve(FCurve& c) noexcept { return &c; }
-    static const FCurve* curve(const Segment& s) noexcept { return s.m_curve ? s.m_curve->curve : nullptr; }
     static FCurve* curve(Segment& s) noexcept { return s.m_curve ? s.m_curve->curve : nullptr; }
-    static FCurve* curve(Keyframe& k) noexcept { return k.m_right ? curve(*k.m_right) : nullptr; }
-    static FCurve* curve(Tangent& t) noexcept {
-        const std::shared_ptr<Segment> segment = t.m_segment.lock();
+    static const FCurve* curve(const Segment& s) noexcept { return curve(const_cast<Segment&>(s)); }
+    static FCurve* curve(Keyframe& k) noexcept {
+        Segment* segment = rightSegment(k);
         return segment ? curve(*segment) : nullptr;
+    }
+    static FCurve* curve(Tangent& t) noexcept {
+        if (Block* block = Block::of(t)) return block->curve();
+        const std::shared_ptr<Segment> segment = t.getOwningSegment();
+        return segment ? curve(*segment) : nullptr;
+    }
+
+    // --- every part --------------------------------------------------------------------------------------------------
+    template<class Part>
+    static const PropertyMap& properties(const Part& part) noexcept {
+        return part.storedProperties();
+    }
+    // A shared reference to a part, or null; empty where it has no shared owner.
+    template<class Part>
+    static std::shared_ptr<Part> share(Part* part) noexcept {
+        if (!part) return nullptr;
+        if (Block* block = Block::of(*part)) {
+            std::shared_ptr<Block> owner = block->self.lock();
+            return owner ? std::shared_ptr<Part>(std::move(owner), part) : nullptr;
+        }
+        return part->m_box.get() ? part->m_box.get()->self.lock() : nullptr;
     }
 
     // --- a curve's segments ------------------------------------------------------------------------------------------

@@ -16,6 +16,11 @@ namespace {
 // Curves built in order leave an eighth of each block free, so that a later insertion into a long one seldom splits.
 constexpr std::size_t kSlack = 8;
 
+constexpr std::size_t kLine = 64; // of the cache, in bytes
+
+// So few items are compared all at once: the steps of a search wait for each other.
+constexpr std::size_t kCounted = 16;
+
 inline double Abscissa(double x) noexcept {
     return x;
 }
@@ -24,15 +29,29 @@ double Abscissa(const Slot& slot) noexcept {
     return slot.x;
 }
 
-// Asks the cache for what a search of n items may look at next, for the first three of its steps at once: in a scene of
-// many curves they come from memory, and one after the other they would cost more than everything else.
+// Asks the cache for every line of n items: in a large curve, or a scene of many, they come from memory, and one after
+// the other the steps of a search would cost more than everything else.
 template<class Item>
 void PrefetchSearch(const Item* items, std::size_t n) noexcept {
 #if defined(__GNUC__)
-    for (std::size_t eighth = 1; eighth < 8; ++eighth) __builtin_prefetch(items + n * eighth / 8);
+    for (std::size_t i = 0; i < n; i += kLine / sizeof(Item)) __builtin_prefetch(items + i);
 #else
     (void)items;
     (void)n;
+#endif
+}
+
+// Asks for what evaluation reads of a segment: the lines around its start, and the one at the key where it ends, which
+// otherwise it would find through the first.
+void PrefetchEvaluation(const Segment& segment, const Segment* next) noexcept {
+#if defined(__GNUC__)
+    const auto* start = reinterpret_cast<const char*>(&segment);
+    __builtin_prefetch(start - 64);
+    __builtin_prefetch(start);
+    if (next) __builtin_prefetch(reinterpret_cast<const char*>(next) - 64);
+#else
+    (void)segment;
+    (void)next;
 #endif
 }
 
@@ -41,11 +60,14 @@ void PrefetchSearch(const Item* items, std::size_t n) noexcept {
 template<class Item>
 std::size_t LastNotAbove(const Item* items, std::size_t n, double x) noexcept {
     const Item* base = items;
-    while (n > 1) {
+    while (n > kCounted) {
         const std::size_t half = n / 2;
         base += (Abscissa(base[half]) <= x) ? half : 0;
         n -= half;
     }
+    std::size_t notAbove = 0;
+    for (std::size_t i = 1; i < n; ++i) notAbove += Abscissa(base[i]) <= x ? 1U : 0U;
+    base += notAbove;
     return static_cast<std::size_t>(base - items);
 }
 
@@ -100,14 +122,23 @@ std::size_t SegmentMap::findBlock(double x) const noexcept {
 Segment* SegmentMap::lookUp(double x) const noexcept {
     const Block& block = blockAt(findBlock(x));
     PrefetchSearch(block.data(), block.size());
-    return block[LastNotAbove(block.data(), block.size(), x)].segment;
+    const std::size_t slot = LastNotAbove(block.data(), block.size(), x);
+    PrefetchEvaluation(*block[slot].segment, slot + 1 < block.size() ? block[slot + 1].segment : nullptr);
+    return block[slot].segment;
 }
 
 SegmentMap::Place SegmentMap::locate(double x) const noexcept {
+    // Most curves are built in order.
+    const Block& end = blockAt(m_rest.size());
+    if (end.back().x <= x) return {m_rest.size(), end.size() - 1, end.back().segment, end.back().x == x};
     const std::size_t b = findBlock(x);
     const Block& block = blockAt(b);
     PrefetchSearch(block.data(), block.size());
     const std::size_t slot = LastNotAbove(block.data(), block.size(), x);
+    // An edit looks at the neighbours' neighbours, too.
+    PrefetchEvaluation(*block[slot].segment, slot + 1 < block.size() ? block[slot + 1].segment : nullptr);
+    if (slot > 0)
+        PrefetchEvaluation(*block[slot - 1].segment, slot + 2 < block.size() ? block[slot + 2].segment : nullptr);
     return {b, slot, block[slot].segment, block[slot].x == x};
 }
 

@@ -18,16 +18,19 @@ constexpr double kSmallestWeight = 1e-05; // never zero, so that a handle keeps 
 
 } // namespace
 
-Tangent::Tangent() noexcept : Tangent(nullptr, false) {}
+Tangent::Tangent() noexcept : m_handle(1.0, 0.0) {}
 
-Tangent::Tangent(std::shared_ptr<Segment> owner, bool isIn) noexcept
-    : m_segment(owner), m_handle(isIn ? -1.0 : 1.0, 0.0), m_isIn(isIn) {}
+Tangent::Tangent(std::shared_ptr<Segment> owner, bool isIn) : m_isIn(isIn), m_handle(isIn ? -1.0 : 1.0, 0.0) {
+    if (owner) m_box.need().segment = owner;
+}
 
-Tangent::~Tangent() = default;
+Tangent::~Tangent() {
+    m_box.destroy();
+}
 
 std::shared_ptr<Tangent> Tangent::create(std::shared_ptr<Segment> owner, bool isIn) {
     auto tangent = std::make_shared<Tangent>(std::move(owner), isIn);
-    tangent->setShared(tangent);
+    tangent->m_box.need().self = tangent;
     return tangent;
 }
 
@@ -39,13 +42,13 @@ Tangent& Tangent::operator=(const Tangent& other) {
     const bool newType = m_type != other.m_type;
     const bool newWeighted = m_weighted != other.m_weighted;
     const bool newLocked = m_weightLocked != other.m_weightLocked;
-    const PropertyMap before(m_properties);
-    const PropertyMap after(other.m_properties);
+    const PropertyMap before(m_box.properties());
+    const PropertyMap after(other.m_box.properties());
     m_handle = handle;
     m_type = other.m_type;
     m_weighted = other.m_weighted;
     m_weightLocked = other.m_weightLocked;
-    m_properties = after;
+    m_box.setProperties(after);
 
     if (newHandle) notifyIntrinsic(FCurveObserver::TangentHandle);
     if (newType) notifyIntrinsic(FCurveObserver::TangentType);
@@ -109,7 +112,7 @@ void Tangent::setWeight(double weight) {
 void Tangent::setType(std::uint8_t type) {
     if (type > Plateau || type == m_type) return;
     m_type = type;
-    const auto segment = m_segment.lock();
+    const auto segment = getOwningSegment();
     Private::PendingChanges changes(Read::curve(*this));
     Private::UpdateTangent(*this, segment.get(), changes);
     if (type == Fixed) Private::AlignTangent(*this, segment.get(), changes);
@@ -120,7 +123,7 @@ void Tangent::setType(std::uint8_t type) {
 void Tangent::setWeighted(bool weighted) {
     if (weighted == m_weighted) return;
     m_weighted = weighted;
-    const auto segment = m_segment.lock();
+    const auto segment = getOwningSegment();
     Private::PendingChanges changes(Read::curve(*this));
     if (!weighted) Private::UpdateTangent(*this, segment.get(), changes);
     notifyIntrinsic(FCurveObserver::TangentWeighted);
@@ -134,14 +137,22 @@ void Tangent::setWeightLocked(bool locked) {
 }
 
 void Tangent::propose(double x, double y) {
-    const auto segment = m_segment.lock();
+    const auto segment = getOwningSegment();
     Private::PendingChanges changes(Read::curve(*this));
     Private::EditHandle(*this, segment.get(), x, y, changes);
     changes.notify();
 }
 
+std::shared_ptr<Segment> Tangent::getOwningSegment() noexcept {
+    if (Private::Block* block = Private::Block::of(*this)) return Read::share(block->segmentOf(*this));
+    return m_box.get() ? m_box.get()->segment.lock() : nullptr;
+}
+std::shared_ptr<const Segment> Tangent::getOwningSegment() const noexcept {
+    return const_cast<Tangent*>(this)->getOwningSegment();
+}
+
 std::shared_ptr<Keyframe> Tangent::getOwningKeyframe() noexcept {
-    const auto segment = m_segment.lock();
+    const auto segment = getOwningSegment();
     if (!segment) return nullptr;
     return m_isIn ? segment->getRightKey() : segment->getLeftKey();
 }
@@ -150,7 +161,9 @@ std::shared_ptr<const Keyframe> Tangent::getOwningKeyframe() const noexcept {
 }
 
 std::shared_ptr<FCurve> Tangent::getOwningCurve() noexcept {
-    const auto segment = m_segment.lock();
+    // deliberate: as Keyframe::getOwningCurve
+    if (Private::Block* block = Private::Block::of(*this)) return block->segment.getOwningCurve();
+    const auto segment = getOwningSegment();
     return segment ? segment->getOwningCurve() : nullptr;
 }
 std::shared_ptr<const FCurve> Tangent::getOwningCurve() const noexcept {

@@ -7,15 +7,15 @@ inline namespace v19 {
 
 namespace Private {
 
-TrackerBase::~TrackerBase() = default;
-
-void TrackerBase::subscribed(TrackedObserver& observer) {
-    observer.m_trackers.push_back(this);
+Subscription::Subscription(Subject& subject, TrackedObserver& observer) noexcept
+    : m_subject(subject), m_observer(observer), m_next(observer.m_subscriptions) {
+    if (m_next) m_next->m_previous = this;
+    observer.m_subscriptions = this;
 }
 
-void TrackerBase::unsubscribed(TrackedObserver& observer) noexcept {
-    auto& trackers = observer.m_trackers;
-    trackers.erase(std::remove(trackers.begin(), trackers.end(), this), trackers.end());
+Subscription::~Subscription() {
+    (m_previous ? m_previous->m_next : m_observer.m_subscriptions) = m_next;
+    if (m_next) m_next->m_previous = m_previous;
 }
 
 } // namespace Private
@@ -27,7 +27,7 @@ TrackedObserver& TrackedObserver::operator=(const TrackedObserver&) noexcept {
 }
 
 TrackedObserver::~TrackedObserver() {
-    for (Private::TrackerBase* tracker : m_trackers) tracker->observerDestroyed(*this);
+    while (m_subscriptions) m_subscriptions->m_subject.observerDestroyed(*this);
 }
 
 } // namespace v19

@@ -39,7 +39,7 @@ void BakeInterior(FCurve& curve, double step) {
         Keyframe& key = *Read::rightKey(leading);
         Segment& trailing = *--curve.end();
         const auto interpolator = trailing.getInterpolator();
-        const PropertyMap properties = Raw::properties(trailing);
+        const PropertyMap properties = Read::properties(trailing);
         Tangent out;
         Raw::copyTangent(out, *Read::outTangent(trailing));
         Private::HandleKeeper handles;
@@ -50,7 +50,7 @@ void BakeInterior(FCurve& curve, double step) {
         for (++it; it != curve.end();) it = curve.removeSegment(it);
         key.clearProperties();
         key.set(samples.front());
-        Raw::properties(first).clear();
+        Raw::properties(first).setProperties({});
         const auto linear = Linear::create();
         first.setInterpolator(linear);
         for (std::size_t i = 1; i < samples.size(); ++i)
@@ -58,7 +58,7 @@ void BakeInterior(FCurve& curve, double step) {
 
         Segment& last = *--curve.end();
         last.setInterpolator(interpolator);
-        Raw::properties(last) = properties;
+        Raw::properties(last).setProperties(properties);
         Raw::copyTangent(*Read::outTangent(last), out);
         handles.restore();
         return true;

@@ -282,10 +282,10 @@ private:
         return exactly ? std::strcmp(value, "1") == 0 : *value != '\0';
     }
     static bool mustStay(Keyframe& key) {
-        return key.isBreakdown() || isMarked(Raw::properties(key), "fc_lock", false)
-               || isMarked(Raw::properties(key), "fc_sel", true)
-               || isMarked(Raw::properties(*Read::inTangent(*Read::leftSegment(key))), "fc_sel", true)
-               || isMarked(Raw::properties(*Read::outTangent(*Read::rightSegment(key))), "fc_sel", true);
+        return key.isBreakdown() || isMarked(Read::properties(key), "fc_lock", false)
+               || isMarked(Read::properties(key), "fc_sel", true)
+               || isMarked(Read::properties(*Read::inTangent(*Read::leftSegment(key))), "fc_sel", true)
+               || isMarked(Read::properties(*Read::outTangent(*Read::rightSegment(key))), "fc_sel", true);
     }
 
     // Whether the old curve turns at the key. Between two lines it may do so for lack of handles only.

@@ -81,7 +81,7 @@ private:
             const Segment& cut = *m_end.cut;
             m_rightCut = CutBezierSegment(cut, m_samples.back().x);
             m_rightInterpolator = cut.getInterpolator();
-            m_rightProperties = Raw::properties(*m_end.cut);
+            m_rightProperties = Read::properties(*m_end.cut);
             Raw::copyTangent(m_rightOut, *Read::outTangent(cut));
             m_handles.keep(*Read::inTangent(*m_end.cut));
             m_handles.keepRightOf(Read::rightKey(*m_end.cut));
@@ -96,7 +96,7 @@ private:
             return *Read::rightSegment(*m_end.key);
         }
         Segment& segment = insert(sample.x, sample.y, m_rightInterpolator);
-        Raw::properties(segment) = m_rightProperties;
+        Raw::properties(segment).setProperties(m_rightProperties);
         Raw::copyTangent(*Read::outTangent(segment), m_rightOut);
         m_handles.keep(*Read::outTangent(segment));
         return segment;
@@ -114,7 +114,7 @@ private:
         Keyframe& key = *m_start.key;
         Segment& segment = *Read::rightSegment(key);
         segment.setInterpolator(m_linear);
-        Raw::properties(segment).clear();
+        Raw::properties(segment).setProperties({});
         const double rounding = (m_start.exact ? 1e-12 : 1e-6) * m_scale;
         const auto differs = [&](double y) { return std::abs(y - sample.y) > rounding; };
         const Segment& outside = *Read::leftSegment(key);

@@ -5,6 +5,7 @@
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/ProjectionIterator.h"
 #include "FCurveLib/SharedFromThis.h"
+#include "FCurveLib/detail/CurveReference.h"
 #include "FCurveLib/detail/ObserverSet.h"
 #include "FCurveLib/detail/PropertyCarrier.h"
 #include "FCurveLib/detail/SegmentMap.h"
@@ -31,7 +32,7 @@ inline namespace v19 {
 ///
 /// Any number of threads may call the const members of a curve that nobody edits. Edits, and everything static, are the
 /// host's to serialise.
-class FCURVELIB_API FCurve : public SharedFromThis<FCurve>, public Private::PropertyCarrier {
+class FCURVELIB_API FCurve : public SharedFromThis<FCurve>, public Private::PropertyCarrier<FCurve> {
 public:
     /// \name Make
     /// @{
@@ -171,20 +172,26 @@ public:
     /// @}
 
 private:
+    friend struct Private::Block;
     friend struct Private::Raw;
     friend struct Private::Read;
+    friend class Private::PropertyCarrier<FCurve>;
+
+    const PropertyMap& storedProperties() const noexcept { return m_properties; }
 
     FCurve();
     FCurve(const FCurve&) = delete;
 
+    Private::CurveReference makeReference();
     bool notifyInteractive();
     void exchange(FCurve& other) noexcept;
 
-    Private::SegmentMap m_segments;     // finds in the chain of segments
-    std::shared_ptr<Segment> m_leading; // owns the chain: a segment owns its keys, a key the segment that starts at it
+    Private::SegmentMap m_segments;            // finds in the chain of blocks
+    std::shared_ptr<Private::Block> m_leading; // owns the chain: each block holds the next
     std::string m_name;
-    std::shared_ptr<Private::CurveLink> m_link;     // held by the segments of m_segments; travels with them
-    std::shared_ptr<Private::CurveLink> m_identity; // held by segments that were made by hand for this curve; stays
+    Private::CurveReference m_link;     // held by the segments of m_segments; travels with them
+    Private::CurveReference m_identity; // held by segments that were made by hand for this curve; stays
+    PropertyMap m_properties;
     Private::ObserverSet<FCurveObserver> m_observers;
 };
 

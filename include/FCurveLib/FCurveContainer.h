@@ -20,7 +20,8 @@ inline namespace v19 {
 /// its own. It holds each curve object at most once. Made by create.
 ///
 /// Any number of threads may call the const members of a container that nobody edits.
-class FCURVELIB_API FCurveContainer : public SharedFromThis<FCurveContainer>, public Private::PropertyCarrier {
+class FCURVELIB_API FCurveContainer : public SharedFromThis<FCurveContainer>,
+                                      public Private::PropertyCarrier<FCurveContainer> {
     using List = std::list<std::shared_ptr<FCurve>>;
 
 public:
@@ -91,6 +92,9 @@ public:
 private:
     friend struct Private::Raw;
     friend struct Private::Read;
+    friend class Private::PropertyCarrier<FCurveContainer>;
+
+    const PropertyMap& storedProperties() const noexcept { return m_properties; }
 
     FCurveContainer() noexcept;
     FCurveContainer(const FCurveContainer&) = delete;
@@ -100,6 +104,7 @@ private:
 
     List m_curves;
     std::unordered_map<const FCurve*, List::iterator> m_positions;
+    PropertyMap m_properties;
     Private::ObserverSet<ContainerObserver> m_observers;
 };
 

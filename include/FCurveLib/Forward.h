@@ -158,10 +158,15 @@ struct FitResult;
 namespace Private {
 struct Read;
 struct Raw;
+struct Block;
+class BorrowedSegment;
 struct CurveLink;
+struct KeyframeContents;
+struct SegmentContents;
+struct TangentContents;
 class KeptPlace;
 class SelectionState;
-class TrackerBase;
+class Subscription;
 class SegmentMap;
 class SegmentMapIterator;
 class PlaybackBlock;

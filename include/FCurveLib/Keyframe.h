@@ -4,9 +4,11 @@
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/Vector2D.h"
+#include "FCurveLib/detail/PartBox.h"
 #include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 namespace VEM_FN::FCurveLib {
@@ -22,7 +24,7 @@ inline namespace v19 {
 /// only. A key in a curve never reaches its neighbours: set() keeps 0.001 frames between them. A key outside any curve
 /// moves freely and tells nobody; it has no segments, no tangents and no curve. So does a key that was removed from its
 /// curve, or whose curve was cleared or destroyed.
-class FCURVELIB_API Keyframe : public SharedFromThis<Keyframe>, public Private::PropertyCarrier {
+class FCURVELIB_API Keyframe : public SharedFromThis<Keyframe>, public Private::PropertyCarrier<Keyframe> {
 public:
     /// \name Make
     /// @{
@@ -67,13 +69,13 @@ public:
     /// @{
 
     /// A breakdown key is a step between two anchoring keys and moves with them in proportion.
-    bool isBreakdown() const noexcept { return m_breakdown; }
+    bool isBreakdown() const noexcept { return m_box.isSet(breakdownFlag); }
     void setBreakdown(bool breakdown);
 
     /// Unified tangents lie on one straight line through the key: editing one turns a fixed tangent on the other side
     /// to the same angle (it keeps its weight). Tangents of the automatic types keep the angle that their type
     /// computes.
-    bool isTangentsUnified() const noexcept { return m_unified; }
+    bool isTangentsUnified() const noexcept { return m_box.isSet(unifiedFlag); }
     /// Switching on aligns at once: the in tangent takes the out tangent's angle if it is fixed, otherwise a fixed out
     /// tangent takes the in tangent's.
     void setTangentsUnified(bool unified);
@@ -103,18 +105,20 @@ public:
     /// @}
 
 private:
-    friend class FCurve;
+    friend struct Private::Block;
     friend struct Private::Raw;
     friend struct Private::Read;
+    friend class Private::PropertyCarrier<Keyframe>;
+
+    const PropertyMap& storedProperties() const noexcept { return m_box.properties(); }
 
     Keyframe& operator=(const Keyframe&) = delete;
 
-    Vector2D<double> m_position; // near the front: evaluation reads nothing else of a key
-    Segment* m_left = nullptr;   // raw: the owning curve clears it before it lets the segment go
-    std::shared_ptr<Segment>
-        m_right; // owned: the curve's chain; the owning curve takes it out before it lets the key go
-    bool m_breakdown = false;
-    bool m_unified = false;
+    static constexpr std::uintptr_t breakdownFlag = 2;
+    static constexpr std::uintptr_t unifiedFlag = 4;
+
+    Vector2D<double> m_position;
+    Private::PartBox<Private::KeyframeContents> m_box;
 };
 
 } // namespace v19

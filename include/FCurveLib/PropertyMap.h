@@ -54,5 +54,12 @@ private:
     std::unique_ptr<Map> m_map; // null while empty
 };
 
+namespace Private {
+
+/// The map of a part that has no properties.
+FCURVELIB_API const PropertyMap& NoProperties() noexcept;
+
+} // namespace Private
+
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -3,6 +3,8 @@
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/SharedFromThis.h"
+#include "FCurveLib/detail/CurveReference.h"
+#include "FCurveLib/detail/PartBox.h"
 #include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
@@ -19,7 +21,7 @@ inline namespace v19 {
 /// neither. A segment in a curve has both tangents even where it lacks a key.
 /// A segment that was removed from its curve keeps its left key and its tangents for whoever still holds it, but has no
 /// right key and no curve, and the left key no longer refers to it.
-class FCURVELIB_API Segment : public SharedFromThis<Segment>, public Private::PropertyCarrier {
+class FCURVELIB_API Segment : public SharedFromThis<Segment>, public Private::PropertyCarrier<Segment> {
 public:
     /// \name Make
     /// Curves make their segments (FCurve::insertSegment). A segment made here stands outside any chain: its keys do
@@ -40,16 +42,16 @@ public:
     /// \name Relations
     /// Empty pointers where the thing does not exist.
     /// @{
-    std::shared_ptr<Keyframe> getLeftKey() noexcept { return m_leftKey; }
-    std::shared_ptr<const Keyframe> getLeftKey() const noexcept { return m_leftKey; }
-    std::shared_ptr<Keyframe> getRightKey() noexcept { return m_rightKey; }
-    std::shared_ptr<const Keyframe> getRightKey() const noexcept { return m_rightKey; }
+    std::shared_ptr<Keyframe> getLeftKey() noexcept;
+    std::shared_ptr<const Keyframe> getLeftKey() const noexcept;
+    std::shared_ptr<Keyframe> getRightKey() noexcept;
+    std::shared_ptr<const Keyframe> getRightKey() const noexcept;
     /// The handle at the right key.
-    std::shared_ptr<Tangent> getInTangent() noexcept { return m_inTangent; }
-    std::shared_ptr<const Tangent> getInTangent() const noexcept { return m_inTangent; }
+    std::shared_ptr<Tangent> getInTangent() noexcept;
+    std::shared_ptr<const Tangent> getInTangent() const noexcept;
     /// The handle at the left key.
-    std::shared_ptr<Tangent> getOutTangent() noexcept { return m_outTangent; }
-    std::shared_ptr<const Tangent> getOutTangent() const noexcept { return m_outTangent; }
+    std::shared_ptr<Tangent> getOutTangent() noexcept;
+    std::shared_ptr<const Tangent> getOutTangent() const noexcept;
     std::shared_ptr<FCurve> getOwningCurve() noexcept;
     std::shared_ptr<const FCurve> getOwningCurve() const noexcept;
     /// @}
@@ -72,17 +74,23 @@ public:
 
 private:
     friend class FCurve;
+    friend class Private::BorrowedSegment;
+    friend struct Private::Block;
     friend struct Private::Raw;
     friend struct Private::Read;
+    friend class Private::PropertyCarrier<Segment>;
+
+    const PropertyMap& storedProperties() const noexcept { return m_box.properties(); }
 
     Segment& operator=(const Segment&) = delete;
 
-    std::shared_ptr<Private::CurveLink> m_curve; // names the curve without keeping it alive
-    std::shared_ptr<Keyframe> m_leftKey;
+    static constexpr std::uintptr_t leadingFlag = 2;
+
     std::shared_ptr<Interpolator> m_interpolator;
-    std::shared_ptr<Keyframe> m_rightKey;
-    std::shared_ptr<Tangent> m_inTangent;
-    std::shared_ptr<Tangent> m_outTangent;
+    std::shared_ptr<Private::Block> m_next; // of the chain: the block of the right key
+    Private::Block* m_previous = nullptr;   // whoever lets that go clears this first
+    Private::CurveReference m_curve;
+    Private::PartBox<Private::SegmentContents> m_box;
 };
 
 } // namespace v19

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "FCurveLib/Export.h"
+#include "FCurveLib/Forward.h"
+
 #include <memory>
 #include <utility>
 
@@ -28,6 +31,35 @@ protected:
 private:
     std::weak_ptr<T> m_self;
 };
+
+namespace Private {
+
+FCURVELIB_API std::shared_ptr<Keyframe> SharedOf(Keyframe& key) noexcept;
+FCURVELIB_API std::shared_ptr<Segment> SharedOf(Segment& segment) noexcept;
+FCURVELIB_API std::shared_ptr<Tangent> SharedOf(Tangent& tangent) noexcept;
+
+/// For the parts of a curve, without a field: the parts around a key share one owner, which knows them all.
+template<class Part>
+class SharedPart {
+public:
+    std::shared_ptr<Part> getShared() noexcept { return SharedOf(static_cast<Part&>(*this)); }
+    std::shared_ptr<const Part> getShared() const noexcept { return const_cast<SharedPart*>(this)->getShared(); }
+
+protected:
+    SharedPart() noexcept = default;
+    SharedPart(const SharedPart&) noexcept = default;
+    SharedPart& operator=(const SharedPart&) noexcept = default;
+    ~SharedPart() = default;
+};
+
+} // namespace Private
+
+template<>
+class SharedFromThis<Keyframe> : public Private::SharedPart<Keyframe> {};
+template<>
+class SharedFromThis<Segment> : public Private::SharedPart<Segment> {};
+template<>
+class SharedFromThis<Tangent> : public Private::SharedPart<Tangent> {};
 
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -4,6 +4,7 @@
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/SharedFromThis.h"
 #include "FCurveLib/Vector2D.h"
+#include "FCurveLib/detail/PartBox.h"
 #include "FCurveLib/detail/PropertyCarrier.h"
 
 #include <cstddef>
@@ -22,7 +23,7 @@ inline namespace v19 {
 /// is recomputed whenever a key nearby changes.
 ///
 /// A new tangent is Fixed, unweighted, unlocked and flat: (1, 0) or (-1, 0) until its segment has both keys.
-class FCURVELIB_API Tangent : public SharedFromThis<Tangent>, public Private::PropertyCarrier {
+class FCURVELIB_API Tangent : public SharedFromThis<Tangent>, public Private::PropertyCarrier<Tangent> {
 public:
     /// P and N are the keys before and after the tangent's own key. Other numbers are no types.
     enum Type : std::uint8_t {
@@ -50,7 +51,7 @@ public:
     /// An out tangent on no segment.
     Tangent() noexcept;
     /// A tangent that names the given segment (weakly) as its owner.
-    Tangent(std::shared_ptr<Segment> owner, bool isIn) noexcept;
+    Tangent(std::shared_ptr<Segment> owner, bool isIn);
     Tangent(const Tangent&) = delete;
     ~Tangent();
 
@@ -115,8 +116,8 @@ public:
     /// \name Relations
     /// Empty pointers where the thing does not exist.
     /// @{
-    std::shared_ptr<Segment> getOwningSegment() noexcept { return m_segment.lock(); }
-    std::shared_ptr<const Segment> getOwningSegment() const noexcept { return m_segment.lock(); }
+    std::shared_ptr<Segment> getOwningSegment() noexcept;
+    std::shared_ptr<const Segment> getOwningSegment() const noexcept;
     /// The segment's right key for an in tangent, its left key for an out tangent.
     std::shared_ptr<Keyframe> getOwningKeyframe() noexcept;
     std::shared_ptr<const Keyframe> getOwningKeyframe() const noexcept;
@@ -136,19 +137,22 @@ public:
     /// @}
 
 private:
-    friend class FCurve;
+    friend struct Private::Block;
     friend struct Private::Raw;
     friend struct Private::Read;
+    friend class Private::PropertyCarrier<Tangent>;
+
+    const PropertyMap& storedProperties() const noexcept { return m_box.properties(); }
 
     void propose(double x, double y);
     void notifyIntrinsic(std::uint32_t type);
 
-    std::weak_ptr<Segment> m_segment;
-    Vector2D<double> m_handle;
+    Private::PartBox<Private::TangentContents> m_box;
     std::uint8_t m_type = Fixed;
     bool m_weightLocked = false;
     bool m_weighted = false;
     bool m_isIn = false;
+    Vector2D<double> m_handle;
 };
 
 } // namespace v19

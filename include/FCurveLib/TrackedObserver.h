@@ -3,8 +3,6 @@
 #include "FCurveLib/Export.h"
 #include "FCurveLib/Forward.h"
 
-#include <vector>
-
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -19,8 +17,8 @@ public:
     virtual ~TrackedObserver();
 
 private:
-    friend class Private::TrackerBase;
-    std::vector<Private::TrackerBase*> m_trackers;
+    friend class Private::Subscription;
+    Private::Subscription* m_subscriptions = nullptr;
 };
 
 } // namespace v19

@@ -4,7 +4,9 @@
 #include "support/Recorder.h"
 #include "support/SameCurve.h"
 
+#include <atomic>
 #include <random>
+#include <thread>
 
 using namespace Test;
 
@@ -72,6 +74,23 @@ TEST(FCurve, RemovedPartsAnswerEmpty) {
         tangent->set(1, 1);
         segment->setProperty("a", "b");
         EXPECT_EQ(key->getX(), 77);
+    }
+}
+
+TEST(FCurve, ThreadsMayAskPartsForTheirOwnerWhileTheCurveDies) {
+    for (int round = 0; round < 50; ++round) {
+        auto curve = CurveThrough({{1, 0}, {2, 1}, {3, 2}});
+        const auto key = KeyAt(*curve, 1);
+        std::atomic<bool> started = false;
+        std::thread asker([&, key, segment = key->getRightSegment(), tangent = key->getInTangent()] {
+            started = true;
+            while (const auto owner = key->getOwningCurve()) EXPECT_EQ(owner->size(), 4u);
+            EXPECT_FALSE(segment->getOwningCurve() || tangent->getOwningCurve());
+        });
+        while (!started) std::this_thread::yield();
+        curve.reset();
+        asker.join();
+        EXPECT_FALSE(key->getOwningCurve());
     }
 }
 

@@ -55,15 +55,16 @@ TEST_F(HitRecordTest, ResetLetsItsPartGoButKeepsATangentOutOfReach) {
     EXPECT_EQ(record, HitRecord());
     EXPECT_TRUE(dead.expired());
 
-    const long before = tangent.use_count();
-    record.reset(tangent, true);
+    const auto lone = Tangent::create(nullptr, true); // of no curve, so that nobody else shares its owner
+    const long before = lone.use_count();
+    record.reset(lone, true);
     record.reset();
     EXPECT_EQ(record.getTangent(), nullptr);
     record.reset(key);
     EXPECT_EQ(record.getTangent(), nullptr);
-    EXPECT_EQ(tangent.use_count(), before + 1);
+    EXPECT_EQ(lone.use_count(), before + 1);
     record.reset(curve->begin()->getInTangent(), true);
-    EXPECT_EQ(tangent.use_count(), before);
+    EXPECT_EQ(lone.use_count(), before);
 }
 
 TEST_F(HitRecordTest, OrderIsByTypeThenByAddress) {

@@ -8,29 +8,43 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 namespace Private {
 
-/// What an observer remembers of each place where it is subscribed.
-class FCURVELIB_API TrackerBase {
+/// What one subscription looks like from the observer.
+class FCURVELIB_API Subject {
 public:
-    TrackerBase(const TrackerBase&) = delete;
-    TrackerBase& operator=(const TrackerBase&) = delete;
+    Subject(const Subject&) = delete;
+    Subject& operator=(const Subject&) = delete;
 
 protected:
-    TrackerBase() noexcept = default;
-    virtual ~TrackerBase();
-
-    /// Throws std::bad_alloc and then changes nothing.
-    void subscribed(TrackedObserver& observer);
-    void unsubscribed(TrackedObserver& observer) noexcept;
+    Subject() noexcept = default;
+    ~Subject() = default;
 
 private:
     friend class FCurveLib::TrackedObserver;
     virtual void observerDestroyed(TrackedObserver& observer) noexcept = 0;
+};
+
+/// One subscription: the subject owns it, the observer lists it. Either may be destroyed first, in constant time.
+class FCURVELIB_API Subscription {
+public:
+    Subscription(Subject& subject, TrackedObserver& observer) noexcept;
+    Subscription(const Subscription&) = delete;
+    Subscription& operator=(const Subscription&) = delete;
+    ~Subscription();
+
+private:
+    friend class FCurveLib::TrackedObserver;
+    Subject& m_subject;
+    TrackedObserver& m_observer;
+    Subscription* m_previous = nullptr;
+    Subscription* m_next;
 };
 
 /// The order in which an ObserverSet calls.
@@ -42,35 +56,26 @@ enum class ObserverOrder { Subscription, Address };
 /// any more; one that arrives is called by the walks that start after its arrival. The subject must outlive the walk:
 /// whoever delivers holds it. A walk allocates and writes nothing.
 template<class Observer, ObserverOrder order = ObserverOrder::Subscription>
-class ObserverSet final : private TrackerBase {
+class ObserverSet {
 public:
     ObserverSet() noexcept = default;
-    ~ObserverSet() override {
-        for (const Entry& entry : m_entries) unsubscribed(*entry.observer);
-    }
 
     /// A second subscription of the same observer has no effect. Throws std::bad_alloc and then changes nothing.
     void subscribe(Observer& observer) {
-        if (find(observer) != m_entries.end()) return;
-        subscribed(observer);
-        try {
-            const Entry entry{&observer, m_arrivals + 1};
-            m_entries.insert(after(entry), entry);
-        } catch (...) {
-            unsubscribed(observer);
-            throw;
-        }
-        ++m_arrivals;
+        if (!m_list) m_list = std::make_unique<List>();
+        if (m_list->find(observer) != m_list->entries.end()) return;
+        Entry entry{&observer, m_list->arrivals + 1, std::make_unique<Subscription>(*m_list, observer)};
+        m_list->entries.insert(m_list->after(entry), std::move(entry));
+        ++m_list->arrivals;
     }
 
     void unsubscribe(Observer& observer) noexcept {
-        const auto found = find(observer);
-        if (found == m_entries.end()) return;
-        m_entries.erase(found);
-        unsubscribed(observer);
+        if (!m_list) return;
+        const auto found = m_list->find(observer);
+        if (found != m_list->entries.end()) m_list->entries.erase(found);
     }
 
-    bool empty() const noexcept { return m_entries.empty(); }
+    bool empty() const noexcept { return !m_list || m_list->entries.empty(); }
 
     NotificationFlags& flags() noexcept { return m_flags; }
 
@@ -84,52 +89,57 @@ public:
     }
 
     /// How many observers have arrived so far: names this moment.
-    std::uint64_t arrivals() const noexcept { return m_arrivals; }
+    std::uint64_t arrivals() const noexcept { return m_list ? m_list->arrivals : 0; }
 
     /// Calls each observer that was subscribed at that moment and still is. An exception of an observer ends the walk.
     template<class Call>
     void forEach(const Call& call, std::uint64_t moment) {
-        for (std::size_t i = 0; i < m_entries.size();) {
-            const Entry entry = m_entries[i];
+        if (!m_list) return;
+        auto& entries = m_list->entries;
+        for (std::size_t i = 0; i < entries.size();) {
+            const Entry entry{entries[i].observer, entries[i].arrival, nullptr};
             if (entry.arrival <= moment) call(*entry.observer);
             // Anything may have moved meanwhile: go on after the place of the one just called.
-            if (i < m_entries.size() && m_entries[i].arrival == entry.arrival)
+            if (i < entries.size() && entries[i].arrival == entry.arrival)
                 ++i;
             else
-                i = static_cast<std::size_t>(after(entry) - m_entries.begin());
+                i = static_cast<std::size_t>(m_list->after(entry) - entries.begin());
         }
     }
     template<class Call>
     void forEach(const Call& call) {
-        forEach(call, m_arrivals);
+        forEach(call, arrivals());
     }
 
 private:
     struct Entry {
         Observer* observer;
         std::uint64_t arrival; // its number among all that ever subscribed here
+        std::unique_ptr<Subscription> subscription;
     };
-    using Entries = std::vector<Entry>;
 
-    static bool isBefore(const Entry& a, const Entry& b) noexcept {
-        if constexpr (order == ObserverOrder::Address) return std::less<Observer*>()(a.observer, b.observer);
-        return a.arrival < b.arrival;
-    }
+    struct List final : Subject {
+        using Entries = std::vector<Entry>;
 
-    typename Entries::iterator after(const Entry& entry) noexcept {
-        return std::upper_bound(m_entries.begin(), m_entries.end(), entry, isBefore);
-    }
+        static bool isBefore(const Entry& a, const Entry& b) noexcept {
+            if constexpr (order == ObserverOrder::Address) return std::less<Observer*>()(a.observer, b.observer);
+            return a.arrival < b.arrival;
+        }
+        typename Entries::iterator after(const Entry& entry) noexcept {
+            return std::upper_bound(entries.begin(), entries.end(), entry, isBefore);
+        }
+        typename Entries::iterator find(const TrackedObserver& observer) noexcept {
+            return std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) {
+                return static_cast<const TrackedObserver*>(entry.observer) == &observer;
+            });
+        }
+        void observerDestroyed(TrackedObserver& observer) noexcept override { entries.erase(find(observer)); }
 
-    typename Entries::iterator find(const TrackedObserver& observer) noexcept {
-        return std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& entry) {
-            return static_cast<const TrackedObserver*>(entry.observer) == &observer;
-        });
-    }
+        Entries entries;
+        std::uint64_t arrivals = 0;
+    };
 
-    void observerDestroyed(TrackedObserver& observer) noexcept override { m_entries.erase(find(observer)); }
-
-    Entries m_entries;
-    std::uint64_t m_arrivals = 0;
+    std::unique_ptr<List> m_list; // made by the first subscription: most subjects have no observer
     NotificationFlags m_flags;
 };
 

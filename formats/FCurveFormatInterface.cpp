@@ -28,7 +28,7 @@ void FCurveFormatInterface::setCurve(std::shared_ptr<FCurve> curve) {
     m_curve = std::move(curve);
     m_firstPending = true;
     m_segment.reset();
-    m_tangent.reset();
+    m_tangent = NoTangent;
     m_keyPending = false;
     m_unsettled.clear();
 }
@@ -112,7 +112,7 @@ const std::shared_ptr<Interpolator>& FCurveFormatInterface::interpolatorOf(const
 }
 
 void FCurveFormatInterface::finishSegment() {
-    m_tangent.reset();
+    m_tangent = NoTangent;
     if (!m_segment) return;
     Keyframe* const left = Read::leftKey(*m_segment);
     if (left && std::strcmp(left->getProperty("fc_isUnified"), "1") == 0) Raw::setUnified(*left, true);
@@ -124,7 +124,7 @@ void FCurveFormatInterface::segmentProperty(const char* key, const char* value) 
 
 void FCurveFormatInterface::enter(Segment& segment) {
     m_segment = segment.getShared();
-    m_tangent.reset();
+    m_tangent = NoTangent;
     m_inGiven = false;
     m_outGiven = false;
 }
@@ -135,7 +135,7 @@ void FCurveFormatInterface::leave() {
     if (!m_outGiven) settle(*Read::outTangent(*m_segment));
     if (!m_inGiven) settle(*Read::inTangent(*m_segment));
     m_segment.reset();
-    m_tangent.reset();
+    m_tangent = NoTangent;
 }
 
 // A handle was not given. Flat ones, new tangents' Fixed included, are known here; the other types look at keys to
@@ -175,29 +175,37 @@ void FCurveFormatInterface::addPendingKey() {
 // --- tangents --------------------------------------------------------------------------------------------------------
 
 void FCurveFormatInterface::startInTangent() {
-    m_tangent = m_segment ? m_segment->getInTangent() : nullptr;
+    m_tangent = InTangent;
 }
 void FCurveFormatInterface::startOutTangent() {
-    m_tangent = m_segment ? m_segment->getOutTangent() : nullptr;
+    m_tangent = OutTangent;
+}
+
+// Asked for anew by every call: an observer may have changed the curve meanwhile.
+Tangent* FCurveFormatInterface::currentTangent() const {
+    if (!m_segment || m_tangent == NoTangent) return nullptr;
+    return m_tangent == InTangent ? Read::inTangent(*m_segment) : Read::outTangent(*m_segment);
 }
 
 void FCurveFormatInterface::tangentVector(double x, double y) {
-    if (!m_tangent || !std::isfinite(x) || !std::isfinite(y)) return;
-    const bool across = m_tangent->isInTangent() ? x > 0.0 : x < 0.0;
-    Raw::setHandle(*m_tangent, across ? 0.0 : x, y);
-    (m_tangent->isInTangent() ? m_inGiven : m_outGiven) = true;
+    Tangent* const tangent = currentTangent();
+    if (!tangent || !std::isfinite(x) || !std::isfinite(y)) return;
+    const bool across = tangent->isInTangent() ? x > 0.0 : x < 0.0;
+    Raw::setHandle(*tangent, across ? 0.0 : x, y);
+    (tangent->isInTangent() ? m_inGiven : m_outGiven) = true;
 }
 void FCurveFormatInterface::tangentType(unsigned char type) {
-    if (m_tangent && type <= Tangent::Plateau) Raw::setType(*m_tangent, type);
+    Tangent* const tangent = currentTangent();
+    if (tangent && type <= Tangent::Plateau) Raw::setType(*tangent, type);
 }
 void FCurveFormatInterface::tangentWeightLocked(bool locked) {
-    if (m_tangent) Raw::setWeightLocked(*m_tangent, locked);
+    if (Tangent* const tangent = currentTangent()) Raw::setWeightLocked(*tangent, locked);
 }
 void FCurveFormatInterface::tangentWeighted(bool weighted) {
-    if (m_tangent) Raw::setWeighted(*m_tangent, weighted);
+    if (Tangent* const tangent = currentTangent()) Raw::setWeighted(*tangent, weighted);
 }
 void FCurveFormatInterface::tangentProperty(const char* key, const char* value) {
-    if (m_tangent) Raw::properties(*m_tangent).set(key, value);
+    if (Tangent* const tangent = currentTangent()) Raw::properties(*tangent).set(key, value);
 }
 
 // --- keyframes -------------------------------------------------------------------------------------------------------

@@ -75,15 +75,16 @@ private:
     const std::shared_ptr<Interpolator>& interpolatorOf(const char* expression);
     void enter(Segment& segment);
     void leave();
+    Tangent* currentTangent() const;
     void settle(Tangent& tangent);
     void addKey(std::shared_ptr<Interpolator> interpolator);
     void addPendingKey();
 
     std::shared_ptr<FCurve> m_curve;
     bool m_firstPending = true;
-    std::shared_ptr<Segment> m_segment; // the current one; empty before the first
-    std::shared_ptr<Tangent> m_tangent; // the current one; empty outside tangents
-    bool m_inGiven = false;             // whether the current segment's handles were
+    std::shared_ptr<Segment> m_segment;                              // the current one; empty before the first
+    enum { NoTangent, InTangent, OutTangent } m_tangent = NoTangent; // the current one, of the current segment
+    bool m_inGiven = false;                                          // whether the current segment's handles were
     bool m_outGiven = false;
     Keyframe m_key; // free: collects the data of the current key
     bool m_keyPending = false;

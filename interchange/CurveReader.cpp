@@ -67,11 +67,14 @@ void CurveReader::readCurve(Stream& stream, FormatInterface& target) {
 
 bool CurveReader::canRead(Stream& stream, Stream& header) {
     try {
-        const int size = std::min(header.getSize(), stream.getSize() > 0 ? stream.getSize() : header.getSize());
+        constexpr int kOpening = 16384;
+        // A stream may be told of by its header alone.
+        Stream& source = stream.getSize() > 0 ? stream : header;
+        const int size = std::min(source.getSize(), kOpening);
         std::string opening(static_cast<std::size_t>(std::max(size, 0)), '\0');
-        header.setPosition(0);
-        header.readData(opening.data(), static_cast<int>(opening.size()));
-        return recognises(opening);
+        source.setPosition(0);
+        source.readData(opening.data(), static_cast<int>(opening.size()));
+        return recognises(opening, size == source.getSize());
     } catch (const Exception&) {
         return false;
     }

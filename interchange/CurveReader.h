@@ -29,8 +29,8 @@ protected:
 
     // The document that the bytes are; raises InterchangeErrors. What it cannot hold goes to lose().
     virtual Document parse(std::string_view bytes) const = 0;
-    // Whether a document begins like this: its first 1024 bytes, or all of them where it is shorter.
-    virtual bool recognises(std::string_view opening) const = 0;
+    // Whether a document begins like this: its first 16 KiB, or all of it.
+    virtual bool recognises(std::string_view opening, bool isWhole) const = 0;
 };
 
 // To the report of the conversion, if there is one.

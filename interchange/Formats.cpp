@@ -1,5 +1,7 @@
 #include "FCurveInterchange/Formats.h"
 
+#include "interchange/CsvFormat.h"
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -28,12 +30,15 @@ const char* NotWritable::what() const noexcept {
 namespace {
 
 // Every format of the library. The one constructed last is asked first, so what is hard to mistake goes last.
-struct AllFormats {};
+struct AllFormats {
+    CsvReader csvReader;
+    CsvWriter csvWriter;
+};
 
 } // namespace
 
 void RegisterFormats() {
-    [[maybe_unused]] static const AllFormats formats{};
+    [[maybe_unused]] static const AllFormats formats;
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "EditCommand.h"
 #include "Input.h"
+#include "Losses.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Warnings.h"
@@ -18,18 +19,24 @@ struct ConvertOptions {
     std::string output;
     bool isInPlace = false;
     std::string format;
+    LossOptions losses;
 };
 
 void convert(const ConvertOptions& options) {
     const std::string output = chooseOutput(options.file, options.output, options.isInPlace);
     const std::string format = chooseFormat(options.format, output);
+    if (!options.losses.report.empty())
+        refuseInput(options.losses.report, {options.file}, "the report would replace it");
+    Losses losses(options.losses);
     const Document document = readDocument(options.file, options.input);
     Warnings warnings(options.input.isStrict);
+    losses.tell(document.name, warnings);
     std::string bytes;
     {
         const Progress progress("converting");
         bytes = formatDocument(*document.curves, format, document.name, warnings);
     }
+    losses.writeReport();
     warnings.settle();
     Output file(output);
     file.write(bytes);
@@ -46,6 +53,7 @@ void addConvert(CLI::App& app) {
     command->add_flag("--in-place", options->isInPlace, "Write to FILE instead of an OUTPUT");
     command->add_option("--to", options->format, "Format to write (default: by the output's extension)")
         ->type_name("NAME");
+    addLossOptions(*command, options->losses);
     addReadOptions(*command, options->input);
     command->callback([options] { convert(*options); });
 }

@@ -2,8 +2,10 @@
 
 #include "Failure.h"
 #include "Input.h"
+#include "Losses.h"
 #include "Text.h"
 
+#include <FCurveInterchange/Conversion.h>
 #include <FCurveLib/Exception.h>
 #include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/MemoryStream.h>
@@ -18,6 +20,7 @@
 #include <iomanip>
 #include <limits>
 #include <locale>
+#include <optional>
 #include <utility>
 
 namespace fcurvetool {
@@ -58,6 +61,26 @@ std::string describeLosses(std::uint32_t flags) {
     return text;
 }
 
+// The same for the report of a conversion.
+void addOldLosses(const FCurve& curve, std::uint32_t flags) {
+    using Curve = TovConversion::TovCurve;
+    using Interchange::Loss;
+    static constexpr struct {
+        Curve::LossFlag flag;
+        Loss::What what;
+        Loss::Remedy remedy;
+    } kLosses[] = {{Curve::UnsupportedInterpolation, Loss::Kind, Loss::Replaced},
+                   {Curve::UnsupportedExtensions, Loss::Ends, Loss::Replaced},
+                   {Curve::ShiftedKeyframes, Loss::Time, Loss::Moved},
+                   {Curve::ShiftedTangents, Loss::Tangents, Loss::Moved},
+                   {Curve::HealedDiscontinuities, Loss::Kind, Loss::Moved},
+                   {Curve::SynthesizedBezier, Loss::Kind, Loss::Fitted},
+                   {Curve::PropertyLoss, Loss::Properties, Loss::Dropped}};
+    Interchange::ConversionReport* const report = Interchange::Conversion::report();
+    for (const auto& [flag, what, remedy] : kLosses)
+        if (report && (flags & flag)) report->add({curve.getName(), what, remedy, describeLosses(flag), 1, {}, 0, 0});
+}
+
 void writeOldText(const FCurveContainer& curves, Stream& stream, const std::string& name, Warnings& warnings) {
     Stream_iostream out(stream);
     out.imbue(std::locale::classic());
@@ -69,6 +92,7 @@ void writeOldText(const FCurveContainer& curves, Stream& stream, const std::stri
         out << converted;
         const std::string losses = describeLosses(converted.getLossFlags());
         const std::string curveName = nameOf(curve).empty() ? "curve " + std::to_string(number) : nameOf(curve);
+        addOldLosses(curve, converted.getLossFlags());
         if (!losses.empty()) warnings.add(name + ": " + curveName + ": lost in \"tov_fcurve\": " + losses);
     }
     if (!out) throw MemoryStream::EndOfBuffer();
@@ -97,11 +121,19 @@ std::string chooseFormat(const std::string& asked, const std::string& output, co
 std::string formatDocument(const FCurveContainer& curves, const std::string& format, const std::string& name,
                            Warnings& warnings) {
     MemoryStream bytes;
+    // Into the report of the conversion, if this is one.
+    Interchange::ConversionReport own;
+    std::optional<Interchange::Conversion> conversion;
+    if (!Interchange::Conversion::report()) conversion.emplace(own, Interchange::Conversion::options());
+    const Interchange::ConversionReport& report = *Interchange::Conversion::report();
+    const std::size_t before = report.losses().size();
     try {
         if (format == OldFormat::GetFormatType().getFormatName()) {
             writeOldText(curves, bytes, name, warnings);
         } else {
             WriteCurves(curves, bytes, format.c_str());
+            for (std::size_t i = before; i < report.losses().size(); ++i)
+                warnings.add(name + ": lost in \"" + format + "\": " + describe(report.losses()[i]));
         }
     } catch (const Exception&) {
         throw Failure(describeException(name));

@@ -3,6 +3,7 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
+#include <FCurveInterchange/Formats.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -55,6 +56,7 @@ void refuseUnknownCommand(const CLI::App& app, const std::string& command) {
 }
 
 int run(int argc, char** argv) {
+    VEM_FN::FCurveLib::Interchange::RegisterFormats();
     CLI::App app("Works on files of animation curves: describes, evaluates, samples, draws, converts and edits them.",
                  "fcurvetool");
     app.footer("Run fcurvetool COMMAND --help for details. A file of \"-\" is standard input, or output.\n"

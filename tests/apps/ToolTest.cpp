@@ -120,7 +120,7 @@ frobnicate => unknown command "frobnicate" (run fcurvetool --help
 smoht ball.fcrvx => unknown command "smoht"; did you mean smooth? (run
 info => FILE is required (run fcurvetool info --help for details)
 info ball.fcrvx --nonsense =>
-info ball.fcrvx --format nonsense => --format: unknown format "nonsense" (the tool reads xml,
+info ball.fcrvx --format nonsense => --format: unknown format "nonsense" (the tool reads 
 info ball.fcrvx --fps 24 => --frame-column and --fps are for .chan files; ball.fcrvx is XML
 info camera.chan --fps 0 => --fps: must be above 0
 info camera.chan --fps 24 --frame-column no => --fps needs the first column
@@ -160,6 +160,9 @@ bake - --in-place => --in-place cannot write to standard input
 insert ball.fcrvx out.fcrvx => --at is required
 convert ball.fcrvx => OUTPUT is required
 convert ball.fcrvx ball.unknown => --to is required
+convert ball.fcrvx b.csv --set long => --set: "long" is not FORMAT.SETTING=VALUE
+convert ball.fcrvx b.csv --tolerance 0 => --tolerance: must be above 0
+convert ball.fcrvx b.csv --report ball.fcrvx => ball.fcrvx is the input, too
 convert ball.fcrvx slide.chan --to hchan => --to: "hchan" cannot be written
 )");
 }
@@ -179,7 +182,7 @@ TEST_F(Tool, BadInputEndsWithOneAndSaysWhere) {
 info missing.fcrvx => missing.fcrvx: cannot be read: No such file
 info . => .: cannot be read: Is a directory
 info empty.fcrvx => empty.fcrvx: empty
-info letter.txt => letter.txt: not in a known format (xml,
+info letter.txt => letter.txt: not in a known format (
 info letter.txt --format hchan => letter.txt:1:1:
 info ragged.chan => ragged.chan:3:
 eval word.chan 1 => word.chan:2:3:
@@ -318,6 +321,16 @@ TEST_F(Tool, ConvertKeepsEveryCurveAndTellsLosses) {
     EXPECT_THAT(old.err, HasSubstr("warning: ends.fcrvx: continued: lost in \"tov_fcurve\": how the curve goes on"));
     EXPECT_EQ(run("convert ends.fcrvx strict.fcrv --strict").code, 1);
     EXPECT_FALSE(std::filesystem::exists(path("strict.fcrv")));
+
+    const Result table = run("convert ball.fcrvx ball.csv --report lost.json");
+    EXPECT_EQ(table.code, 0);
+    EXPECT_THAT(table.err, HasSubstr("warning: ball.fcrvx: lost in \"csv\": height: kind replaced: "));
+    EXPECT_THAT(read("lost.json"), HasSubstr("\"what\": \"kind\",\n      \"remedy\": \"replaced\""));
+    EXPECT_EQ(run("convert ball.csv again.csv --set csv.shape=long --strict").err, "");
+    EXPECT_THAT(read("again.csv"), StartsWith("curve,frame,value\nheight,"));
+    EXPECT_EQ(run("convert ball.fcrvx strict.csv --strict --report strict.json").code, 1);
+    EXPECT_FALSE(std::filesystem::exists(path("strict.csv")));
+    EXPECT_TRUE(std::filesystem::exists(path("strict.json")));
 }
 
 TEST_F(Tool, EditsChangeTheChosenCurveOnly) {

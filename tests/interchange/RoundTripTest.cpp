@@ -61,9 +61,11 @@ std::shared_ptr<FCurve> ordinaryCurve(Random& random, int number) {
     if (random.coin()) (*std::prev(curve->end())).setInterpolator(Constant::create());
     const bool weighted = random.coin();
     const int type = random.below(9);
+    const bool isShaped = !isPlain || std::string(only) == "bezier()";
     for (Segment& segment : *curve) {
+        if (!isShaped) break;
         for (const auto& tangent : {segment.getInTangent(), segment.getOutTangent()}) {
-            tangent->setWeighted(weighted && isPlain ? true : weighted);
+            tangent->setWeighted(weighted);
             tangent->setType(static_cast<std::uint8_t>(isPlain ? std::min(type, 6) : random.below(7)));
             if (tangent->getType() == Tangent::Fixed) {
                 const double side = tangent->isInTangent() ? -1.0 : 1.0;
@@ -232,8 +234,7 @@ TEST_P(EveryFormat, TellsWhatBecomesOfRandomCurves) {
         curves.push_back(ordinaryCurve(random, i));
         labels.push_back("curve " + std::to_string(i));
     }
-    const int empty = check(curves, labels);
-    RecordProperty("empty_reports", empty);
+    EXPECT_GT(check(curves, labels), 0) << "no curve comes back whole";
 }
 
 INSTANTIATE_TEST_SUITE_P(Interchange, EveryFormat, testing::ValuesIn(formats()),

@@ -153,6 +153,7 @@ double Contribution(Quantity quantity, const Interpolator& interpolator, const S
 
 // The value or the slope at a match segment's end. Precondition: it has a key there.
 double End(Quantity quantity, const Segment& segment, Side side) {
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): the precondition
     const Keyframe& key = side == Side::Left ? *Read::leftKey(segment) : *Read::rightKey(segment);
     const Segment* const neighbour = Beside(key, side);
     if (!neighbour) return FlatAt(quantity, key);

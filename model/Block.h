@@ -75,7 +75,7 @@ private:
 
 struct Block {
     // A block that is in no curve. Without a key it is a leading one.
-    explicit Block(const Keyframe* key);
+    explicit Block(const Keyframe* from);
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
     ~Block();

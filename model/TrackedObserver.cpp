@@ -22,6 +22,7 @@ Subscription::~Subscription() {
 
 TrackedObserver::TrackedObserver() noexcept = default;
 TrackedObserver::TrackedObserver(const TrackedObserver&) noexcept {}
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned
 TrackedObserver& TrackedObserver::operator=(const TrackedObserver&) noexcept {
     return *this;
 }

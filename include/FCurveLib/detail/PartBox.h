@@ -31,7 +31,7 @@ public:
     void setFlag(std::uintptr_t flag, bool value) noexcept { m_word = value ? m_word | flag : m_word & ~flag; }
 
     /// Null where the part has nothing of the kind.
-    Contents* get() const noexcept { return reinterpret_cast<Contents*>(m_word & ~flags); }
+    Contents* get() const noexcept { return pointer<Contents>(); }
     Contents& need() {
         if (!get()) borrow(new Contents);
         return *get();
@@ -46,7 +46,7 @@ public:
     /// \name Properties, as PropertyMap
     /// @{
     const PropertyMap& properties() const noexcept {
-        const auto* contents = reinterpret_cast<const PropertyMap*>(m_word & ~flags);
+        const auto* contents = pointer<PropertyMap>(); // Contents' first base
         return contents ? *contents : NoProperties();
     }
     void setProperties(const PropertyMap& properties) {
@@ -67,6 +67,11 @@ public:
     /// @}
 
 private:
+    template<class T>
+    T* pointer() const noexcept {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): a pointer and flags in one word
+        return reinterpret_cast<T*>(m_word & ~flags);
+    }
     // In a block a part has nothing but its properties.
     void tidy() noexcept {
         if (isSet(inBlock) && get() && get()->empty()) destroy();

@@ -89,7 +89,7 @@ public:
     }
 
 private:
-    static double closeTo(double x) { return kEqual * std::max(1.0, std::fabs(x)); }
+    static double closeTo(double x) { return kEqual + 1e-13 * std::fabs(x); }
 
     void lose(Loss::What what, Loss::Remedy remedy, std::string detail, const double* place = nullptr,
               const Worst& worst = {}) {
@@ -158,10 +158,11 @@ private:
     // Null: no tangent stands in its place.
     void compareTangent(const Tangent& tangent, const Tangent* back, bool isUsed, double x, double span) {
         if (!keepsProperties(tangent, back)) lose(Loss::Properties, Loss::Dropped, "of tangents", &x);
+        if (tangent.isWeightLocked() && !(back && back->isWeightLocked()))
+            lose(Loss::Flags, Loss::Dropped, "locked weights", &x);
         if (!back) return;
         if (tangent.getType() != back->getType()) lose(Loss::Kind, Loss::Replaced, "types of tangents", &x);
         if (tangent.isWeighted() != back->isWeighted()) lose(Loss::Kind, Loss::Replaced, "weighted tangents", &x);
-        if (tangent.isWeightLocked() != back->isWeightLocked()) lose(Loss::Flags, Loss::Dropped, "locked weights", &x);
         const bool isEqual =
             std::fabs(tangent.getX() - back->getX()) <= kEqual * span
             && std::fabs(tangent.getY() - back->getY()) <= kEqual * std::max(m_range, std::fabs(tangent.getY()));

@@ -1,5 +1,6 @@
 #include "FCurveInterchange/Formats.h"
 
+#include "interchange/CoreWriters.h"
 #include "interchange/CsvFormat.h"
 
 namespace VEM_FN::FCurveLib {
@@ -31,6 +32,9 @@ namespace {
 
 // Every format of the library. The one constructed last is asked first, so what is hard to mistake goes last.
 struct AllFormats {
+    TextWriter textWriter;
+    HoudiniChanWriter houdiniChanWriter;
+    HoudiniClipWriter houdiniClipWriter;
     CsvReader csvReader;
     CsvWriter csvWriter;
 };

@@ -163,7 +163,7 @@ convert ball.fcrvx ball.unknown => --to is required
 convert ball.fcrvx b.csv --set long => --set: "long" is not FORMAT.SETTING=VALUE
 convert ball.fcrvx b.csv --tolerance 0 => --tolerance: must be above 0
 convert ball.fcrvx b.csv --report ball.fcrvx => ball.fcrvx is the input, too
-convert ball.fcrvx slide.chan --to hchan => --to: "hchan" cannot be written
+convert ball.fcrvx slide.chan --to chan => --to: "chan" cannot be written
 )");
 }
 

@@ -44,7 +44,8 @@ std::string undumped(const std::string& listing) {
 Texts listings() {
     Texts found;
     for (const auto& [page, text] : filesIn("docs/formats")) {
-        if (text.find("by `FCurveLib::Interchange`") != std::string::npos) continue; // tests/interchange reads these
+        if (text.find("Read and written by `FCurveLib::Interchange`") != std::string::npos)
+            continue; // tests/interchange reads these
         const std::regex fence("\n```[a-z]*\n([^]*?\n)```\n");
         int count = 0;
         for (std::sregex_iterator i(text.begin(), text.end(), fence), end; i != end; ++i)

@@ -6,13 +6,12 @@
 // fitted between each two of them alone.
 
 #include "FCurveLib/FCurveLib.h"
+#include "Signals.h"
 #include "tests/tools/Partitions.h" // internal: the best partition
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace VEM_FN::FCurveLib;
@@ -23,21 +22,13 @@ namespace {
 struct Data {
     std::string name;
     Samples samples;
-    double range;
 };
-
-// About normal, and the same numbers with every compiler.
-double Normal(std::mt19937& engine) {
-    double sum = -6.0;
-    for (int i = 0; i < 12; ++i) sum += static_cast<double>(engine()) / 4294967296.0;
-    return sum;
-}
 
 void AddCurves(const FCurveContainer& container, const std::string& file, std::vector<Data>& data) {
     for (const FCurve& curve : container) {
-        Data d{file + " " + curve.getName(), {}, 0.0};
+        Data d{file + " " + curve.getName(), {}};
         SampleCurveInterior(curve, 1.0, d.samples);
-        if (d.samples.size() > 2) data.push_back(d);
+        if (d.samples.size() > 2 && Bench::RangeOf(d.samples) > 0.0) data.push_back(d);
     }
 }
 
@@ -57,37 +48,30 @@ int main(int count, char** arguments) {
         }
         AddCurves(*container, path.substr(path.rfind('/') + 1), data);
     }
-    std::mt19937 engine(1);
-    Data white{"noise", {}, 0.0}, walk{"random walk", {}, 0.0}, wave{"wave with noise", {}, 0.0};
-    double sum = 0.0;
-    for (int i = 0; i < 200; ++i) {
-        const double x = i;
-        white.samples.emplace_back(x, Normal(engine));
-        walk.samples.emplace_back(x, sum += Normal(engine));
-        wave.samples.emplace_back(x, std::sin(x / 15.0) + 0.01 * Normal(engine));
-    }
-    for (const Data& d : {white, walk, wave}) data.push_back(d);
+    for (auto& [name, samples] : Bench::Signals(200)) data.push_back({name, std::move(samples)});
 
-    for (Data& d : data) {
-        double low = HUGE_VAL, high = -HUGE_VAL;
-        for (const auto& s : d.samples) low = std::min(low, s.y), high = std::max(high, s.y);
-        d.range = high - low;
+    std::printf("| data | tolerance | samples | smooth | smooth, weighted | greedy, smooth | broken | broken, weighted "
+                "| greedy, broken | best partition |\n| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |\n");
+    for (const Data& d : data)
         for (const double percent : {0.1, 1.0, 5.0}) {
-            const double tolerance = percent / 100.0 * d.range;
-            std::printf("| %s | %zu | %g %% |", d.name.c_str(), d.samples.size(), percent);
-            for (const auto handles : {FitOptions::Thirds, FitOptions::Weighted})
-                for (const auto keys : {FitOptions::Smooth, FitOptions::Broken}) {
+            const double range = Bench::RangeOf(d.samples);
+            const double tolerance = percent / 100.0 * range;
+            const auto fitted = [&](FitOptions::Keys keys) {
+                for (const auto handles : {FitOptions::Thirds, FitOptions::Weighted}) {
                     FitOptions options;
                     options.handles = handles;
                     options.keys = keys;
                     const FitReport report = FitCurve(d.samples, tolerance, options).report;
-                    std::printf(" %zu (%.2f %%)%s |", report.keysAfter,
-                                d.range > 0 ? 100 * report.error / d.range : 0.0, report.withinTolerance ? "" : "!");
+                    std::printf(" %zu (%.2f %%)%s |", report.keysAfter, 100.0 * report.error / range,
+                                report.withinTolerance ? "" : "!");
                 }
-            std::printf(" %zu | %zu |", Test::GreedySmoothRemoval(d.samples, tolerance),
-                        Test::GreedyRemoval(d.samples, tolerance));
-            if (d.samples.size() <= 260) std::printf(" %zu", Test::BestPartition(d.samples, tolerance));
+            };
+            std::printf("| %s | %g %% | %zu |", d.name.c_str(), percent, d.samples.size());
+            fitted(FitOptions::Smooth);
+            std::printf(" %zu |", Test::GreedySmoothRemoval(d.samples, tolerance));
+            fitted(FitOptions::Broken);
+            std::printf(" %zu | ", Test::GreedyRemoval(d.samples, tolerance));
+            if (d.samples.size() <= 260) std::printf("%zu", Test::BestPartition(d.samples, tolerance));
             std::printf(" |\n");
         }
-    }
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -40,6 +41,11 @@ Interval QuadraticOver(double first, double middle, double last, double from, do
     return {std::min({a, b, c}), std::max({a, b, c})};
 }
 
+bool IsLine(const BezierArgs& p) noexcept {
+    const BezierArgs line = LineArgs(p.x0, p.y0, p.x3, p.y3);
+    return p.outX == line.outX && p.outY == line.outY && p.inX == line.inX && p.inY == line.inY;
+}
+
 bool IsFlat(const BezierArgs& p) noexcept {
     return p.y0 == p.y3 && p.outY == 0.0 && p.inY == 0.0;
 }
@@ -49,22 +55,18 @@ bool AreSame(const BezierArgs& a, const BezierArgs& b) noexcept {
            && a.inX == b.inX && a.inY == b.inY;
 }
 
-// Both are cubic polynomials of x, so their difference is one: its extremes are its ends and the roots of its
-// derivative.
-Deviation PolynomialDeviation(const BezierArgs& a, const BezierArgs& b, double from, double to) noexcept {
-    const auto part = [&](const BezierArgs& p) {
-        const double width = p.x3 - p.x0;
-        return Control(p, (from - p.x0) / width, (to - p.x0) / width);
-    };
-    const Control ca = part(a), cb = part(b);
-    std::array<double, 4> d{};
-    for (std::size_t i = 0; i < 4; ++i) d[i] = (ca.y[i] - cb.y[i]) + (a.y0 - b.y0);
+struct Extreme {
+    double at; // the parameter
+    double size;
+};
 
-    Deviation worst{-1.0, from};
+// The largest absolute value between 0 and 1 of a cubic in Bernstein form: at an end or a root of the derivative.
+Extreme LargestOf(const std::array<double, 4>& d) noexcept {
+    Extreme worst{0.0, -1.0};
     const auto look = [&](double t) {
         const double u = 1.0 - t;
         const double y = u * u * (u * d[0] + 3.0 * t * d[1]) + t * t * (3.0 * u * d[2] + t * d[3]);
-        if (std::abs(y) > worst.bound) worst = {std::abs(y), from + t * (to - from)};
+        if (!(std::abs(y) <= worst.size)) worst = {t, std::abs(y)};
     };
     look(0.0);
     look(1.0);
@@ -77,6 +79,43 @@ Deviation PolynomialDeviation(const BezierArgs& a, const BezierArgs& b, double f
             if (t > 0.0 && t < 1.0) look(t);
     }
     return worst;
+}
+
+// Both are cubic polynomials of x, so their difference is one.
+Deviation PolynomialDeviation(const BezierArgs& a, const BezierArgs& b, double from, double to) noexcept {
+    const auto part = [&](const BezierArgs& p) {
+        const double width = p.x3 - p.x0;
+        return Control(p, (from - p.x0) / width, (to - p.x0) / width);
+    };
+    const Control ca = part(a), cb = part(b);
+    std::array<double, 4> d{};
+    for (std::size_t i = 0; i < 4; ++i) d[i] = (ca.y[i] - cb.y[i]) + (a.y0 - b.y0);
+
+    const auto [t, size] = LargestOf(d);
+    return {size, from + t * (to - from)};
+}
+
+// The parameters that hold a range of x, with more than they can be wrong by.
+Interval Parameters(const BezierArgs& p, double from, double to) noexcept {
+    constexpr double margin = 0x1p-40;
+    const auto place = [&](double x) { return HasThirds(p) ? (x - p.x0) / (p.x3 - p.x0) : SolveBezier(x, p).t; };
+    return {std::max(0.0, place(from) - margin), std::min(1.0, place(to) + margin)};
+}
+
+// One is a straight line, so along the parameter of the other the difference is a cubic: its extremes as above, between
+// places that hold the range whatever the parameter is wrong by.
+Deviation DeviationFromLine(const BezierArgs& line, const BezierArgs& p, double from, double to) noexcept {
+    const auto [first, last] = Parameters(p, from, to);
+    BezierArgs abscissae = p;
+    abscissae.y0 = p.x0, abscissae.y3 = p.x3, abscissae.outY = p.outX, abscissae.inY = p.inX;
+    const Control cy(p, first, last), cx(abscissae, first, last);
+    const double slope = (line.y3 - line.y0) / (line.x3 - line.x0);
+    const double start = (p.y0 - line.y0) - (p.x0 - line.x0) * slope;
+    std::array<double, 4> d{};
+    for (std::size_t i = 0; i < 4; ++i) d[i] = cy.y[i] - cx.y[i] * slope + start;
+    const auto [t, worst] = LargestOf(d);
+    const double at = BezierX({first + t * (last - first), (1.0 - first) - t * (last - first)}, p);
+    return {worst, std::clamp(at, from, to)};
 }
 
 } // namespace
@@ -99,12 +138,8 @@ BezierFunction::BezierFunction(const BezierArgs& args) noexcept : m_args(args), 
 }
 
 Function::Enclosure BezierFunction::over(double from, double to) const {
-    constexpr double margin = 0x1p-40; // more than the parameter can be wrong by
     const double width = m_args.x3 - m_args.x0;
-    const auto place = [&](double x) { return m_thirds ? (x - m_args.x0) / width : SolveBezier(x, m_args).t; };
-    const double first = std::max(0.0, place(from) - margin);
-    const double last = std::min(1.0, place(to) + margin);
-
+    const auto [first, last] = Parameters(m_args, from, to);
     const Control c(m_args, first, last);
     const auto [low, high] = std::minmax_element(c.y.begin(), c.y.end());
     const double rise = m_args.y3 - m_args.y0;
@@ -125,11 +160,14 @@ Deviation BoundDeviation(const Function& a, const Function& b, double from, doub
     if (a.bezier() && b.bezier()) {
         if (AreSame(*a.bezier(), *b.bezier())) return {rounding, from};
         if (rounding == 0.0) return {std::abs(a.bezier()->y0 - b.bezier()->y0), from}; // both are flat
-        if (HasThirds(*a.bezier()) && HasThirds(*b.bezier())) {
-            Deviation worst = PolynomialDeviation(*a.bezier(), *b.bezier(), from, to);
-            worst.bound += rounding;
-            return worst;
-        }
+        std::optional<Deviation> worst;
+        if (HasThirds(*a.bezier()) && HasThirds(*b.bezier()))
+            worst = PolynomialDeviation(*a.bezier(), *b.bezier(), from, to);
+        else if (IsLine(*a.bezier()))
+            worst = DeviationFromLine(*a.bezier(), *b.bezier(), from, to);
+        else if (IsLine(*b.bezier()))
+            worst = DeviationFromLine(*b.bezier(), *a.bezier(), from, to);
+        if (worst) return {worst->bound + rounding, worst->at};
     }
 
     // Branch and bound. In a cell around m, with e = a - b: |e| <= |e(m)| + radius * max |e'|, which closes in with the

@@ -63,9 +63,9 @@ bool HasThirds(const BezierArgs& p) noexcept;
 // The straight line between two points.
 BezierArgs LineArgs(double x0, double y0, double x3, double y3) noexcept;
 
-// The largest distance over [from, to], in closed form where both are polynomials. Elsewhere it is found to 1/1024, and
-// to as much of the limit or 2^-18 of the values' range, which the bound counts in; where more than the limit is found,
-// or nothing can be proved, the bound is infinite.
+// The largest distance over [from, to], in closed form where both are polynomials or one is a straight line. Elsewhere
+// it is found to 1/1024, and to as much of the limit or 2^-18 of the values' range, which the bound counts in; where
+// more than the limit is found, or nothing can be proved, the bound is infinite.
 Deviation BoundDeviation(const Function& a, const Function& b, double from, double to, double limit);
 
 } // namespace Private

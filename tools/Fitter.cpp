@@ -96,7 +96,7 @@ public:
 
 private:
     bool cutBelow(double A, double B, double limit) noexcept {
-        std::array<double, capacity> over{};
+        std::array<double, capacity> over; // NOLINT(cppcoreguidelines-pro-type-member-init): the first m_count are used
         bool any = false, all = true;
         for (std::size_t i = 0; i < m_count; ++i) {
             over[i] = A * m_corners[i].a + B * m_corners[i].b - limit;
@@ -105,7 +105,7 @@ private:
         }
         if (!any) return true;
         if (all) return false;
-        std::array<Rises, capacity> kept{};
+        std::array<Rises, capacity> kept; // NOLINT(cppcoreguidelines-pro-type-member-init): likewise
         std::size_t count = 0;
         for (std::size_t i = 0; i < m_count; ++i) {
             const std::size_t next = i + 1 == m_count ? 0 : i + 1;
@@ -116,7 +116,7 @@ private:
                                  m_corners[i].b + part * (m_corners[next].b - m_corners[i].b)};
             }
         }
-        m_corners = kept;
+        std::copy_n(kept.begin(), count, m_corners.begin());
         m_count = count;
         if (m_count + 2 > capacity) dropCorner();
         return count > 0;
@@ -176,6 +176,84 @@ bool HoldsAll(Polygon& polygon, const std::vector<Row>& rows, double tolerance) 
     return false;
 }
 
+// The parameter at a place between 0 and 1, for handles of given lengths.
+class Parameter {
+public:
+    explicit Parameter(const Lengths& lengths) noexcept
+        : m_cubic(3.0 * (lengths.out + lengths.in) - 2.0), m_square(3.0 - 6.0 * lengths.out - 3.0 * lengths.in),
+          m_linear(3.0 * lengths.out) {}
+
+    double speed(double t) const noexcept { return (3.0 * m_cubic * t + 2.0 * m_square) * t + m_linear; }
+
+    // By Householder's method of third order, which multiplies the correct digits by four, from a guess, until a step
+    // is smaller than `sure`. A step that leaves the bracket becomes a bisection.
+    double at(double x, double guess, double sure = 1e-4) const noexcept {
+        double t = std::clamp(guess, 0.0, 1.0), low = 0.0, high = 1.0;
+        constexpr int most = 40;
+        for (int step = 0; step < most; ++step) {
+            const double f = ((m_cubic * t + m_square) * t + m_linear) * t - x;
+            const double f1 = speed(t), f2 = 3.0 * m_cubic * t + m_square; // half the second derivative
+            (f > 0.0 ? high : low) = t;
+            double next = t - f * (f1 * f1 - f * f2) / (f1 * (f1 * f1 - 2.0 * f * f2) + f * f * m_cubic);
+            if (!(next >= low && next <= high)) next = 0.5 * (low + high);
+            const double moved = std::abs(next - t);
+            t = next;
+            if (moved < sure) break;
+        }
+        return t;
+    }
+
+private:
+    double m_cubic, m_square, m_linear;
+};
+
+// The normal equations of four unknowns.
+class NormalEquations {
+public:
+    double square = 0.0; // the sum over all residuals
+
+    // A residual, and its derivatives.
+    void add(const std::array<double, 4>& g, double e) noexcept {
+        for (std::size_t i = 0; i < 4; ++i) {
+            for (std::size_t j = i; j < 4; ++j) m_sums[i][j] += g[i] * g[j];
+            m_sums[i][4] += g[i] * e;
+        }
+        square += e * e;
+    }
+
+    double right(std::size_t i) const noexcept { return m_sums[i][4]; }
+
+    // Keeps an unknown where it is.
+    void hold(std::size_t i) noexcept {
+        for (std::size_t j = 0; j < 4; ++j) m_sums[std::min(i, j)][std::max(i, j)] = i == j ? 1.0 : 0.0;
+        m_sums[i][4] = 0.0;
+    }
+
+    // By Gauss's elimination.
+    std::array<double, 4> solve(double damping) const noexcept {
+        auto m = m_sums;
+        for (std::size_t i = 0; i < 4; ++i) m[i][i] += damping * m[i][i] + 1e-30;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const double inverse = 1.0 / m[i][i];
+            for (std::size_t j = i + 1; j < 4; ++j) {
+                const double factor = m[i][j] * inverse;
+                for (std::size_t k = j; k < 5; ++k) m[j][k] -= factor * m[i][k];
+            }
+            m[i][i] = inverse;
+        }
+        std::array<double, 4> x{};
+        for (std::size_t i = 4; i-- > 0;) {
+            x[i] = m[i][4];
+            for (std::size_t j = i + 1; j < 4; ++j) x[i] -= m[i][j] * x[j];
+            x[i] *= m[i][i];
+        }
+        return x;
+    }
+
+private:
+    std::array<std::array<double, 5>, 4> m_sums{}; // the upper triangle, and the right side
+};
+
 // One stretch between two keys, in units of its own: t from 0 to 1, heights above its left key.
 class Stretch {
 public:
@@ -187,27 +265,29 @@ public:
     double rise() const noexcept { return m_rise; }
     std::size_t size() const noexcept { return m_last - m_first; } // sites between the keys
 
-    Row row(std::size_t k, const Lengths& lengths) const noexcept {
-        const FitSite& site = m_sites[m_first + k];
-        const double t = parameter(site.x, lengths);
-        const double u = 1.0 - t;
-        const double b1 = 3.0 * t * u * u, b2 = 3.0 * t * t * u;
-        return {b1 * lengths.out, -b2 * lengths.in, (site.y - m_left.y) - m_rise * (b2 + t * t * t)};
-    }
-
     void fillRows(const Lengths& lengths, std::vector<Row>& rows) const {
         rows.resize(size());
-        for (std::size_t k = 0; k < size(); ++k) rows[k] = row(k, lengths);
+        if (lengths.areThirds()) {
+            for (std::size_t k = 0; k < size(); ++k) rows[k] = row(k, place(k), lengths);
+            return;
+        }
+        const Parameter parameter(lengths);
+        double x = 0.0, t = 0.0;
+        for (std::size_t k = 0; k < size(); ++k) {
+            const double next = place(k);
+            t = parameter.at(next, t + (next - x) / std::max(parameter.speed(t), 0.1));
+            x = next;
+            rows[k] = row(k, t, lengths);
+        }
     }
 
     // The slopes with the least sum of squares; what the sites leave open comes from the keys' own slopes. A straight
     // stretch gets the line's.
-    Rises leastSquares(const Lengths& lengths, const Rises& own, std::optional<double> fixedB) const noexcept {
+    Rises leastSquares(const std::vector<Row>& rows, const Rises& own, std::optional<double> fixedB) const noexcept {
         if (size() > 0 && isStraight() && (!fixedB || *fixedB == m_rise)) return {m_rise, m_rise};
         constexpr double weak = 1e-6;
         double aa = weak, ab = 0.0, bb = weak, ra = weak * own.a, rb = weak * own.b;
-        for (std::size_t k = 0; k < size(); ++k) {
-            const Row w = row(k, lengths);
+        for (const Row& w : rows) {
             aa += w.A * w.A;
             ab += w.A * w.B;
             bb += w.B * w.B;
@@ -219,65 +299,81 @@ public:
         return {(ra * bb - rb * ab) / det, (rb * aa - ra * ab) / det};
     }
 
+    // A cubic that meets both keys meets the line through them at one place between, at most.
+    bool mayFit(double tolerance) const noexcept {
+        bool crossed = false;
+        double side = 0.0;
+        for (std::size_t k = 0; k < size(); ++k) {
+            const double off = m_sites[m_first + k].y - m_left.y - place(k) * m_rise;
+            if (!(std::abs(off) > tolerance)) continue;
+            if (side * off < 0.0) {
+                if (crossed) return false;
+                crossed = true;
+            }
+            side = off;
+        }
+        return true;
+    }
+
     // Lengths of the handles that suit the sites, with slopes near the given ones: least squares by the method of
     // Levenberg and Marquardt over a selection of the sites. The residual at a given x changes with a handle's length
-    // by its Bernstein weight times (the handle's slope - the slope of the curve there). Nothing where it leaves far
-    // more than the tolerance.
-    std::optional<Lengths> suitableLengths(Rises rises, Lengths lengths, const Interval& a, const Interval& b,
-                                           double tolerance) const noexcept {
+    // by its Bernstein weight times (the handle's slope - the slope of the curve there). What has reached a bound and
+    // wants to leave it stays there while the others move. Nothing where it leaves far more than the tolerance, or is
+    // slow to come near it.
+    std::optional<Lengths> suitableLengths(const Rises& rises, const Lengths& lengths, const Interval& a,
+                                           const Interval& b, double tolerance) const noexcept {
         constexpr std::size_t enough = 16;
-        const std::size_t stride = std::max<std::size_t>(1, size() / enough);
+        struct Picked {
+            double x, y, t;
+        };
+        std::array<Picked, enough> picked{};
+        const std::size_t stride = (size() + enough - 1) / enough;
+        std::size_t count = 0;
+        for (std::size_t k = stride / 2; k < size(); k += stride)
+            picked[count++] = {place(k), m_sites[m_first + k].y - m_left.y, place(k)};
+
+        const std::array<Interval, 4> bounds{a, b, Interval{0.02, 1.0}, Interval{0.02, 1.0}};
         double damping = 1e-3;
         double best = HUGE_VAL;
         std::array<double, 4> p{rises.a, rises.b, lengths.out, lengths.in}, tried = p;
-        std::array<std::array<double, 5>, 4> normal{}; // with the right side
-        for (int step = 0; step < 10; ++step) {
-            std::array<std::array<double, 5>, 4> sums{};
-            double square = 0.0, count = 0.0;
-            for (std::size_t k = stride / 2; k < size(); k += stride) {
-                const FitSite& site = m_sites[m_first + k];
-                const Lengths now{tried[2], tried[3]};
-                const double t = parameter(site.x, now), u = 1.0 - t;
+        NormalEquations equations;
+        constexpr int steps = 10;
+        for (int step = 0; step < steps; ++step) {
+            NormalEquations sums;
+            double largest = 0.0;
+            const double out = tried[2] * tried[0], in = tried[3] * tried[1];
+            const Parameter parameter({tried[2], tried[3]});
+            for (std::size_t k = 0; k < count; ++k) {
+                Picked& at = picked[k];
+                const double t = at.t = parameter.at(at.x, at.t, 0.03), u = 1.0 - t;
                 const double b1 = 3.0 * t * u * u, b2 = 3.0 * t * t * u;
-                const double out = now.out * tried[0], in = now.in * tried[1];
-                const double e = (site.y - m_left.y) - (b1 * out + b2 * (m_rise - in) + t * t * t * m_rise);
-                const double dx = u * u * now.out + 2.0 * u * t * (1.0 - now.in - now.out) + t * t * now.in;
+                const double e = at.y - (b1 * out + b2 * (m_rise - in) + t * t * t * m_rise);
+                const double dx = u * u * tried[2] + 2.0 * u * t * (1.0 - tried[3] - tried[2]) + t * t * tried[3];
                 const double dy = u * u * out + 2.0 * u * t * (m_rise - in - out) + t * t * in;
                 const double slope = dx > 1e-9 ? dy / dx : 0.0;
-                const std::array<double, 4> g{b1 * now.out, -b2 * now.in, b1 * (tried[0] - slope),
-                                              b2 * (slope - tried[1])};
-                square += e * e;
-                count += 1.0;
-                for (std::size_t i = 0; i < 4; ++i) {
-                    for (std::size_t j = 0; j < 4; ++j) sums[i][j] += g[i] * g[j];
-                    sums[i][4] += g[i] * e;
-                }
+                sums.add({b1 * tried[2], -b2 * tried[3], b1 * (tried[0] - slope), b2 * (slope - tried[1])}, e);
+                largest = std::max(largest, std::abs(e));
             }
-            square /= count;
+            const double square = sums.square / static_cast<double>(count);
             if (square < best) {
-                const bool done = square > 0.99 * best || square < 0.09 * tolerance * tolerance;
+                const bool done = square > 0.95 * best || largest < 0.9 * tolerance;
+                const bool slow = step > 2 && square > 0.5 * best && square > 4.0 * tolerance * tolerance;
                 best = square;
                 p = tried;
-                normal = sums;
+                equations = sums;
                 damping *= 0.2;
-                if (done) break;
+                if (done || slow) break;
+                for (std::size_t i = 0; i < 4; ++i)
+                    if (p[i] <= bounds[i].low ? equations.right(i) < 0.0
+                                              : p[i] >= bounds[i].high && equations.right(i) > 0.0)
+                        equations.hold(i);
             } else {
                 damping *= 8.0;
             }
-            auto m = normal;
-            for (std::size_t i = 0; i < 4; ++i) m[i][i] += damping * m[i][i] + 1e-30;
-            for (std::size_t i = 0; i < 4; ++i)
-                for (std::size_t j = 0; j < 4; ++j) {
-                    if (i == j) continue;
-                    const double factor = m[j][i] / m[i][i];
-                    for (std::size_t k = i; k < 5; ++k) m[j][k] -= factor * m[i][k];
-                }
-            for (std::size_t i = 0; i < 4; ++i) tried[i] = p[i] + m[i][4] / m[i][i];
+            const std::array<double, 4> moved = equations.solve(damping);
+            for (std::size_t i = 0; i < 4; ++i) tried[i] = p[i] + moved[i];
             if (!std::isfinite(tried[0] + tried[1] + tried[2] + tried[3])) break;
-            tried[0] = std::clamp(tried[0], a.low, a.high);
-            tried[1] = std::clamp(tried[1], b.low, b.high);
-            tried[2] = std::clamp(tried[2], 0.02, 1.0);
-            tried[3] = std::clamp(tried[3], 0.02, 1.0);
+            for (std::size_t i = 0; i < 4; ++i) tried[i] = std::clamp(tried[i], bounds[i].low, bounds[i].high);
         }
         if (best > tolerance * tolerance) return std::nullopt; // the mean square
         return Lengths{p[2], p[3]};
@@ -294,10 +390,12 @@ public:
     }
 
 private:
-    double parameter(double x, const Lengths& lengths) const noexcept {
-        const double part = (x - m_left.x) / m_width;
-        if (lengths.areThirds()) return part;
-        return SolveBezier(part, {0.0, 0.0, 1.0, 0.0, lengths.out, 0.0, -lengths.in, 0.0}).t;
+    double place(std::size_t k) const noexcept { return (m_sites[m_first + k].x - m_left.x) / m_width; }
+
+    Row row(std::size_t k, double t, const Lengths& lengths) const noexcept {
+        const double u = 1.0 - t;
+        const double b1 = 3.0 * t * u * u, b2 = 3.0 * t * t * u;
+        return {b1 * lengths.out, -b2 * lengths.in, (m_sites[m_first + k].y - m_left.y) - m_rise * (b2 + t * t * t)};
     }
 
     bool isStraight() const noexcept {
@@ -378,6 +476,7 @@ private:
         for (;;) {
             std::vector<Node> reached;
             std::size_t best = 0;
+            m_tried.clear();
             for (const std::size_t from : level) expand(from, to, best, reached);
             std::sort(reached.begin(), reached.end(), [](const Node& a, const Node& b) {
                 return std::tie(b.key, b.kept, a.parent) < std::tie(a.key, a.kept, b.parent);
@@ -457,11 +556,16 @@ private:
             lengths = {};
             return true;
         }
-        if (!m_rules.weighted) return false;
+        if (!m_rules.weighted || !stretch.mayFit(m_rules.tolerance)) return false;
         const Rises own{std::clamp(m_keys[start.key].slope * stretch.width(), bounds.a.low, bounds.a.high),
                         m_keys[to].slope * stretch.width()};
+        // Of two places at one key the second takes what the first has found.
+        const auto known = std::find_if(m_tried.begin(), m_tried.end(),
+                                        [&](const Tried& tried) { return tried.from == start.key && tried.to == to; });
+        const bool isKnown = known != m_tried.end();
         const std::optional<Lengths> suitable =
-            stretch.suitableLengths(own, lengths, bounds.a, bounds.b, m_rules.tolerance);
+            isKnown ? known->lengths : stretch.suitableLengths(own, lengths, bounds.a, bounds.b, m_rules.tolerance);
+        if (!isKnown) m_tried.push_back({start.key, to, suitable});
         if (!suitable) return false;
         lengths = *suitable;
         stretch.fillRows(lengths, m_rows);
@@ -522,21 +626,27 @@ private:
         const Rises middle = polygon.middle();
         if (holds && !CutByAll(polygon, m_rows, m_rules.tolerance)) return middle;
         if (!holds) { // nothing better was to be had
-            const Rises best = stretch.leastSquares(node.lengths, own, {});
+            const Rises best = stretch.leastSquares(m_rows, own, {});
             return {std::clamp(best.a, a.low, a.high), std::clamp(best.b, b.low, b.high)};
         }
-        if (!endSlope) return polygon.towards(stretch.leastSquares(node.lengths, own, {}));
+        if (!endSlope) return polygon.towards(stretch.leastSquares(m_rows, own, {}));
         double end = *endSlope * width;
         const Interval range = polygon.slice(end);
-        const double best = stretch.leastSquares(node.lengths, own, end).a;
+        const double best = stretch.leastSquares(m_rows, own, end).a;
         const double margin = 1e-3 * (range.high - range.low);
         if (best > range.low + margin && best < range.high - margin) return {best, end};
         return {std::clamp(best, range.low + margin, range.high - margin), end};
     }
 
+    struct Tried {
+        std::size_t from, to;
+        std::optional<Lengths> lengths;
+    };
+
     const std::vector<FitSite>& m_sites;
     const std::vector<FitKey>& m_keys;
     const FitRules& m_rules;
+    std::vector<Tried> m_tried; // in the level that is looked at
     std::vector<Node> m_nodes;
     std::vector<Row> m_rows; // of the stretch that is looked at
 };

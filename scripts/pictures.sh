@@ -59,6 +59,18 @@ awk 'BEGIN { for (i = 1; i <= 5000; i++) printf "%d %.3f\n", i, (i * 7919 % 1009
 
 # Edits, before and after.
 "$tool" bake "$data/ball.fcrvx" - --to xml --step 4 --curve height --plot "$pictures/bake.svg" >/dev/null
+fit() { # NAME COMMAND FILE [OPTION]...
+    local name=$1 command=$2 file=$3
+    shift 3
+    "$tool" "$command" "$file" - --to xml --plot "$pictures/$name.svg" "$@" >/dev/null 2>&1
+}
+for tolerance in 1 5; do
+    fit fit_noisy_$tolerance fit docs/pictures/noisy.chan --tolerance $tolerance%
+done
+"$tool" bake "$data/ball.fcrvx" - --to xml --curve height >"$folder/baked.fcrvx"
+fit reduce_smooth reduce "$folder/baked.fcrvx" --curve height --tolerance 2%
+fit reduce_broken reduce "$folder/baked.fcrvx" --curve height --tolerance 2% --broken
+rm "$folder/baked.fcrvx"
 for filter in box triangle gaussian savitzky-golay; do
     "$tool" smooth docs/pictures/noisy.chan - --to xml --filter $filter --width 4 \
         --plot "$pictures/smoothing_${filter//-/_}.svg" >/dev/null

@@ -16,6 +16,8 @@ void addPlot(CLI::App& app);
 void addConvert(CLI::App& app);
 void addBake(CLI::App& app);
 void addSmooth(CLI::App& app);
+void addFit(CLI::App& app);
+void addReduce(CLI::App& app);
 void addTransform(CLI::App& app);
 void addFlip(CLI::App& app);
 void addInsert(CLI::App& app);

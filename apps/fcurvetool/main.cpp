@@ -73,6 +73,8 @@ int run(int argc, char** argv) {
     fcurvetool::addConvert(app);
     fcurvetool::addBake(app);
     fcurvetool::addSmooth(app);
+    fcurvetool::addFit(app);
+    fcurvetool::addReduce(app);
     fcurvetool::addTransform(app);
     fcurvetool::addFlip(app);
     fcurvetool::addInsert(app);

@@ -152,6 +152,9 @@ bake ball.fcrvx out.svg --to xml --plot out.svg => out.svg is a file of curves
 bake ball.fcrvx - --step 0 => --step: must be above 0
 bake ball.fcrvx - --step 1e-9 => ball.fcrvx: height: 6.8e+10 samples
 smooth ball.fcrvx - --step 1e-9 => ball.fcrvx: height: 6.8e+10 samples
+fit ball.fcrvx - --step 0 => --step: must be keys, or a number above 0
+reduce ball.fcrvx - --tolerance x% => --tolerance: "x%" is not
+reduce ball.fcrvx - --tolerance -1 => --tolerance: "-1" is not
 smooth ball.fcrvx - --filter nice => --filter: "nice" is not
 bake ball.fcrvx => OUTPUT is required, or --in-place
 bake ball.fcrvx ball.fcrvx => ball.fcrvx is the input, too; give --in-place
@@ -347,6 +350,8 @@ TEST_F(Tool, EditsChangeTheChosenCurveOnly) {
         {"bake --step 0.1 --range 0.25:9", 9.0, 18.0, 90, ""},
         {"bake --step 3", 9.0, 18.0, 5, ""}, // widened to 12
         {"smooth --width 1 --filter triangle", 5.0, 10.0, 0, ""},
+        {"fit --tolerance 0.1%", 3.0, 6.0, 2, ""},
+        {"reduce --tolerance 0.01", 3.0, 6.0, 2, ""},
         {"transform --scale-value 3 --move-time 10", 15.0, 30.0, 2, ""},
         {"flip time", 2.0, 16.0, 2, ""},
         {"flip value --value 1", 2.0, -2.0, 2, ""},

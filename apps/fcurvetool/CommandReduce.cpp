@@ -1,0 +1,55 @@
+#include "Commands.h"
+#include "EditCommand.h"
+#include "FitOption.h"
+
+#include <CLI/CLI.hpp>
+#include <FCurveLib/Extents.h>
+#include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Segment.h>
+
+#include <iterator>
+
+namespace fcurvetool {
+
+using namespace VEM_FN::FCurveLib;
+
+namespace {
+
+struct ReduceOptions {
+    EditOptions edit;
+    FitCommandOptions fit;
+    std::string range;
+};
+
+void reduce(ReduceOptions& options) {
+    const ToleranceOption tolerance = parseFitOptions(options.fit);
+    const auto range = parseRange(options.range);
+    options.edit.caption = ": tolerance " + options.fit.tolerance;
+    FitReports reports;
+    runEdit(options.edit, "reducing", [&](FCurve& curve) -> std::string {
+        if (curve.size() < 3) return {};
+        const double first = range ? range->low : curve.begin()->getRightKey()->getX();
+        const double last = range ? range->high : std::prev(curve.end())->getLeftKey()->getX();
+        Rectangle<double> extents;
+        GetInteriorExtents(curve, extents);
+        return reports.add(curve, ReduceCurve(curve, first, last, tolerance.of(extents.y, extents.y + extents.height),
+                                              options.fit.fit));
+    });
+    reports.print(options.edit.output);
+}
+
+} // namespace
+
+void addReduce(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("reduce", "Remove keys as long as curves hardly change");
+    auto options = std::make_shared<ReduceOptions>();
+    addEditOptions(*command, options->edit);
+    addRangeOption(*command, options->range);
+    addFitOptions(*command, options->fit);
+    command->footer(
+        "The curve is nowhere farther than the tolerance from what it was, between the keys as well. Locked "
+        "and selected keys, breakdowns, steps, formulas and everything outside the range stay.");
+    command->callback([options] { reduce(*options); });
+}
+
+} // namespace fcurvetool

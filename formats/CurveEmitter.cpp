@@ -21,22 +21,22 @@ using PropertyCall = void (FormatInterface::*)(const char* key, const char* valu
 
 // Editor properties have calls of their own, or are no business of files.
 template<class Part>
-void emitProperties(const Part& part, FormatInterface& target, PropertyCall call) {
+void EmitProperties(const Part& part, FormatInterface& target, PropertyCall call) {
     for (auto property = part.beginProperties(); property != part.endProperties(); ++property) {
         if (IsEditorKeyString(property->first.c_str())) continue;
         (target.*call)(property->first.c_str(), property->second.c_str());
     }
 }
 
-void emitTangent(const Tangent& tangent, FormatInterface& target) {
+void EmitTangent(const Tangent& tangent, FormatInterface& target) {
     target.tangentType(tangent.getType());
     target.tangentWeighted(tangent.isWeighted());
     target.tangentWeightLocked(tangent.isWeightLocked());
     target.tangentVector(tangent.getX(), tangent.getY());
-    emitProperties(tangent, target, &FormatInterface::tangentProperty);
+    EmitProperties(tangent, target, &FormatInterface::tangentProperty);
 }
 
-void emitSegment(const Segment& segment, FormatInterface& target, std::string& expression) {
+void EmitSegment(const Segment& segment, FormatInterface& target, std::string& expression) {
     const Interpolator* const interpolator = Read::interpolator(segment);
     if (interpolator) {
         InterpolatorFactory::getExpression(*interpolator, expression);
@@ -44,27 +44,27 @@ void emitSegment(const Segment& segment, FormatInterface& target, std::string& e
         expression = "0";
     }
     target.startSegment(expression.c_str());
-    emitProperties(segment, target, &FormatInterface::segmentProperty);
+    EmitProperties(segment, target, &FormatInterface::segmentProperty);
     target.startOutTangent();
-    emitTangent(*Read::outTangent(segment), target);
+    EmitTangent(*Read::outTangent(segment), target);
     target.finishOutTangent();
     target.startInTangent();
-    emitTangent(*Read::inTangent(segment), target);
+    EmitTangent(*Read::inTangent(segment), target);
     target.finishInTangent();
     target.finishSegment();
 }
 
-void emitKeyframe(const Keyframe& key, FormatInterface& target) {
+void EmitKeyframe(const Keyframe& key, FormatInterface& target) {
     target.startKeyframe();
     target.keyframePosition(key.getX(), key.getY());
     target.keyframeLocked(*key.getProperty("fc_lock") != '\0');
     target.keyframeBreakdown(key.isBreakdown());
     target.keyframeTangentsUnified(key.isTangentsUnified());
-    emitProperties(key, target, &FormatInterface::keyframeProperty);
+    EmitProperties(key, target, &FormatInterface::keyframeProperty);
     target.finishKeyframe();
 }
 
-void emitDisplay(const FCurve& curve, FormatInterface& target) {
+void EmitDisplay(const FCurve& curve, FormatInterface& target) {
     target.curveVisible(IsVisible(curve));
     target.curveLocked(IsLocked(curve));
     target.curveShowVelocity(IsVelocityVisible(curve));
@@ -80,28 +80,28 @@ void emitDisplay(const FCurve& curve, FormatInterface& target) {
 
 } // namespace
 
-bool emitCurve(const FCurve& curve, FormatInterface& target) {
+bool EmitCurve(const FCurve& curve, FormatInterface& target) {
     if (!target.startCurve(curve.getName())) return true;
-    emitDisplay(curve, target);
-    emitProperties(curve, target, &FormatInterface::curveProperty);
+    EmitDisplay(curve, target);
+    EmitProperties(curve, target, &FormatInterface::curveProperty);
 
     target.startSegmentContainer();
     std::string expression; // one buffer for all segments
     for (const Segment& segment : curve) {
-        emitSegment(segment, target, expression);
-        if (const Keyframe* const key = Read::rightKey(segment)) emitKeyframe(*key, target);
+        EmitSegment(segment, target, expression);
+        if (const Keyframe* const key = Read::rightKey(segment)) EmitKeyframe(*key, target);
     }
     target.finishSegmentContainer();
     return target.finishCurve();
 }
 
-void emitContainer(const FCurveContainer& container, FormatInterface& target) {
+void EmitContainer(const FCurveContainer& container, FormatInterface& target) {
     target.startCurveContainer();
     for (auto property = container.beginProperties(); property != container.endProperties(); ++property) {
         target.containerProperty(property->first.c_str(), property->second.c_str());
     }
     for (const FCurve& curve : container) {
-        if (!emitCurve(curve, target)) break;
+        if (!EmitCurve(curve, target)) break;
     }
     target.finishCurveContainer();
 }

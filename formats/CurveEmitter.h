@@ -12,8 +12,8 @@ namespace Private {
 // writers. A segment without an interpolator, which evaluates to 0, is emitted as the number "0".
 
 // Returns whether the target wants further curves.
-bool emitCurve(const FCurve& curve, FormatInterface& target);
-void emitContainer(const FCurveContainer& container, FormatInterface& target);
+bool EmitCurve(const FCurve& curve, FormatInterface& target);
+void EmitContainer(const FCurveContainer& container, FormatInterface& target);
 
 } // namespace Private
 

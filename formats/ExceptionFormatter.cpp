@@ -21,14 +21,14 @@ inline namespace v19 {
 namespace {
 
 // Printable as it stands: control characters would steer a terminal or break the line. UTF-8 passes.
-std::string printable(const char* text) {
+std::string Printable(const char* text) {
     std::string result = Private::orEmpty(text);
     std::replace_if(
         result.begin(), result.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7f'; }, '?');
     return result;
 }
 
-std::string positionIn(const std::string& name, std::uint64_t line, std::uint64_t column) {
+std::string PositionIn(const std::string& name, std::uint64_t line, std::uint64_t column) {
     if (line == 0) return name.empty() ? "" : name + ": ";
     const std::string l = std::to_string(line);
     const std::string c = std::to_string(column);
@@ -72,19 +72,19 @@ void ExceptionFormatter::formatException(std::ostream& out) const {
     }
 }
 
-ExceptionFormatter::LibraryFormatter::LibraryFormatter(const char* name) : m_name(printable(name)) {}
+ExceptionFormatter::LibraryFormatter::LibraryFormatter(const char* name) : m_name(Printable(name)) {}
 ExceptionFormatter::LibraryFormatter::LibraryFormatter(const LibraryFormatter&) = default;
 ExceptionFormatter::LibraryFormatter&
 ExceptionFormatter::LibraryFormatter::operator=(const LibraryFormatter&) = default;
 ExceptionFormatter::LibraryFormatter::~LibraryFormatter() = default;
 
 void ExceptionFormatter::LibraryFormatter::setName(const char* name) {
-    m_name = printable(name);
+    m_name = Printable(name);
 }
 
 void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     const auto write = [&](const char* sentence, std::uint64_t line = 0, std::uint64_t column = 0) {
-        out << positionIn(m_name, line, column) << sentence;
+        out << PositionIn(m_name, line, column) << sentence;
     };
 
     try {
@@ -95,9 +95,9 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
         write("This is in no format that is known here.");
     } catch (const BinaryFormat::BinaryError& error) {
         const std::string offset = "at byte " + std::to_string(error.offset()) + ": ";
-        write(((error.offset() > 0 ? offset : "") + printable(error.message())).c_str());
+        write(((error.offset() > 0 ? offset : "") + Printable(error.message())).c_str());
     } catch (const FormatError& error) {
-        const std::string message = printable(error.message());
+        const std::string message = Printable(error.message());
         write(message.empty() ? "The content does not follow its format." : message.c_str(), error.line(),
               error.column());
     }
@@ -133,7 +133,7 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     }
     // expressions
     catch (const DefaultFallbackParser::ParseError& error) {
-        write((printable(error.getMessage()) + " (at character " + std::to_string(error.getPosition() + 1) + ")")
+        write((Printable(error.getMessage()) + " (at character " + std::to_string(error.getPosition() + 1) + ")")
                   .c_str());
     }
     // the rest

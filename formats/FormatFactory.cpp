@@ -15,11 +15,11 @@ using Private::orEmpty;
 
 namespace {
 
-constexpr int headerSize = 1024;
+constexpr int kHeaderSize = 1024;
 
 template<class T>
 typename SimpleListNode<T>::iterator begin() {
-    Private::registerFormats();
+    Private::RegisterFormats();
     return SimpleListNode<T>::begin();
 }
 
@@ -31,12 +31,12 @@ typename SimpleListNode<T>::iterator find(const char* name) {
 }
 
 template<class T>
-T* get(const char* name) {
+T* FindNewest(const char* name) {
     const auto found = find<T>(name);
     return found == SimpleListNode<T>::end() ? nullptr : &*found;
 }
 
-bool recognises(Reader& reader, Stream& stream, Stream& header) {
+bool Recognises(Reader& reader, Stream& stream, Stream& header) {
     header.setPosition(0);
     stream.setPosition(0);
     try {
@@ -49,31 +49,31 @@ bool recognises(Reader& reader, Stream& stream, Stream& header) {
 } // namespace
 
 Reader* FormatFactory::getReader(const char* name) {
-    return get<Reader>(name);
+    return FindNewest<Reader>(name);
 }
 Reader* FormatFactory::getReader(const FormatType& type) {
-    return get<Reader>(type.getFormatName());
+    return FindNewest<Reader>(type.getFormatName());
 }
 Writer* FormatFactory::getWriter(const char* name) {
-    return get<Writer>(name);
+    return FindNewest<Writer>(name);
 }
 Writer* FormatFactory::getWriter(const FormatType& type) {
-    return get<Writer>(type.getFormatName());
+    return FindNewest<Writer>(type.getFormatName());
 }
 
 Reader* FormatFactory::getReader(Stream& stream) {
     stream.setPosition(0);
-    ArrayStream<headerSize> header;
-    const int size = std::min(stream.getSize(), headerSize);
+    ArrayStream<kHeaderSize> header;
+    const int size = std::min(stream.getSize(), kHeaderSize);
     if (size > 0) {
-        char bytes[headerSize];
+        char bytes[kHeaderSize];
         stream.readData(bytes, size);
         header.writeData(bytes, size);
     }
 
     Reader* found = nullptr;
     for (auto reader = begin<Reader>(); !found && reader != SimpleListNode<Reader>::end(); ++reader) {
-        if (recognises(*reader, stream, header)) found = &*reader;
+        if (Recognises(*reader, stream, header)) found = &*reader;
     }
     stream.setPosition(0);
     return found;

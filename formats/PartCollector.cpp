@@ -40,20 +40,20 @@ double PartCollector::finite(double number) {
 // As a curve keeps its display settings, with six digits: more would be lost in the next document.
 double PartCollector::asKept(double number) {
     std::string digits;
-    appendShortNumber(digits, finite(number));
+    AppendShortNumber(digits, finite(number));
     double kept = 0.0;
-    parseNumber(digits, kept);
+    ParseNumber(digits, kept);
     return kept;
 }
 
 const char* PartCollector::text(const char* text) {
     const std::size_t length = std::strlen(orEmpty(text));
-    if (length > m_limits.text) refuse(Refusal::Limit, textTooLong(length, m_limits.text));
+    if (length > m_limits.text) refuse(Refusal::Limit, TextTooLong(length, m_limits.text));
     return orEmpty(text);
 }
 
 void PartCollector::count(std::size_t& counted, std::size_t limit, const char* what) {
-    if (counted >= limit) refuse(Refusal::Limit, tooMany(what, limit));
+    if (counted >= limit) refuse(Refusal::Limit, TooMany(what, limit));
     ++counted;
 }
 

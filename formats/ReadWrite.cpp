@@ -17,12 +17,12 @@ inline namespace v19 {
 namespace {
 
 template<class T>
-T& orUnknown(T* format) {
+T& OrUnknown(T* format) {
     if (!format) throw UnknownFormat();
     return *format;
 }
 
-void readCurve(Stream& stream, Reader& reader, FCurve& target) {
+void ReadWith(Stream& stream, Reader& reader, FCurve& target) {
     const std::shared_ptr<FCurve> curve = FCurve::create();
     const FCurve::Switch silence(*curve);
     FCurveFormatInterface builder;
@@ -31,18 +31,18 @@ void readCurve(Stream& stream, Reader& reader, FCurve& target) {
     target.swap(*curve);
 }
 
-void writeCurve(const FCurve& curve, Stream& stream, Writer& writer) {
+void WriteWith(const FCurve& curve, Stream& stream, Writer& writer) {
     const Writer::StreamLink link(writer, stream);
-    Private::emitCurve(curve, writer);
+    Private::EmitCurve(curve, writer);
 }
 
-void writeCurves(const FCurveContainer& container, Stream& stream, Writer& writer) {
+void WriteAllWith(const FCurveContainer& container, Stream& stream, Writer& writer) {
     const Writer::StreamLink link(writer, stream);
-    Private::emitContainer(container, writer);
+    Private::EmitContainer(container, writer);
 }
 
 // Returns whether the container's observers missed something.
-bool readSilently(Stream& stream, Reader& reader, FCurveContainer& container, std::exception_ptr& error) {
+bool ReadSilently(Stream& stream, Reader& reader, FCurveContainer& container, std::exception_ptr& error) {
     const FCurveContainer::Switch silence(container);
     ContainerInterface builder(container);
     try {
@@ -56,16 +56,16 @@ bool readSilently(Stream& stream, Reader& reader, FCurveContainer& container, st
 } // namespace
 
 void ReadCurve(Stream& stream, const char* format, FCurve& curve) {
-    readCurve(stream, orUnknown(FormatFactory::getReader(format)), curve);
+    ReadWith(stream, OrUnknown(FormatFactory::getReader(format)), curve);
 }
 void ReadCurve(Stream& stream, const FormatType& format, FCurve& curve) {
-    readCurve(stream, orUnknown(FormatFactory::getReader(format)), curve);
+    ReadWith(stream, OrUnknown(FormatFactory::getReader(format)), curve);
 }
 
 FormatType ReadCurves(Stream& stream, FCurveContainer& container) {
-    Reader& reader = orUnknown(FormatFactory::getReader(stream));
+    Reader& reader = OrUnknown(FormatFactory::getReader(stream));
     std::exception_ptr error;
-    if (readSilently(stream, reader, container, error)) container.notifyChanged();
+    if (ReadSilently(stream, reader, container, error)) container.notifyChanged();
     if (error) std::rethrow_exception(error);
     return reader.getFormatType();
 }
@@ -79,16 +79,16 @@ void ReadFCurveFromString(const std::string& data, const char* format, FCurve& c
 }
 
 void WriteCurve(const FCurve& curve, Stream& stream, const char* format) {
-    writeCurve(curve, stream, orUnknown(FormatFactory::getWriter(format)));
+    WriteWith(curve, stream, OrUnknown(FormatFactory::getWriter(format)));
 }
 void WriteCurve(const FCurve& curve, Stream& stream, const FormatType& format) {
-    writeCurve(curve, stream, orUnknown(FormatFactory::getWriter(format)));
+    WriteWith(curve, stream, OrUnknown(FormatFactory::getWriter(format)));
 }
 void WriteCurves(const FCurveContainer& container, Stream& stream, const char* format) {
-    writeCurves(container, stream, orUnknown(FormatFactory::getWriter(format)));
+    WriteAllWith(container, stream, OrUnknown(FormatFactory::getWriter(format)));
 }
 void WriteCurves(const FCurveContainer& container, Stream& stream, const FormatType& format) {
-    writeCurves(container, stream, orUnknown(FormatFactory::getWriter(format)));
+    WriteAllWith(container, stream, OrUnknown(FormatFactory::getWriter(format)));
 }
 
 void WriteFCurveToString(const FCurve& curve, const char* format, std::string& out) {

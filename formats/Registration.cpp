@@ -16,7 +16,7 @@ namespace {
 bool g_begun = false; // a plain flag, set while the library is loaded: registration itself comes back here
 }
 
-Registered registerFormats() {
+Registered RegisterFormats() {
     if (g_begun) return {};
     g_begun = true;
 
@@ -35,7 +35,7 @@ Registered registerFormats() {
 }
 
 namespace {
-[[maybe_unused]] const Registered g_atLoad = registerFormats();
+[[maybe_unused]] const Registered g_atLoad = RegisterFormats();
 }
 
 } // namespace Private

@@ -12,7 +12,7 @@ struct Registered {};
 
 // Constructs them, at the first call. Runs when the library is loaded; whoever looks at the lists or adds to them calls
 // it too, because other static objects may come first, and so that a static library links Registration.cpp at all.
-Registered registerFormats();
+Registered RegisterFormats();
 
 } // namespace Private
 

@@ -15,7 +15,7 @@ namespace Private {
 constexpr const char* kTangentTypes[] = {"fixed", "flat", "linear", "smooth", "smoothContinued", "clamped", "plateau"};
 
 // std::size(kTangentTypes) for another word.
-inline std::size_t tangentTypeOf(std::string_view word) noexcept {
+inline std::size_t TangentTypeOf(std::string_view word) noexcept {
     std::size_t type = 0;
     while (type < std::size(kTangentTypes) && word != kTangentTypes[type]) ++type;
     return type;

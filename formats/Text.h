@@ -20,13 +20,13 @@ inline const char* orEmpty(const char* text) noexcept {
 // --- characters, or -1 at the end of a text
 // ---------------------------------------------------------------------------
 
-inline bool isBlank(int c) noexcept {
+inline bool IsBlank(int c) noexcept {
     return c == ' ' || c == '\t' || c == '\v' || c == '\f';
 }
-inline bool isLineEnd(int c) noexcept {
+inline bool IsLineEnd(int c) noexcept {
     return c == '\n' || c == '\r' || c == -1;
 }
-inline bool isSpace(int c) noexcept {
+inline bool IsSpace(int c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
@@ -34,17 +34,17 @@ inline bool isSpace(int c) noexcept {
 // ----------------------------------------------------------------------------------------------------------
 
 // Appends the shortest text that reads back to the same bits, in the C locale. Precondition: finite.
-void appendNumber(std::string& text, double number);
+void AppendNumber(std::string& text, double number);
 // Appends the number as an output stream formats a double by default: six significant digits. Precondition: finite.
-void appendShortNumber(std::string& text, double number);
+void AppendShortNumber(std::string& text, double number);
 
 // Reads a text that is a decimal number as a whole: [+-] digits [. digits] [e [+-] digits], digits on one side of the
 // point at least. No white space, no "inf", no "nan", no hexadecimal. Numbers too small for a double become a zero of
 // their sign; false for those too large, as for any other text.
-bool parseNumber(std::string_view text, double& number) noexcept;
+bool ParseNumber(std::string_view text, double& number) noexcept;
 
 // Reads "1.0" as a whole: two numbers of at most six digits with a point between them.
-bool parseVersion(std::string_view text, unsigned& major, unsigned& minor) noexcept;
+bool ParseVersion(std::string_view text, unsigned& major, unsigned& minor) noexcept;
 
 // --- messages
 // ---------------------------------------------------------------------------------------------------------
@@ -52,14 +52,14 @@ bool parseVersion(std::string_view text, unsigned& major, unsigned& minor) noexc
 constexpr const char* kKeyOutOfOrder = "The key does not come after the one before it.";
 constexpr const char* kKeyAtEnd = "The last key is not followed by a segment.";
 
-std::string expectedFound(const std::string& expected, const std::string& found);
-std::string textTooLong(std::size_t length, std::size_t limit);
-std::string tooMany(const char* what, std::size_t limit);
-std::string unsupportedVersion(unsigned major, unsigned minor, unsigned supported);
+std::string ExpectedFound(const std::string& expected, const std::string& found);
+std::string TextTooLong(std::size_t length, std::size_t limit);
+std::string TooMany(const char* what, std::size_t limit);
+std::string VersionMessage(unsigned major, unsigned minor, unsigned supported);
 
 // A foreign text for a message to people: in double quotes, cut to a readable length, anything but printable ASCII
 // replaced by '?'.
-std::string quoted(std::string_view text);
+std::string Quoted(std::string_view text);
 
 } // namespace Private
 

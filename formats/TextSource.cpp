@@ -17,11 +17,11 @@ constexpr std::int64_t kPiece = 65536;
 
 TextSource::TextSource(Stream& stream)
     : m_stream(stream), m_remaining(std::int64_t{stream.getSize()} - stream.getPosition()) {
-    if (peek() != kEnd && m_end - m_next >= 3 && std::memcmp(m_next, "\xEF\xBB\xBF", 3) == 0) m_next += 3;
+    if (peek() != noByte && m_end - m_next >= 3 && std::memcmp(m_next, "\xEF\xBB\xBF", 3) == 0) m_next += 3;
 }
 
 int TextSource::fill() {
-    if (m_remaining <= 0) return kEnd;
+    if (m_remaining <= 0) return noByte;
     const auto count = static_cast<int>(std::min(m_fetched == 0 ? kFirstPiece : kPiece, m_remaining));
     m_piece.resize(static_cast<std::size_t>(count));
     m_stream.readData(m_piece.data(), count);

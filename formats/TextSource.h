@@ -17,17 +17,17 @@ namespace Private {
 // a lone CR end lines. Exceptions of the stream pass through.
 class TextSource {
 public:
-    static constexpr int kEnd = -1;
+    static constexpr int noByte = -1;
 
     explicit TextSource(Stream& stream);
 
-    // The next byte, 0 to 255, or kEnd.
+    // The next byte, 0 to 255, or noByte.
     int peek() { return m_next != m_end ? static_cast<unsigned char>(*m_next) : fill(); }
 
     // Likewise, and goes past it.
     int take() {
         const int c = peek();
-        if (c == kEnd) return c;
+        if (c == noByte) return c;
         ++m_next;
         if (c == '\n' || c == '\r') {
             if (c == '\n' && m_afterReturn) --m_line; // counted with the CR

@@ -33,13 +33,13 @@ public:
     TextSource& source() noexcept { return m_source; }
 
     void skipSpace() {
-        while (isSpace(m_source.peek())) m_source.take();
+        while (IsSpace(m_source.peek())) m_source.take();
     }
 
     void next(Word& word) {
         next(word, m_punctuation);
         while (!m_comment.empty() && word.text.compare(0, m_comment.size(), m_comment) == 0) {
-            while (!isLineEnd(m_source.peek())) m_source.take();
+            while (!IsLineEnd(m_source.peek())) m_source.take();
             next(word, m_punctuation);
         }
     }
@@ -56,7 +56,7 @@ private:
         const auto isPunctuation = [&](int c) {
             return punctuation.find(static_cast<char>(c)) != std::string_view::npos;
         };
-        for (int c = m_source.peek(); c != TextSource::kEnd && !isSpace(c); c = m_source.peek()) {
+        for (int c = m_source.peek(); c != TextSource::noByte && !IsSpace(c); c = m_source.peek()) {
             if (isPunctuation(c) && !word.text.empty()) return;
             if (word.text.size() >= m_longest) {
                 word.isTooLong = true;
@@ -99,18 +99,18 @@ protected:
     }
     [[noreturn]] void refuse(const std::string& expected) const {
         raise<typename Errors::UnexpectedWord>(
-            expectedFound(expected, atEnd() ? "the end of the text" : quoted(m_word.text)), m_word);
+            ExpectedFound(expected, atEnd() ? "the end of the text" : Quoted(m_word.text)), m_word);
     }
 
     void expect(const char* word) {
-        if (!at(word)) refuse(quoted(word));
+        if (!at(word)) refuse(Quoted(word));
         next();
     }
     double readNumber() {
         double number = 0.0;
-        if (!parseNumber(m_word.text, number)) {
+        if (!ParseNumber(m_word.text, number)) {
             if (atEnd() || at("}")) refuse("a number");
-            raise<typename Errors::BadNumber>(expectedFound("a number", quoted(m_word.text)), m_word);
+            raise<typename Errors::BadNumber>(ExpectedFound("a number", Quoted(m_word.text)), m_word);
         }
         next();
         return number;

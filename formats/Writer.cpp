@@ -7,7 +7,7 @@ inline namespace v19 {
 
 template class SimpleListNode<Writer>;
 
-Writer::Writer(const FormatType& type) : Writer(type, Private::registerFormats()) {}
+Writer::Writer(const FormatType& type) : Writer(type, Private::RegisterFormats()) {}
 Writer::Writer(const FormatType& type, Private::Registered) : m_type(type) {}
 Writer::~Writer() = default;
 

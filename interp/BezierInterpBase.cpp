@@ -16,7 +16,7 @@ using Private::TwoPoints;
 BezierArgs Private::StatedArgs(const Interpolator& interpolator, const Segment& segment) {
     double x0 = 0.0, y0 = 0.0, x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0, x3 = 0.0, y3 = 0.0;
     static_cast<const BezierInterpBase&>(interpolator).getBezierArgs(segment, x0, y0, x1, y1, x2, y2, x3, y3);
-    return BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+    return BezierArgs::fromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
 }
 
 BezierArgs Private::ThirdsArgs(const Segment& segment, double out, double in) noexcept {

@@ -124,7 +124,7 @@ double Private::BezierX(const BezierPlace& at, const BezierArgs& p) noexcept {
 double Private::BezierSlope(const BezierPlace& at, const BezierArgs& p) noexcept {
     const double dx = DifferencesX(p).derivative(at);
     const double dy = DifferencesY(p).derivative(at);
-    if (NearZero(dx)) return dy < 0.0 ? -verticalSlope : verticalSlope;
+    if (NearZero(dx)) return dy < 0.0 ? -kVerticalSlope : kVerticalSlope;
     if (NearZero(dy)) return 0.0;
     return dy / dx;
 }
@@ -134,7 +134,7 @@ double Private::BezierSecond(const BezierPlace& at, const BezierArgs& p) noexcep
     const Differences y = DifferencesY(p);
     const double dx = x.derivative(at);
     const double turn = dx * y.second(at) - y.derivative(at) * x.second(at);
-    if (NearZero(dx)) return turn < 0.0 ? -verticalSlope : turn > 0.0 ? verticalSlope : 0.0;
+    if (NearZero(dx)) return turn < 0.0 ? -kVerticalSlope : turn > 0.0 ? kVerticalSlope : 0.0;
     return turn / (dx * dx * dx);
 }
 
@@ -199,7 +199,7 @@ void Private::ShortenBezierHandles(BezierArgs& p) noexcept {
 
 void Private::MakeBezierMonotonic(double x0, double y0, double& x1, double& y1, double& x2, double& y2, double x3,
                                   double y3) noexcept {
-    const BezierArgs given = BezierArgs::FromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
+    const BezierArgs given = BezierArgs::fromPoints(x0, y0, x1, y1, x2, y2, x3, y3);
     BezierArgs p = given;
     MakeBezierMonotonic(p);
     const double width = x3 - x0;

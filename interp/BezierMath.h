@@ -20,7 +20,7 @@ struct BezierArgs {
     double outX, outY;
     double inX, inY;
 
-    static BezierArgs FromPoints(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
+    static BezierArgs fromPoints(double x0, double y0, double x1, double y1, double x2, double y2, double x3,
                                  double y3) noexcept {
         return {x0, y0, x3, y3, x1 - x0, y1 - y0, x2 - x3, y2 - y3};
     }
@@ -39,7 +39,7 @@ struct BezierPlace {
 };
 
 // Reported as the slope where the curve is vertical, with the sign of the direction in which it runs.
-constexpr double verticalSlope = 9999999.0;
+constexpr double kVerticalSlope = 9999999.0;
 
 // --- polynomials -----------------------------------------------------------------------------------------------------
 
@@ -187,7 +187,7 @@ inline BezierPlace SolveBezier(double x, const BezierArgs& p) noexcept {
 }
 // Its parameter, for control abscissae x0 to x3.
 inline double SolveBezierT(double x, double x0, double x1, double x2, double x3) noexcept {
-    return SolveBezier(x, BezierArgs::FromPoints(x0, 0.0, x1, 0.0, x2, 0.0, x3, 0.0)).t;
+    return SolveBezier(x, BezierArgs::fromPoints(x0, 0.0, x1, 0.0, x2, 0.0, x3, 0.0)).t;
 }
 
 // --- value and derivatives -------------------------------------------------------------------------------------------

@@ -59,7 +59,7 @@ bool Formula::usesTangents() const {
 double Formula::getFirstDerivative(double x, const Segment& segment) const {
     double slope = Differentiate(*this, x, segment).d1;
     if (std::isnan(slope)) slope = Interpolator::getFirstDerivative(x, segment);
-    return std::isinf(slope) ? std::copysign(verticalSlope, slope) : slope;
+    return std::isinf(slope) ? std::copysign(kVerticalSlope, slope) : slope;
 }
 
 double Formula::getSecondDerivative(double x, const Segment& segment) const {

@@ -26,21 +26,21 @@ using Code = FormulaProgram::Code;
 
 // --- vocabulary ------------------------------------------------------------------------------------------------------
 
-constexpr double pi = 3.14159265358979323846;
-constexpr double euler = 2.71828182845904523536;
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kEuler = 2.71828182845904523536;
 
 struct Function {
     std::string_view name;
     Code code;
 };
-constexpr Function functions[] = {
+constexpr Function kFunctions[] = {
     {"sin", Code::Sin},     {"cos", Code::Cos}, {"tan", Code::Tan},   {"asin", Code::Asin}, {"acos", Code::Acos},
     {"atan", Code::Atan},   {"exp", Code::Exp}, {"log", Code::Log},   {"ceil", Code::Ceil}, {"floor", Code::Floor},
     {"round", Code::Round}, {"abs", Code::Abs}, {"sqrt", Code::Sqrt},
 };
 
 const Function* FindFunction(std::string_view name) noexcept {
-    for (const Function& function : functions)
+    for (const Function& function : kFunctions)
         if (function.name == name) return &function;
     return nullptr;
 }
@@ -56,11 +56,11 @@ struct Operator {
     std::optional<Code> leftX; // x op accumulator
     std::optional<Code> leftNumber;
 };
-constexpr Operator sumOperators[] = {
+constexpr Operator kSumOperators[] = {
     {TokenKind::Plus, Code::Add, {}, Code::AddX, Code::AddNumber, Code::AddX, Code::AddNumber},
     {TokenKind::Minus, Code::Subtract, {}, Code::SubtractX, Code::SubtractNumber, Code::FromX, Code::FromNumber},
 };
-constexpr Operator productOperators[] = {
+constexpr Operator kProductOperators[] = {
     {TokenKind::Times,
      Code::Multiply,
      {},
@@ -71,14 +71,14 @@ constexpr Operator productOperators[] = {
     {TokenKind::Divide, Code::Divide, {}, Code::DivideX, Code::DivideNumber, Code::XDivided, Code::NumberDivided},
     {TokenKind::Modulo, Code::Modulo, Code::ReverseModulo, {}, {}, {}, {}},
 };
-constexpr Operator powerOperators[] = {
+constexpr Operator kPowerOperators[] = {
     {TokenKind::Power, Code::Power, Code::ReversePower, {}, Code::PowerNumber, {}, {}},
 };
 
 // --- messages --------------------------------------------------------------------------------------------------------
 
-constexpr char unknownError[] = "There is an unknown error in the expression.";
-constexpr char makerFailed[] = "An unknown error prevented the expression from being parsed.";
+constexpr char kUnknownError[] = "There is an unknown error in the expression.";
+constexpr char kMakerFailed[] = "An unknown error prevented the expression from being parsed.";
 
 std::string ExpectedButFound(const char* expected, TokenKind found) {
     return std::string("There is an error in the expression. A ") + expected + " was expected, but " + Describe(found)
@@ -119,7 +119,7 @@ private:
     void advance() {
         m_end = m_token.end;
         m_token = m_tokenizer.next();
-        if (m_token.kind == TokenKind::Error) throw Parser::ErrorToken(unknownError, m_token.begin);
+        if (m_token.kind == TokenKind::Error) throw Parser::ErrorToken(kUnknownError, m_token.begin);
     }
     bool take(TokenKind kind) {
         if (m_token.kind != kind) return false;
@@ -160,8 +160,8 @@ private:
         return {std::make_shared<Formula>(std::move(program), text), number};
     }
 
-    Operand sum() { return chain(sumOperators, &Compiler::product); }
-    Operand product() { return chain(productOperators, &Compiler::sign); }
+    Operand sum() { return chain(kSumOperators, &Compiler::product); }
+    Operand product() { return chain(kProductOperators, &Compiler::sign); }
 
     // next { operator next }, from left to right
     template<std::size_t count>
@@ -172,7 +172,7 @@ private:
     }
 
     Operand sign() {
-        if (m_depth > Parser::getMaxDepth()) throw Parser::ParseError(unknownError, m_token.begin);
+        if (m_depth > Parser::getMaxDepth()) throw Parser::ParseError(kUnknownError, m_token.begin);
         ++m_depth;
         Operand operand;
         if (take(TokenKind::Plus))
@@ -187,7 +187,7 @@ private:
 
     Operand power() {
         const Operand base = primary();
-        const Operator* const op = takeOperator(powerOperators);
+        const Operator* const op = takeOperator(kPowerOperators);
         return op ? combine(*op, base, right(base, &Compiler::sign)) : base;
     }
 
@@ -215,8 +215,8 @@ private:
 
     Operand name(const Token& token) {
         if (token.text == "x") return {Operand::X};
-        if (token.text == "pi") return {Operand::Number, pi};
-        if (token.text == "e") return {Operand::Number, euler};
+        if (token.text == "pi") return {Operand::Number, kPi};
+        if (token.text == "e") return {Operand::Number, kEuler};
         if (FindFunction(token.text)) {
             if (m_token.kind == TokenKind::End) throwUnexpectedEnd(m_token.begin);
             throw Parser::UnexpectedToken(ExpectedButFound("\"(\"", m_token.kind), m_token.begin);
@@ -268,7 +268,7 @@ private:
         } catch (const std::bad_alloc&) {
             throw;
         } catch (...) {
-            throw Parser::ParseError(makerFailed, token.begin);
+            throw Parser::ParseError(kMakerFailed, token.begin);
         }
         return nullptr;
     }
@@ -344,7 +344,7 @@ private:
     }
 
     void append(FormulaProgram& program, const FormulaProgram::Operation& operation) const {
-        if (!program.append(operation)) throw Parser::ParseError(unknownError, m_token.begin);
+        if (!program.append(operation)) throw Parser::ParseError(kUnknownError, m_token.begin);
     }
 
     // accumulator op right

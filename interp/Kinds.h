@@ -68,13 +68,13 @@ enum class Image : std::uint8_t {
 
 // What the values on a segment depend on besides x: bits.
 using Reads = unsigned;
-constexpr Reads readsLeftKey = 1;
-constexpr Reads readsRightKey = 2;
-constexpr Reads readsTangents = 4;    // of the segment
-constexpr Reads readsNextKeys = 8;    // where the keys next to the segment's own are
-constexpr Reads readsNeighbours = 16; // the segments on both sides, and whatever these read
-constexpr Reads readsCurve = 32;      // everything between the curve's first and last key
-constexpr Reads readsAnything = 63;
+constexpr Reads kReadsLeftKey = 1;
+constexpr Reads kReadsRightKey = 2;
+constexpr Reads kReadsTangents = 4;    // of the segment
+constexpr Reads kReadsNextKeys = 8;    // where the keys next to the segment's own are
+constexpr Reads kReadsNeighbours = 16; // the segments on both sides, and whatever these read
+constexpr Reads kReadsCurve = 32;      // everything between the curve's first and last key
+constexpr Reads kReadsAnything = 63;
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order in which a row is read
 struct KindRow {

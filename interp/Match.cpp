@@ -91,7 +91,7 @@ bool Wraps(Quantity quantity, const Interpolator* interpolator) noexcept {
 
 // Whether the interpolator can be asked on this segment without asking a match back.
 bool IsSafe(const Private::KindRow& kind, const Interpolator& interpolator, const Segment& segment) noexcept {
-    constexpr Private::Reads unsafe = Private::readsNeighbours | Private::readsCurve;
+    constexpr Private::Reads unsafe = Private::kReadsNeighbours | Private::kReadsCurve;
     return !(kind.reads & unsafe) || !(Private::ReadsOf(&interpolator, segment) & unsafe);
 }
 
@@ -161,7 +161,7 @@ double End(Quantity quantity, const Segment& segment, Side side) {
     if (!interpolator) return 0.0;
 
     const double found = Contribution(quantity, *interpolator, *neighbour, key, side);
-    const bool vertical = quantity == Quantity::Slope && std::abs(found) == Private::verticalSlope;
+    const bool vertical = quantity == Quantity::Slope && std::abs(found) == Private::kVerticalSlope;
     return std::isfinite(found) && !vertical ? found : FlatAt(quantity, key);
 }
 

@@ -15,7 +15,7 @@ inline namespace v19 {
 
 namespace Private {
 
-constexpr double mostDistance = std::numeric_limits<double>::max();
+constexpr double kMostDistance = std::numeric_limits<double>::max();
 
 // distance = n * span + rest, with n whole and 0 <= rest <= span.
 struct Period {
@@ -24,7 +24,7 @@ struct Period {
 
     // Precondition: the distance is finite, the span positive.
     Period(double distance, double span) noexcept
-        : n(std::clamp(std::floor(distance / span), -mostDistance, mostDistance)), rest(distance) {
+        : n(std::clamp(std::floor(distance / span), -kMostDistance, kMostDistance)), rest(distance) {
         constexpr double exact = 0x1p53;
         if (std::abs(n) >= exact) {
             rest = std::fmod(distance, span);
@@ -43,7 +43,7 @@ struct Period {
 // From the first key to x, which is finite; between keys at opposite ends of the doubles it may overflow.
 template<class Part>
 double DistanceTo(const Part& part, double x) noexcept {
-    return std::clamp(x - part.begin(), -mostDistance, mostDistance);
+    return std::clamp(x - part.begin(), -kMostDistance, kMostDistance);
 }
 template<class Part>
 double SpanOf(const Part& part) noexcept {

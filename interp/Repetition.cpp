@@ -17,7 +17,7 @@ Repetition::Repetition(const FCurve& curve, const Keyframe& first, const Keyfram
     : m_curve(&curve), m_first(&first), m_last(&last), m_begin(first.getX()), m_end(last.getX()),
       m_span(m_end - m_begin), m_leading(leading) {}
 
-std::optional<Repetition> Repetition::Find(const Segment& segment) noexcept {
+std::optional<Repetition> Repetition::find(const Segment& segment) noexcept {
     const bool hasLeft = Read::leftKey(segment) != nullptr;
     const bool hasRight = Read::rightKey(segment) != nullptr;
     const FCurve* const curve = Read::curve(segment);
@@ -135,21 +135,21 @@ ValueRange Repetition::mirrorExtents(double x0, double x1) const {
 // --- the kinds -------------------------------------------------------------------------------------------------------
 
 double EvalRepeated(Kind kind, double x, const Segment& segment) {
-    const auto repetition = Repetition::Find(segment);
+    const auto repetition = Repetition::find(segment);
     if (!repetition) return Constant::evaluate(x, segment);
     if (kind == Kind::Mirror) return repetition->evalMirror(x);
     return repetition->evalCycle(x, kind == Kind::CycleOffset ? repetition->rise() : 0.0);
 }
 
 double DifferentiateRepeated(Kind kind, double x, const Segment& segment, int order) {
-    const auto repetition = Repetition::Find(segment);
+    const auto repetition = Repetition::find(segment);
     if (!repetition) return 0.0;
     return kind == Kind::Mirror ? repetition->differentiateMirror(x, order) : repetition->differentiateCycle(x, order);
 }
 
 void RepeatedExtents(Kind kind, const Segment& segment, double x0, double x1, double& minY, double& maxY) {
     ValueRange extents;
-    if (const auto repetition = Repetition::Find(segment))
+    if (const auto repetition = Repetition::find(segment))
         extents = kind == Kind::Mirror
                       ? repetition->mirrorExtents(x0, x1)
                       : repetition->cycleExtents(x0, x1, kind == Kind::CycleOffset ? repetition->rise() : 0.0);

@@ -17,7 +17,7 @@ namespace Private {
 class Repetition {
 public:
     // Nothing for a segment from which there is nothing to repeat: one with no key or two, or of a curve of one key.
-    static std::optional<Repetition> Find(const Segment& segment) noexcept;
+    static std::optional<Repetition> find(const Segment& segment) noexcept;
 
     // Forwards again and again, period n lifted by n * offset: see Repeat.h.
     double evalCycle(double x, double offset) const;

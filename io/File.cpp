@@ -18,7 +18,7 @@ namespace {
 constexpr int kCapacity = 64 * 1024;
 constexpr unsigned kKnownFlags = File::Create | File::Exclusive | File::Truncate;
 
-[[noreturn]] void raiseOpenError(int error) {
+[[noreturn]] void RaiseOpenError(int error) {
     switch (error) {
     case ENOENT:
         throw File::FileDoesntExist();
@@ -33,7 +33,7 @@ constexpr unsigned kKnownFlags = File::Create | File::Exclusive | File::Truncate
 
 // Calls until no signal interrupts it.
 template<class Call>
-int repeat(Call call) {
+int Repeat(Call call) {
     int result = 0;
     do {
         result = call();
@@ -42,9 +42,9 @@ int repeat(Call call) {
 }
 
 // Empties the file behind the descriptor. The access is what it was opened for.
-void truncate(int descriptor, File::Access access) {
+void TruncateFile(int descriptor, File::Access access) {
     if (access == File::Read) throw File::AccessError();
-    if (repeat([=] { return fileCalls.changeSize(descriptor, 0); }) == 0) return;
+    if (Repeat([=] { return fileCalls.changeSize(descriptor, 0); }) == 0) return;
     if (errno == EACCES || errno == EINVAL) throw File::AccessError();
     throw File::CantOpen();
 }
@@ -79,7 +79,7 @@ const char* File::EndOfFile::what() const noexcept {
 File::File()
     : m_pathname("tmpXXXXXX"), m_access(ReadWrite), m_flags(Create | Exclusive), m_temporary(true),
       m_buffer(new char[kCapacity]) {
-    adopt(repeat([this] { return fileCalls.openTemporary(m_pathname.data()); }), "wb+");
+    adopt(Repeat([this] { return fileCalls.openTemporary(m_pathname.data()); }), "wb+");
 }
 
 File::File(const char* path) : File(path, ReadWrite, Create) {}
@@ -91,7 +91,7 @@ File::File(const char* path, Access access, unsigned flags)
       m_flags(flags & kKnownFlags), m_buffer(new char[kCapacity]) {
     int openFlags = O_CLOEXEC | (m_access == Read ? O_RDONLY : m_access == Write ? O_WRONLY : O_RDWR);
     if (m_flags & Create) openFlags |= m_flags & Exclusive ? O_CREAT | O_EXCL : O_CREAT;
-    const int descriptor = repeat([&] { return fileCalls.openPath(m_pathname.c_str(), openFlags, S_IRUSR | S_IWUSR); });
+    const int descriptor = Repeat([&] { return fileCalls.openPath(m_pathname.c_str(), openFlags, S_IRUSR | S_IWUSR); });
 
     // Deliberate: "wb" over an open descriptor does not truncate; only the flag does.
     adopt(descriptor, m_access == Read ? "rb" : m_access == Write ? "wb" : "rb+");
@@ -104,11 +104,11 @@ File::~File() {
 
 // Makes the handle of what the system opened (-1: it refused). Whatever fails, nothing stays behind.
 void File::adopt(int descriptor, const char* mode) {
-    if (descriptor == -1) raiseOpenError(errno);
+    if (descriptor == -1) RaiseOpenError(errno);
     try {
-        if (m_flags & Truncate) truncate(descriptor, m_access);
+        if (m_flags & Truncate) TruncateFile(descriptor, m_access);
         m_handle = fileCalls.wrap(descriptor, mode);
-        if (!m_handle || fileCalls.dropBuffer(m_handle) != 0) raiseOpenError(errno);
+        if (!m_handle || fileCalls.dropBuffer(m_handle) != 0) RaiseOpenError(errno);
     } catch (...) {
         if (m_handle) {
             fileCalls.closeHandle(m_handle);
@@ -146,7 +146,7 @@ int File::getSize() const {
 bool File::flush() noexcept {
     if (m_mode == Mode::Writing) {
         drain();
-        if (!m_lost && repeat([this] { return fileCalls.flush(m_handle); }) != 0) m_lost = true;
+        if (!m_lost && Repeat([this] { return fileCalls.flush(m_handle); }) != 0) m_lost = true;
     }
     return !m_lost;
 }
@@ -252,7 +252,7 @@ bool File::isAtPathname() const noexcept {
 // Flushes, and has the system put everything on the device. Returns whether all of that worked.
 bool File::sync() noexcept {
     if (!flush()) return false;
-    if (repeat([this] { return fileCalls.sync(m_handle); }) == 0) return true;
+    if (Repeat([this] { return fileCalls.sync(m_handle); }) == 0) return true;
     return errno == EINVAL || errno == ENOSYS || errno == ENOTSUP; // nothing to ask on this kind of file system
 }
 

@@ -5,7 +5,7 @@ inline namespace v19 {
 
 namespace {
 
-File::Access toFileAccess(FileStream::Access access) {
+File::Access ToFileAccess(FileStream::Access access) {
     switch (access) {
     case FileStream::Write:
         return File::Write;
@@ -23,10 +23,10 @@ FileStream::FileStream() : m_file(std::make_unique<File>()) {}
 
 FileStream::FileStream(const char* path) : m_file(std::make_unique<File>(path)) {}
 
-FileStream::FileStream(const char* path, Access access) : m_file(std::make_unique<File>(path, toFileAccess(access))) {}
+FileStream::FileStream(const char* path, Access access) : m_file(std::make_unique<File>(path, ToFileAccess(access))) {}
 
 FileStream::FileStream(const char* path, Access access, unsigned flags)
-    : m_file(std::make_unique<File>(path, toFileAccess(access), flags & (Create | Exclusive | Truncate))) {}
+    : m_file(std::make_unique<File>(path, ToFileAccess(access), flags & (Create | Exclusive | Truncate))) {}
 
 FileStream::~FileStream() = default;
 

@@ -6,7 +6,7 @@ inline namespace v19 {
 namespace {
 
 // Deliberate: signed, so that the byte 0xFF comes out as the value of end-of-file.
-std::streambuf::int_type widen(char character) {
+std::streambuf::int_type Widen(char character) {
     return static_cast<signed char>(character);
 }
 
@@ -33,7 +33,7 @@ Stream_streambuf::int_type Stream_streambuf::underflow() {
         if (!fetch()) return traits_type::eof();
         m_held = true;
     }
-    return widen(m_character);
+    return Widen(m_character);
 }
 
 Stream_streambuf::int_type Stream_streambuf::uflow() {
@@ -42,7 +42,7 @@ Stream_streambuf::int_type Stream_streambuf::uflow() {
     } else if (!fetch()) {
         return traits_type::eof();
     }
-    return widen(m_character);
+    return Widen(m_character);
 }
 
 Stream_streambuf::int_type Stream_streambuf::pbackfail(int_type character) {
@@ -54,7 +54,7 @@ Stream_streambuf::int_type Stream_streambuf::pbackfail(int_type character) {
         return traits_type::eof();
     }
     m_held = true;
-    return widen(m_character);
+    return Widen(m_character);
 }
 
 Stream_streambuf::int_type Stream_streambuf::overflow(int_type character) {

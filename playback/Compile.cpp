@@ -18,7 +18,7 @@ namespace Private {
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // --- pieces ----------------------------------------------------------------------------------------------------------
 
@@ -244,8 +244,8 @@ private:
     Piece interpolatorPiece(std::size_t number, const Segment& segment) const noexcept {
         const Keyframe* const left = Read::leftKey(segment);
         const Keyframe* const right = Read::rightKey(segment);
-        return FreePiece(FreeKind::Interpolator, left ? left->getX() : -infinity, static_cast<double>(number),
-                         right ? right->getX() : infinity);
+        return FreePiece(FreeKind::Interpolator, left ? left->getX() : -kInfinity, static_cast<double>(number),
+                         right ? right->getX() : kInfinity);
     }
     std::size_t add(std::shared_ptr<const Interpolator> interpolator, std::shared_ptr<const Segment> segment) {
         m_block.m_interpolators.push_back({std::move(interpolator), std::move(segment)});

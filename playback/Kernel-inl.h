@@ -122,7 +122,7 @@ inline std::size_t EvalRun(const Piece& piece, const double* x, double* y, std::
     std::size_t rest = 0;
     while (rest < width && i + rest < n && x[i + rest] >= piece.x0 && x[i + rest] < piece.x3) ++rest;
     if (rest > 0) {
-        alignas(64) double buffer[maxLanes];
+        alignas(64) double buffer[kMaxLanes];
         for (std::size_t lane = 0; lane < width; ++lane) buffer[lane] = x[i + (lane < rest ? lane : 0)];
         StoreU(EvalLanes(d, LoadU(d, buffer), x0, y0, x3, y3, outX, outY, inX, inY), d, buffer);
         for (std::size_t lane = 0; lane < rest; ++lane) y[i + lane] = buffer[lane];

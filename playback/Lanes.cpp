@@ -12,7 +12,7 @@ inline namespace v19 {
 
 namespace {
 
-constexpr Private::LaneSet scalarLanes{"scalar", 1, &Private::Scalar::EvalRun, &Private::Scalar::EvalGathered};
+constexpr Private::LaneSet kScalarLanes{"scalar", 1, &Private::Scalar::EvalRun, &Private::Scalar::EvalGathered};
 
 std::atomic<const Private::LaneSet*> g_lanes{nullptr};
 
@@ -20,7 +20,7 @@ const Private::LaneSet& WidestLanes() noexcept {
 #ifdef FCURVELIB_SIMD
     return Private::WidestSimdLanes();
 #else
-    return scalarLanes;
+    return kScalarLanes;
 #endif
 }
 
@@ -36,7 +36,7 @@ const Private::LaneSet& Private::CurrentLanes() noexcept {
 }
 
 std::vector<const Private::LaneSet*> Private::AllLanes() {
-    std::vector<const LaneSet*> all{&scalarLanes};
+    std::vector<const LaneSet*> all{&kScalarLanes};
 #ifdef FCURVELIB_SIMD
     for (const LaneSet* lanes : AllSimdLanes()) all.push_back(lanes);
 #endif

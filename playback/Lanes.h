@@ -14,12 +14,12 @@ inline namespace v19 {
 namespace Private {
 
 // The widest register that may come, in doubles.
-constexpr std::size_t maxLanes = 32;
+constexpr std::size_t kMaxLanes = 32;
 
 // Pieces with an x each, none of them free, as the lanes want them.
 struct Gathered {
     static constexpr std::size_t capacity = 64;
-    static_assert(capacity % maxLanes == 0);
+    static_assert(capacity % kMaxLanes == 0);
 
     // place: where the value belongs.
     void add(const Piece& piece, double at, std::size_t place) noexcept {

@@ -27,7 +27,7 @@ using M = Mask<Tag>;
 
 inline const LaneSet& TargetLanes() {
     static const LaneSet lanes{hwy::TargetName(HWY_TARGET), Lanes(Tag()), &EvalRun, &EvalGathered};
-    static_assert(MaxLanes(Tag()) <= maxLanes);
+    static_assert(MaxLanes(Tag()) <= kMaxLanes);
     return lanes;
 }
 

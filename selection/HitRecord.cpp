@@ -99,12 +99,12 @@ template class BasicHitRecord<Private::ConstParts>;
 namespace {
 
 template<class Record>
-bool isSame(const Record& a, const Record& b) noexcept {
+bool IsSame(const Record& a, const Record& b) noexcept {
     return a.getType() == b.getType() && a.getAddress() == b.getAddress();
 }
 
 template<class Record>
-bool isBefore(const Record& a, const Record& b) noexcept {
+bool IsBefore(const Record& a, const Record& b) noexcept {
     if (a.getType() != b.getType()) return a.getType() < b.getType();
     return std::less<const void*>()(a.getAddress(), b.getAddress());
 }
@@ -112,23 +112,23 @@ bool isBefore(const Record& a, const Record& b) noexcept {
 } // namespace
 
 bool operator==(const HitRecord& a, const HitRecord& b) noexcept {
-    return isSame(a, b);
+    return IsSame(a, b);
 }
 bool operator!=(const HitRecord& a, const HitRecord& b) noexcept {
-    return !isSame(a, b);
+    return !IsSame(a, b);
 }
 bool operator==(const ConstHitRecord& a, const ConstHitRecord& b) noexcept {
-    return isSame(a, b);
+    return IsSame(a, b);
 }
 bool operator!=(const ConstHitRecord& a, const ConstHitRecord& b) noexcept {
-    return !isSame(a, b);
+    return !IsSame(a, b);
 }
 
 bool CompareRecord::operator()(const HitRecord& a, const HitRecord& b) const noexcept {
-    return isBefore(a, b);
+    return IsBefore(a, b);
 }
 bool CompareRecord::operator()(const ConstHitRecord& a, const ConstHitRecord& b) const noexcept {
-    return isBefore(a, b);
+    return IsBefore(a, b);
 }
 
 } // namespace v19

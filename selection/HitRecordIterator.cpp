@@ -4,7 +4,7 @@
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
 #include "model/Read.h"
-#include "selection/WalkOrder.h"
+#include "selection/ShownTangents.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {

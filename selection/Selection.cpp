@@ -18,12 +18,12 @@ using Private::SelectionState;
 namespace {
 
 template<class Record>
-bool isRecordSelected(const Record& record) noexcept {
+bool IsRecordSelected(const Record& record) noexcept {
     return SelectionState::withPart(record, [](const auto& part) { return SelectionFilter::isSelected(part); });
 }
 
 template<class Part>
-HitRecord recordOf(Part& part) noexcept {
+HitRecord RecordOf(Part& part) noexcept {
     if constexpr (std::is_same_v<Part, Tangent>)
         return HitRecord(part.getShared(), true);
     else
@@ -37,7 +37,7 @@ void SelectionState::change(const std::shared_ptr<SelectionState>& state, Part& 
     if (select ? SelectionFilter::isSelected(part) : *part.getProperty(SelectionFilter::key) == '\0') return;
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): observers may destroy the Selection that holds it
     const std::shared_ptr<SelectionState> kept = state;
-    const HitRecord record = recordOf(part);
+    const HitRecord record = RecordOf(part);
     if (!part.setProperty(SelectionFilter::key, select ? SelectionFilter::value : "")) return;
     kept->deliver(
         [&](SelectionObserver& observer) { select ? observer.selected(record) : observer.deselected(record); });
@@ -73,10 +73,10 @@ void SelectionState::clear(const Selection& selection, bool partsOnly) {
 }
 
 bool SelectionFilter::operator()(const HitRecord& record) const noexcept {
-    return m_selection && isRecordSelected(record);
+    return m_selection && IsRecordSelected(record);
 }
 bool SelectionFilter::operator()(const ConstHitRecord& record) const noexcept {
-    return m_selection && isRecordSelected(record);
+    return m_selection && IsRecordSelected(record);
 }
 
 Selection::Selection(std::shared_ptr<FCurveContainer> curves)
@@ -146,10 +146,10 @@ bool Selection::isSelected(const Tangent& tangent) const noexcept {
     return SelectionFilter::isSelected(tangent);
 }
 bool Selection::isSelected(const HitRecord& part) const noexcept {
-    return isRecordSelected(part);
+    return IsRecordSelected(part);
 }
 bool Selection::isSelected(const ConstHitRecord& part) const noexcept {
-    return isRecordSelected(part);
+    return IsRecordSelected(part);
 }
 
 Selection::iterator Selection::begin() {

@@ -5,8 +5,8 @@
 #include "FCurveLib/Selection.h"
 #include "FCurveLib/Tolerance.h"
 #include "selection/SelectionState.h"
+#include "selection/ShownTangents.h"
 #include "selection/SummaryTree.h"
-#include "selection/WalkOrder.h"
 
 #include <algorithm>
 #include <array>
@@ -160,26 +160,26 @@ struct Summary {
 
 // --- which parts count: those in the curve's chain that the walk shows, and that are selected -----------------------
 
-bool isIn(const FCurve& curve, const Segment& segment) noexcept {
+bool IsIn(const FCurve& curve, const Segment& segment) noexcept {
     if (Read::curve(segment) != &curve) return false;
     const Keyframe* key = Read::leftKey(segment);
     const Private::SegmentMap& segments = Read::segments(curve);
     return (key ? segments.lookUp(key->getX()) : segments.first()) == &segment;
 }
 
-bool counts(const FCurve& curve, const Segment& segment) noexcept {
-    return SelectionFilter::isSelected(segment) && isIn(curve, segment);
+bool Counts(const FCurve& curve, const Segment& segment) noexcept {
+    return SelectionFilter::isSelected(segment) && IsIn(curve, segment);
 }
 
-bool counts(const FCurve& curve, const Keyframe& key) noexcept {
+bool Counts(const FCurve& curve, const Keyframe& key) noexcept {
     const Segment* left = Read::leftSegment(key);
     return SelectionFilter::isSelected(key) && left && Read::curve(*left) == &curve;
 }
 
-bool counts(const FCurve& curve, const Tangent& tangent) {
+bool Counts(const FCurve& curve, const Tangent& tangent) {
     if (!SelectionFilter::isSelected(tangent)) return false;
     const std::shared_ptr<const Segment> segment = tangent.getOwningSegment();
-    if (!segment || !isIn(curve, *segment)) return false;
+    if (!segment || !IsIn(curve, *segment)) return false;
     if (&tangent == Read::inTangent(*segment)) return Private::ShowsInTangent(*segment);
     return &tangent == Read::outTangent(*segment) && Private::ShowsOutTangent(*segment);
 }
@@ -201,7 +201,7 @@ public:
     void update(const FCurve& curve, const Part& part) noexcept {
         if (m_isStale || isWorthAWalk(curve)) return;
         try {
-            partsLike(part).put(part, counts(curve, part));
+            partsLike(part).put(part, Counts(curve, part));
         } catch (...) { // of memory; the walk will see to it
             m_isStale = true;
         }

@@ -13,7 +13,7 @@ using Private::SelectionState;
 
 namespace {
 
-void changeCompletely(const Selection& selection, FCurve& curve, bool select) {
+void ChangeCompletely(const Selection& selection, FCurve& curve, bool select) {
     const auto state = SelectionState::of(selection);
     const auto kept = curve.getShared();
     SelectionState::change(state, curve, select);
@@ -36,10 +36,10 @@ void changeCompletely(const Selection& selection, FCurve& curve, bool select) {
 } // namespace
 
 void SelectCurveCompletely(Selection& selection, FCurve& curve) {
-    changeCompletely(selection, curve, true);
+    ChangeCompletely(selection, curve, true);
 }
 void DeselectCurveCompletely(Selection& selection, FCurve& curve) {
-    changeCompletely(selection, curve, false);
+    ChangeCompletely(selection, curve, false);
 }
 
 void DeselectSelectedParts(Selection& selection) {

@@ -29,21 +29,21 @@ struct Part {
     std::weak_ptr<void> identity; // the two tangents of a segment may share an owner: compare the kind, too
 };
 
-bool isPartBefore(const Part& a, const Part& b) noexcept {
+bool IsPartBefore(const Part& a, const Part& b) noexcept {
     return a.kind != b.kind ? a.kind < b.kind : a.identity.owner_before(b.identity);
 }
-bool isPlaceBefore(const Part& a, const Part& b) noexcept {
+bool IsPlaceBefore(const Part& a, const Part& b) noexcept {
     return std::tie(a.segment, a.kind) < std::tie(b.segment, b.kind);
 }
 
 template<class T>
-bool isSameOwner(const std::weak_ptr<T>& a, const std::weak_ptr<T>& b) noexcept {
+bool IsSameOwner(const std::weak_ptr<T>& a, const std::weak_ptr<T>& b) noexcept {
     return !a.owner_before(b) && !b.owner_before(a);
 }
 
 // The parts as the container has them now; null where there is no such part.
 template<class Use>
-void usePart(const std::shared_ptr<Segment>& segment, Kind kind, const Use& use) {
+void UsePart(const std::shared_ptr<Segment>& segment, Kind kind, const Use& use) {
     switch (kind) {
     case Kind::Segment:
         return use(segment);
@@ -56,9 +56,9 @@ void usePart(const std::shared_ptr<Segment>& segment, Kind kind, const Use& use)
     }
 }
 
-HitRecord recordOf(const std::shared_ptr<Segment>& segment, Kind kind) {
+HitRecord RecordOf(const std::shared_ptr<Segment>& segment, Kind kind) {
     HitRecord record;
-    usePart(segment, kind, [&record](const auto& part) {
+    UsePart(segment, kind, [&record](const auto& part) {
         if (!part) return;
         if constexpr (std::is_same_v<decltype(part), const std::shared_ptr<Tangent>&>)
             record = HitRecord(part, true);
@@ -69,7 +69,7 @@ HitRecord recordOf(const std::shared_ptr<Segment>& segment, Kind kind) {
 }
 
 // The part that was remembered, if it is still in a curve.
-HitRecord recordOf(const Part& part) {
+HitRecord RecordOf(const Part& part) {
     const std::shared_ptr<void> alive = part.identity.lock();
     HitRecord record;
     if (!alive) return record;
@@ -90,7 +90,7 @@ HitRecord recordOf(const Part& part) {
 
 // Calls act(segment, number, kind, part) for each selected part of the curve.
 template<class Act>
-void forEachSelectedPart(FCurve& curve, const Act& act) {
+void ForEachSelectedPart(FCurve& curve, const Act& act) {
     std::size_t number = 0;
     for (Segment& segment : curve) {
         if (SelectionFilter::isSelected(segment)) act(segment, number, Kind::Segment);
@@ -102,18 +102,18 @@ void forEachSelectedPart(FCurve& curve, const Act& act) {
     }
 }
 
-bool isIn(FCurveContainer& curves, const FCurve* curve) noexcept {
+bool IsIn(FCurveContainer& curves, const FCurve* curve) noexcept {
     return curve && Read::find(curves, *curve) != curves.end();
 }
 
 // Whether the sorted vector holds the value.
 template<class Before>
-bool holds(const std::vector<Part>& sorted, const Part& part, const Before& before) {
+bool Holds(const std::vector<Part>& sorted, const Part& part, const Before& before) {
     return std::binary_search(sorted.begin(), sorted.end(), part, before);
 }
 
-std::vector<Part> byPlace(std::vector<Part> parts) {
-    std::sort(parts.begin(), parts.end(), isPlaceBefore);
+std::vector<Part> ByPlace(std::vector<Part> parts) {
+    std::sort(parts.begin(), parts.end(), IsPlaceBefore);
     return parts;
 }
 
@@ -125,12 +125,12 @@ struct SelectionSnapshot::Curve {
     std::weak_ptr<FCurve> curve;
     std::weak_ptr<Segment> leading;
     bool isSelected = false;
-    std::vector<Part> parts; // ordered by isPartBefore
+    std::vector<Part> parts; // ordered by IsPartBefore
 
     bool isEmpty() const noexcept { return !isSelected && parts.empty(); }
-    bool isSameCurve(const Curve& other) const noexcept { return isSameOwner(curve, other.curve); }
+    bool isSameCurve(const Curve& other) const noexcept { return IsSameOwner(curve, other.curve); }
     bool isSameBuild(const Curve& other) const noexcept {
-        return isSameCurve(other) && isSameOwner(leading, other.leading);
+        return isSameCurve(other) && IsSameOwner(leading, other.leading);
     }
     static bool isBefore(const Curve& a, const Curve& b) noexcept {
         return a.isSameCurve(b) ? a.leading.owner_before(b.leading) : a.curve.owner_before(b.curve);
@@ -140,11 +140,11 @@ struct SelectionSnapshot::Curve {
     void drop(const Curve& other) {
         if (other.isSelected) isSelected = false;
         const bool sameBuild = isSameBuild(other);
-        const std::vector<Part> places = sameBuild ? std::vector<Part>() : byPlace(other.parts);
+        const std::vector<Part> places = sameBuild ? std::vector<Part>() : ByPlace(other.parts);
         parts.erase(std::remove_if(parts.begin(), parts.end(),
                                    [&](const Part& part) {
-                                       return sameBuild ? holds(other.parts, part, isPartBefore)
-                                                        : holds(places, part, isPlaceBefore);
+                                       return sameBuild ? Holds(other.parts, part, IsPartBefore)
+                                                        : Holds(places, part, IsPlaceBefore);
                                    }),
                     parts.end());
     }
@@ -161,15 +161,15 @@ SelectionSnapshot::SelectionSnapshot(const Selection& selection) {
     for (FCurve& curve : *SelectionState::curvesOf(selection)) {
         Curve entry;
         entry.isSelected = selection.isSelected(curve);
-        forEachSelectedPart(curve, [&](Segment& segment, std::size_t number, Kind kind) {
-            usePart(segment.getShared(), kind, [&](const auto& part) {
+        ForEachSelectedPart(curve, [&](Segment& segment, std::size_t number, Kind kind) {
+            UsePart(segment.getShared(), kind, [&](const auto& part) {
                 entry.parts.push_back({number, kind, std::weak_ptr<void>(part)});
             });
         });
         if (entry.isEmpty()) continue;
         entry.curve = curve.getShared();
         entry.leading = curve.begin()->getShared();
-        std::sort(entry.parts.begin(), entry.parts.end(), isPartBefore);
+        std::sort(entry.parts.begin(), entry.parts.end(), IsPartBefore);
         m_curves.push_back(std::move(entry));
     }
     std::sort(m_curves.begin(), m_curves.end(), Curve::isBefore);
@@ -204,7 +204,7 @@ void SelectionSnapshot::merge(const SelectionSnapshot& other) {
         found->isSelected = found->isSelected || curve.isSelected;
         const auto middle = static_cast<std::ptrdiff_t>(found->parts.size());
         std::move(curve.parts.begin(), curve.parts.end(), std::back_inserter(found->parts));
-        std::inplace_merge(found->parts.begin(), found->parts.begin() + middle, found->parts.end(), isPartBefore);
+        std::inplace_merge(found->parts.begin(), found->parts.begin() + middle, found->parts.end(), IsPartBefore);
     }
 }
 
@@ -225,7 +225,7 @@ void SelectionSnapshot::subtract(const SelectionSnapshot& other) {
 std::size_t SelectionSnapshot::resolve(FCurveContainer& curves, std::set<HitRecord, CompareRecord>& parts) const {
     std::size_t missing = 0;
     for (const Curve& entry : m_curves) {
-        const std::shared_ptr<FCurve> curve = isIn(curves, entry.curve.lock().get()) ? entry.curve.lock() : nullptr;
+        const std::shared_ptr<FCurve> curve = IsIn(curves, entry.curve.lock().get()) ? entry.curve.lock() : nullptr;
         if (entry.isSelected) {
             if (curve)
                 parts.insert(HitRecord(curve));
@@ -233,13 +233,13 @@ std::size_t SelectionSnapshot::resolve(FCurveContainer& curves, std::set<HitReco
                 ++missing;
         }
         const bool isRebuilt =
-            curve && !isSameOwner(entry.leading, std::weak_ptr<Segment>(curve->begin()->getShared()));
+            curve && !IsSameOwner(entry.leading, std::weak_ptr<Segment>(curve->begin()->getShared()));
         for (const Part& part : entry.parts) {
-            HitRecord record = recordOf(part);
-            if (!isIn(curves, record.getCurve().get())) {
+            HitRecord record = RecordOf(part);
+            if (!IsIn(curves, record.getCurve().get())) {
                 record.reset();
                 Segment* segment = isRebuilt ? Read::segments(*curve).at(part.segment) : nullptr;
-                if (segment) record = recordOf(segment->getShared(), part.kind);
+                if (segment) record = RecordOf(segment->getShared(), part.kind);
             }
             if (record.getType() == HitRecord::NONE)
                 ++missing;
@@ -262,8 +262,8 @@ std::size_t SelectionSnapshot::restore(Selection& selection) const {
     };
     for (FCurve& curve : *curves) {
         if (SelectionFilter::isSelected(curve)) see(HitRecord(curve.getShared()));
-        forEachSelectedPart(
-            curve, [&](Segment& segment, std::size_t, Kind kind) { see(recordOf(segment.getShared(), kind)); });
+        ForEachSelectedPart(
+            curve, [&](Segment& segment, std::size_t, Kind kind) { see(RecordOf(segment.getShared(), kind)); });
     }
     for (const HitRecord& record : unwanted) SelectionState::change(state, record, false);
     for (const HitRecord& record : wanted) SelectionState::change(state, record, true);

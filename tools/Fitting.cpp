@@ -253,7 +253,7 @@ private:
     }
 
     static bool readsBesides(const Segment& segment) {
-        const Private::Reads beyond = Private::readsNextKeys | Private::readsNeighbours;
+        const Private::Reads beyond = Private::kReadsNextKeys | Private::kReadsNeighbours;
         return (Private::ReadsOf(Read::interpolator(segment), segment) & beyond) != 0;
     }
 

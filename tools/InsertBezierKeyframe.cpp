@@ -42,7 +42,7 @@ bool IsSelfSimilar(const Segment& segment) noexcept {
 // Whether the shape comes from the keys beside the segment's own.
 bool ReadsNextKeys(const Segment& segment) noexcept {
     const KindRow& row = KindOf(segment);
-    return Read::hasBothKeys(segment) && row.isBezier() && !row.isHost() && (row.reads & Private::readsNextKeys);
+    return Read::hasBothKeys(segment) && row.isBezier() && !row.isHost() && (row.reads & Private::kReadsNextKeys);
 }
 
 bool IsFinite(const Vector2D<double>& handle) noexcept {
@@ -242,7 +242,7 @@ std::shared_ptr<FCurve> CopyAround(const Segment& segment) {
 
 bool RepeatsBeyondItsKeys(const FCurve& curve) noexcept {
     const auto reads = ReadsOf(Read::firstSegment(curve)) | ReadsOf(Read::lastSegment(curve));
-    return (reads & Private::readsCurve) != 0;
+    return (reads & Private::kReadsCurve) != 0;
 }
 
 struct Comparison {
@@ -264,7 +264,7 @@ struct Comparison {
 
 // What a key at x may change by way of a repetition: that at the other end, if x lies outside the keyed range, and a
 // match at the first or the last key, which looks across the joint.
-void compareElsewhere(const FCurve& before, const FCurve& after, double x, Comparison& sum) {
+void CompareElsewhere(const FCurve& before, const FCurve& after, double x, Comparison& sum) {
     const double first = Read::rightKey(Read::firstSegment(after))->getX();
     const double last = Read::leftKey(Read::lastSegment(after))->getX();
     if (x == last) sum.add(before, after, first - (last - first), first);
@@ -298,7 +298,7 @@ KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
     Comparison here;
     here.add(*before, *after, from, to);
     Comparison elsewhere;
-    if (repeats && after->size() > 2) compareElsewhere(*before, *after, x, elsewhere);
+    if (repeats && after->size() > 2) CompareElsewhere(*before, *after, x, elsewhere);
 
     KeyframeInsertion result;
     result.error = std::max(here.error, elsewhere.error);

@@ -118,7 +118,7 @@ private:
         const double rounding = (m_start.exact ? 1e-12 : 1e-6) * m_scale;
         const auto differs = [&](double y) { return std::abs(y - sample.y) > rounding; };
         const Segment& outside = *Read::leftSegment(key);
-        const bool reads = (ReadsOf(Read::interpolator(outside), outside) & readsRightKey) != 0;
+        const bool reads = (ReadsOf(Read::interpolator(outside), outside) & kReadsRightKey) != 0;
         const bool holds = m_borders == Borders::Keep && reads;
         if (holds && differs(m_endBefore))
             makeJump(segment);

@@ -13,14 +13,14 @@ namespace BinaryFormat {
 
 namespace {
 
-std::string printableType(const char* type) {
+std::string PrintableType(const char* type) {
     std::string result(type, strnlen(type, 4));
     std::replace_if(
         result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     return result;
 }
 
-std::string bytes(std::uint64_t count) {
+std::string Bytes(std::uint64_t count) {
     return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }
 
@@ -37,7 +37,7 @@ const char* BinaryError::what() const noexcept {
 }
 
 UnexpectedEnd::UnexpectedEnd(std::uint64_t expectedSize, std::uint64_t foundSize, std::uint64_t offset)
-    : BinaryError("The document ends too early: expected " + bytes(expectedSize) + ", found " + bytes(foundSize) + '.',
+    : BinaryError("The document ends too early: expected " + Bytes(expectedSize) + ", found " + Bytes(foundSize) + '.',
                   offset),
       m_expected(expectedSize), m_found(foundSize) {}
 const char* UnexpectedEnd::what() const noexcept {
@@ -45,8 +45,8 @@ const char* UnexpectedEnd::what() const noexcept {
 }
 
 WrongBlockType::WrongBlockType(const char* expected, const char* found, std::uint64_t offset)
-    : BinaryError(Private::expectedFound(expected, "a block of type \"" + printableType(found) + '"'), offset),
-      m_types(std::make_shared<const std::pair<std::string, std::string>>(expected, printableType(found))) {}
+    : BinaryError(Private::ExpectedFound(expected, "a block of type \"" + PrintableType(found) + '"'), offset),
+      m_types(std::make_shared<const std::pair<std::string, std::string>>(expected, PrintableType(found))) {}
 const char* WrongBlockType::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockType";
 }
@@ -57,7 +57,7 @@ const char* MissingBlock::what() const noexcept {
 
 WrongBlockSize::WrongBlockSize(const std::string& problem, std::uint64_t expectedSize, std::uint64_t foundSize,
                                std::uint64_t offset)
-    : BinaryError(problem + ": expected " + bytes(expectedSize) + ", found " + bytes(foundSize) + '.', offset),
+    : BinaryError(problem + ": expected " + Bytes(expectedSize) + ", found " + Bytes(foundSize) + '.', offset),
       m_expected(expectedSize), m_found(foundSize) {}
 const char* WrongBlockSize::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::WrongBlockSize";
@@ -68,7 +68,7 @@ const char* BadValue::what() const noexcept {
 }
 
 UnsupportedVersion::UnsupportedVersion(unsigned major, unsigned minor, std::uint64_t offset)
-    : BinaryError(Private::unsupportedVersion(major, minor, kMajor), offset), m_major(major), m_minor(minor) {}
+    : BinaryError(Private::VersionMessage(major, minor, kMajor), offset), m_major(major), m_minor(minor) {}
 const char* UnsupportedVersion::what() const noexcept {
     return "VEM_FN::FCurveLib::BinaryFormat::UnsupportedVersion";
 }

@@ -24,7 +24,7 @@ namespace {
 
 using ChunkReader = IFFReader<LittleEndianBinaryPolicy>;
 
-std::string inQuotes(const IFFType& type) {
+std::string InQuotes(const IFFType& type) {
     return '"' + std::string(type.getTypeBytes(), strnlen(type.getTypeBytes(), 4)) + '"';
 }
 
@@ -45,7 +45,7 @@ public:
         const int room = stream.getSize() - begin;
         if (room < kHeaderSize) throw UnexpectedEnd(kHeaderSize, room > 0 ? unsigned(room) : 0, unsigned(begin));
         const ChunkReader root(stream, io);
-        if (root.getIFFType() != Block::document)
+        if (root.getIFFType() != Block::kDocument)
             throw WrongBlockType("\"Crvs\"", root.getIFFType().getTypeBytes(), unsigned(begin));
         m_origin = static_cast<unsigned>(root.getPayloadBegin());
         m_size = root.getPayloadEnd() - root.getPayloadBegin();
@@ -69,7 +69,7 @@ public:
     // Counts an expression that a segment has.
     void use(const std::string& expression, std::uint64_t offset) {
         if (expression.size() > m_limits.expressions - m_expressionBytes)
-            throw LimitExceeded(Private::tooMany("bytes in all expressions", m_limits.expressions), offset);
+            throw LimitExceeded(Private::TooMany("bytes in all expressions", m_limits.expressions), offset);
         m_expressionBytes += expression.size();
     }
 
@@ -102,7 +102,7 @@ public:
         m_bytes.setPosition(m_next);
         const ChunkReader chunk(m_bytes, m_io);
         if (chunk.getPayloadEnd() > m_end)
-            throw WrongBlockSize("The block " + inQuotes(chunk.getIFFType()) + " is longer than the one that holds it",
+            throw WrongBlockSize("The block " + InQuotes(chunk.getIFFType()) + " is longer than the one that holds it",
                                  unsigned(room - kHeaderSize),
                                  std::uint64_t(chunk.getPayloadEnd() - chunk.getPayloadBegin()),
                                  m_source.offsetOf(m_next));
@@ -128,8 +128,8 @@ public:
 
 private:
     static bool isKnown(const IFFType& type) {
-        for (const char* known : {Block::version, Block::container, Block::curve, Block::name, Block::display,
-                                  Block::properties, Block::expressions, Block::segments, Block::document})
+        for (const char* known : {Block::kVersion, Block::kContainer, Block::kCurve, Block::kName, Block::kDisplay,
+                                  Block::kProperties, Block::kExpressions, Block::kSegments, Block::kDocument})
             if (type == known) return true;
         return false;
     }
@@ -155,7 +155,7 @@ public:
 
     const char* take(std::size_t count) {
         if (count > room())
-            throw WrongBlockSize("The block " + inQuotes(m_type) + " ends too early", count, room(), offset());
+            throw WrongBlockSize("The block " + InQuotes(m_type) + " ends too early", count, room(), offset());
         const char* const taken = m_at;
         m_at += count;
         return taken;
@@ -179,7 +179,7 @@ public:
         const std::uint64_t begin = offset();
         const std::size_t length = number<std::uint32_t>();
         if (length > m_source->limits().text)
-            throw LimitExceeded(Private::textTooLong(length, m_source->limits().text), begin);
+            throw LimitExceeded(Private::TextTooLong(length, m_source->limits().text), begin);
         const char* const text = take(length);
         if (length > 0 && std::memchr(text, '\0', length)) throw BadValue("A text has a zero byte.", begin);
         return {text, length};
@@ -189,7 +189,7 @@ public:
     std::uint32_t count(std::size_t limit, std::size_t least, const char* things) {
         const std::uint64_t begin = offset();
         const auto result = number<std::uint32_t>();
-        if (result > limit) throw LimitExceeded(Private::tooMany(things, limit), begin);
+        if (result > limit) throw LimitExceeded(Private::TooMany(things, limit), begin);
         if (result > room() / least)
             throw WrongBlockSize(std::to_string(result) + ' ' + things + " need more room",
                                  result * std::uint64_t{least}, room(), begin);
@@ -208,7 +208,7 @@ public:
     // The block has nothing further.
     void finish() const {
         if (room() > 0 && !m_source->isNewer())
-            throw WrongBlockSize("The block " + inQuotes(m_type) + " has extra bytes after its content", 0, room(),
+            throw WrongBlockSize("The block " + InQuotes(m_type) + " has extra bytes after its content", 0, room(),
                                  offset());
     }
 
@@ -298,7 +298,7 @@ struct TangentRecord {
     }
 };
 
-std::vector<std::string> readExpressions(const Source& source, const Span& block) {
+std::vector<std::string> ReadExpressions(const Source& source, const Span& block) {
     Cursor cursor(source, block);
     const std::size_t limit = source.limits().keys < SIZE_MAX ? source.limits().keys + 1 : SIZE_MAX;
     std::vector<std::string> expressions(cursor.count(limit, 4, "expressions"));
@@ -307,7 +307,7 @@ std::vector<std::string> readExpressions(const Source& source, const Span& block
     return expressions;
 }
 
-void readSegments(Source& source, const Span& block, const std::vector<std::string>& expressions, Deliverer& to) {
+void ReadSegments(Source& source, const Span& block, const std::vector<std::string>& expressions, Deliverer& to) {
     FormatInterface& target = to.target();
     Cursor cursor(source, block);
     const std::size_t limit = source.limits().keys < SIZE_MAX ? source.limits().keys + 1 : SIZE_MAX;
@@ -348,8 +348,8 @@ void readSegments(Source& source, const Span& block, const std::vector<std::stri
         if (flags & HasKeyProperties) Deliverer::skipProperties(cursor);
         if (flags & HasExtension) cursor.take(cursor.number<std::uint32_t>());
 
-        if (out.flags & HandleIsFlat) out.x = flatHandle(false, hasLeftKey && hasKey, leftX, x);
-        if (in.flags & HandleIsFlat) in.x = flatHandle(true, hasLeftKey && hasKey, leftX, x);
+        if (out.flags & HandleIsFlat) out.x = FlatHandle(false, hasLeftKey && hasKey, leftX, x);
+        if (in.flags & HandleIsFlat) in.x = FlatHandle(true, hasLeftKey && hasKey, leftX, x);
 
         source.use(expressions[expression], begin);
         target.startSegment(expressions[expression].c_str());
@@ -379,7 +379,7 @@ void readSegments(Source& source, const Span& block, const std::vector<std::stri
 
 // --- curves ----------------------------------------------------------------------------------------------------------
 
-void readDisplay(const Source& source, const Span& block, FormatInterface& target) {
+void ReadDisplay(const Source& source, const Span& block, FormatInterface& target) {
     Cursor cursor(source, block);
     const auto flags = cursor.flags<std::uint16_t>(AllDisplayFlags);
     target.curveVisible((flags & Visible) != 0);
@@ -397,11 +397,11 @@ void readDisplay(const Source& source, const Span& block, FormatInterface& targe
 }
 
 // Returns what the target says about further curves.
-bool readCurveBlock(Source& source, const Span& curve, FormatInterface& target) {
+bool ReadCurveBlock(Source& source, const Span& curve, FormatInterface& target) {
     Blocks blocks(source, curve);
     Span block;
     if (!blocks.nextKnown(block)) throw MissingBlock("A curve ends without a block \"Name\".", blocks.offset());
-    if (block.type != Block::name) blocks.refuse(block, "\"Name\"");
+    if (block.type != Block::kName) blocks.refuse(block, "\"Name\"");
     Cursor cursor(source, block);
     const std::string name(cursor.textView());
     cursor.finish();
@@ -409,7 +409,7 @@ bool readCurveBlock(Source& source, const Span& curve, FormatInterface& target) 
 
     Deliverer to(source, target);
     std::vector<std::string> expressions;
-    constexpr const char* order[] = {Block::display, Block::properties, Block::expressions, Block::segments};
+    constexpr const char* order[] = {Block::kDisplay, Block::kProperties, Block::kExpressions, Block::kSegments};
     constexpr const char* expected[] = {"\"Show\", \"Prop\", \"Expr\", \"Segs\" or the end",
                                         "\"Prop\", \"Expr\", \"Segs\" or the end", "\"Expr\", \"Segs\" or the end",
                                         "\"Segs\" or the end", "the end"};
@@ -419,16 +419,16 @@ bool readCurveBlock(Source& source, const Span& curve, FormatInterface& target) 
         while (place < std::size(order) && block.type != order[place]) ++place;
         switch (place++) {
         case 0:
-            readDisplay(source, block, target);
+            ReadDisplay(source, block, target);
             break;
         case 1:
             to.propertyBlock(block, &FormatInterface::curveProperty);
             break;
         case 2:
-            expressions = readExpressions(source, block);
+            expressions = ReadExpressions(source, block);
             break;
         case 3:
-            readSegments(source, block, expressions, to);
+            ReadSegments(source, block, expressions, to);
             break;
         default:
             blocks.refuse(block, expected[first]);
@@ -437,31 +437,31 @@ bool readCurveBlock(Source& source, const Span& curve, FormatInterface& target) 
     return target.finishCurve();
 }
 
-void readContainerBlock(Source& source, const Span& container, FormatInterface& target) {
+void ReadContainerBlock(Source& source, const Span& container, FormatInterface& target) {
     target.startCurveContainer();
     Blocks blocks(source, container);
     Span block;
     std::size_t curves = 0;
     for (bool isFirst = true; blocks.nextKnown(block); isFirst = false) {
-        if (isFirst && block.type == Block::properties) {
+        if (isFirst && block.type == Block::kProperties) {
             Deliverer(source, target).propertyBlock(block, &FormatInterface::containerProperty);
             continue;
         }
-        if (block.type != Block::curve)
+        if (block.type != Block::kCurve)
             blocks.refuse(block, isFirst ? "\"Prop\", \"Curv\" or the end" : "\"Curv\" or the end");
         if (++curves > source.limits().curves)
-            throw LimitExceeded(Private::tooMany("curves", source.limits().curves),
+            throw LimitExceeded(Private::TooMany("curves", source.limits().curves),
                                 source.offsetOf(block.begin - kHeaderSize));
-        if (!readCurveBlock(source, block, target)) break;
+        if (!ReadCurveBlock(source, block, target)) break;
     }
     target.finishCurveContainer();
 }
 
 // The document's one block after its version.
-Span readHead(Source& source, Blocks& blocks, const char* expected) {
+Span ReadHead(Source& source, Blocks& blocks, const char* expected) {
     Span block;
     if (!blocks.next(block)) throw MissingBlock("The document ends without a block \"Vers\".", blocks.offset());
-    if (block.type != Block::version) blocks.refuse(block, "\"Vers\"");
+    if (block.type != Block::kVersion) blocks.refuse(block, "\"Vers\"");
     Cursor cursor(source, block);
     const std::uint64_t begin = cursor.offset();
     const unsigned major = cursor.number<std::uint16_t>();
@@ -474,13 +474,13 @@ Span readHead(Source& source, Blocks& blocks, const char* expected) {
     return block;
 }
 
-void expectEnd(Blocks& blocks) {
+void ExpectEnd(Blocks& blocks) {
     Span block;
     if (blocks.nextKnown(block)) blocks.refuse(block, "the end");
 }
 
-Span contentOf(const Source& source) {
-    return {Block::document, 0, source.size()};
+Span ContentOf(const Source& source) {
+    return {Block::kDocument, 0, source.size()};
 }
 
 } // namespace
@@ -490,33 +490,33 @@ BinaryReader::~BinaryReader() = default;
 
 void BinaryReader::readCurves(Stream& stream, FormatInterface& target) {
     Source source(stream);
-    Blocks blocks(source, contentOf(source));
-    const Span block = readHead(source, blocks, "\"Cont\" or \"Curv\"");
-    if (block.type == Block::container) {
-        readContainerBlock(source, block, target);
-    } else if (block.type == Block::curve) {
+    Blocks blocks(source, ContentOf(source));
+    const Span block = ReadHead(source, blocks, "\"Cont\" or \"Curv\"");
+    if (block.type == Block::kContainer) {
+        ReadContainerBlock(source, block, target);
+    } else if (block.type == Block::kCurve) {
         target.startCurveContainer();
-        readCurveBlock(source, block, target);
+        ReadCurveBlock(source, block, target);
         target.finishCurveContainer();
     } else {
         blocks.refuse(block, "\"Cont\" or \"Curv\"");
     }
-    expectEnd(blocks);
+    ExpectEnd(blocks);
 }
 
 void BinaryReader::readCurve(Stream& stream, FormatInterface& target) {
     Source source(stream);
-    Blocks blocks(source, contentOf(source));
-    const Span block = readHead(source, blocks, "a single \"Curv\"");
-    if (block.type != Block::curve) blocks.refuse(block, "a single \"Curv\"");
-    readCurveBlock(source, block, target);
-    expectEnd(blocks);
+    Blocks blocks(source, ContentOf(source));
+    const Span block = ReadHead(source, blocks, "a single \"Curv\"");
+    if (block.type != Block::kCurve) blocks.refuse(block, "a single \"Curv\"");
+    ReadCurveBlock(source, block, target);
+    ExpectEnd(blocks);
 }
 
 bool BinaryReader::canRead(Stream&, Stream& header) {
     char bytes[20];
     header.readData(bytes, sizeof bytes);
-    return IFFType::fromBytes(bytes) == Block::document && IFFType::fromBytes(bytes + kHeaderSize) == Block::version;
+    return IFFType::fromBytes(bytes) == Block::kDocument && IFFType::fromBytes(bytes + kHeaderSize) == Block::kVersion;
 }
 
 } // namespace BinaryFormat

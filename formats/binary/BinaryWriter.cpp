@@ -25,7 +25,7 @@ using Private::TangentPart;
 namespace {
 
 // Whether two finite numbers have the same bits: 0 and -0 have not.
-bool isSame(double a, double b) {
+bool IsSame(double a, double b) {
     return a == b && std::signbit(a) == std::signbit(b);
 }
 
@@ -43,13 +43,13 @@ private:
         m_segments.clear();
         m_expressions.clear();
         m_expressionBytes = 0;
-        open(Block::document);
+        open(Block::kDocument);
         char version[4];
         m_io.store(m_io.store(version, static_cast<std::uint16_t>(kMajor)), static_cast<std::uint16_t>(kMinor));
-        leaf(Block::version, {version, sizeof version});
+        leaf(Block::kVersion, {version, sizeof version});
     }
     void beginContainer(const PropertyList& properties) override {
-        open(Block::container);
+        open(Block::kContainer);
         propertyBlock(properties);
     }
     void endContainer() override { close(); }
@@ -60,10 +60,10 @@ private:
     }
 
     void beginCurve(const CurveHead& head, bool) override {
-        open(Block::curve);
+        open(Block::kCurve);
         std::string content;
         appendText(content, head.name);
-        leaf(Block::name, content);
+        leaf(Block::kName, content);
 
         unsigned flags = 0;
         if (head.visible) flags |= Visible;
@@ -78,7 +78,7 @@ private:
         if (head.hasGrid)
             for (const double number : head.grid) at = m_io.store(at, number);
         if (flags & HasTangentScale) at = m_io.store(at, head.tangentScale);
-        leaf(Block::display, {show, static_cast<std::size_t>(at - show)});
+        leaf(Block::kDisplay, {show, static_cast<std::size_t>(at - show)});
         propertyBlock(head.properties);
 
         m_segmentCount = 0;
@@ -89,8 +89,8 @@ private:
     }
     void endCurve(bool hasSegments) override {
         if (hasSegments) {
-            counted(Block::expressions, m_expressionIndices.size(), m_expressions);
-            counted(Block::segments, m_segmentCount, m_segments);
+            counted(Block::kExpressions, m_expressionIndices.size(), m_expressions);
+            counted(Block::kSegments, m_segmentCount, m_segments);
         }
         close();
     }
@@ -143,7 +143,7 @@ private:
         if (properties.empty()) return;
         std::string content;
         append(content, properties);
-        leaf(Block::properties, content);
+        leaf(Block::kProperties, content);
     }
 
     // --- records -----------------------------------------------------------------------------------------------------
@@ -163,13 +163,13 @@ private:
         for (const auto& [key, value] : properties) {
             appendText(to, key);
             appendText(to, value);
-            if (to.size() > kMegabyte) need(to.size());
+            if (to.size() > megabyte) need(to.size());
         }
     }
 
     std::uint32_t indexOf(const std::string& expression) {
         if (expression.size() > limits().expressions - m_expressionBytes)
-            refuse(Refusal::Limit, Private::tooMany("bytes in all expressions", limits().expressions));
+            refuse(Refusal::Limit, Private::TooMany("bytes in all expressions", limits().expressions));
         m_expressionBytes += expression.size();
         if (!m_lastText || expression != *m_lastText) {
             const auto [entry, isNew] =
@@ -188,8 +188,8 @@ private:
         m_lastIndex = expression;
         const bool hasBothKeys = m_hasLeftKey && key;
         const double rightX = key ? key->x : 0.0;
-        const unsigned out = flagsOf(segment.out, flatHandle(false, hasBothKeys, m_leftX, rightX));
-        const unsigned in = flagsOf(segment.in, flatHandle(true, hasBothKeys, m_leftX, rightX));
+        const unsigned out = flagsOf(segment.out, FlatHandle(false, hasBothKeys, m_leftX, rightX));
+        const unsigned in = flagsOf(segment.in, FlatHandle(true, hasBothKeys, m_leftX, rightX));
         if (out != HandleIsFlat) flags |= HasOutTangent;
         if (in != HandleIsFlat) flags |= HasInTangent;
         if (!segment.properties.empty()) flags |= HasSegmentProperties;
@@ -222,7 +222,7 @@ private:
         if (tangent.weighted) flags |= Weighted;
         if (tangent.weightLocked) flags |= WeightLocked;
         if (tangent.type != 0) flags |= HasType;
-        if (tangent.hasHandle) flags |= isSame(tangent.x, flatX) && isSame(tangent.y, 0.0) ? HandleIsFlat : HasHandle;
+        if (tangent.hasHandle) flags |= IsSame(tangent.x, flatX) && IsSame(tangent.y, 0.0) ? HandleIsFlat : HasHandle;
         if (!tangent.properties.empty()) flags |= HasTangentProperties;
         return flags;
     }
@@ -236,7 +236,7 @@ private:
         if (flags & HasTangentProperties) append(m_segments, tangent.properties);
     }
 
-    static constexpr std::size_t kMegabyte = std::size_t{1} << 20U;
+    static constexpr std::size_t megabyte = std::size_t{1} << 20U;
 
     IO m_io;
     MemoryStream m_bytes;                                    // blocks

@@ -18,15 +18,15 @@ constexpr unsigned kMinor = 0;
 using IO = BinaryIO<LittleEndianBinaryPolicy>;
 
 namespace Block {
-constexpr const char* document = "Crvs";
-constexpr const char* version = "Vers";
-constexpr const char* container = "Cont";
-constexpr const char* curve = "Curv";
-constexpr const char* name = "Name";
-constexpr const char* display = "Show";
-constexpr const char* properties = "Prop";
-constexpr const char* expressions = "Expr";
-constexpr const char* segments = "Segs";
+constexpr const char* kDocument = "Crvs";
+constexpr const char* kVersion = "Vers";
+constexpr const char* kContainer = "Cont";
+constexpr const char* kCurve = "Curv";
+constexpr const char* kName = "Name";
+constexpr const char* kDisplay = "Show";
+constexpr const char* kProperties = "Prop";
+constexpr const char* kExpressions = "Expr";
+constexpr const char* kSegments = "Segs";
 } // namespace Block
 
 constexpr int kHeaderSize = 8; // of every block
@@ -70,7 +70,7 @@ enum TangentFlag : std::uint8_t {
 
 // The x of a flat handle: a third of the span, or 1 where there is no key on both sides; its y is 0. This quotient
 // decides about bits, so reader and writer have no other.
-inline double flatHandle(bool isIn, bool hasBothKeys, double leftX, double rightX) noexcept {
+inline double FlatHandle(bool isIn, bool hasBothKeys, double leftX, double rightX) noexcept {
     const double length = hasBothKeys ? (rightX - leftX) / 3.0 : 1.0;
     return isIn ? -length : length;
 }

@@ -20,9 +20,9 @@ inline namespace v19 {
 
 namespace HoudiniChanFormat {
 
-using Private::isBlank;
-using Private::isLineEnd;
-using Private::isSpace;
+using Private::IsBlank;
+using Private::IsLineEnd;
+using Private::IsSpace;
 using Private::TextSource;
 
 namespace {
@@ -31,12 +31,12 @@ constexpr std::size_t kMostColumns = 65536;
 constexpr std::size_t kMostCells = 50000000;
 
 // Goes to the first character of a row.
-void skipToRow(TextSource& source) {
+void SkipToRow(TextSource& source) {
     for (;;) {
         const int c = source.peek();
         if (c == '#') { // as a line starts with nothing but blanks before it: rows are read as a whole
-            while (!isLineEnd(source.peek())) source.take();
-        } else if (isSpace(c)) {
+            while (!IsLineEnd(source.peek())) source.take();
+        } else if (IsSpace(c)) {
             source.take();
         } else {
             return;
@@ -73,25 +73,25 @@ private:
 
 Table::Table(Stream& stream, HoudiniChanReader::FrameColumn frameColumn) {
     TextSource source(stream);
-    for (skipToRow(source); source.peek() != TextSource::kEnd; skipToRow(source))
+    for (SkipToRow(source); source.peek() != TextSource::noByte; SkipToRow(source))
         readRow(source, frameColumn == HoudiniChanReader::Yes);
     if (m_cells.empty()) throw NoData("There are no numbers.", source.line(), source.column());
 
     m_hasFrames =
         frameColumn == HoudiniChanReader::Yes || (frameColumn == HoudiniChanReader::Auto && looksLikeFrames());
     if (channels() == 0) throw NoData("There is no column besides the frames.", source.line(), source.column());
-    if (channels() > m_limits.curves) throw LimitExceeded(Private::tooMany("columns", m_limits.curves), 1, 1);
+    if (channels() > m_limits.curves) throw LimitExceeded(Private::TooMany("columns", m_limits.curves), 1, 1);
 }
 
 void Table::readRow(TextSource& source, bool framesGiven) {
     const std::size_t before = m_cells.size();
     if (m_columns > 0 && before / m_columns >= m_limits.keys) {
-        throw LimitExceeded(Private::tooMany("rows", m_limits.keys), source.line(), source.column());
+        throw LimitExceeded(Private::TooMany("rows", m_limits.keys), source.line(), source.column());
     }
     std::size_t found = 0;
     std::uint64_t surplusColumn = 0; // where the first cell stands that is too much
     const std::uint64_t line = source.line();
-    while (!isLineEnd(source.peek())) {
+    while (!IsLineEnd(source.peek())) {
         const std::uint64_t column = source.column();
         const double number = readNumber(source);
         const bool isSurplus = m_columns > 0 && found >= m_columns;
@@ -104,7 +104,7 @@ void Table::readRow(TextSource& source, bool framesGiven) {
             throw BadFrame("The frame is not at least 0.001 after the one before it.", line, column);
         }
         if (!isSurplus) m_cells.push_back(number);
-        while (isBlank(source.peek())) source.take();
+        while (IsBlank(source.peek())) source.take();
     }
     if (m_columns == 0) m_columns = found;
     if (found != m_columns) {
@@ -116,16 +116,16 @@ double Table::readNumber(TextSource& source) {
     const std::uint64_t line = source.line();
     const std::uint64_t column = source.column();
     m_number.clear();
-    while (!isBlank(source.peek()) && !isLineEnd(source.peek())) {
+    while (!IsBlank(source.peek()) && !IsLineEnd(source.peek())) {
         if (m_number.size() >= m_limits.text) throw LimitExceeded("A number is too long.", line, column);
         m_number += static_cast<char>(source.take());
     }
     double number = 0.0;
-    if (Private::parseNumber(m_number, number)) return number;
+    if (Private::ParseNumber(m_number, number)) return number;
     if (line == 1 && column == 1 && std::string_view(m_number).substr(0, 5) == std::string_view("chan\0", 5)) {
         throw BinaryFile("This is a binary .bchan file, which is not supported.", line, column);
     }
-    throw BadNumber(Private::quoted(m_number) + " is not a decimal number in the range of doubles.", line, column);
+    throw BadNumber(Private::Quoted(m_number) + " is not a decimal number in the range of doubles.", line, column);
 }
 
 // What a host that says nothing gets: integers in strictly increasing order.
@@ -138,13 +138,13 @@ bool Table::looksLikeFrames() const noexcept {
     return true;
 }
 
-void emitSegment(FormatInterface& target, const char* expression) {
+void EmitSegment(FormatInterface& target, const char* expression) {
     target.startSegment(expression);
     target.finishSegment();
 }
 
 // Returns whether the target wants further curves.
-bool emitChannel(const Table& table, std::size_t channel, FormatInterface& target) {
+bool EmitChannel(const Table& table, std::size_t channel, FormatInterface& target) {
     if (!target.startCurve(("chan" + std::to_string(channel)).c_str())) return true;
 
     // A camera or an object, as matchmove programs write it.
@@ -154,12 +154,12 @@ bool emitChannel(const Table& table, std::size_t channel, FormatInterface& targe
     }
 
     target.startSegmentContainer();
-    emitSegment(target, "constant()");
+    EmitSegment(target, "constant()");
     for (std::size_t row = 0; row < table.rows(); ++row) {
         target.startKeyframe();
         target.keyframePosition(table.x(row), table.y(row, channel));
         target.finishKeyframe();
-        emitSegment(target, row + 1 < table.rows() ? "linear()" : "constant()");
+        EmitSegment(target, row + 1 < table.rows() ? "linear()" : "constant()");
     }
     target.finishSegmentContainer();
     return target.finishCurve();
@@ -174,13 +174,13 @@ void HoudiniChanReader::readCurves(Stream& stream, FormatInterface& target) {
     const Table table(stream, m_frameColumn);
     target.startCurveContainer();
     for (std::size_t channel = 0; channel < table.channels(); ++channel) {
-        if (!emitChannel(table, channel, target)) break;
+        if (!EmitChannel(table, channel, target)) break;
     }
     target.finishCurveContainer();
 }
 
 void HoudiniChanReader::readCurve(Stream& stream, FormatInterface& target) {
-    emitChannel(Table(stream, m_frameColumn), 0, target);
+    EmitChannel(Table(stream, m_frameColumn), 0, target);
 }
 
 // After comments and blank lines 1024 bytes of rows whose cells are all numbers. The last cell counts only when the
@@ -188,20 +188,20 @@ void HoudiniChanReader::readCurve(Stream& stream, FormatInterface& target) {
 bool HoudiniChanReader::canRead(Stream& stream, Stream& header) {
     Private::Opening opening(stream, header);
     TextSource source(opening);
-    const auto atEnd = [&] { return source.peek() == TextSource::kEnd; };
+    const auto atEnd = [&] { return source.peek() == TextSource::noByte; };
     std::size_t numbers = 0;
     std::string cell;
-    skipToRow(source);
+    SkipToRow(source);
     const std::int64_t end = source.taken() + 1024;
     while (!atEnd() && source.taken() < end) {
         cell.clear();
-        while (!atEnd() && !isSpace(source.peek()) && source.taken() < end) cell += static_cast<char>(source.take());
-        const bool isCut = !atEnd() && !isSpace(source.peek());
+        while (!atEnd() && !IsSpace(source.peek()) && source.taken() < end) cell += static_cast<char>(source.take());
+        const bool isCut = !atEnd() && !IsSpace(source.peek());
         double number = 0.0;
-        if (!isCut && !Private::parseNumber(cell, number)) return false;
+        if (!isCut && !Private::ParseNumber(cell, number)) return false;
         if (!isCut) ++numbers;
-        while (isBlank(source.peek())) source.take();
-        if (isLineEnd(source.peek())) skipToRow(source);
+        while (IsBlank(source.peek())) source.take();
+        if (IsLineEnd(source.peek())) SkipToRow(source);
     }
     return numbers > 0;
 }

@@ -67,10 +67,10 @@ public:
 
     void emitProperties(FormatInterface& target) const {
         std::string number;
-        Private::appendNumber(number, m_rate);
+        Private::AppendNumber(number, m_rate);
         target.containerProperty("hclip_rate", number.c_str());
         number.clear();
-        Private::appendNumber(number, m_start);
+        Private::AppendNumber(number, m_start);
         target.containerProperty("hclip_start", number.c_str());
         if (!m_quaternions.empty()) target.containerProperty("hclip_quaternions", m_quaternions.c_str());
     }
@@ -123,7 +123,7 @@ private:
             expression = type + "()";
         } else if (type == "default") {
             expression.clear();
-            Private::appendNumber(expression, track.fallback);
+            Private::AppendNumber(expression, track.fallback);
         } else if (type == "slope" && std::isfinite(slope)) {
             target.startSegment("bezier()");
             isLeft ? target.startInTangent() : target.startOutTangent();
@@ -162,10 +162,10 @@ private:
         const Word word = m_word;
         const double number = readNumber();
         if (number != std::floor(number) || number < static_cast<double>(least)) {
-            raise<BadNumber>(Private::quoted(word.text) + " is not a valid " + what + '.', word);
+            raise<BadNumber>(Private::Quoted(word.text) + " is not a valid " + what + '.', word);
         }
         if (number > static_cast<double>(most)) {
-            raise<LimitExceeded>("The " + std::string(what) + ' ' + Private::quoted(word.text)
+            raise<LimitExceeded>("The " + std::string(what) + ' ' + Private::Quoted(word.text)
                                      + " is above the limit of " + std::to_string(most) + '.',
                                  word);
         }
@@ -223,7 +223,7 @@ private:
     void readTrack() {
         const Word at = m_word;
         if (m_tracks.size() >= std::min(kMostTracks, m_limits.curves))
-            raise<LimitExceeded>(Private::tooMany("tracks", m_tracks.size()), at);
+            raise<LimitExceeded>(Private::TooMany("tracks", m_tracks.size()), at);
         next();
         Track track;
         while (!this->at("}")) {
@@ -258,7 +258,7 @@ private:
         if (track.hasSamples) refuse("one \"data\" for each track");
         // Counted before room for them is taken.
         if (m_length > kMostSamples - m_samples)
-            raise<LimitExceeded>(Private::tooMany("samples", kMostSamples), m_word);
+            raise<LimitExceeded>(Private::TooMany("samples", kMostSamples), m_word);
         m_samples += m_length;
         track.hasSamples = true;
         while (track.samples.size() < m_length) {

@@ -15,21 +15,21 @@ namespace Private {
 
 // Whether the tangent of a handle is weighted: an unweighted one reaches a third of its span in x. The tolerance lets
 // handles through that were rounded to six digits.
-inline bool isWeightedHandle(double handleX, double span) noexcept {
+inline bool IsWeightedHandle(double handleX, double span) noexcept {
     return std::abs(std::abs(handleX) - span / 3.0) > 1e-5 * span;
 }
 
 // Names stand between quotation marks and may hold some: one ends at the first that is followed by this word.
-constexpr std::string_view wordAfterName = "extensions";
+constexpr std::string_view kWordAfterName = "extensions";
 
 // Whether the text after a quotation mark shows that it ends a name.
-inline bool endsName(std::string_view after) noexcept {
-    while (!after.empty() && isSpace(after.front())) after.remove_prefix(1);
-    return after.substr(0, wordAfterName.size()) == wordAfterName;
+inline bool EndsName(std::string_view after) noexcept {
+    while (!after.empty() && IsSpace(after.front())) after.remove_prefix(1);
+    return after.substr(0, kWordAfterName.size()) == kWordAfterName;
 }
 
 // By TovKey::InterpType.
-constexpr const char* interpWords[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
+constexpr const char* kInterpWords[] = {"UNKNOWNINTERP", "constant", "linear", "bezier"};
 
 } // namespace Private
 

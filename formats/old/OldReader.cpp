@@ -51,7 +51,7 @@ public:
     using WordParser::atEnd;
 
     [[noreturn]] void refuseCurve(std::size_t limit) const {
-        raise<LimitExceeded>(Private::tooMany("curves", limit), m_word);
+        raise<LimitExceeded>(Private::TooMany("curves", limit), m_word);
     }
 
     // Returns whether the target wants further curves.
@@ -67,7 +67,7 @@ public:
         m_isFirst = true;
         if (m_isWanted) m_target.startSegmentContainer();
         for (std::size_t keys = 0; at("keyframe"); ++keys) {
-            if (keys >= m_limits.keys) raise<LimitExceeded>(Private::tooMany("keys", m_limits.keys), m_word);
+            if (keys >= m_limits.keys) raise<LimitExceeded>(Private::TooMany("keys", m_limits.keys), m_word);
             TovKey key;
             readKey(key);
             if (m_isWanted) emitKey(key);
@@ -86,23 +86,23 @@ private:
     std::string readName() {
         m_words.skipSpace();
         TextSource& source = m_words.source();
-        m_word = {source.peek() == TextSource::kEnd ? "" : std::string(1, static_cast<char>(source.peek())),
+        m_word = {source.peek() == TextSource::noByte ? "" : std::string(1, static_cast<char>(source.peek())),
                   source.line(), source.column(), false};
         if (source.take() != '"') refuse("a name in quotation marks");
         std::string text;
         for (;;) {
             const int c = source.take();
-            if (c == TextSource::kEnd) {
+            if (c == TextSource::noByte) {
                 m_word = {"", source.line(), source.column(), false};
                 refuse("the end of the name and \"extensions\"");
             }
             if (c == 0) throw UnexpectedWord("A name has a zero byte.", source.line(), source.column());
             text += static_cast<char>(c);
-            const std::string_view end = Private::wordAfterName;
+            const std::string_view end = Private::kWordAfterName;
             if (text.size() > m_limits.text) raise<LimitExceeded>("A name is too long.", m_word);
             if (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) continue;
             std::size_t length = text.size() - end.size();
-            while (length > 0 && Private::isSpace(text[length - 1])) --length;
+            while (length > 0 && Private::IsSpace(text[length - 1])) --length;
             if (length == 0 || text[length - 1] != '"') continue;
             m_word = {std::string(end), source.line(), source.column(), false};
             return text.substr(0, length - 1);
@@ -116,8 +116,8 @@ private:
 
     // Absent where the kind has no word.
     TovKey::InterpType readInterp() {
-        for (std::uint32_t i = 0; i < std::size(Private::interpWords); ++i) {
-            if (!at(Private::interpWords[i])) continue;
+        for (std::uint32_t i = 0; i < std::size(Private::kInterpWords); ++i) {
+            if (!at(Private::kInterpWords[i])) continue;
             next();
             return static_cast<TovKey::InterpType>(i);
         }
@@ -152,7 +152,7 @@ private:
 
     void emitTangent(const Vector2D<double>& handle, bool hasSpan, double span) {
         m_target.tangentType(Tangent::Fixed);
-        m_target.tangentWeighted(hasSpan && Private::isWeightedHandle(handle.x, span));
+        m_target.tangentWeighted(hasSpan && Private::IsWeightedHandle(handle.x, span));
         m_target.tangentWeightLocked(false);
         m_target.tangentVector(handle.x, handle.y);
     }

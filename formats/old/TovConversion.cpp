@@ -35,51 +35,51 @@ struct Span {
     Vector2D<double> in;
 };
 
-bool isFinite(const Vector2D<double>& v) {
+bool IsFinite(const Vector2D<double>& v) {
     return std::isfinite(v.x) && std::isfinite(v.y);
 }
 
 // Whether two values are the same but for the rounding of whoever computed them.
-bool isSame(double a, double b) {
+bool IsSame(double a, double b) {
     return Near(a, b, std::max(GetEpsilon(), 1e-12 * std::max(std::abs(a), std::abs(b))));
 }
 
 template<class Part, class IsKept>
-bool losesProperties(const Part& part, IsKept isKept) {
+bool LosesProperties(const Part& part, IsKept isKept) {
     return std::any_of(part.beginProperties(), part.endProperties(),
                        [&](const auto& property) { return !isKept(property.first); });
 }
 
-bool isEditorState(const std::string& key) {
+bool IsEditorState(const std::string& key) {
     return IsEditorKeyString(key.c_str());
 }
 
-bool isEditorStateOfNoFile(const std::string& key) {
-    constexpr std::string_view inFiles[] = {"fc_vis", "fc_lock", "fc_vel", "fc_acc", "fc_disc", "fc_grid", "fc_scal"};
-    return isEditorState(key) && std::find(std::begin(inFiles), std::end(inFiles), key) == std::end(inFiles);
+bool IsEditorStateOfNoFile(const std::string& key) {
+    constexpr std::string_view kInFiles[] = {"fc_vis", "fc_lock", "fc_vel", "fc_acc", "fc_disc", "fc_grid", "fc_scal"};
+    return IsEditorState(key) && std::find(std::begin(kInFiles), std::end(kInFiles), key) == std::end(kInFiles);
 }
 
-bool losesSettings(const Tangent& tangent, const Segment& segment) {
+bool LosesSettings(const Tangent& tangent, const Segment& segment) {
     const Keyframe* const left = Read::leftKey(segment);
     const Keyframe* const right = Read::rightKey(segment);
-    if (losesProperties(tangent, isEditorState)) return true;
+    if (LosesProperties(tangent, IsEditorState)) return true;
     if (tangent.isInTangent() ? !right : !left) return false;
-    const bool weighted = left && right && Private::isWeightedHandle(tangent.getX(), right->getX() - left->getX());
+    const bool weighted = left && right && Private::IsWeightedHandle(tangent.getX(), right->getX() - left->getX());
     return tangent.getType() != Tangent::Fixed || tangent.isWeightLocked() || tangent.isWeighted() != weighted;
 }
 
-bool losesSettings(const Segment& segment) {
-    return losesProperties(segment, isEditorState) || losesSettings(*Read::inTangent(segment), segment)
-           || losesSettings(*Read::outTangent(segment), segment);
+bool LosesSettings(const Segment& segment) {
+    return LosesProperties(segment, IsEditorState) || LosesSettings(*Read::inTangent(segment), segment)
+           || LosesSettings(*Read::outTangent(segment), segment);
 }
 
-bool losesSettings(const Keyframe& key) {
-    return losesProperties(key, isEditorState) || key.isBreakdown() || key.isTangentsUnified();
+bool LosesSettings(const Keyframe& key) {
+    return LosesProperties(key, IsEditorState) || key.isBreakdown() || key.isTangentsUnified();
 }
 
-bool losesName(std::string_view name) {
+bool LosesName(std::string_view name) {
     for (std::size_t quote = name.find('"'); quote != std::string_view::npos; quote = name.find('"', quote + 1))
-        if (Private::endsName(name.substr(quote + 1))) return true;
+        if (Private::EndsName(name.substr(quote + 1))) return true;
     return false;
 }
 
@@ -91,7 +91,7 @@ public:
     std::uint32_t lossFlags() const { return m_flags; }
 
     void convert(const FCurve& curve) {
-        if (losesName(curve.getName()) || losesProperties(curve, isEditorStateOfNoFile)) lose(TovCurve::PropertyLoss);
+        if (LosesName(curve.getName()) || LosesProperties(curve, IsEditorStateOfNoFile)) lose(TovCurve::PropertyLoss);
         for (const Segment& segment : curve) take(segment);
         for (std::size_t i = 0; i < m_keys.size(); ++i) joinSpans(i);
         addKeys(Read::inTangent(Read::firstSegment(curve))->get(), Read::outTangent(Read::lastSegment(curve))->get());
@@ -103,11 +103,11 @@ private:
     // --- segments ----------------------------------------------------------------------------------------------------
 
     void take(const Segment& segment) {
-        if (losesSettings(segment)) lose(TovCurve::PropertyLoss);
+        if (LosesSettings(segment)) lose(TovCurve::PropertyLoss);
         const Keyframe* const left = Read::leftKey(segment);
         const Keyframe* const right = Read::rightKey(segment);
         if (right) {
-            if (losesSettings(*right)) lose(TovCurve::PropertyLoss);
+            if (LosesSettings(*right)) lose(TovCurve::PropertyLoss);
             m_keys.push_back(right);
             m_before.push_back({});
         }
@@ -160,7 +160,7 @@ private:
         bezier.getBezierArgs(segment, p0.x, p0.y, p1.x, p1.y, p2.x, p2.y, p3.x, p3.y);
         const Vector2D<double> out{p1.x - p0.x, p1.y - p0.y};
         const Vector2D<double> in{p2.x - p3.x, p2.y - p3.y};
-        if (!std::isfinite(p0.y) || !std::isfinite(p3.y) || !isFinite(out) || !isFinite(in)) return false;
+        if (!std::isfinite(p0.y) || !std::isfinite(p3.y) || !IsFinite(out) || !IsFinite(in)) return false;
 
         span.interp = TovKey::Bezier;
         if (!usesHandles) {
@@ -191,7 +191,7 @@ private:
         const double endY = interpolator.eval(rightX, segment);
         const Vector2D<double> out{third, third * interpolator.getFirstDerivative(leftX, segment)};
         const Vector2D<double> in{-third, -third * interpolator.getFirstDerivative(rightX, segment)};
-        if (!std::isfinite(startY) || !std::isfinite(endY) || !isFinite(out) || !isFinite(in)) {
+        if (!std::isfinite(startY) || !std::isfinite(endY) || !IsFinite(out) || !IsFinite(in)) {
             span.interp = TovKey::Linear;
             return;
         }
@@ -214,13 +214,13 @@ private:
         Span* const after = i < m_spans.size() ? &m_spans[i] : nullptr;
 
         // Outside its keys the curve holds their values.
-        if (after && isSame(after->startY, key.y)) after->startY = key.y;
+        if (after && IsSame(after->startY, key.y)) after->startY = key.y;
         const double y = after ? after->startY : key.y;
         if (y != key.y) lose(TovCurve::ShiftedKeyframes);
 
         if (before && before->interp == TovKey::Constant) return;
-        const double endY = before && !isSame(before->endY, key.y) ? before->endY : key.y;
-        if (isSame(endY, y)) return;
+        const double endY = before && !IsSame(before->endY, key.y) ? before->endY : key.y;
+        if (IsSame(endY, y)) return;
 
         lose(TovCurve::HealedDiscontinuities);
         const double room = before ? key.x - m_keys[i - 1]->getX() : HUGE_VAL;
@@ -269,8 +269,8 @@ private:
 };
 
 const char* wordOf(TovKey::InterpType interp) {
-    return interp < std::size(Private::interpWords) ? Private::interpWords[interp]
-                                                    : ""; // deliberate: no word for what is no kind
+    return interp < std::size(Private::kInterpWords) ? Private::kInterpWords[interp]
+                                                     : ""; // deliberate: no word for what is no kind
 }
 
 } // namespace
@@ -295,18 +295,18 @@ void TovCurve::setName(const char* name) {
 }
 
 void TovCurve::addKeyframe(const TovKey& key) {
-    if (!isFinite(key.getLocation()) || !isFinite(key.getLeftTangent()) || !isFinite(key.getRightTangent())) return;
+    if (!IsFinite(key.getLocation()) || !IsFinite(key.getLeftTangent()) || !IsFinite(key.getRightTangent())) return;
     m_keys.insert(m_keys.end(), key);
 }
 
 std::ostream& operator<<(std::ostream& out, const TovCurve& curve) {
-    constexpr const char* losses[] = {
+    constexpr const char* kLosses[] = {
         "// unsupported interpolation\n", "// unsupported extensions\n", "// shifted keyframes\n",
         "// shifted tangents\n",          "// healed discontinuities\n", "// synthesized bezier segment\n",
         "// property data loss\n",
     };
-    for (std::size_t bit = 0; bit < std::size(losses); ++bit)
-        if (curve.getLossFlags() & (1U << bit)) out << losses[bit];
+    for (std::size_t bit = 0; bit < std::size(kLosses); ++bit)
+        if (curve.getLossFlags() & (1U << bit)) out << kLosses[bit];
     if (curve.getLossFlags() == 0) out << "// no conversion loss\n";
 
     out << "fcurve {\n    name \"" << curve.getName() << "\"\n    extensions constant constant\n";

@@ -19,8 +19,8 @@ inline namespace v19 {
 
 namespace TextFormat {
 
-using Private::isBlank;
-using Private::isLineEnd;
+using Private::IsBlank;
+using Private::IsLineEnd;
 using Private::TextSource;
 
 namespace {
@@ -50,15 +50,15 @@ public:
         m_read = 0;
         for (;;) {
             const int c = m_source.peek();
-            if (isBlank(c)) {
+            if (IsBlank(c)) {
                 m_source.take();
-            } else if (c == TextSource::kEnd) {
+            } else if (c == TextSource::noByte) {
                 return !m_words.empty();
-            } else if (isLineEnd(c)) {
+            } else if (IsLineEnd(c)) {
                 m_source.take();
                 if (!m_words.empty()) return true;
             } else if (c == '#') {
-                while (!isLineEnd(m_source.peek())) m_source.take();
+                while (!IsLineEnd(m_source.peek())) m_source.take();
             } else {
                 readWord();
             }
@@ -84,8 +84,8 @@ public:
     double number() {
         const Word& word = take("a number");
         double result = 0.0;
-        if (word.isQuoted || !Private::parseNumber(word.text, result)) {
-            throw BadNumber(Private::expectedFound("a number", Private::quoted(word.text)), word.line, word.column);
+        if (word.isQuoted || !Private::ParseNumber(word.text, result)) {
+            throw BadNumber(Private::ExpectedFound("a number", Private::Quoted(word.text)), word.line, word.column);
         }
         return result;
     }
@@ -102,10 +102,10 @@ public:
     [[noreturn]] void refuse(const std::string& expected) const {
         if (!atEnd()) {
             const Word& word = m_words[m_read];
-            throw UnexpectedWord(Private::expectedFound(expected, Private::quoted(word.text)), word.line, word.column);
+            throw UnexpectedWord(Private::ExpectedFound(expected, Private::Quoted(word.text)), word.line, word.column);
         }
         const bool isText = m_words.empty();
-        throw UnexpectedWord(Private::expectedFound(expected, isText ? "the end of the text" : "the end of the line"),
+        throw UnexpectedWord(Private::ExpectedFound(expected, isText ? "the end of the text" : "the end of the line"),
                              isText ? m_source.line() : m_words.back().line,
                              isText ? m_source.column() : m_words.back().column + m_words.back().text.size());
     }
@@ -126,7 +126,7 @@ private:
         } else if (c == '"') {
             readQuoted(word);
         } else {
-            for (; !isBlank(c) && !isLineEnd(c) && c != '{' && c != '}' && c != '"' && c != '#'; c = m_source.peek())
+            for (; !IsBlank(c) && !IsLineEnd(c) && c != '{' && c != '}' && c != '"' && c != '#'; c = m_source.peek())
                 append(word, m_source.take());
         }
         m_words.push_back(std::move(word));
@@ -136,7 +136,7 @@ private:
         word.isQuoted = true;
         m_source.take();
         for (;;) {
-            if (isLineEnd(m_source.peek())) {
+            if (IsLineEnd(m_source.peek())) {
                 throw BadText("A text in quotation marks does not end in its line.", word.line, word.column);
             }
             const int c = m_source.take();
@@ -218,7 +218,7 @@ public:
     }
     [[noreturn]] void refuse(const char* expected) const { m_lines.refuse(expected); }
     void countCurve() {
-        if (++m_curves > m_limits.curves) m_lines.exceed(Private::tooMany("curves", m_limits.curves));
+        if (++m_curves > m_limits.curves) m_lines.exceed(Private::TooMany("curves", m_limits.curves));
     }
 
     // --- curve -------------------------------------------------------------------------------------------------------
@@ -247,12 +247,12 @@ private:
         const Word version = m_lines.take("a version such as 1.0");
         unsigned major = 0;
         unsigned minor = 0;
-        if (version.isQuoted || !Private::parseVersion(version.text, major, minor)) {
-            throw UnexpectedWord(Private::expectedFound("a version such as 1.0", Private::quoted(version.text)),
+        if (version.isQuoted || !Private::ParseVersion(version.text, major, minor)) {
+            throw UnexpectedWord(Private::ExpectedFound("a version such as 1.0", Private::Quoted(version.text)),
                                  version.line, version.column);
         }
         if (major != kMajor)
-            throw UnsupportedVersion(Private::unsupportedVersion(major, minor, kMajor), version.line, version.column);
+            throw UnsupportedVersion(Private::VersionMessage(major, minor, kMajor), version.line, version.column);
         m_isNewer = minor > kMinor;
         m_lines.finish();
     }
@@ -286,7 +286,7 @@ private:
     }
 
     void readProperty(PropertyCall call, std::size_t& count) {
-        if (++count > m_limits.properties) m_lines.exceed(Private::tooMany("properties", m_limits.properties));
+        if (++count > m_limits.properties) m_lines.exceed(Private::TooMany("properties", m_limits.properties));
         m_lines.skip("property");
         const std::string key = m_lines.text("the property's name");
         const std::string value = m_lines.text("the property's value");
@@ -345,7 +345,7 @@ private:
         std::size_t keys = 0;
         for (; m_inCurve; m_inCurve = nextInBlock()) {
             if (m_lines.at("key")) {
-                if (++keys > m_limits.keys) m_lines.exceed(Private::tooMany("keys", m_limits.keys));
+                if (++keys > m_limits.keys) m_lines.exceed(Private::TooMany("keys", m_limits.keys));
                 if (!hasSegment) plainSegment(keys == 1 ? "constant()" : between);
                 readKey();
                 hasSegment = false;
@@ -364,7 +364,7 @@ private:
 
     void startSegment(const std::string& expression) {
         if (expression.size() > m_limits.expressions - m_expressionBytes)
-            m_lines.exceed(Private::tooMany("bytes in all expressions", m_limits.expressions));
+            m_lines.exceed(Private::TooMany("bytes in all expressions", m_limits.expressions));
         m_expressionBytes += expression.size();
         m_target.startSegment(expression.c_str());
     }
@@ -403,10 +403,10 @@ private:
 
     void readTangent() {
         const Word word = m_lines.word();
-        std::size_t type = Private::tangentTypeOf(word.isQuoted ? "" : word.text);
+        std::size_t type = Private::TangentTypeOf(word.isQuoted ? "" : word.text);
         if (type == std::size(Private::kTangentTypes)) {
             double number = 0.0;
-            const bool isLater = m_isNewer && !word.isQuoted && !Private::parseNumber(word.text, number);
+            const bool isLater = m_isNewer && !word.isQuoted && !Private::ParseNumber(word.text, number);
             if (!isLater) m_lines.refuse("the tangent's type, such as \"fixed\"");
             type = 0; // the handle stays as the later version computed it
         }
@@ -474,9 +474,9 @@ void TextReader::readCurve(Stream& stream, FormatInterface& target) {
 bool TextReader::canRead(Stream& stream, Stream& header) {
     Private::Opening opening(stream, header);
     TextSource source(opening);
-    while (Private::isSpace(source.peek()) || source.peek() == '#') {
+    while (Private::IsSpace(source.peek()) || source.peek() == '#') {
         if (source.take() != '#') continue;
-        while (!isLineEnd(source.peek())) source.take();
+        while (!IsLineEnd(source.peek())) source.take();
     }
     for (const char* c = kMagic; *c; ++c)
         if (source.take() != *c) return false;

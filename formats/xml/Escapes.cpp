@@ -10,23 +10,23 @@ namespace XMLFormat {
 
 namespace {
 
-bool isContinuation(unsigned char c) {
+bool IsContinuation(unsigned char c) {
     return (c & 0xC0U) == 0x80U;
 }
 
 // Length in bytes of the UTF-8 character at the start of a text that starts with a byte above 0x7F; 0 if it is none
 // or not allowed in XML. The text ends with a zero byte, which continues no character.
-std::size_t characterLength(const unsigned char* c) {
+std::size_t CharacterLength(const unsigned char* c) {
     if (c[0] < 0xC2) return 0; // a continuation, or longer than necessary
-    if (!isContinuation(c[1])) return 0;
+    if (!IsContinuation(c[1])) return 0;
     if (c[0] < 0xE0) return 2;
-    if (!isContinuation(c[2])) return 0;
+    if (!IsContinuation(c[2])) return 0;
     if (c[0] < 0xF0) {
         if (c[0] == 0xE0 && c[1] < 0xA0) return 0;                                // longer than necessary
         if (c[0] == 0xED && c[1] > 0x9F) return 0;                                // half of a surrogate pair
         return c[0] == 0xEF && c[1] == 0xBF && c[2] >= 0xBE ? std::size_t{0} : 3; // U+FFFE, U+FFFF
     }
-    if (!isContinuation(c[3])) return 0;
+    if (!IsContinuation(c[3])) return 0;
     if (c[0] == 0xF0 && c[1] < 0x90) return 0;
     if (c[0] > 0xF4 || (c[0] == 0xF4 && c[1] > 0x8F)) return 0; // beyond U+10FFFF
     return 4;
@@ -53,14 +53,14 @@ const char* special(unsigned char c) {
     }
 }
 
-void appendByte(std::string& out, unsigned char c) {
+void AppendByte(std::string& out, unsigned char c) {
     constexpr char digits[] = "0123456789ABCDEF";
     out += "\\x";
     out += digits[c >> 4U];
     out += digits[c & 15U];
 }
 
-int hexDigit(char c) {
+int HexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -69,13 +69,13 @@ int hexDigit(char c) {
 
 } // namespace
 
-void appendEscaped(std::string& out, const char* text) {
+void AppendEscaped(std::string& out, const char* text) {
     const auto* c = reinterpret_cast<const unsigned char*>(text);
     const auto* plain = c; // start of what is copied as it stands
     const auto copyPlain = [&] { out.append(reinterpret_cast<const char*>(plain), reinterpret_cast<const char*>(c)); };
     while (*c) {
         if (*c >= 0x80) {
-            if (const std::size_t length = characterLength(c)) {
+            if (const std::size_t length = CharacterLength(c)) {
                 c += length;
                 continue;
             }
@@ -87,14 +87,14 @@ void appendEscaped(std::string& out, const char* text) {
         if (const char* replacement = *c < 0x80 ? special(*c) : nullptr) {
             out += replacement;
         } else {
-            appendByte(out, *c);
+            AppendByte(out, *c);
         }
         plain = ++c;
     }
     copyPlain();
 }
 
-bool unescape(const char* value, std::string& result) {
+bool Unescape(const char* value, std::string& result) {
     result.clear();
     for (;;) {
         const std::size_t plain = std::strcspn(value, "\\");
@@ -106,8 +106,8 @@ bool unescape(const char* value, std::string& result) {
             value += 2;
             continue;
         }
-        const int high = value[1] == 'x' ? hexDigit(value[2]) : -1;
-        const int low = high < 0 ? -1 : hexDigit(value[3]);
+        const int high = value[1] == 'x' ? HexDigit(value[2]) : -1;
+        const int low = high < 0 ? -1 : HexDigit(value[3]);
         if (low < 0 || (high == 0 && low == 0)) return false;
         result += static_cast<char>(high * 16 + low);
         value += 4;

@@ -11,14 +11,14 @@ constexpr unsigned kMajor = 1;
 constexpr unsigned kMinor = 0;
 
 namespace Tag {
-constexpr const char* root = "fcurvelib";
-constexpr const char* container = "container";
-constexpr const char* curve = "curve";
-constexpr const char* property = "property";
-constexpr const char* segment = "segment";
-constexpr const char* out = "out";
-constexpr const char* in = "in";
-constexpr const char* key = "key";
+constexpr const char* kRoot = "fcurvelib";
+constexpr const char* kContainer = "container";
+constexpr const char* kCurve = "curve";
+constexpr const char* kProperty = "property";
+constexpr const char* kSegment = "segment";
+constexpr const char* kOut = "out";
+constexpr const char* kIn = "in";
+constexpr const char* kKey = "key";
 } // namespace Tag
 
 } // namespace XMLFormat

@@ -29,15 +29,15 @@ inline namespace v19 {
 
 namespace XMLFormat {
 
-using Private::parseNumber;
-using Private::quoted;
+using Private::ParseNumber;
+using Private::Quoted;
 
 namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 16U; // bytes that are fed to Expat at once
 
 // Of XML, which knows fewer than C.
-bool isXMLSpace(int c) {
+bool IsXMLSpace(int c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
@@ -127,7 +127,7 @@ private:
     void finishCurve();
 
     void count(std::size_t& counted, std::size_t limit, const char* what) const {
-        if (counted >= limit) raise<LimitExceeded>(Private::tooMany(what, limit));
+        if (counted >= limit) raise<LimitExceeded>(Private::TooMany(what, limit));
         ++counted;
     }
 
@@ -188,7 +188,7 @@ public:
     // A text without its escapes.
     const char* text(const char* name, std::string& buffer) {
         const char* value = require(name);
-        if (!unescape(value, buffer))
+        if (!Unescape(value, buffer))
             bad(name, value, R"(a text in which a backslash starts "\\" or "\x01" to "\xFF")");
         if (buffer.size() > m_document.m_limits.text) {
             m_document.raise<LimitExceeded>(std::string("The attribute ") + name + " is too long.", name);
@@ -207,12 +207,12 @@ public:
     double number(const char* name) {
         const char* value = require(name);
         double result = 0.0;
-        if (!parseNumber(value, result)) bad(name, value, "a number");
+        if (!ParseNumber(value, result)) bad(name, value, "a number");
         return result;
     }
 
     [[noreturn]] void bad(const char* name, const char* value, const char* expected) const {
-        m_document.raise<BadAttribute>(std::string("The attribute ") + name + " has the value " + quoted(value)
+        m_document.raise<BadAttribute>(std::string("The attribute ") + name + " has the value " + Quoted(value)
                                            + ", which is not " + expected + ".",
                                        name);
     }
@@ -224,7 +224,7 @@ public:
         for (std::size_t i = 0; i < m_count; ++i) {
             const char* name = m_list[2 * i];
             if (std::find(m_asked.begin(), askedEnd, name) != askedEnd) continue;
-            m_document.raise<BadAttribute>("The attribute " + quoted(name) + " is not known here.", name);
+            m_document.raise<BadAttribute>("The attribute " + Quoted(name) + " is not known here.", name);
         }
     }
 
@@ -250,19 +250,19 @@ void Document::start(const char* tag, const char** attributes) {
 Document::Node Document::startAny(const char* tag, Attributes& attributes) {
     const auto is = [tag](const char* name) { return std::strcmp(tag, name) == 0; };
     if (m_open.empty()) {
-        if (is(Tag::root)) return startRoot(attributes);
-        raise<UnexpectedTag>("The document is not a curve file: its root is " + quoted(tag) + ".", tag);
+        if (is(Tag::kRoot)) return startRoot(attributes);
+        raise<UnexpectedTag>("The document is not a curve file: its root is " + Quoted(tag) + ".", tag);
     }
 
     switch (m_open.back().node) {
     case Node::Root:
         if (m_hasContent) break;
-        if (is(Tag::curve)) {
+        if (is(Tag::kCurve)) {
             m_hasContent = true;
             if (m_wantsContainer) m_target.startCurveContainer();
             return startCurve(attributes);
         }
-        if (is(Tag::container)) {
+        if (is(Tag::kContainer)) {
             if (!m_wantsContainer) raise<UnexpectedTag>("The document holds a container, not a single curve.", tag);
             m_hasContent = true;
             m_target.startCurveContainer();
@@ -270,29 +270,29 @@ Document::Node Document::startAny(const char* tag, Attributes& attributes) {
         }
         break;
     case Node::Container:
-        if (is(Tag::curve)) return startCurve(attributes);
-        if (is(Tag::property) && m_curves == 0) return startProperty(attributes);
+        if (is(Tag::kCurve)) return startCurve(attributes);
+        if (is(Tag::kProperty) && m_curves == 0) return startProperty(attributes);
         break;
     case Node::Curve:
-        if (is(Tag::segment) && m_run != Run::Segment) return startSegment(attributes);
-        if (is(Tag::key) && m_run == Run::Segment) return startKey(attributes);
-        if (is(Tag::property) && m_run == Run::Nothing) return startProperty(attributes);
+        if (is(Tag::kSegment) && m_run != Run::Segment) return startSegment(attributes);
+        if (is(Tag::kKey) && m_run == Run::Segment) return startKey(attributes);
+        if (is(Tag::kProperty) && m_run == Run::Nothing) return startProperty(attributes);
         break;
     case Node::Segment:
-        if (is(Tag::out) && !m_hasTangent[0]) return startTangent(attributes, false);
-        if (is(Tag::in) && !m_hasTangent[1]) return startTangent(attributes, true);
-        if (is(Tag::property)) return startProperty(attributes);
+        if (is(Tag::kOut) && !m_hasTangent[0]) return startTangent(attributes, false);
+        if (is(Tag::kIn) && !m_hasTangent[1]) return startTangent(attributes, true);
+        if (is(Tag::kProperty)) return startProperty(attributes);
         break;
     case Node::Tangent:
     case Node::Key:
-        if (is(Tag::property)) return startProperty(attributes);
+        if (is(Tag::kProperty)) return startProperty(attributes);
         break;
     case Node::Property:
     case Node::Unknown:
         break;
     }
     if (m_isLater) return Node::Unknown;
-    raise<UnexpectedTag>("The tag " + quoted(tag) + " is not expected here.", tag);
+    raise<UnexpectedTag>("The tag " + Quoted(tag) + " is not expected here.", tag);
 }
 
 void Document::end() {
@@ -300,7 +300,7 @@ void Document::end() {
     m_open.pop_back();
     switch (node) {
     case Node::Root:
-        if (!m_hasContent) raise<MissingTag>("The document holds neither a curve nor a container.", Tag::curve);
+        if (!m_hasContent) raise<MissingTag>("The document holds neither a curve nor a container.", Tag::kCurve);
         break;
     case Node::Container:
         m_target.finishCurveContainer();
@@ -328,15 +328,15 @@ void Document::end() {
 }
 
 void Document::text(std::string_view text) const {
-    if (m_isLater || std::all_of(text.begin(), text.end(), &isXMLSpace)) return;
-    raise<UnexpectedText>("There is text between the tags: " + quoted(text) + ".");
+    if (m_isLater || std::all_of(text.begin(), text.end(), &IsXMLSpace)) return;
+    raise<UnexpectedText>("There is text between the tags: " + Quoted(text) + ".");
 }
 
 Document::Node Document::startRoot(Attributes& attributes) {
     const char* version = attributes.require("version");
     unsigned major = 0;
     unsigned minor = 0;
-    if (!Private::parseVersion(version, major, minor)) attributes.bad("version", version, "a version such as 1.0");
+    if (!Private::ParseVersion(version, major, minor)) attributes.bad("version", version, "a version such as 1.0");
     if (major != kMajor) throw UnsupportedVersion(major, kMajor, line(), column());
     m_isLater = minor > kMinor;
     return Node::Root;
@@ -358,7 +358,7 @@ Document::Node Document::startCurve(Attributes& attributes) {
         for (double& number : grid) {
             const bool isLast = &number == std::end(grid) - 1;
             const std::size_t length = isLast ? rest.size() : std::min(rest.find(' '), rest.size());
-            if (!parseNumber(rest.substr(0, length), number)) {
+            if (!ParseNumber(rest.substr(0, length), number)) {
                 attributes.bad("grid", gridText, "four numbers with blanks between them");
             }
             rest.remove_prefix(std::min(length + 1, rest.size()));
@@ -366,7 +366,7 @@ Document::Node Document::startCurve(Attributes& attributes) {
     }
     double scale = 1.0;
     if (const char* const scaleText = attributes.find("tangentScale")) {
-        if (!parseNumber(scaleText, scale)) attributes.bad("tangentScale", scaleText, "a number");
+        if (!ParseNumber(scaleText, scale)) attributes.bad("tangentScale", scaleText, "a number");
     }
     attributes.done();
 
@@ -385,7 +385,7 @@ Document::Node Document::startCurve(Attributes& attributes) {
 }
 
 void Document::finishCurve() {
-    if (m_run == Run::Key) raise<MissingTag>(Private::kKeyAtEnd, Tag::segment);
+    if (m_run == Run::Key) raise<MissingTag>(Private::kKeyAtEnd, Tag::kSegment);
     if (m_run == Run::Nothing) m_out->startSegmentContainer();
     m_out->finishSegmentContainer();
     if (!m_out->finishCurve()) {
@@ -411,7 +411,7 @@ Document::Node Document::startSegment(Attributes& attributes) {
 Document::Node Document::startTangent(Attributes& attributes, bool isIn) {
     std::size_t type = 0;
     if (const char* const name = attributes.find("type")) {
-        type = Private::tangentTypeOf(name);
+        type = Private::TangentTypeOf(name);
         if (type == std::size(Private::kTangentTypes)) {
             if (!m_isLater) attributes.bad("type", name, "a type of tangent");
             type = 0; // the handle stays as the later version computed it
@@ -428,8 +428,8 @@ Document::Node Document::startTangent(Attributes& attributes, bool isIn) {
             const char* const missing = xText ? "y" : "x";
             raise<BadAttribute>(std::string("The attribute ") + missing + " is missing.", missing);
         }
-        if (!parseNumber(xText, x)) attributes.bad("x", xText, "a number");
-        if (!parseNumber(yText, y)) attributes.bad("y", yText, "a number");
+        if (!ParseNumber(xText, x)) attributes.bad("x", xText, "a number");
+        if (!ParseNumber(yText, y)) attributes.bad("y", yText, "a number");
     }
     attributes.done();
 
@@ -552,11 +552,11 @@ bool XMLReader::canRead(Stream& stream, Stream& header) {
         return std::all_of(text.begin(), text.end(), [&](char c) { return source.take() == c; });
     };
     const auto skipSpace = [&] {
-        while (isXMLSpace(source.peek())) source.take();
+        while (IsXMLSpace(source.peek())) source.take();
     };
     const auto skipPast = [&](std::string_view end) {
         std::string last;
-        for (int c = source.take(); c != source.kEnd; c = source.take()) {
+        for (int c = source.take(); c != source.noByte; c = source.take()) {
             last += static_cast<char>(c);
             if (last.size() > end.size()) last.erase(0, 1);
             if (last == end) return;
@@ -581,9 +581,9 @@ bool XMLReader::canRead(Stream& stream, Stream& header) {
             break;
         }
     }
-    if (!takes(Tag::root)) return false;
+    if (!takes(Tag::kRoot)) return false;
     const int next = source.peek();
-    return isXMLSpace(next) || next == '>' || next == '/' || next == '[';
+    return IsXMLSpace(next) || next == '>' || next == '/' || next == '[';
 }
 
 } // namespace XMLFormat

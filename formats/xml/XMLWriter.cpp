@@ -13,8 +13,8 @@ inline namespace v19 {
 
 namespace XMLFormat {
 
-using Private::appendNumber;
-using Private::appendShortNumber;
+using Private::AppendNumber;
+using Private::AppendShortNumber;
 using Private::CurveHead;
 using Private::KeyPart;
 using Private::PropertyList;
@@ -33,25 +33,25 @@ private:
         m_pieces.clear();
         m_size = 0;
         m_out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-        open(0, Tag::root);
+        open(0, Tag::kRoot);
         attribute("version", (std::to_string(kMajor) + '.' + std::to_string(kMinor)).c_str());
         m_out += ">\n";
     }
     void beginContainer(const PropertyList& properties) override {
-        open(1, Tag::container);
+        open(1, Tag::kContainer);
         m_out += ">\n";
         elements(2, properties);
     }
-    void endContainer() override { close(1, Tag::container); }
+    void endContainer() override { close(1, Tag::kContainer); }
     void endDocument() override {
-        close(0, Tag::root);
+        close(0, Tag::kRoot);
         nextPiece();
         for (const std::string& piece : m_pieces) stream().writeData(piece.data(), static_cast<int>(piece.size()));
         m_pieces.clear();
     }
 
     void beginCurve(const CurveHead& head, bool hasSegments) override {
-        open(depth(), Tag::curve);
+        open(depth(), Tag::kCurve);
         attribute("name", head.name.c_str());
         if (!head.visible) attribute("visible", "false");
         flag("locked", head.locked);
@@ -62,13 +62,13 @@ private:
             std::string numbers;
             for (const double number : head.grid) {
                 if (!numbers.empty()) numbers += ' ';
-                appendShortNumber(numbers, number);
+                AppendShortNumber(numbers, number);
             }
             attribute("grid", numbers.c_str());
         }
         if (head.tangentScale != 1.0) {
             std::string scale;
-            appendShortNumber(scale, head.tangentScale);
+            AppendShortNumber(scale, head.tangentScale);
             attribute("tangentScale", scale.c_str());
         }
         if (!hasSegments && head.properties.empty()) {
@@ -81,29 +81,29 @@ private:
         elements(depth() + 1, head.properties);
     }
     void endCurve(bool) override {
-        if (m_curveIsOpen) close(depth(), Tag::curve);
+        if (m_curveIsOpen) close(depth(), Tag::kCurve);
     }
 
     void writeSegment(const SegmentPart& segment, const KeyPart* key) override {
         const std::size_t inCurve = depth() + 1;
-        open(inCurve, Tag::segment);
+        open(inCurve, Tag::kSegment);
         attribute("interpolator", segment.expression.c_str());
         if (segment.properties.empty() && !segment.out.isGiven && !segment.in.isGiven) {
             m_out += "/>\n";
         } else {
             m_out += ">\n";
             elements(inCurve + 1, segment.properties);
-            tangent(segment.out, Tag::out);
-            tangent(segment.in, Tag::in);
-            close(inCurve, Tag::segment);
+            tangent(segment.out, Tag::kOut);
+            tangent(segment.in, Tag::kIn);
+            close(inCurve, Tag::kSegment);
         }
         if (!key) return;
-        open(inCurve, Tag::key);
+        open(inCurve, Tag::kKey);
         position(key->x, key->y);
         flag("locked", key->locked);
         flag("breakdown", key->breakdown);
         flag("unified", key->unified);
-        finish(inCurve, Tag::key, key->properties);
+        finish(inCurve, Tag::kKey, key->properties);
     }
 
     void tangent(const TangentPart& tangent, const char* tag) {
@@ -134,7 +134,7 @@ private:
 
     void open(std::size_t depth, const char* tag) {
         if (depth >= limits().nesting) refuse(Refusal::Limit, "The elements are nested too deeply.");
-        if (m_out.size() >= kPiece) nextPiece();
+        if (m_out.size() >= pieceSize) nextPiece();
         m_out.append(2 * depth, ' ');
         m_out += '<';
         m_out += tag;
@@ -153,7 +153,7 @@ private:
     }
     void elements(std::size_t depth, const PropertyList& properties) {
         for (const auto& [key, value] : properties) {
-            open(depth, Tag::property);
+            open(depth, Tag::kProperty);
             attribute("key", key.c_str());
             attribute("value", value.c_str());
             m_out += "/>\n";
@@ -163,7 +163,7 @@ private:
         m_out += ' ';
         m_out += name;
         m_out += "=\"";
-        appendEscaped(m_out, value);
+        AppendEscaped(m_out, value);
         m_out += '"';
     }
     void flag(const char* name, bool on) {
@@ -171,9 +171,9 @@ private:
     }
     void position(double x, double y) {
         m_out += " x=\"";
-        appendNumber(m_out, x);
+        AppendNumber(m_out, x);
         m_out += "\" y=\"";
-        appendNumber(m_out, y);
+        AppendNumber(m_out, y);
         m_out += '"';
     }
 
@@ -184,7 +184,7 @@ private:
         m_out.clear();
     }
 
-    static constexpr std::size_t kPiece = std::size_t{1} << 20U;
+    static constexpr std::size_t pieceSize = std::size_t{1} << 20U;
 
     std::vector<std::string> m_pieces;
     std::size_t m_size = 0; // of them all

@@ -235,12 +235,12 @@ TEST(BezierMath, VerticalSlopesAreSentinels) {
     };
     const Row rows[] = {
         // width 3
-        {1, 0, 2, -1, 0, 0, verticalSlope, -verticalSlope},
-        {1, 0, -2, -1, 0, 0, -verticalSlope, verticalSlope},
-        {1, 1, 0, 0, 2, 1, -verticalSlope, -verticalSlope},
-        {1, 3, 0, -3, 0, 0.5, verticalSlope, 0}, // vertical in the middle
-        {-1, 3, 0, -3, 0, 0.5, -verticalSlope, 0},
-        {0, 0, 0, -1, 0, 0, verticalSlope, 0}, // a zero handle counts as vertical
+        {1, 0, 2, -1, 0, 0, kVerticalSlope, -kVerticalSlope},
+        {1, 0, -2, -1, 0, 0, -kVerticalSlope, kVerticalSlope},
+        {1, 1, 0, 0, 2, 1, -kVerticalSlope, -kVerticalSlope},
+        {1, 3, 0, -3, 0, 0.5, kVerticalSlope, 0}, // vertical in the middle
+        {-1, 3, 0, -3, 0, 0.5, -kVerticalSlope, 0},
+        {0, 0, 0, -1, 0, 0, kVerticalSlope, 0}, // a zero handle counts as vertical
         {1, 1, 1e-9, -1, 0, 0, 0, 2.0 / 3.0},  // flat within the tolerance
         {3, 1, 1, -1, -1, 0.3, 1, 0},
     };

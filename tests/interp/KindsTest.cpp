@@ -101,26 +101,26 @@ TEST_P(EveryKind, ReadsWhatItsRowSays) {
         Reads between; // any of these says that values between 19 and 23 change
         Reads after;   // the same after the last key
     } rows[] = {
-        {"key 19", [](FCurve& c) { KeyAt(c, 19).setY(5); }, readsLeftKey, readsCurve},
-        {"key 23", [](FCurve& c) { KeyAt(c, 23).setY(5); }, readsRightKey, readsCurve},
-        {"tangent", [](FCurve& c) { c.findSegment(20)->getOutTangent()->set(1, 1); }, readsTangents, 0},
-        {"key 15", [](FCurve& c) { KeyAt(c, 15).setY(7); }, readsNextKeys, readsCurve},
-        {"key 25", [](FCurve& c) { KeyAt(c, 25).setY(7); }, readsNextKeys, readsCurve},
+        {"key 19", [](FCurve& c) { KeyAt(c, 19).setY(5); }, kReadsLeftKey, kReadsCurve},
+        {"key 23", [](FCurve& c) { KeyAt(c, 23).setY(5); }, kReadsRightKey, kReadsCurve},
+        {"tangent", [](FCurve& c) { c.findSegment(20)->getOutTangent()->set(1, 1); }, kReadsTangents, 0},
+        {"key 15", [](FCurve& c) { KeyAt(c, 15).setY(7); }, kReadsNextKeys, kReadsCurve},
+        {"key 25", [](FCurve& c) { KeyAt(c, 25).setY(7); }, kReadsNextKeys, kReadsCurve},
         {"neighbours",
          [](FCurve& c) {
              c.findSegment(16)->getInTangent()->set(-1, 5);
              c.findSegment(24)->getOutTangent()->set(0.5, 4);
          },
-         readsNeighbours, readsCurve},
-        {"key 28", [](FCurve& c) { KeyAt(c, 28).setY(7); }, readsCurve, readsLeftKey},
+         kReadsNeighbours, kReadsCurve},
+        {"key 28", [](FCurve& c) { KeyAt(c, 28).setY(7); }, kReadsCurve, kReadsLeftKey},
         {"last segment", [](FCurve& c) { c.findSegment(27)->setInterpolator(InterpolatorFactory::create("7")); },
-         readsCurve, readsNeighbours | readsCurve},
-        {"last tangent", [](FCurve& c) { c.findSegment(40)->getOutTangent()->set(1, 1); }, 0, readsTangents},
+         kReadsCurve, kReadsNeighbours | kReadsCurve},
+        {"last tangent", [](FCurve& c) { c.findSegment(40)->getOutTangent()->set(1, 1); }, 0, kReadsTangents},
         {"first tangent", [](FCurve& c) { c.findSegment(0)->getInTangent()->set(-1, 1); }, 0, 0},
     };
     const Reads between = ReadsOf(interpolator.get(), *curve->findSegment(20));
     const Reads after = ReadsOf(interpolator.get(), *curve->findSegment(40));
-    EXPECT_EQ(between, row.reads & ~readsCurve);
+    EXPECT_EQ(between, row.reads & ~kReadsCurve);
     for (const auto& change : rows) {
         SCOPED_TRACE(change.what);
         const auto changed = FCurve::createCopy(*curve);
@@ -254,7 +254,7 @@ TEST(Kinds, WithoutNameAreTold) {
         {"7", Kind::Number, 0, 0},
         {"(((", Kind::Unknown, 0, 0},
         {"x", Kind::Formula, 0, 0},
-        {"cycle + x", Kind::Formula, readsLeftKey, readsLeftKey | readsRightKey | readsCurve},
+        {"cycle + x", Kind::Formula, kReadsLeftKey, kReadsLeftKey | kReadsRightKey | kReadsCurve},
     };
     for (const auto& row : rows) {
         const auto made = InterpolatorFactory::create(row.text);

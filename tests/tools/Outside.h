@@ -61,7 +61,7 @@ inline double SizeOf(const FCurve& curve) {
 
 /// Whether the segment's shape depends on more of the curve than its own keys and tangents.
 inline bool ReadsOtherParts(const Segment& segment) {
-    constexpr auto others = Private::readsNextKeys | Private::readsNeighbours | Private::readsCurve;
+    constexpr auto others = Private::kReadsNextKeys | Private::kReadsNeighbours | Private::kReadsCurve;
     return (Private::ReadsOf(segment.getInterpolator().get(), segment) & others) != 0;
 }
 

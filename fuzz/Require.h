@@ -1,8 +1,8 @@
 #pragma once
 
-// What the fuzz targets share: a check that ends the process as a sanitizer would, and the input as a stream.
+// What the fuzz targets share: a check that ends the process as a sanitizer would.
 
-#include "FCurveLib/FCurveLib.h"
+#include "support/StreamOf.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace Fuzz {
 
-using namespace VEM_FN::FCurveLib;
+using namespace Test;
 
 inline void Require(bool holds, const char* what, const std::string& details = "") {
     if (holds) return;
@@ -23,18 +23,6 @@ inline void Require(bool holds, const char* what, const std::string& details = "
 /// For the checks that answer with a text: the first thing that is wrong, empty when nothing is.
 inline void RequireNone(const std::string& fault, const char* what) {
     Require(fault.empty(), what, fault);
-}
-
-inline MemoryStream StreamOf(const char* bytes, std::size_t size) {
-    MemoryStream stream;
-    stream.writeData(bytes, static_cast<int>(size));
-    stream.setPosition(0);
-    return stream;
-}
-
-inline std::string BytesOf(const MemoryStream& stream) {
-    return stream.getSize() == 0 ? std::string()
-                                 : std::string(stream.getData(), static_cast<std::size_t>(stream.getSize()));
 }
 
 /// Set by the seed driver for the seeds themselves, with which nothing is spared.

@@ -174,7 +174,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) return 0;
     const bool swap = (data[0] & 1) != 0;
     const std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
-    Fuzz::MemoryStream memory = Fuzz::StreamOf(bytes.data(), bytes.size());
+    Fuzz::MemoryStream memory = Fuzz::StreamOf(bytes);
     Fuzz::requireWalk(memory, bytes, swap);
     Fuzz::ArrayStreamAdaptor array(bytes.data(), static_cast<int>(bytes.size()));
     Fuzz::requireWalk(array, bytes, swap);

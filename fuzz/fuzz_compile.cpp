@@ -2,7 +2,7 @@
 // bits from single look-ups, cursors, batches and poses.
 
 #include "Require.h"
-#include "ScriptBytes.h"
+#include "support/ScriptBytes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,20 +19,19 @@ const char* const kExpressions[] = {"bezier()",  "bezier()",       "linear()",  
                                     "x / 3 - 1", "cycle_offset()", "cycle() + x", "abs(x) ** 2", "nonsense("};
 
 std::shared_ptr<Interpolator> AnyInterpolator(ScriptBytes& bytes) {
-    return bytes.below(40) == 0 ? nullptr
-                                : InterpolatorFactory::create(kExpressions[bytes.below(std::size(kExpressions))]);
+    return bytes.below(40) == 0 ? nullptr : InterpolatorFactory::create(bytes.oneOf(kExpressions));
 }
 
 // Mostly within a thousand frames; any double whatever now and then.
 double Coordinate(ScriptBytes& bytes) {
-    const double number = bytes.below(4) == 0 ? bytes.number() : bytes.small();
+    const double number = bytes.below(4) == 0 ? bytes.coordinate() : bytes.small();
     return std::isfinite(number) ? number : 0.0;
 }
 
 std::shared_ptr<FCurve> AnyCurve(ScriptBytes& bytes) {
     const auto curve = FCurve::create();
     curve->begin()->setInterpolator(AnyInterpolator(bytes));
-    for (unsigned keys = bytes.below(12); keys > 0; --keys)
+    for (int keys = bytes.below(12); keys > 0; --keys)
         curve->insertSegment(*Keyframe::create(Coordinate(bytes), Coordinate(bytes)), AnyInterpolator(bytes));
     for (Segment& segment : *curve)
         for (const auto& tangent : {segment.getInTangent(), segment.getOutTangent()}) {
@@ -88,7 +87,7 @@ void Use(ScriptBytes& bytes) {
         if (left && right)
             for (int i = 1; i < 8; ++i) xs.push_back(left->getX() + (right->getX() - left->getX()) * i / 8.0);
     }
-    for (int i = 0; i < 8; ++i) xs.push_back(bytes.number());
+    for (int i = 0; i < 8; ++i) xs.push_back(bytes.coordinate());
 
     std::vector<double> ys(xs.size());
     compiled.eval(xs.data(), ys.data(), xs.size());

@@ -47,7 +47,7 @@ void write(const FCurveContainer& container) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Fuzz;
     Interchange::RegisterFormats();
-    MemoryStream stream = StreamOf(reinterpret_cast<const char*>(data), size);
+    MemoryStream stream = StreamOf({reinterpret_cast<const char*>(data), size});
     FormatFactory::getReader(stream);
     const auto container = FCurveContainer::create();
     ContainerInterface target(*container);

@@ -2,8 +2,8 @@
 // refusal leaves what was there before; what was read is sound, can be used, and survives being written.
 
 #include "Require.h"
-#include "Survival.h"
 #include "support/Invariants.h"
+#include "support/Survival.h"
 
 #include <cmath>
 #include <cstring>
@@ -76,7 +76,7 @@ void readOneCurve(MemoryStream stream, bool thorough) {
     const Segment* const segment = &*target->begin();
     if (reads([&] { ReadCurve(stream, kFormat, *target); })) {
         use(*target);
-        if (thorough) RequireSurvival(*target);
+        if (thorough) RequireNone(LossOfWriting(*target), "what is written comes back");
     } else {
         RequireNone(Test::Difference(*before, *target), "a refusal leaves the curve");
         Require(&*target->begin() == segment, "a refusal leaves the curve's parts");
@@ -93,7 +93,7 @@ void readAllCurves(MemoryStream stream, bool thorough) {
     Require(!container->empty() && &*container->begin() == first.get(), "what was there stays");
     container->removeCurve(container->begin());
     for (FCurve& curve : *container) use(curve);
-    if (complete && thorough) RequireSurvival(*container);
+    if (complete && thorough) RequireNone(LossOfWriting(*container), "what is written comes back");
 }
 
 // Recognition alone, and reading by it: any of the readers may be asked.
@@ -115,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     limits.runs = 5000;
     Fuzz::SetFormatLimits(limits);
     const bool thorough = Fuzz::OneInSixteen(data, size);
-    const Fuzz::MemoryStream input = Fuzz::StreamOf(reinterpret_cast<const char*>(data), size);
+    const Fuzz::MemoryStream input = Fuzz::StreamOf({reinterpret_cast<const char*>(data), size});
     Fuzz::readOneCurve(input, thorough);
     Fuzz::readAllCurves(input, thorough);
     Fuzz::readByContent(input, thorough);

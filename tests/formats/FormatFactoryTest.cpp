@@ -122,20 +122,6 @@ TEST(FormatFactory, RecognisesByContentTheNewestFirst) {
     EXPECT_EQ(empty.getPosition(), 0);
 }
 
-TEST(FormatFactory, ARecogniserThatReadsPastTheEndDoesNotHideTheOthers) {
-    BeginsWith hit("hit", "MAGIC");
-    struct Greedy : BeginsWith {
-        Greedy() : BeginsWith("greedy", "") {}
-        bool canRead(Stream& stream, Stream&) override {
-            char buffer[64];
-            stream.readData(buffer, 64);
-            return true;
-        }
-    } const greedy;
-    MemoryStream stream = StreamOf("MAGIC");
-    EXPECT_EQ(FormatFactory::getReader(stream), &hit);
-}
-
 TEST(Writer, LinksNestAndTellOfEveryChange) {
     NullWriter writer("links");
     MemoryStream outer;

@@ -154,8 +154,18 @@ std::string assembled(std::istream& in) {
     return bytes;
 }
 
-// Reading a container, or where that succeeds, a single curve.
+// Reading a container, or where that succeeds, a single curve. An expression is parsed.
 std::string refusalOf(const std::string& text, const char* format) {
+    if (format == std::string("expression")) {
+        try {
+            DefaultFallbackParser().parseOrThrow(withBytes(text).c_str());
+        } catch (const DefaultFallbackParser::ParseError& error) {
+            const std::string what = error.what();
+            return what.substr(what.rfind(':') + 1) + " at " + std::to_string(error.getPosition()) + ": "
+                   + error.getMessage();
+        }
+        return "";
+    }
     std::istringstream words(text);
     const std::string bytes = format == std::string("binary") ? assembled(words) : withBytes(text);
     FormatInterface nobody;
@@ -237,5 +247,5 @@ TEST_P(RefusedDocuments, RaiseTheMessagesAboveThem) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, RefusedDocuments,
-                         testing::Values("xml", "binary", "text", "tov_fcurve", "hchan", "hClip"),
+                         testing::Values("xml", "binary", "text", "tov_fcurve", "hchan", "hClip", "expression"),
                          [](const auto& format) { return std::string(format.param); });

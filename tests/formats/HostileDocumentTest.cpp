@@ -191,19 +191,6 @@ TEST(HostileDocument, WithoutEndIsGivenUpEarly) {
     }
 }
 
-// Very many attributes of one tag, or tags of different names: neither is too long by itself.
-TEST(HostileDocument, BoundsWhatTheParserOfXmlKeeps) {
-    FormatLimits limits;
-    limits.text /= 16;
-    const UnderLimits under(limits);
-    FormatInterface nobody;
-    for (const std::string& document : {xml("<a" + numbered(" a%=''") + numbered(" b%=''") + "/>"),
-                                        xml(numbered("<a%/>") + numbered("<b%/>") + numbered("<c%/>"))}) {
-        MemoryStream stream = StreamOf(document);
-        EXPECT_THROW(FormatFactory::getReader("xml")->readCurves(stream, nobody), XMLFormat::LimitExceeded);
-    }
-}
-
 // Under a limit that just suffices a document is read, and written; under one less neither.
 TEST(FormatLimits, HoldForReadersAndWriters) {
     const auto container = FCurveContainer::create();

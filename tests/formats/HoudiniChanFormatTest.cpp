@@ -62,17 +62,3 @@ TEST(HoudiniChan, AHostSaysWhetherThereAreFrames) {
     shared.setFrameColumn(Auto);
     EXPECT_EQ(curve->begin()->getRightKey()->get(), Vector2D<double>(1, 1));
 }
-
-TEST(HoudiniChan, RowsMayBeWideButNotEndless) {
-    std::string wide;
-    for (int i = 0; i < 65536; ++i) wide += "1 ";
-    EXPECT_EQ(reading(wide + "\n" + wide, Auto).substr(0, 11), "chan0(1 1)(");
-    EXPECT_EQ(reading(wide + "1", Auto), "LimitExceeded 1:131073");
-    try {
-        ReadFCurveFromString("1 2 3\n4 5\n", "hchan", *FCurve::create());
-        FAIL();
-    } catch (const HoudiniChanFormat::RaggedRow& error) {
-        EXPECT_EQ(error.expected(), 3U);
-        EXPECT_EQ(error.found(), 2U);
-    }
-}

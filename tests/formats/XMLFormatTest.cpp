@@ -58,27 +58,3 @@ TEST(XMLFormat, TextsOfTheLongestAllowedLengthComeBack) {
     curve->setProperty(quotes.c_str(), quotes.c_str());
     EXPECT_EQ(Difference(*curve, *read(written(*curve))), "");
 }
-
-TEST(XMLFormat, ExceptionsCarryVersionsCodesAndNames) {
-    try {
-        read("<fcurvelib version='2.5'/>");
-        FAIL();
-    } catch (const XMLFormat::UnsupportedVersion& error) {
-        EXPECT_EQ(error.majorVersion(), 2U);
-        EXPECT_EQ(error.supportedVersion(), 1U);
-        EXPECT_STREQ(error.name(), "version");
-    }
-    try {
-        read("<fcurvelib version='1.0'>");
-        FAIL();
-    } catch (const XMLFormat::ParseError& error) {
-        EXPECT_EQ(error.code(), 3); // Expat's number for a document that has no end
-        EXPECT_STREQ(error.name(), "");
-    }
-    try {
-        read("<fcurvelib version='1.0'><curve/></fcurvelib>");
-        FAIL();
-    } catch (const XMLFormat::BadAttribute& error) {
-        EXPECT_STREQ(error.name(), "name");
-    }
-}

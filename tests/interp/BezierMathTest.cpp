@@ -64,47 +64,6 @@ double WorstError(const BezierArgs& p, Random& random, std::string& where) {
 
 // --- polynomials -----------------------------------------------------------------------------------------------------
 
-TEST(BezierMath, SolveQuadratic) {
-    const struct {
-        double a, b, c;
-        std::vector<double> roots;
-    } rows[] = {
-        {1, -3, 2, {1, 2}}, {-1, 3, -2, {1, 2}},    {2, 4, -6, {-3, 1}},        {1, 0, -4, {-2, 2}},
-        {1, -2, 1, {1}},    {1, -2, 1 + 1e-8, {1}}, // a negative discriminant near zero counts as zero
-        {1, 0, 1, {}},      {0, 2, -3, {1.5}},      {1e-8, 2, -3, {1.5}},       // a near zero
-        {0, 0, 5, {}},      {1, 0, 0, {0}},         {1, 1e9, 1, {-1e9, -1e-9}}, // the small root keeps its digits
-    };
-    for (const auto& row : rows) {
-        double roots[2] = {kNaN, kNaN};
-        const int count = SolveQuadratic(row.a, row.b, row.c, roots);
-        ASSERT_EQ(count, static_cast<int>(row.roots.size())) << row.a << " " << row.b << " " << row.c;
-        for (std::size_t i = 0; i < row.roots.size(); ++i)
-            EXPECT_NEAR(roots[i], row.roots[i], 1e-15 * std::abs(roots[i]) + 1e-24) << row.b;
-    }
-}
-
-TEST(BezierMath, SolveCubic) {
-    const struct {
-        double p, q, r; // the roots of the polynomial, with multiplicity
-        std::vector<double> found;
-    } rows[] = {
-        {1, 2, 3, {1, 2, 3}},     {-7, 0.25, 100, {-7, 0.25, 100}}, {0, 0, 0, {0}}, {2, 2, 2, {2}},
-        {1, 1 + 3e-8, 4, {1, 4}}, {-4, 1, 1 + 3e-8, {-4, 1}}, // roots equal within the tolerance count once
-    };
-    for (const auto& [p, q, r, found] : rows) {
-        double roots[3] = {kNaN, kNaN, kNaN};
-        const int count = SolveCubic(-(p + q + r), p * q + p * r + q * r, -p * q * r, roots);
-        ASSERT_EQ(count, static_cast<int>(found.size())) << p << " " << q << " " << r;
-        for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(roots[i], found[i], 1e-6);
-    }
-    // (t - k)(t^2 + 1), one real root of either sign and size
-    for (const double k : {-1e6, -2.0, -1e-3, 0.0, 0.5, 3.0, 1e6}) {
-        double roots[3] = {kNaN, kNaN, kNaN};
-        ASSERT_EQ(SolveCubic(-k, 1, -k, roots), 1) << k;
-        EXPECT_NEAR(roots[0], k, 1e-9 * std::max(1.0, std::abs(k)));
-    }
-}
-
 // --- the parameter ---------------------------------------------------------------------------------------------------
 
 TEST(BezierMath, SolveBezierT) {
@@ -241,7 +200,7 @@ TEST(BezierMath, VerticalSlopesAreSentinels) {
         {1, 3, 0, -3, 0, 0.5, kVerticalSlope, 0}, // vertical in the middle
         {-1, 3, 0, -3, 0, 0.5, -kVerticalSlope, 0},
         {0, 0, 0, -1, 0, 0, kVerticalSlope, 0}, // a zero handle counts as vertical
-        {1, 1, 1e-9, -1, 0, 0, 0, 2.0 / 3.0},  // flat within the tolerance
+        {1, 1, 1e-9, -1, 0, 0, 0, 2.0 / 3.0},   // flat within the tolerance
         {3, 1, 1, -1, -1, 0.3, 1, 0},
     };
     for (const Row& row : rows) {
@@ -254,43 +213,7 @@ TEST(BezierMath, VerticalSlopesAreSentinels) {
 
 // --- extents ---------------------------------------------------------------------------------------------------------
 
-TEST(BezierMath, ExtentsFindTheExtreme) {
-    double low = 0.0, high = 0.0;
-    BezierExtents({0, 1}, {1, 0}, {0, 0, 3, 0, 1, 4, -1, 4}, low, high); // y = 12 t u
-    EXPECT_EQ(low, 0.0);
-    EXPECT_NEAR(high, 3.0, 1e-14);
-}
-
 // --- folds -----------------------------------------------------------------------------------------------------------
-
-TEST(BezierMath, MonotonicRows) {
-    struct Row {
-        double x1, y1, x2, y2;             // between (0, 0) and (3, 3)
-        double newX1, newY1, newX2, newY2; // where the correction puts them
-    };
-    const double r5 = std::sqrt(5.0);
-    const Row rows[] = {
-        {1, 1, 2, 2, 1, 1, 2, 2},
-        {3, 1, 0, 2, 3, 1, 0, 2},                                              // just not folding
-        {3.3, 1, 2.7, 3, 3.3, 1, 2.7, 3},                                      // past the key, without a fold
-        {6, 4, -6, 0, 3, 2, 0, 2},                                             // both: held to the far keys
-        {9, 3, 1.5, 3, 2.25 + 0.75 * r5, 0.75 + 0.25 * r5, 1.5, 3},            // out
-        {1.5, 0, -6, 0, 1.5, 0, 0.75 - 0.75 * r5, 3 - (2.25 + 0.75 * r5) / 3}, // in
-        {9, 3, 3, 3, 3, 1, 3, 3},                                              // in handle of no length
-        {0, 0, -3, 0, 0, 0, 0, 1.5},                                           // out handle of no length
-        {-1, 5, 2, 2, 0, 0, 2, 2},                                             // pointing away: no length
-        {1, 1, 4, 5, 1, 1, 3, 3},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(testing::Message() << "(" << row.x1 << ", " << row.y1 << ") (" << row.x2 << ", " << row.y2 << ")");
-        Row is = row;
-        MakeBezierMonotonic(0, 0, is.x1, is.y1, is.x2, is.y2, 3, 3);
-        EXPECT_NEAR(is.x1, row.newX1, 1e-14);
-        EXPECT_NEAR(is.y1, row.newY1, 1e-14);
-        EXPECT_NEAR(is.x2, row.newX2, 1e-14);
-        EXPECT_NEAR(is.y2, row.newY2, 1e-14);
-    }
-}
 
 TEST(BezierMath, MonotonicLeavesNoFoldAtAnySpan) {
     Random random(17);

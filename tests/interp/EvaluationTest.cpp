@@ -62,17 +62,5 @@ TEST(Derivatives, SidesAtAKey) {
     }
 }
 
-TEST(GetOpposingTangent, IsTheOtherOneAtTheKey) {
-    const auto curve = MakeCurve({{0, 0}, {2, 4}});
-    Segment& middle = *++curve->begin();
-    const auto key = middle.getRightKey();
-    EXPECT_EQ(GetOpposingTangent(*key->getOutTangent()), key->getInTangent());
-    EXPECT_EQ(GetOpposingTangent(*key->getInTangent()), key->getOutTangent());
-    const Tangent& constant = *key->getInTangent();
-    EXPECT_EQ(GetOpposingTangent(constant), key->getOutTangent());
-    EXPECT_FALSE(GetOpposingTangent(*Tangent::create(nullptr, false)));
-    EXPECT_FALSE(GetOpposingTangent(*(*curve->begin()).getOutTangent())); // the leading segment lacks that key
-}
-
 } // namespace
 } // namespace Test

@@ -74,7 +74,7 @@ TEST(Interpolator, DefaultExtentsStepByTenths) {
     const Segment segment = Between(0, 0, 4, 64);
     const auto asked = [&](double x0, double x1) {
         cube.asked.clear();
-        const Extents extents = ExtentsOf(cube, segment, x0, x1);
+        const Bounds extents = BoundsOf(cube, segment, x0, x1);
         EXPECT_TRUE(std::isnan(extents.low) || extents.low <= extents.high);
         return cube.asked;
     };
@@ -89,7 +89,7 @@ TEST(Interpolator, DefaultExtentsStepByTenths) {
         for (const auto& [x0, x1] : {std::pair(0.0, x), {-x, 0.0}, {-x, x}, {x, x}})
             EXPECT_EQ(asked(x0, x1).size(), 2u) << x;
 
-    const Extents extents = ExtentsOf(cube, segment, -2, 3);
+    const Bounds extents = BoundsOf(cube, segment, -2, 3);
     EXPECT_EQ(extents.low, -8.0);
     EXPECT_EQ(extents.high, 27.0);
 }

@@ -58,16 +58,6 @@ TEST(Match, InAndOutAreFlatOnOneSide) {
     }
 }
 
-TEST(Match, RunsOfThemFollowTheChords) {
-    const auto curve = Chain("match()", "match()", "match()", "match()", "match()");
-    for (const double x : {0.0, 4.0, 6.0, 9.0}) ExpectSmooth(*curve, x);
-    EXPECT_EQ(curve->eval(4), 5);
-    EXPECT_NEAR(GetFirstDerivative(*curve, 4), (-2.0 - 1.0) / 6.0, 1e-14);
-    EXPECT_NEAR(GetFirstDerivative(*curve, 6), (3.0 - 5.0) / 5.0, 1e-14);
-    for (const double x : {-100.0, 0.0}) EXPECT_EQ(curve->eval(x), 1.0);
-    for (const double x : {9.0, 100.0}) EXPECT_EQ(curve->eval(x), 3.0);
-}
-
 TEST(Match, BesideRepetitionsThereIsNoJumpAndNoRecursion) {
     const char* const ends[] = {"cycle()", "cycle_offset()", "mirror()",       "constant()",
                                 "match()", "bezier()",       "cycle() + x/10", "2*mirror()"};

@@ -131,7 +131,7 @@ TEST(Repetition, ExtentsHoldWhatDenseSamplingFinds) {
     for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"}) {
         const auto curve = Rough(kind);
         const auto extents = [&](const Segment& segment, double x0, double x1) {
-            return ExtentsOf(*segment.getInterpolator(), segment, x0, x1);
+            return BoundsOf(*segment.getInterpolator(), segment, x0, x1);
         };
         const Segment& last = *std::prev(curve->end());
         for (int i = 0; i < 150; ++i) {
@@ -142,7 +142,7 @@ TEST(Repetition, ExtentsHoldWhatDenseSamplingFinds) {
             const double x1 = x0 + length;
             SCOPED_TRACE(testing::Message() << kind << " " << x0 << " " << x1);
             const Segment& segment = trailing ? last : *curve->begin();
-            Extents sampled{kInfinity, -kInfinity};
+            Bounds sampled{kInfinity, -kInfinity};
             for (int s = 0; s <= 4000; ++s) {
                 const double y = EvalSegment(std::min(x0 + (x1 - x0) * s / 4000, x1), segment);
                 sampled.low = std::min(sampled.low, y);

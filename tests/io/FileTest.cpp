@@ -1,7 +1,6 @@
 #include "FCurveLib/File.h"
 
 #include "FCurveLib/FileStream.h"
-#include "support/NotRoot.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -107,15 +106,6 @@ TYPED_TEST(Opening, WithoutANameMakesATemporaryFile) {
     fs::current_path(before);
 }
 
-TEST_F(FileTest, OpensOnlyWhatIsPermitted) {
-    fs::permissions(m_path, fs::perms::none);
-    fs::permissions(m_folder.path(), fs::perms(0555));
-    const NotRoot user;
-    if (!user.permissionsAreAsked()) GTEST_SKIP() << "root may do everything here";
-    EXPECT_THROW(File(m_path.c_str(), File::Read, 0), File::AccessError);
-    EXPECT_THROW(File(m_missing.c_str()), File::AccessError);
-}
-
 TEST_F(FileTest, TransfersAskForTheAccessFirst) {
     char byte = 0;
     File writer(m_path.c_str(), File::Write);
@@ -127,23 +117,6 @@ TEST_F(FileTest, TransfersAskForTheAccessFirst) {
     EXPECT_NO_THROW(reader.readData(&byte, -1)) << "below 1 there is nothing to read";
     EXPECT_THROW(writer.writeData(&byte, -1), File::EndOfFile);
     EXPECT_EQ(writer.getPosition(), 0);
-}
-
-TEST_F(FileTest, AShortReadKeepsWhatCame) {
-    File file(m_path.c_str(), File::Read);
-    file.setPosition(5);
-    char buffer[9] = "--------";
-    EXPECT_THROW(file.readData(buffer, 8), File::EndOfFile);
-    EXPECT_STREQ(buffer, "fgh-----");
-    EXPECT_EQ(file.getPosition(), 8);
-
-    File(m_path.c_str(), File::ReadWrite).writeData("12345678901234567890", 20);
-    EXPECT_EQ(read(file, 4), "9012") << "a file at its end may grow";
-
-    std::string large(200000, '-');
-    EXPECT_THROW(file.readData(large.data(), 200000), File::EndOfFile);
-    EXPECT_EQ(large.substr(0, 9), "34567890-");
-    EXPECT_EQ(file.getPosition(), 20);
 }
 
 TEST_F(FileTest, TheSizeIsThatOfThePathAndOfWhatTheSystemHas) {
@@ -199,22 +172,6 @@ TEST_F(FileTest, HoldsAtMost2GiB) {
     EXPECT_THROW(file.setPosition(5), Exception);
     EXPECT_EQ(read(file, 3), "abc");
     EXPECT_EQ(file.getPosition(), 3);
-}
-
-TEST_F(FileTest, AFullDiskIsRemembered) {
-    if (!fs::is_character_file("/dev/full")) GTEST_SKIP() << "no device that is always full";
-    File file("/dev/full", File::ReadWrite, 0);
-    const std::string bytes(300000, 'x');
-    file.writeData(bytes.data(), 100);
-    EXPECT_EQ(file.getPosition(), 100);
-    EXPECT_NO_THROW(file.writeData(bytes.data(), 300000));
-    EXPECT_NO_THROW(file.writeData(bytes.data(), 50));
-    EXPECT_EQ(file.getPosition(), 300150) << "positions go on counting";
-    EXPECT_FALSE(file.flush());
-    EXPECT_THROW(file.setPosition(0), Exception);
-    char byte;
-    EXPECT_THROW(file.readData(&byte, 1), Exception);
-    EXPECT_FALSE(file.flush());
 }
 
 TEST_F(FileTest, APipeHasNoPositionsAndIsNotReadAhead) {

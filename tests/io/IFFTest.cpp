@@ -1,3 +1,6 @@
+// How chunks are read, and that what is written nests, the seeds of fuzz/fuzz_chunks.cpp check against plain
+// arithmetic.
+
 #include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
@@ -63,32 +66,6 @@ TEST(IFFWriter, MakesThePayloadEndAtThePosition) {
     copy.patchSize();
     EXPECT_EQ(stream.getPosition(), 10);
     EXPECT_EQ(BytesOf(stream), "abcd\2\0\0\0"s + "12345");
-}
-
-TEST(IFFReader, ReadsSkipsAndValidates) {
-    const std::string bytes = "a\0b\0\5\0\0\0hello"s + "next\0\0\0\0"s;
-    ArrayStreamAdaptor stream(bytes.data(), static_cast<int>(bytes.size()));
-    BinaryIO<Little> io;
-    IFFReader chunk(stream, io);
-    EXPECT_EQ(chunk.getIFFType(), IFFType::fromBytes("a\0b"));
-    EXPECT_EQ(chunk.getIFFSize(), 5);
-    EXPECT_EQ(chunk.getPayloadBegin(), 8);
-    EXPECT_EQ(chunk.getPayloadEnd(), 13);
-    EXPECT_EQ(&chunk.getStream(), &stream);
-    EXPECT_EQ(&chunk.getBinaryIO(), &io);
-    EXPECT_FALSE(chunk.validateSize());
-    char part[2];
-    stream.readData(part, 2);
-    chunk.skip();
-    EXPECT_TRUE(chunk.validateSize());
-    IFFReader next(stream, io);
-    EXPECT_EQ(next.getIFFType(), "next");
-    EXPECT_TRUE(next.validateSize());
-    EXPECT_THROW(IFFReader(stream, io), ArrayStreamAdaptor::EndOfBuffer);
-    chunk.skip();
-    EXPECT_EQ(stream.getPosition(), 13) << "backwards too";
-    chunk = next;
-    EXPECT_EQ(chunk.getPayloadBegin(), 21);
 }
 
 // The one stream in which the last position exists.

@@ -1,4 +1,5 @@
-#include "tests/selection/Parts.h"
+#include "support/Basics.h"
+#include "support/Parts.h"
 
 #include <random>
 
@@ -65,23 +66,6 @@ TEST_F(SelectionSnapshotTest, FollowsSwappedPartsAndReturningCurves) {
     a.reset();
     EXPECT_TRUE(watched.expired()) << "a snapshot keeps nothing alive";
     EXPECT_EQ(snapshot.restore(selection), 2U);
-}
-
-TEST_F(SelectionSnapshotTest, CombinesAcrossARebuild) {
-    SelectionSnapshot old = take({key(*a, 0), key(*a, 1)});
-    *a = *makeCurve("a", 3, bent());
-    const SelectionSnapshot now = take({key(*a, 1), key(*a, 2)});
-    EXPECT_NE(old, now);
-    SelectionSnapshot rest(old);
-    rest.subtract(now);
-    rest.restore(selection);
-    EXPECT_EQ(namesOf(selection), (Names{"a.key0"}));
-    old.merge(now);
-    EXPECT_EQ(old.size(), 3U);
-    old.restore(selection);
-    EXPECT_EQ(namesOf(selection), (Names{"a.key0", "a.key1", "a.key2"}));
-    old.subtract(old);
-    EXPECT_TRUE(old.empty());
 }
 
 // As sets of records combine, so do snapshots.

@@ -1,5 +1,6 @@
-#include "tests/selection/Parts.h"
-#include "tests/support/Allocations.h"
+#include "support/Allocations.h"
+#include "support/Basics.h"
+#include "support/Parts.h"
 
 #include <array>
 #include <optional>
@@ -40,20 +41,6 @@ struct SelectionTest : testing::Test {
     }
 };
 
-TEST_F(SelectionTest, TakesPartsAsTheyAre) {
-    const auto check = [&](const std::string& name, auto& part) {
-        selection.select(part);
-        EXPECT_TRUE(selection.isSelected(part));
-        EXPECT_EQ(namesOf(selection), (Names{name}));
-        selection.deselect(part);
-        EXPECT_EQ(recorder.take(), (Names{"+" + name, "-" + name}));
-    };
-    check("a", *a);
-    check("a.segment1", segmentOf(*a, 1));
-    check("a.key1", keyOf(*a, 1));
-    check("a.in1", *keyOf(*a, 1).getInTangent());
-}
-
 TEST_F(SelectionTest, OnlyTheExactValueCounts) {
     for (const char* value : {"0", "yes", "11", " 1"}) {
         SCOPED_TRACE(value);
@@ -80,15 +67,6 @@ TEST_F(SelectionTest, IgnoresRecordsOfNothing) {
     }
     EXPECT_THAT(recorder.take(), IsEmpty());
     EXPECT_FALSE(Private::SelectionFilter()(HitRecord(a)));
-}
-
-TEST_F(SelectionTest, TakesSetsInTheirOrder) {
-    const Records parts{HitRecord(keyOf(*a, 0).getShared()), HitRecord(a),
-                        HitRecord(segmentOf(*a, 1).getInTangent(), true), HitRecord(segmentOf(*a, 1).getShared())};
-    selection.select(parts);
-    EXPECT_EQ(recorder.take(), (Names{"+a", "+a.segment1", "+a.key0", "+a.in1"}));
-    selection.deselect(parts);
-    EXPECT_EQ(recorder.take(), (Names{"-a", "-a.segment1", "-a.key0", "-a.in1"}));
 }
 
 TEST_F(SelectionTest, WalksByKind) {
@@ -148,6 +126,79 @@ TEST_F(SelectionTest, AllocatesWhatThePropertyNeeds) {
               0U);
     EXPECT_EQ(allocationsOf([this] { selection.clear(); }), 0U);
     selection.unsubscribe(actor);
+}
+
+// --- records and walks -----------------------------------------------------------------------------------------------
+
+// What a walk yields, forwards and backwards, HostTest.cpp compares with a walk of its own.
+TEST_F(SelectionTest, AWalkStandsItsGroundWhenItsKeyIsRemoved) {
+    auto it = HitRecordIterator::begin(*container);
+    while (nameOf(*it) != "a.key2") ++it;
+    const auto here = it++;
+    EXPECT_EQ(nameOf(*here), "a.key2");
+    EXPECT_NE(here, it);
+    a->removeSegment(std::next(a->begin(), 3));
+    EXPECT_STREQ(here.getProperty("fc_sel"), "");
+    EXPECT_EQ(nameOf(*std::next(here)), "b");
+    EXPECT_EQ(HitRecordIterator(), HitRecordIterator());
+}
+
+TEST_F(SelectionTest, AHostsFilterIsAskedForPartsAndStacks) {
+    struct LateKeys {
+        bool operator()(const HitRecord& r) const { return r.getKeyframe() && r.getKeyframe()->getX() >= 11.0; }
+    };
+    using Late = FilterIterator<LateKeys, HitRecordIterator>;
+    const auto end = HitRecordIterator::end(*container);
+    const Late first(HitRecordIterator::begin(*container), end), last(end, end);
+    EXPECT_EQ(first->getKeyframe()->getX(), 11.0);
+    EXPECT_EQ(std::distance(first, last), 3);
+    using LateCurves = FilterIterator<Private::CurveFilter, Late>;
+    EXPECT_EQ(LateCurves(first, last), LateCurves(last, last));
+}
+
+TEST_F(SelectionTest, ARecordLetsItsPartGoButKeepsATangentOutOfReach) {
+    std::shared_ptr<FCurve> other = makeCurve("c", 0, straight());
+    const std::weak_ptr<FCurve> dead = other;
+    HitRecord record(std::move(other));
+    record.reset();
+    EXPECT_EQ(record, HitRecord());
+    EXPECT_TRUE(dead.expired());
+
+    const auto tangent = Tangent::create(nullptr, true); // of no curve, so that nobody else shares its owner
+    const long before = tangent.use_count();
+    record.reset(tangent, true);
+    EXPECT_NE(record, HitRecord(tangent, false));
+    record.reset(keyOf(*a, 0).getShared());
+    EXPECT_EQ(record.getTangent(), nullptr);
+    EXPECT_EQ(tangent.use_count(), before + 1);
+    record.reset(a->begin()->getInTangent(), true);
+    EXPECT_EQ(tangent.use_count(), before);
+}
+
+TEST_F(SelectionTest, CollectsAndNotifiesSelectedCurvesOnly) {
+    struct Counter : FCurveObserver {
+        void curveChanged(FCurve& curve) override {
+            names.emplace_back(curve.getName());
+            if (act) act();
+        }
+        std::function<void()> act;
+        Names names;
+    } counter;
+    const auto c = makeCurve("c", 0, straight());
+    container->addCurve(c);
+    selection.select(keyOf(*a, 0));
+    selection.select(*b);
+    selection.select(*c);
+    Records parts;
+    GetSelectedCurves(selection, parts);
+    EXPECT_EQ(parts, (Records{HitRecord(b), HitRecord(c)}));
+    GetSelected(selection, parts);
+    EXPECT_EQ(parts, (Records{HitRecord(b), HitRecord(c), HitRecord(keyOf(*a, 0).getShared())}));
+    for (const auto& curve : {a, b, c}) curve->subscribe(counter);
+    counter.act = [&] { container->removeCurve(std::next(container->begin())); };
+    NotifyCurveChanges(selection);
+    EXPECT_EQ(counter.names, (Names{"b", "c"}));
+    EXPECT_EQ(container->size(), 1U);
 }
 
 // --- observers -------------------------------------------------------------------------------------------------------

@@ -11,13 +11,13 @@ namespace Test {
 using namespace VEM_FN::FCurveLib;
 
 /// Named members for low and high, because tests look at both.
-struct Extents {
+struct Bounds {
     double low = 99.0; ///< no test expects these
     double high = -99.0;
 };
 
-inline Extents ExtentsOf(const Interpolator& interpolator, const Segment& segment, double x0, double x1) {
-    Extents extents;
+inline Bounds BoundsOf(const Interpolator& interpolator, const Segment& segment, double x0, double x1) {
+    Bounds extents;
     interpolator.getRangeExtents(segment, x0, x1, extents.low, extents.high);
     return extents;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Numbers, places and edits at random, the same ones for the same seed.
+// Numbers, places and edits, chosen at random or by the bytes of a fuzzer.
 
 #include <functional>
 #include <iterator>
@@ -15,12 +15,17 @@ struct Edit {
     std::function<void()> act;
 };
 
-class Random {
+class Choices {
 public:
-    explicit Random(unsigned seed) : m_engine(seed) {}
+    virtual ~Choices() = default;
 
-    double between(double low, double high) { return std::uniform_real_distribution<double>(low, high)(m_engine); }
-    int below(int count) { return std::uniform_int_distribution<int>(0, count - 1)(m_engine); }
+    virtual int below(int count) = 0;
+    virtual double between(double low, double high) = 0;
+    /// Of a key or a handle.
+    virtual double coordinate() = 0;
+    /// Whether there is nothing left to choose by.
+    virtual bool ended() const { return false; }
+
     bool coin() { return below(2) == 0; }
 
     /// A position in an array, a vector, a curve or a container, which are not empty.
@@ -39,6 +44,19 @@ public:
         edit.act();
         return edit.name;
     }
+};
+
+/// The same choices for the same seed.
+class Random : public Choices {
+public:
+    explicit Random(unsigned seed) : m_engine(seed) {}
+
+    double between(double low, double high) override {
+        return std::uniform_real_distribution<double>(low, high)(m_engine);
+    }
+    int below(int count) override { return std::uniform_int_distribution<int>(0, count - 1)(m_engine); }
+    /// Often one of few, so that parts agree.
+    double coordinate() override { return coin() ? below(3) : between(-9, 9); }
 
 private:
     std::mt19937 m_engine;

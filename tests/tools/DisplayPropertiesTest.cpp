@@ -107,10 +107,4 @@ TEST(DisplayProperties, TangentScaleOfOneIsNotStored) {
     EXPECT_EQ(GetTangentScale(*curve), 0.0);
 }
 
-TEST(DisplayProperties, EditorKeysStartWithFc) {
-    for (const char* key : {"fc_sel", "fc_"}) EXPECT_TRUE(IsEditorKeyString(key));
-    for (const char* key : {"fc", "xfc_a", "Fc_a", static_cast<const char*>(nullptr)})
-        EXPECT_FALSE(IsEditorKeyString(key));
-}
-
 } // namespace

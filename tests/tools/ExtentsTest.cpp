@@ -54,49 +54,6 @@ TEST(Extents, OfValuesBesideTheKeys) {
     EXPECT_EQ(InteriorOf(*CurveThrough({{0, 3}, {2, 5}}, nullptr)), Box(0, 0, 2, 5)); // such segments have the value 0
 }
 
-class ExtentsOfEveryExhibit : public testing::TestWithParam<Exhibit> {};
-INSTANTIATE_TEST_SUITE_P(Museum, ExtentsOfEveryExhibit, testing::ValuesIn(Museum()), ExhibitName());
-
-TEST_P(ExtentsOfEveryExhibit, HoldADenseSamplingTightly) {
-    const auto curve = GetParam().make();
-    double left = HUGE_VAL, right = -HUGE_VAL, low = HUGE_VAL, high = -HUGE_VAL;
-    for (const Segment& segment : *curve) {
-        if (!segment.getLeftKey() || !segment.getRightKey()) continue;
-        const V from = segment.getLeftKey()->get();
-        const V to = segment.getRightKey()->get();
-        const Box box = BoxOf(segment);
-        EXPECT_EQ(box.x, from.x);
-        EXPECT_GE(box.x + box.width, to.x);
-        EXPECT_NEAR(box.x + box.width, to.x, 1e-9 * std::abs(to.x));
-        double least = std::min(from.y, to.y);
-        double most = std::max(from.y, to.y);
-        constexpr int places = 20000;
-        for (int i = 0; i <= places; ++i) {
-            const double y = EvalSegment(from.x + (to.x - from.x) * i / places, segment);
-            if (!std::isfinite(y)) continue;
-            least = std::min(least, y);
-            most = std::max(most, y);
-        }
-        const double size = std::max(std::abs(least), std::abs(most));
-        EXPECT_LE(box.y, least + GetParam().tolerance * size);
-        EXPECT_GE(box.y + box.height, most - GetParam().tolerance * size);
-        // The sampling misses an extreme by about the square of its spacing.
-        EXPECT_NEAR(box.y, least, 1e-6 * (most - least) + 1e-9 * size);
-        EXPECT_NEAR(box.y + box.height, most, 1e-6 * (most - least) + 1e-9 * size);
-        left = std::min(left, box.x);
-        right = std::max(right, box.x + box.width);
-        low = std::min(low, box.y);
-        high = std::max(high, box.y + box.height);
-    }
-    if (curve->size() <= 2) return;
-    const Box all = InteriorOf(*curve);
-    EXPECT_EQ(V(all.x, all.y), V(left, low));
-    EXPECT_GE(all.x + all.width, right);
-    EXPECT_DOUBLE_EQ(all.x + all.width, right);
-    EXPECT_GE(all.y + all.height, high);
-    EXPECT_NEAR(all.y + all.height, high, 1e-15 * (std::abs(low) + std::abs(high)));
-}
-
 struct Selected : testing::Test {
     std::shared_ptr<FCurveContainer> curves = FCurveContainer::create();
     Selection selection{curves};

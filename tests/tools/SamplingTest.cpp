@@ -13,20 +13,6 @@ Points PointsAt(const std::vector<double>& xs, const FCurve& curve) {
 
 const Points kRubbish = {{7.0, 7.0}, {8.0, 8.0}};
 
-TEST(Sampling, GivesTheValuesOfEvalAtTheRunningSums) {
-    const auto curve = CurveThrough({{-2, 1}, {0.3, 5}, {0.4, -1}, {7, 2}});
-    curve->findSegment(0.35)->setInterpolator(nullptr);
-    curve->findSegment(1.0)->setInterpolator(InterpolatorFactory::create("sin(x)"));
-    std::vector<double> xs;
-    for (double x = -4.0; x <= 9.0; x += 0.05) xs.push_back(x);
-    Points points = kRubbish;
-    SampleCurve(*curve, -4.0, 9.0, 0.05, points);
-    EXPECT_EQ(points, PointsAt(xs, *curve));
-    SampleCurve(*curve, 0.0, 1.0, 0.1, points);
-    ASSERT_EQ(points.size(), 11U);
-    EXPECT_EQ(points[10].x, 0.9999999999999999);
-}
-
 TEST(Sampling, EndsAtOnceWhereNothingCanBeSampled) {
     const struct {
         double start, end, step;

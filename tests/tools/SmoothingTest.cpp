@@ -63,14 +63,6 @@ TEST(Smoothing, PutsTheMeansInPlaceOfTheRangeAndNothingElse) {
     }
 }
 
-TEST(Smoothing, KeepsAConstantToTheLastBit) {
-    for (const SmoothFilter filter : kFilters) {
-        const auto curve = CurveThrough({{-100, 7.3}, {100, 7.3}});
-        SmoothCurve(*curve, -30, 20, 1.0 / 3.0, 4, filter);
-        for (const auto& point : PointsOf(*curve)) EXPECT_EQ(point.y, 7.3);
-    }
-}
-
 TEST(Smoothing, RefusesWhatItCannotDo) {
     const auto curve = Noise(3, 20);
     const auto before = FCurve::createCopy(*curve);

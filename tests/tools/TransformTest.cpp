@@ -75,34 +75,6 @@ TEST_P(TransformOfEveryExhibit, FlippedTwiceHasTheSameBits) {
     }
 }
 
-TEST(Transform, CarriesEveryPart) {
-    for (unsigned seed = 0; seed < 100; ++seed) {
-        const bool reversed = seed % 2 == 0;
-        const auto curve = RandomShape(seed).make({"bezier()", "linear()"});
-        Decorate(*curve);
-        const auto before = FCurve::createCopy(*curve);
-        const auto oldKey = KeyAt(*curve, 0);
-        TransformCurve(*curve, {reversed ? -1.0 : 1.0, 4}, {1, 2});
-        EXPECT_EQ(oldKey->getOwningCurve(), nullptr);
-        EXPECT_STREQ(curve->getName(), "decorated");
-        EXPECT_EQ(SameCurve::properties(*before, *curve), "");
-        int number = 0;
-        for (const Segment& to : *curve) {
-            const int same = reversed ? static_cast<int>(curve->size()) - 1 - number : number;
-            const Segment& from = *std::next(before->begin(), same);
-            ++number;
-            EXPECT_EQ(SameCurve::properties(from, to), "");
-            const auto in = reversed ? from.getOutTangent() : from.getInTangent();
-            const auto out = reversed ? from.getInTangent() : from.getOutTangent();
-            EXPECT_EQ(SameCurve::tangentButHandle(*in, *to.getInTangent()), "");
-            EXPECT_EQ(SameCurve::tangentButHandle(*out, *to.getOutTangent()), "");
-            if (const auto key = reversed ? from.getLeftKey() : from.getRightKey()) {
-                EXPECT_EQ(SameCurve::keyButPosition(*key, *to.getRightKey()), "");
-            }
-        }
-    }
-}
-
 TEST(Transform, RefusesWithoutTouchingAnything) {
     const auto curve = CurveThrough({{0, 0}, {0.001, 1}, {100, 2}}, Bezier::create());
     const auto before = FCurve::createCopy(*curve);

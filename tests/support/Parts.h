@@ -3,11 +3,18 @@
 // Small curves whose parts have names: "a" is a curve, "a.segment0" its leading segment, "a.key0" its first key,
 // "a.in0" and "a.out0" that key's tangents.
 
-#include "support/Basics.h"
+#include "FCurveLib/FCurveLib.h"
 
+#include <iterator>
+#include <memory>
 #include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace Test {
+
+using namespace VEM_FN::FCurveLib;
 
 using Names = std::vector<std::string>;
 using Records = std::set<HitRecord, CompareRecord>;

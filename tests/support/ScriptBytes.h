@@ -1,26 +1,27 @@
 #pragma once
 
-// Bytes as a source of decisions: whatever they are, they say something. After the last one all are zero.
+// Bytes as a source of choices: whatever they are, they say something. After the last one all are zero.
+
+#include "support/Random.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <limits>
 
-namespace Fuzz {
+namespace Test {
 
-class ScriptBytes {
+class ScriptBytes : public Choices {
 public:
     ScriptBytes(const std::uint8_t* data, std::size_t size) : m_next(data), m_end(data + size) {}
 
-    bool ended() const { return m_next == m_end; }
-    unsigned byte() { return ended() ? 0 : *m_next++; }
-    bool coin() { return (byte() & 1) != 0; }
-    unsigned below(unsigned count) { return byte() % count; }
+    bool ended() const override { return m_next == m_end; }
+    int byte() { return ended() ? 0 : *m_next++; }
+    int below(int count) override { return byte() % count; }
+    double between(double low, double high) override { return low + (high - low) * byte() / 255.0; }
 
     /// Mostly frames as a host has them; neighbours that come too close; the special; any double there is.
-    double number() {
+    double coordinate() override {
         static const double special[] = {0.0,
                                          -0.0,
                                          1e-7,
@@ -37,10 +38,10 @@ public:
                                          std::numeric_limits<double>::quiet_NaN()};
         switch (below(8)) {
         case 0:
-            return special[below(std::size(special))];
+            return oneOf(special);
         case 1: {
             std::uint64_t bits = 0;
-            for (int i = 0; i < 8; ++i) bits = bits << 8 | byte();
+            for (int i = 0; i < 8; ++i) bits = bits << 8 | static_cast<unsigned>(byte());
             double result;
             std::memcpy(&result, &bits, sizeof result);
             return result;
@@ -63,4 +64,4 @@ private:
     const std::uint8_t* m_end;
 };
 
-} // namespace Fuzz
+} // namespace Test

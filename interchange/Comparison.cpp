@@ -117,17 +117,17 @@ private:
         }
     }
 
-    // Goes to the last segment that starts at or before x.
-    void goTo(double x) {
+    // Goes to the last segment that starts at or before x, or so little after it.
+    void goTo(double x, double slack) {
         for (auto next = std::next(m_at); next != m_back.end(); ++next) {
-            if (!(next->getLeftKey()->getX() <= x + closeTo(x))) return;
+            if (!(next->getLeftKey()->getX() <= x + slack)) return;
             m_at = next;
         }
     }
 
     // The key that came back for the one at x, if one did; m_at stands at the segment that starts there.
     std::shared_ptr<const Keyframe> keyAt(double x) {
-        goTo(x);
+        goTo(x, closeTo(x));
         const auto key = m_at->getLeftKey();
         return key && std::fabs(key->getX() - x) <= closeTo(x) ? key : nullptr;
     }
@@ -175,7 +175,7 @@ private:
         const auto here = m_at;
         for (const double part : {0.0, 0.0005, 0.02, 0.17, 0.33, 0.5, 0.66, 0.83, 0.98, 0.9995}) {
             const double x = x0 + part * (x1 - x0);
-            goTo(x);
+            goTo(x, 0.0);
             worst.see(EvalSegment(x, segment), EvalSegment(x, *m_at), x);
         }
         m_at = here;

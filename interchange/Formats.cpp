@@ -2,6 +2,7 @@
 
 #include "interchange/CoreWriters.h"
 #include "interchange/CsvFormat.h"
+#include "interchange/usda/UsdaFormat.h"
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -37,6 +38,8 @@ struct AllFormats {
     HoudiniClipWriter houdiniClipWriter;
     CsvReader csvReader;
     CsvWriter csvWriter;
+    UsdaReader usdaReader;
+    UsdaWriter usdaWriter;
 };
 
 } // namespace

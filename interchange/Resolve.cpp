@@ -222,6 +222,11 @@ Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
                 stretch.in = {cubic.p[2].x - cubic.p[3].x, cubic.p[2].y - cubic.p[3].y};
                 stretch.end = cubic.p[3].y;
                 if (as<Bezier>(kind)) {
+                    // Handles that were not shortened keep the digits that far frames cost.
+                    const Vector2D<double>& out = segment.getOutTangent()->get();
+                    const Vector2D<double>& back = segment.getInTangent()->get();
+                    if (x + out.x == cubic.p[1].x) stretch.knots[0].out.handle = out;
+                    if (cubic.p[3].x + back.x == cubic.p[2].x) stretch.in = back;
                     stretch.knots[0].out.type = segment.getOutTangent()->getType();
                     stretch.inType = segment.getInTangent()->getType();
                 }

@@ -83,6 +83,7 @@ bool emitTrack(const Track& track, FormatInterface& target) {
     const std::vector<Knot>& knots = track.knots;
     emitSegment(expressionOf(track.leading), nullptr, knots.empty() ? nullptr : &knots.front(), target);
     auto property = track.keyProperties.begin();
+    auto expression = track.pieceExpressions.begin();
     for (std::size_t i = 0; i < knots.size(); ++i) {
         const Knot& knot = knots[i];
         target.startKeyframe();
@@ -94,8 +95,12 @@ bool emitTrack(const Track& track, FormatInterface& target) {
             target.keyframeProperty(property->second.first.c_str(), property->second.second.c_str());
         target.finishKeyframe();
         const bool isLast = i + 1 == knots.size();
-        emitSegment(isLast ? expressionOf(track.trailing) : expressionOf(knot.piece), &knot,
-                    isLast ? nullptr : &knots[i + 1], target);
+        const char* text = isLast ? expressionOf(track.trailing) : expressionOf(knot.piece);
+        if (expression != track.pieceExpressions.end() && expression->first == i) {
+            text = expression->second.c_str();
+            ++expression;
+        }
+        emitSegment(text, &knot, isLast ? nullptr : &knots[i + 1], target);
     }
     target.finishSegmentContainer();
     return target.finishCurve();

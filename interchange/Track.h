@@ -61,6 +61,8 @@ struct Track {
     End trailing;
     PropertyList properties;
     std::vector<std::pair<std::size_t, std::pair<std::string, std::string>>> keyProperties; // by knot, rising
+    // From a reader: expressions instead of the pieces' own, likewise.
+    std::vector<std::pair<std::size_t, std::string>> pieceExpressions;
 };
 
 struct Document {

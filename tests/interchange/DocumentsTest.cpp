@@ -247,5 +247,5 @@ TEST_P(InterchangeDocuments, OfThePageAreRead) {
     EXPECT_GT(count, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Interchange, InterchangeDocuments, testing::Values("csv", "hchan", "hClip", "text"),
+INSTANTIATE_TEST_SUITE_P(Interchange, InterchangeDocuments, testing::Values("csv", "hchan", "hClip", "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

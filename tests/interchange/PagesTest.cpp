@@ -217,5 +217,5 @@ TEST_P(Pages, TellWhatSurvives) {
     EXPECT_EQ(page.substr(start, end - start), table);
 }
 
-INSTANTIATE_TEST_SUITE_P(Interchange, Pages, testing::Values("csv", "hchan", "hClip", "text"),
+INSTANTIATE_TEST_SUITE_P(Interchange, Pages, testing::Values("csv", "hchan", "hClip", "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

@@ -82,7 +82,7 @@ public:
         for (auto i = m_original.begin(); i != m_original.end(); ++i) {
             const bool hasLeft = i->getLeftKey() != nullptr;
             const bool hasRight = i->getRightKey() != nullptr;
-            if (hasLeft) compareKey(*i->getLeftKey());
+            if (hasLeft) compareKey(*i->getLeftKey(), *i);
             hasLeft&& hasRight ? compareSegment(*i) : compareEnd(*i);
         }
         compareRange();
@@ -132,16 +132,18 @@ private:
         return key && std::fabs(key->getX() - x) <= closeTo(x) ? key : nullptr;
     }
 
-    void compareKey(const Keyframe& key) {
+    void compareKey(const Keyframe& key, const Segment& segment) {
         const double x = key.getX();
         const auto back = keyAt(x);
         if (!back) {
             lose(Loss::Time, Loss::Moved, "keys that are not there any more", &x);
         } else {
-            Worst worst;
-            worst.see(key.getY(), back->getY(), x);
-            if (isOff(worst)) {
-                const bool isRounded = worst.difference <= 1e-6 * m_range;
+            Worst ofKeys; // the curve's value may be another
+            ofKeys.see(key.getY(), back->getY(), x);
+            if (isOff(ofKeys)) {
+                Worst worst;
+                worst.see(EvalSegment(x, segment), EvalSegment(x, *m_at), x);
+                const bool isRounded = ofKeys.difference <= 1e-6 * m_range;
                 lose(isRounded ? Loss::Precision : Loss::Kind, isRounded ? Loss::Rounded : Loss::Replaced,
                      "values of keys", &x, worst);
             }

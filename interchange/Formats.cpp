@@ -2,6 +2,7 @@
 
 #include "interchange/CoreWriters.h"
 #include "interchange/CsvFormat.h"
+#include "interchange/MayaFormat.h"
 #include "interchange/usda/UsdaFormat.h"
 
 namespace VEM_FN::FCurveLib {
@@ -38,6 +39,8 @@ struct AllFormats {
     HoudiniClipWriter houdiniClipWriter;
     CsvReader csvReader;
     CsvWriter csvWriter;
+    MayaReader mayaReader;
+    MayaWriter mayaWriter;
     UsdaReader usdaReader;
     UsdaWriter usdaWriter;
 };

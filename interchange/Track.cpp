@@ -20,7 +20,7 @@ const char* expressionOf(const End& end) {
 }
 
 bool isSaid(const Side& side) {
-    return side.isGiven || side.type != Tangent::Fixed;
+    return side.isGiven || side.type != Tangent::Fixed || side.isWeighted || side.isWeightLocked;
 }
 
 void emitSide(const Side& side, FormatInterface& target) {

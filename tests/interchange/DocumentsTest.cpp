@@ -247,5 +247,6 @@ TEST_P(InterchangeDocuments, OfThePageAreRead) {
     EXPECT_GT(count, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Interchange, InterchangeDocuments, testing::Values("csv", "hchan", "hClip", "text", "usda"),
+INSTANTIATE_TEST_SUITE_P(Interchange, InterchangeDocuments,
+                         testing::Values("csv", "hchan", "hClip", "maya_anim", "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

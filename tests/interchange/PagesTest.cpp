@@ -23,7 +23,7 @@ namespace {
 std::shared_ptr<FCurve> curveOf(const char* kind, const char* leading = "constant()",
                                 const char* trailing = "constant()") {
     auto curve = FCurve::create();
-    curve->setName("ball/tx");
+    curve->setName("ball/translateX");
     (*curve->begin()).setInterpolator(InterpolatorFactory::create(leading));
     const double keys[][2] = {{1, 2}, {5, 6}, {13, -2}, {25, 4}};
     for (const auto& [x, y] : keys)
@@ -140,7 +140,7 @@ const std::vector<Feature>& features() {
         {"one key",
          [] {
              auto curve = FCurve::create();
-             curve->setName("ball/tx");
+             curve->setName("ball/translateX");
              curve->insertSegment(*Keyframe::create(1, 2), Constant::create());
              return curve;
          }},
@@ -217,5 +217,5 @@ TEST_P(Pages, TellWhatSurvives) {
     EXPECT_EQ(page.substr(start, end - start), table);
 }
 
-INSTANTIATE_TEST_SUITE_P(Interchange, Pages, testing::Values("csv", "hchan", "hClip", "text", "usda"),
+INSTANTIATE_TEST_SUITE_P(Interchange, Pages, testing::Values("csv", "hchan", "hClip", "maya_anim", "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

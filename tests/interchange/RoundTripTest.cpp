@@ -44,7 +44,7 @@ std::shared_ptr<FCurve> ordinaryCurve(Random& random, int number) {
     const auto seldom = [&] { return !isPlain && random.below(20) == 0; };
 
     auto curve = FCurve::create();
-    curve->setName(("node" + std::to_string(number) + (random.coin() ? "/tx" : "/rotateZ")).c_str());
+    curve->setName(("node" + std::to_string(number) + (random.coin() ? "/translateX" : "/rotateZ")).c_str());
     if (seldom()) curve->setProperty("note", "a");
     if (seldom()) SetLocked(*curve, true);
     double x = random.below(40) - 20;

@@ -22,7 +22,7 @@ namespace {
 
 // Printable as it stands: control characters would steer a terminal or break the line. UTF-8 passes.
 std::string Printable(const char* text) {
-    std::string result = Private::orEmpty(text);
+    std::string result = Private::OrEmpty(text);
     std::replace_if(
         result.begin(), result.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7f'; }, '?');
     return result;
@@ -92,7 +92,7 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     }
     // formats
     catch (const UnknownFormat&) {
-        write("This is in no format that is known here.");
+        write("The format is not recognised.");
     } catch (const BinaryFormat::BinaryError& error) {
         const std::string offset = "at byte " + std::to_string(error.offset()) + ": ";
         write(((error.offset() > 0 ? offset : "") + Printable(error.message())).c_str());
@@ -103,11 +103,11 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     }
     // files
     catch (const File::FileDoesntExist&) {
-        write("There is no such file or folder.");
+        write("No such file or folder.");
     } catch (const File::FileExists&) {
-        write("The file exists already.");
+        write("The file already exists.");
     } catch (const File::AccessError&) {
-        write("The file may not be opened or used in this way.");
+        write("Permission denied, or the file was not opened for this.");
     } catch (const File::CantOpen&) {
         write("The file cannot be opened.");
     } catch (const File::ReadError&) {
@@ -119,15 +119,15 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     } catch (const File::FileException&) {
         write("The file cannot be used.");
     } catch (const SafeFileSave::CantFinish&) {
-        write("The file could not be saved completely, or not be put in the place of the old one.");
+        write("The file could not be written completely, or could not replace the old one.");
     }
     // streams in memory
     catch (const MemoryStream::EndOfBuffer&) {
         write("The data ends too early, or is too long.");
     } catch (const ArrayStreamAdaptor::EndOfBuffer&) {
-        write("The data ends too early, or is longer than its place.");
+        write("The data ends too early, or is longer than its buffer.");
     } catch (const ArrayStreamAdaptor::AccessError&) {
-        write("The data cannot be changed.");
+        write("The data is read-only.");
     } catch (const Stream::StreamException&) {
         write("The data cannot be read or written.");
     }
@@ -140,7 +140,7 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
     catch (const Exception&) {
         write("Reading or writing failed.");
     } catch (const std::bad_alloc&) {
-        write("There is not enough memory.");
+        write("Not enough memory.");
     }
 }
 

@@ -17,7 +17,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::orEmpty;
+using Private::OrEmpty;
 using Private::Raw;
 using Private::Read;
 
@@ -89,7 +89,7 @@ void FCurveFormatInterface::startSegmentContainer() {
 
 void FCurveFormatInterface::startSegment(const char* expression) {
     if (!m_curve) return;
-    const std::shared_ptr<Interpolator>& interpolator = interpolatorOf(orEmpty(expression));
+    const std::shared_ptr<Interpolator>& interpolator = interpolatorOf(OrEmpty(expression));
     if (m_keyPending) {
         addKey(interpolator);
     } else if (m_firstPending) {

@@ -11,28 +11,28 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::orEmpty;
+using Private::OrEmpty;
 
 namespace {
 
 constexpr int kHeaderSize = 1024;
 
 template<class T>
-typename SimpleListNode<T>::iterator begin() {
+typename SimpleListNode<T>::iterator BeginNodes() {
     Private::RegisterFormats();
     return SimpleListNode<T>::begin();
 }
 
 template<class T>
-typename SimpleListNode<T>::iterator find(const char* name) {
-    return std::find_if(begin<T>(), SimpleListNode<T>::end(), [name](const T& format) {
-        return std::strcmp(format.getFormatType().getFormatName(), orEmpty(name)) == 0;
+typename SimpleListNode<T>::iterator FindNode(const char* name) {
+    return std::find_if(BeginNodes<T>(), SimpleListNode<T>::end(), [name](const T& format) {
+        return std::strcmp(format.getFormatType().getFormatName(), OrEmpty(name)) == 0;
     });
 }
 
 template<class T>
 T* FindNewest(const char* name) {
-    const auto found = find<T>(name);
+    const auto found = FindNode<T>(name);
     return found == SimpleListNode<T>::end() ? nullptr : &*found;
 }
 
@@ -72,7 +72,7 @@ Reader* FormatFactory::getReader(Stream& stream) {
     }
 
     Reader* found = nullptr;
-    for (auto reader = begin<Reader>(); !found && reader != SimpleListNode<Reader>::end(); ++reader) {
+    for (auto reader = BeginNodes<Reader>(); !found && reader != SimpleListNode<Reader>::end(); ++reader) {
         if (Recognises(*reader, stream, header)) found = &*reader;
     }
     stream.setPosition(0);
@@ -80,22 +80,22 @@ Reader* FormatFactory::getReader(Stream& stream) {
 }
 
 FormatFactory::ReaderTypeIterator FormatFactory::beginReaderTypes() {
-    return ReaderTypeIterator(begin<Reader>());
+    return ReaderTypeIterator(BeginNodes<Reader>());
 }
 FormatFactory::ReaderTypeIterator FormatFactory::endReaderTypes() {
     return ReaderTypeIterator(SimpleListNode<Reader>::end());
 }
 FormatFactory::ReaderTypeIterator FormatFactory::findReaderType(const char* name) {
-    return ReaderTypeIterator(find<Reader>(name));
+    return ReaderTypeIterator(FindNode<Reader>(name));
 }
 FormatFactory::WriterTypeIterator FormatFactory::beginWriterTypes() {
-    return WriterTypeIterator(begin<Writer>());
+    return WriterTypeIterator(BeginNodes<Writer>());
 }
 FormatFactory::WriterTypeIterator FormatFactory::endWriterTypes() {
     return WriterTypeIterator(SimpleListNode<Writer>::end());
 }
 FormatFactory::WriterTypeIterator FormatFactory::findWriterType(const char* name) {
-    return WriterTypeIterator(find<Writer>(name));
+    return WriterTypeIterator(FindNode<Writer>(name));
 }
 
 } // namespace v19

@@ -5,11 +5,11 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-using Private::orEmpty;
+using Private::OrEmpty;
 
 FormatType::FormatType() = default;
 FormatType::FormatType(const char* name, const char* title, const char* extension)
-    : m_name(orEmpty(name)), m_title(orEmpty(title)), m_extension(orEmpty(extension)) {}
+    : m_name(OrEmpty(name)), m_title(OrEmpty(title)), m_extension(OrEmpty(extension)) {}
 FormatType::FormatType(const FormatType&) = default;
 FormatType::FormatType(FormatType&&) noexcept = default;
 FormatType& FormatType::operator=(const FormatType&) = default;
@@ -17,10 +17,10 @@ FormatType& FormatType::operator=(FormatType&&) noexcept = default;
 FormatType::~FormatType() = default;
 
 void FormatType::setTitle(const char* title) {
-    m_title = orEmpty(title);
+    m_title = OrEmpty(title);
 }
 void FormatType::setExtension(const char* extension) {
-    m_extension = orEmpty(extension);
+    m_extension = OrEmpty(extension);
 }
 
 } // namespace v19

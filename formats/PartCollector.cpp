@@ -47,9 +47,9 @@ double PartCollector::asKept(double number) {
 }
 
 const char* PartCollector::text(const char* text) {
-    const std::size_t length = std::strlen(orEmpty(text));
+    const std::size_t length = std::strlen(OrEmpty(text));
     if (length > m_limits.text) refuse(Refusal::Limit, TextTooLong(length, m_limits.text));
-    return orEmpty(text);
+    return OrEmpty(text);
 }
 
 void PartCollector::count(std::size_t& counted, std::size_t limit, const char* what) {

@@ -35,7 +35,7 @@ Registered RegisterFormats() {
 }
 
 namespace {
-[[maybe_unused]] const Registered g_atLoad = RegisterFormats();
+[[maybe_unused]] const Registered kAtLoad = RegisterFormats();
 }
 
 } // namespace Private

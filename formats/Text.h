@@ -13,7 +13,7 @@ inline namespace v19 {
 
 namespace Private {
 
-inline const char* orEmpty(const char* text) noexcept {
+inline const char* OrEmpty(const char* text) noexcept {
     return text ? text : "";
 }
 

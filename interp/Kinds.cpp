@@ -37,7 +37,7 @@ constexpr Reads kLeftOrAll = kReadsLeftKey | kReadsCurve;
 
 // clang-format off
 constexpr KindRow kRows[] = {
-// kind                expression         create                 reversed            image           reads                     shape              beyond           left half           right half          args
+// kind                expression         create                 reversed            image           reads                       shape              beyond           left half           right half          args
 {Kind::Constant,     "constant()",      &Constant::create,     Kind::ConstantNext, Image::Same,    kReadsLeftKey,              Shape::LeftValue,  Beyond::Flat,    Kind::Constant,     Kind::Constant,     nullptr},
 {Kind::ConstantNext, "constant_next()", &ConstantNext::create, Kind::Constant,     Image::Same,    kReadsRightKey,             Shape::RightValue, Beyond::Flat,    Kind::ConstantNext, Kind::ConstantNext, nullptr},
 {Kind::Linear,       "linear()",        &Linear::create,       Kind::Linear,       Image::Same,    kBothKeys,                  Shape::Line,       Beyond::Flat,    Kind::Linear,       Kind::Linear,       nullptr},
@@ -53,11 +53,11 @@ constexpr KindRow kRows[] = {
 {Kind::CycleOffset,  "cycle_offset()",  &CycleOffset::create,  Kind::ConstantNext, Image::Same,    kLeftOrAll,                 Shape::LeftValue,  Beyond::Repeats, Kind::CycleOffset,  Kind::CycleOffset,  nullptr},
 {Kind::Mirror,       "mirror()",        &Mirror::create,       Kind::ConstantNext, Image::Same,    kLeftOrAll,                 Shape::LeftValue,  Beyond::Repeats, Kind::Mirror,       Kind::Mirror,       nullptr},
 {Kind::Formula,      "",                nullptr,               Kind::Formula,      Image::Text,    kReadsAnything,             Shape::Free,       Beyond::Free,    Kind::Formula,      Kind::Formula,      nullptr},
-{Kind::Number,       "",                nullptr,               Kind::Number,       Image::Number,  0,                        Shape::Number,     Beyond::Flat,    Kind::Number,       Kind::Number,       nullptr},
-{Kind::Unknown,      "",                nullptr,               Kind::Unknown,      Image::Compare, 0,                        Shape::Number,     Beyond::Flat,    Kind::Unknown,      Kind::Unknown,      nullptr},
+{Kind::Number,       "",                nullptr,               Kind::Number,       Image::Number,  0,                          Shape::Number,     Beyond::Flat,    Kind::Number,       Kind::Number,       nullptr},
+{Kind::Unknown,      "",                nullptr,               Kind::Unknown,      Image::Compare, 0,                          Shape::Number,     Beyond::Flat,    Kind::Unknown,      Kind::Unknown,      nullptr},
 {Kind::HostBezier,   "",                nullptr,               Kind::HostBezier,   Image::Compare, kReadsAnything,             Shape::Bezier,     Beyond::Free,    Kind::HostBezier,   Kind::HostBezier,   &StatedArgs},
 {Kind::Host,         "",                nullptr,               Kind::Host,         Image::Compare, kReadsAnything,             Shape::Free,       Beyond::Free,    Kind::Host,         Kind::Host,         nullptr},
-{Kind::Absent,       "",                nullptr,               Kind::Absent,       Image::Number,  0,                        Shape::Number,     Beyond::Flat,    Kind::Absent,       Kind::Absent,       nullptr},
+{Kind::Absent,       "",                nullptr,               Kind::Absent,       Image::Number,  0,                          Shape::Number,     Beyond::Flat,    Kind::Absent,       Kind::Absent,       nullptr},
 };
 // clang-format on
 

@@ -3,7 +3,7 @@
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
-#include "selection/KeptPlace.h"
+#include "selection/EditProofWalk.h"
 #include "selection/SelectionState.h"
 
 #include <type_traits>
@@ -64,7 +64,7 @@ void SelectionState::clear(const Selection& selection, bool partsOnly) {
     const auto state = selection.m_state;
     const auto curves = selection.m_curves;
     const SelectionFilter selected(&selection);
-    Private::KeptPlace::forEach(
+    Private::EditProofWalk::forEach(
         curves,
         [&](const HitRecordIterator& position) {
             return selected.accepts(position) && !(partsOnly && position.getType() == HitRecord::CURVE);

@@ -1,7 +1,7 @@
 #include "FCurveLib/SelectionOperations.h"
 
 #include "FCurveLib/Selection.h"
-#include "selection/KeptPlace.h"
+#include "selection/EditProofWalk.h"
 #include "selection/SelectionState.h"
 
 namespace VEM_FN::FCurveLib {

@@ -12,7 +12,7 @@ namespace Private {
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The heights of a cubic's control points over a part of its parameter's range (its blossom at the part's ends),
 // relative to y0.
@@ -147,7 +147,7 @@ Function::Enclosure BezierFunction::over(double from, double to) const {
     const Interval dx = m_thirds
                             ? Interval{width / 3.0, width / 3.0}
                             : QuadraticOver(m_args.outX, width + m_args.inX - m_args.outX, -m_args.inX, first, last);
-    Enclosure result{{m_args.y0 + *low, m_args.y0 + *high}, {-infinity, infinity}};
+    Enclosure result{{m_args.y0 + *low, m_args.y0 + *high}, {-kInfinity, kInfinity}};
     if (dx.low > 0.0) {
         result.slope.low = dy.low / (dy.low < 0.0 ? dx.low : dx.high);
         result.slope.high = dy.high / (dy.high > 0.0 ? dx.low : dx.high);
@@ -195,7 +195,7 @@ Deviation BoundDeviation(const Function& a, const Function& b, double from, doub
     const double slack = std::min(0x1p-10 * limit, 0x1p-18 * height);
     double beyond = 0.0; // of cells too small to divide
     for (int budget = 1 << 16; !cells.empty(); --budget) {
-        if (budget == 0 || !(worst.bound <= limit)) return {infinity, worst.at};
+        if (budget == 0 || !(worst.bound <= limit)) return {kInfinity, worst.at};
         const Cell cell = cells.back();
         cells.pop_back();
         const double middle = cell.from + 0.5 * (cell.to - cell.from);
@@ -203,7 +203,7 @@ Deviation BoundDeviation(const Function& a, const Function& b, double from, doub
         const double hull = std::max(ea.value.high - eb.value.low, eb.value.high - ea.value.low);
         const double steepest = std::max(ea.slope.high - eb.slope.low, eb.slope.high - ea.slope.low);
         const double radius = std::max(middle - cell.from, cell.to - middle);
-        const double bound = std::min(hull, look(middle) + (steepest < infinity ? radius * steepest : infinity));
+        const double bound = std::min(hull, look(middle) + (steepest < kInfinity ? radius * steepest : kInfinity));
         if (bound <= worst.bound * (1.0 + 0x1p-10) + slack) continue;
         if (!(middle > cell.from && middle < cell.to)) {
             beyond = std::max(beyond, bound);

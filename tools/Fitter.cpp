@@ -15,8 +15,8 @@ namespace Private {
 
 namespace {
 
-constexpr double third = 1.0 / 3.0;
-constexpr std::size_t breadth = 4; // places that the search goes on from
+constexpr double kThird = 1.0 / 3.0;
+constexpr std::size_t kBreadth = 4; // places that the search goes on from
 
 // Rises over the whole piece that its two end slopes would make.
 struct Rises {
@@ -26,9 +26,9 @@ struct Rises {
 
 // Handles as parts of the piece's width.
 struct Lengths {
-    double out = third;
-    double in = third;
-    bool areThirds() const noexcept { return out == third && in == third; }
+    double out = kThird;
+    double in = kThird;
+    bool areThirds() const noexcept { return out == kThird && in == kThird; }
 };
 
 // A convex polygon of end slopes, cut by one strip after the other.
@@ -382,10 +382,10 @@ public:
     BezierArgs args(const Lengths& lengths, const Rises& rises) const noexcept {
         const FitSite& right = m_sites[m_last];
         BezierArgs p{m_left.x, m_left.y, right.x, right.y, 0.0, 0.0, 0.0, 0.0};
-        p.outX = lengths.out == third ? m_width / 3.0 : lengths.out * m_width;
-        p.inX = -(lengths.in == third ? m_width / 3.0 : lengths.in * m_width);
-        p.outY = lengths.out == third ? rises.a / 3.0 : lengths.out * rises.a;
-        p.inY = -(lengths.in == third ? rises.b / 3.0 : lengths.in * rises.b);
+        p.outX = lengths.out == kThird ? m_width / 3.0 : lengths.out * m_width;
+        p.inX = -(lengths.in == kThird ? m_width / 3.0 : lengths.in * m_width);
+        p.outY = lengths.out == kThird ? rises.a / 3.0 : lengths.out * rises.a;
+        p.inY = -(lengths.in == kThird ? rises.b / 3.0 : lengths.in * rises.b);
         return p;
     }
 
@@ -484,7 +484,7 @@ private:
             level.clear();
             const bool arrived = reached.front().key == to;
             for (Node& node : reached) {
-                if (level.size() == breadth || (arrived && node.key != to)) break;
+                if (level.size() == kBreadth || (arrived && node.key != to)) break;
                 const auto same = std::count_if(level.begin(), level.end(),
                                                 [&](std::size_t other) { return m_nodes[other].key == node.key; });
                 if (same >= (m_keys[node.key].corner ? 1 : 2)) continue;
@@ -534,7 +534,7 @@ private:
         const std::size_t patience = 3 + std::min<std::size_t>(9, (good - i) / 8);
         for (std::size_t j = good + 1; j <= limit && j - good <= patience; ++j)
             if (j != bad && attempt(j)) good = j;
-        for (std::size_t j = top; good < limit && j > i + 1 && reached.size() - base < breadth && top - j < breadth;
+        for (std::size_t j = top; good < limit && j > i + 1 && reached.size() - base < kBreadth && top - j < kBreadth;
              --j)
             if (j != top || base > 0) attempt(j);
         for (std::size_t k = base; k < reached.size(); ++k) best = std::max(best, reached[k].key);

@@ -35,7 +35,7 @@ using Private::Read;
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 double UsableTolerance(double tolerance) noexcept {
     return tolerance > 0.0 ? tolerance : 0.0;
@@ -97,8 +97,8 @@ public:
         }
         return worst;
     }
-    double valueAt(double) const override { return nan; }
-    double splitAt(double, double) const override { return nan; }
+    double valueAt(double) const override { return kNaN; }
+    double splitAt(double, double) const override { return kNaN; }
     void describe(FitKey&, double, double) const override {}
 
 private:
@@ -218,19 +218,19 @@ public:
     double valueAt(double x) const override {
         const std::size_t i = spanAt(x);
         if (x == m_spans[i].from) return m_keys[i]->getY();
-        return m_spans[i].shape ? Private::EvalBezierY(x, *m_spans[i].shape) : nan;
+        return m_spans[i].shape ? Private::EvalBezierY(x, *m_spans[i].shape) : kNaN;
     }
     double splitAt(double from, double to) const override {
         const std::size_t i = spanAt(from);
-        return m_spans[i].to < to ? m_spans[i].to : nan;
+        return m_spans[i].to < to ? m_spans[i].to : kNaN;
     }
     void describe(FitKey& key, double from, double to) const override {
         const OldSpan& span = m_spans[spanAt(from)];
         key.canKeep = to <= span.to && span.shape;
         if (!key.canKeep) return;
         const BezierArgs part = cut(span, from, to);
-        key.keptOut = part.outX > 0.0 ? part.outY / part.outX : nan; // no slope that could be met
-        key.keptIn = part.inX < 0.0 ? part.inY / part.inX : nan;
+        key.keptOut = part.outX > 0.0 ? part.outY / part.outX : kNaN; // no slope that could be met
+        key.keptIn = part.inX < 0.0 ? part.inY / part.inX : kNaN;
     }
 
 private:

@@ -24,7 +24,7 @@ using TovConversion::TovKey;
 
 namespace {
 
-const char* expressionOf(TovKey::InterpType interp) {
+const char* ExpressionOf(TovKey::InterpType interp) {
     switch (interp) {
     case TovKey::Linear:
         return "linear()";
@@ -158,7 +158,7 @@ private:
     }
     void emitKey(const TovKey& key) {
         const double span = key.getLocation().x - m_before.getLocation().x;
-        m_target.startSegment(m_isFirst ? "constant()" : expressionOf(m_before.getInterp()));
+        m_target.startSegment(m_isFirst ? "constant()" : ExpressionOf(m_before.getInterp()));
         if (!m_isFirst) {
             m_target.startOutTangent();
             emitTangent(m_before.getRightTangent(), true, span);

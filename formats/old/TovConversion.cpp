@@ -268,7 +268,7 @@ private:
     std::vector<Span> m_spans;    // after each key but the last
 };
 
-const char* wordOf(TovKey::InterpType interp) {
+const char* WordOf(TovKey::InterpType interp) {
     return interp < std::size(Private::kInterpWords) ? Private::kInterpWords[interp]
                                                      : ""; // deliberate: no word for what is no kind
 }
@@ -291,7 +291,7 @@ TovCurve& TovCurve::operator=(TovCurve&&) noexcept = default;
 TovCurve::~TovCurve() = default;
 
 void TovCurve::setName(const char* name) {
-    m_name = Private::orEmpty(name);
+    m_name = Private::OrEmpty(name);
 }
 
 void TovCurve::addKeyframe(const TovKey& key) {
@@ -310,13 +310,13 @@ std::ostream& operator<<(std::ostream& out, const TovCurve& curve) {
     if (curve.getLossFlags() == 0) out << "// no conversion loss\n";
 
     out << "fcurve {\n    name \"" << curve.getName() << "\"\n    extensions constant constant\n";
-    const char* incoming = wordOf(TovKey::Unknown);
+    const char* incoming = WordOf(TovKey::Unknown);
     for (auto key = curve.begin(); key != curve.end(); ++key) {
         const Vector2D<double>& location = key->getLocation();
         const Vector2D<double>& left = key->getLeftTangent();
         const Vector2D<double>& right = key->getRightTangent();
-        const char* const own = wordOf(key->getInterp());
-        const char* const outgoing = std::next(key) == curve.end() ? wordOf(TovKey::Unknown) : own;
+        const char* const own = WordOf(key->getInterp());
+        const char* const outgoing = std::next(key) == curve.end() ? WordOf(TovKey::Unknown) : own;
         out << "    keyframe {\n        " << location.x << ' ' << location.y << "\n        interp " << own
             << "\n        tangents smooth " << left.x << ' ' << left.y << ' ' << incoming << ' ' << right.x << ' '
             << right.y << ' ' << outgoing << '\n';

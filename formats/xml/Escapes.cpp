@@ -32,7 +32,7 @@ std::size_t CharacterLength(const unsigned char* c) {
     return 4;
 }
 
-const char* special(unsigned char c) {
+const char* Special(unsigned char c) {
     switch (c) {
     case '"':
         return "&quot;";
@@ -79,12 +79,12 @@ void AppendEscaped(std::string& out, const char* text) {
                 c += length;
                 continue;
             }
-        } else if (*c >= ' ' && !special(*c)) {
+        } else if (*c >= ' ' && !Special(*c)) {
             ++c;
             continue;
         }
         copyPlain();
-        if (const char* replacement = *c < 0x80 ? special(*c) : nullptr) {
+        if (const char* replacement = *c < 0x80 ? Special(*c) : nullptr) {
             out += replacement;
         } else {
             AppendByte(out, *c);

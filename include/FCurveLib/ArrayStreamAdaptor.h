@@ -74,7 +74,7 @@ namespace Private {
 // A base, so that the array is there before the adaptor that is given it.
 template<int N>
 struct ArrayHolder {
-    Array<char, N> m_array;
+    Array<char, N> array;
 };
 } // namespace Private
 
@@ -82,12 +82,12 @@ struct ArrayHolder {
 template<int N>
 class ArrayStream : private Private::ArrayHolder<N>, public ArrayStreamAdaptor {
 public:
-    ArrayStream() noexcept : ArrayStreamAdaptor(&this->m_array[0], N) {}
+    ArrayStream() noexcept : ArrayStreamAdaptor(&this->array[0], N) {}
     ArrayStream(const ArrayStream&) = delete;
     ArrayStream& operator=(const ArrayStream&) = delete;
 
     /// The bytes, wherever the position stands.
-    const Array<char, N>& getArray() const noexcept { return this->m_array; }
+    const Array<char, N>& getArray() const noexcept { return this->array; }
 };
 
 } // namespace v19

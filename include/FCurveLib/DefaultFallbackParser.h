@@ -78,7 +78,7 @@ public:
     /// @}
 
     /// \name Failures
-    /// Why a text is no formula. what() names the class.
+    /// Why a text is not a formula. what() names the class.
     /// @{
 
     /// Base of the others. Raised itself for a text beyond the limits, and where a maker threw.

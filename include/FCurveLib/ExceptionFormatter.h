@@ -71,7 +71,7 @@ private:
 ///
 ///     walk.fcrvx:12:5: The attribute x has the value "1,5", which is not a number.
 ///     walk.fcrvb: at byte 96: ...
-///     walk.fcrvx: There is no such file or folder.
+///     walk.fcrvx: No such file or folder.
 ///
 /// Of an exception class that a host derived, the message is that of the library's class which it derives from. Bytes
 /// of the name and of the document that a terminal could take for commands are replaced by '?'.

@@ -164,7 +164,7 @@ struct CurveLink;
 struct KeyframeContents;
 struct SegmentContents;
 struct TangentContents;
-class KeptPlace;
+class EditProofWalk;
 class SelectionState;
 class Subscription;
 class SegmentMap;

@@ -98,7 +98,7 @@ public:
 private:
     template<class Other>
     friend class BasicHitRecordIterator;
-    friend class Private::KeptPlace;
+    friend class Private::EditProofWalk;
 
     enum Stage : std::uint32_t { AtCurve = 0, AtSegment = 1, AtRightKey = 2, AtInTangent = 3, AtOutTangent = 4 };
 

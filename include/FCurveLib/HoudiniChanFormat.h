@@ -30,7 +30,7 @@ public:
     const char* what() const noexcept override;
 };
 
-/// A cell that is no decimal number, or a number beyond the range of doubles.
+/// A cell that is not a decimal number, or a number beyond the range of doubles.
 class FCURVELIB_API BadNumber : public ChanError {
 public:
     using ChanError::ChanError;

@@ -34,7 +34,7 @@ public:
     const char* what() const noexcept override;
 };
 
-/// A word that is no decimal number, or a number beyond the range of doubles.
+/// A word that is not a decimal number, or a number beyond the range of doubles.
 class FCURVELIB_API BadNumber : public OldError {
 public:
     using OldError::OldError;
@@ -51,7 +51,7 @@ public:
 
 /// Reads what TovConversion::TovCurve writes, with any white space and any comment lines, and several curves after
 /// each other. readCurve takes the first curve. A text without "no conversion loss" reads like any other. Recognises a
-/// text by its first word that is no comment, "fcurve".
+/// text by its first word outside comments, "fcurve".
 class FCURVELIB_API OldReader : public Reader {
 public:
     OldReader();

@@ -34,7 +34,7 @@ public:
     const char* what() const noexcept override;
 };
 
-/// A word that is no decimal number, or a number beyond the range of doubles.
+/// A word that is not a decimal number, or a number beyond the range of doubles.
 class FCURVELIB_API BadNumber : public TextError {
 public:
     using TextError::TextError;

@@ -64,7 +64,7 @@ TEST(ExceptionFormatter, AsksTheNewestFirstAndEachOnce) {
     EXPECT_EQ(messageOf(messages, std::logic_error("")), "b");
     EXPECT_EQ(messageOf(copy, std::runtime_error("")), "b");
 
-    // Held once: without b, nothing of a is left behind it.
+    // Held once: without b, nothing of a is left after it.
     ExceptionFormatter twice;
     struct Counts : ExceptionFormatter::Formatter {
         mutable int asked = 0;

@@ -117,23 +117,6 @@ TEST(FCurveFormatInterface, IgnoresWhatNoCurveHolds) {
     EXPECT_EQ(out->getType(), Tangent::Fixed);
 }
 
-TEST(FCurveFormatInterface, CallsWithoutACurveOrAPartHaveNoEffect) {
-    FCurveFormatInterface nothing;
-    CallPlayer::play("startCurve x, curveVisible 0, curveGrid 0 0 1 1, startSegmentContainer, startSegment linear(), "
-                     "startInTangent, tangentVector 1 1, startKeyframe, keyframePosition 1 1",
-                     nothing);
-    EXPECT_TRUE(nothing.startCurve("x"));
-    EXPECT_TRUE(nothing.finishCurve());
-
-    const auto curve = FCurve::create();
-    const auto before = FCurve::createCopy(*curve);
-    nothing.setCurve(curve);
-    CallPlayer::play(
-        "finishSegment, segmentProperty a b, startOutTangent, tangentType 3, tangentProperty a b, finishCurve",
-        nothing);
-    EXPECT_EQ(Difference(*curve, *before), "");
-}
-
 TEST(FCurveFormatInterface, SurvivesAHostThatEditsTheCurveMeanwhile) {
     Built built("0 (1 10)");
     built.add("startSegment 1, startOutTangent");

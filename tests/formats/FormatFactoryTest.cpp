@@ -81,25 +81,6 @@ TEST(FormatFactory, ListsReadersNewestFirstForAsLongAsTheyLive) {
     EXPECT_EQ(backward, readerNames());
 }
 
-TEST(FormatFactory, FindsByExactNameTheNewestFirst) {
-    BeginsWith older("twin", "");
-    BeginsWith newer("twin", "");
-    NullWriter writer("twin");
-    EXPECT_EQ(FormatFactory::getReader("twin"), &newer);
-    EXPECT_EQ(FormatFactory::getReader(type("twin")), &newer);
-    EXPECT_EQ(FormatFactory::getWriter("twin"), &writer);
-    EXPECT_EQ(FormatFactory::getWriter(type("twin")), &writer);
-    EXPECT_EQ(&*FormatFactory::findReaderType("twin"), &newer.getFormatType());
-    EXPECT_EQ(&*FormatFactory::findWriterType("twin"), &writer.getFormatType());
-
-    for (const char* name : {"Twin", "twi", "twin ", "", static_cast<const char*>(nullptr)}) {
-        EXPECT_EQ(FormatFactory::getReader(name), nullptr);
-        EXPECT_EQ(FormatFactory::getWriter(name), nullptr);
-        EXPECT_TRUE(FormatFactory::findReaderType(name) == FormatFactory::endReaderTypes());
-        EXPECT_TRUE(FormatFactory::findWriterType(name) == FormatFactory::endWriterTypes());
-    }
-}
-
 TEST(FormatFactory, RecognisesByContentTheNewestFirst) {
     BeginsWith last("last", "MAG");
     BeginsWith hit("hit", "MAGIC");
@@ -111,7 +92,7 @@ TEST(FormatFactory, RecognisesByContentTheNewestFirst) {
     EXPECT_EQ(miss.asked, 1);
     EXPECT_EQ(last.asked, 0);
 
-    // The header: 1024 bytes, zeros behind a shorter stream.
+    // The header: 1024 bytes, zeros after a shorter stream.
     EXPECT_EQ(hit.header, std::string("MAGIC word") + std::string(1014, '\0'));
     MemoryStream large = StreamOf(std::string(1023, 'a') + "bc");
     EXPECT_EQ(FormatFactory::getReader(large), nullptr);

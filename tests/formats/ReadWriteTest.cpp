@@ -83,16 +83,6 @@ TEST(WriteCurve, CallsInTheStatedOrder) {
               "finishInTangent, finishSegment, finishSegmentContainer, finishCurve");
 }
 
-TEST(WriteCurve, OptionalCallsAreLeftOutAndAMissingInterpolatorIsTheNumber0) {
-    const auto curve = FCurve::create();
-    curve->begin()->setInterpolator(nullptr);
-    RecordingWriter writer;
-    writer.only = {"curveGrid", "curveTangentScale", "startSegment"};
-    MemoryStream stream;
-    WriteCurve(*curve, stream, writer.getFormatType());
-    EXPECT_EQ(writer.joined(), "curveTangentScale 1, startSegment 0");
-}
-
 TEST(WriteCurves, ContainerPropertiesThenCurvesUntilTheWriterHasEnough) {
     const auto container = FCurveContainer::create();
     container->setProperty("b", "2");

@@ -116,24 +116,6 @@ TEST_P(EveryWrittenFormat, SettlesDisplayPropertiesThatAHostWroteItself) {
     }
 }
 
-TEST_P(EveryWrittenFormat, MillionsOfBytesReachTheStreamInAFewPieces) {
-    struct Counting : MemoryStream {
-        int writes = 0;
-        void writeData(const void* buffer, int count) override {
-            ++writes;
-            MemoryStream::writeData(buffer, count);
-        }
-    } stream;
-    const auto curve = FCurve::create();
-    const auto bezier = InterpolatorFactory::create("bezier()");
-    for (int i = 0; i < 20000; ++i) curve->insertSegment(*Keyframe::create(i, i), bezier);
-    curve->setProperty("long", std::string(800000, 'x').c_str());
-    WriteCurve(*curve, stream, m_name);
-    EXPECT_GT(stream.getSize(), 1100000);
-    EXPECT_LT(stream.writes, 5);
-    EXPECT_EQ(Difference(*curve, *read(BytesOf(stream))), "");
-}
-
 TEST_P(EveryWrittenFormat, AsksTheTargetWhetherACurveIsWanted) {
     const auto container = FCurveContainer::create();
     for (const char* name : {"a", "b"}) container->addCurve(RandomCurve(3).make())->setName(name);
@@ -275,28 +257,6 @@ TEST_P(EveryWrittenFormat, RefusesWhatItsReaderWouldAndDropsTheDocument) {
     ArrayStream<100> small;
     EXPECT_THROW(WriteCurve(*curve, small, m_name), ArrayStreamAdaptor::EndOfBuffer);
     EXPECT_EQ(Difference(*curve, *read(written(*curve))), "");
-}
-
-TEST_P(EveryWrittenFormat, NullIsEmptyAndTheOrderWithinAPartIsFree) {
-    MemoryStream stream;
-    {
-        const Writer::StreamLink link(m_writer, stream);
-        CallPlayer::play("startCurve null, curveLocked 1, curveProperty k null, curveVisible 0, curveLocked 0, "
-                         "startSegmentContainer, startSegment null, startInTangent, tangentProperty null v, "
-                         "tangentType 3, tangentVector -1 2, finishInTangent, segmentProperty s t, finishSegment, "
-                         "startKeyframe, keyframeProperty p q, keyframeBreakdown 1, keyframePosition -0 5e-324, "
-                         "finishKeyframe, startSegment linear(), finishSegment, finishSegmentContainer",
-                         m_writer);
-        EXPECT_EQ(stream.getSize(), 0);
-        m_writer.finishCurve();
-    }
-    CallRecorder recorder;
-    recorder.only = {"startCurve",    "curveVisible",    "curveLocked",      "curveProperty",     "startSegment",
-                     "tangentVector", "tangentProperty", "keyframePosition", "keyframeBreakdown", "keyframeProperty"};
-    EXPECT_EQ(calls(BytesOf(stream), recorder),
-              "startCurve , curveVisible 0, curveLocked 0, curveProperty k , startSegment , tangentVector -1 2, "
-              "tangentProperty  v, keyframePosition -0 5e-324, keyframeBreakdown 1, keyframeProperty p q, "
-              "startSegment linear()");
 }
 
 TEST_P(EveryWrittenFormat, ADocumentThatIsPutAsideGoesOn) {

@@ -66,31 +66,6 @@ double WorstError(const BezierArgs& p, Random& random, std::string& where) {
 
 // --- the parameter ---------------------------------------------------------------------------------------------------
 
-TEST(BezierMath, SolveBezierT) {
-    struct Row {
-        double x0, x1, x2, x3, x, t;
-    };
-    const Row ordinary[] = {
-        {0, 1, 2, 3, 1.5, 0.5}, {0, 0, 3, 3, 1.5, 0.5}, {0, 5, 5, 5, 4.375, 0.5}, {0, 0, 0, 8, 1, 0.5}};
-    const Row atAndBeyondTheKeys[] = {{0, 1, 2, 3, 0, 0}, {0, 1, 2, 3, 3, 1},          {0, 1, 2, 3, -7, 0},
-                                      {0, 1, 2, 3, 7, 1}, {0, 1, 2, 3, -kInfinity, 0}, {0, 1, 2, 3, kInfinity, 1}};
-    const Row odd[] = {{0, 3, 0, 3, 1.5, 0.5},   // vertical in the middle
-                       {0, 0, 0, 8e-9, 1e-9, 0}, // a span below the tolerance: the left key first
-                       {0, 0, 0, 8, 1e-7, 0},    // at a key within it
-                       {0, 8, 8, 8, 8 - 9e-8, 1}, {1e7, 1e7, 1e7, 1e7 + 8, 1e7 + 1, 0.5},
-                       {2, 2, 2, 2, 2, 0}, // no span at all
-                       {2, 2, 2, 2, 3, 1},        {2, 2, 2, 2, 1, 0}};
-    const auto check = [](const auto& rows) {
-        for (const Row& row : rows)
-            EXPECT_NEAR(SolveBezierT(row.x, row.x0, row.x1, row.x2, row.x3), row.t, 1e-15)
-                << row.x0 << ' ' << row.x1 << ' ' << row.x2 << ' ' << row.x3 << " at " << row.x;
-    };
-    check(ordinary);
-    check(atAndBeyondTheKeys);
-    check(odd);
-    EXPECT_TRUE(std::isnan(SolveBezierT(kNaN, 0, 1, 2, 3)));
-}
-
 // x(t) = w / 2 (1 + (2 t - 1)^3): the one vertical place whose t is known in closed form.
 TEST(BezierMath, ParameterIsExactWhereTheCurveIsVertical) {
     for (const double width : {0.001, 1.0, 3.0, 1e6})
@@ -158,18 +133,6 @@ TEST_P(BezierValue, AgreesWithTheOracle) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Widths, BezierValue, testing::Values(1e-3, 0.02, 1.0, 24.0, 1e3, 1e6));
-
-TEST(BezierMath, FlatIsFlatToTheLastBit) {
-    Random random(5);
-    for (int i = 0; i < 300; ++i) {
-        const double x0 = random.between(-1e3, 1e3);
-        const double width = random.between(0.001, 10);
-        const double y = random.between(-1e3, 1e3);
-        const BezierArgs flat{x0, y, x0 + width, y, random.between(0, width), 0, -random.between(0, width), 0};
-        for (int j = 0; j <= 50; ++j) ASSERT_EQ(EvalBezierY(x0 + j * width / 50, flat), y);
-        EXPECT_TRUE(std::isnan(EvalBezierY(kNaN, flat)));
-    }
-}
 
 TEST(BezierMath, FiniteInputGivesFiniteValues) {
     const double numbers[] = {0.0, 1e-300, 1e-8, 1.0, 1e8, 1e150, -1.0, -1e-8, -1e150};

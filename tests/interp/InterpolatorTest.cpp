@@ -47,28 +47,6 @@ TEST(Interpolator, DefaultDerivatives) {
     EXPECT_EQ(cube.getSecondDerivative(1, narrow), 0.0);
 }
 
-TEST(Interpolator, DefaultPolylines) {
-    const Cube cube;
-    const Segment segment = Between(0, 0, 4, 64);
-    const struct {
-        int count;
-        Points points;
-    } rows[] = {
-        {0, {}},
-        {-5, {}},
-        {1, {{1, 1}}},
-        {2, {{1, 1}, {3, 27}}},
-        {5, {{1, 1}, {1.5, 3.375}, {2, 8}, {2.5, 15.625}, {3, 27}}},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(PolylineOf(&Interpolator::computePolyline, cube, segment, 1, 3, row.count), row.points);
-    const Points first = PolylineOf(&Interpolator::firstDerivPolyline, cube, segment, 1, 3, 3);
-    const Points second = PolylineOf(&Interpolator::secondDerivPolyline, cube, segment, 1, 3, 3);
-    ASSERT_EQ(first.size() + second.size(), 6u);
-    EXPECT_NEAR(first[1].y, 12, 1e-8);
-    EXPECT_NEAR(second[1].y, 12, 1e-3);
-}
-
 TEST(Interpolator, DefaultExtentsStepByTenths) {
     const Cube cube;
     const Segment segment = Between(0, 0, 4, 64);

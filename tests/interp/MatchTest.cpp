@@ -43,21 +43,6 @@ TEST(Match, JoinsWhateverStandsOnEitherSide) {
         }
 }
 
-TEST(Match, InAndOutAreFlatOnOneSide) {
-    for (const char* beside : {"linear()", "match()", "matchin()", "matchout()"}) {
-        const auto in = Chain("constant()", "linear()", "matchin()", beside, "constant()");
-        EXPECT_EQ(GetFirstDerivativeLeft(*in, 6), 0.0);
-        ExpectSmooth(*in, 4);
-        const auto out = Chain("constant()", beside, "matchout()", "linear()", "constant()");
-        EXPECT_EQ(GetFirstDerivative(*out, 4), 0.0);
-        ExpectSmooth(*out, 6);
-        if (std::string(beside).find("match") == 0) {
-            ExpectSmooth(*in, 6);
-            ExpectSmooth(*out, 4);
-        }
-    }
-}
-
 TEST(Match, BesideRepetitionsThereIsNoJumpAndNoRecursion) {
     const char* const ends[] = {"cycle()", "cycle_offset()", "mirror()",       "constant()",
                                 "match()", "bezier()",       "cycle() + x/10", "2*mirror()"};

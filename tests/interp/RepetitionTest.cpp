@@ -104,28 +104,6 @@ TEST(Repetition, IsExactAtBoundariesAndFarAway) {
     }
 }
 
-TEST(Repetition, DerivativesAreThoseOfTheKeyedPart) {
-    // From 4 on, slopes 1 over a frame and -2 over two; at a joint the one on the right counts.
-    const struct {
-        const char* kind;
-        double x, slope; // x from the first key
-    } rows[] = {
-        {"cycle()", 3, 1},    {"cycle()", 3.5, 1},    {"cycle()", 4, -2},  {"cycle()", 6, 1},
-        {"cycle()", -3, 1},   {"cycle()", -2.5, 1},   {"cycle()", -2, -2}, {"mirror()", 3, 2},
-        {"mirror()", 4, 2},   {"mirror()", 5, -1},    {"mirror()", 6, 1},  {"mirror()", 7, -2},
-        {"mirror()", -1, -1}, {"mirror()", -0.5, -1}, {"mirror()", -2, 2}, {"mirror()", -3, 2},
-        {"mirror()", -4, -2}, {"mirror()", -5, -2},   {"mirror()", -6, 1}, {"cycle_offset()", 4, -2},
-    };
-    for (const auto& row : rows) {
-        const auto curve = Lines({{4, 0}, {5, 1}, {7, -3}}, row.kind);
-        EXPECT_EQ(GetFirstDerivative(*curve, 4 + row.x), row.slope) << row.kind << " at " << row.x;
-        EXPECT_EQ(GetSecondDerivative(*curve, 4 + row.x), 0.0);
-    }
-    // Where the leading segment ends, its own side counts.
-    EXPECT_EQ(GetFirstDerivativeLeft(*Lines({{4, 0}, {5, 1}, {7, -3}}, "cycle()"), 4), -2.0);
-    EXPECT_EQ(GetFirstDerivativeLeft(*Lines({{4, 0}, {5, 1}, {7, -3}}, "mirror()"), 4), -1.0);
-}
-
 TEST(Repetition, ExtentsHoldWhatDenseSamplingFinds) {
     Random random(11);
     for (const char* kind : {"cycle()", "cycle_offset()", "mirror()"}) {

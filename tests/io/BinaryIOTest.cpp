@@ -1,12 +1,10 @@
+// That numbers of every width come back bit for bit, the seeds of fuzz/fuzz_chunks.cpp check.
+
 #include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <random>
 #include <string>
-#include <vector>
 
 using namespace Test;
 
@@ -35,14 +33,6 @@ std::string written(Write write) {
         EXPECT_EQ(written<SwapBinaryPolicy>(write), big) << #transfer;                                                 \
     } while (false)
 
-// The first bytes of one number as another.
-template<class To, class From>
-To as(From from) {
-    To to;
-    std::memcpy(&to, &from, sizeof to);
-    return to;
-}
-
 } // namespace
 
 TEST(BinaryIO, WritesBytesInThePolicysOrder) {
@@ -56,46 +46,4 @@ TEST(BinaryIO, WritesBytesInThePolicysOrder) {
     EXPECT_BYTES(writeUInt64(stream, 0x0102030405060708), "0807060504030201", "0102030405060708");
     EXPECT_BYTES(writeFloat(stream, 1.5f), "0000c03f", "3fc00000");
     EXPECT_BYTES(writeDouble(stream, -1.5), "000000000000f8bf", "bff8000000000000");
-}
-
-TEST(BinaryIO, EveryValueComesBackBitForBit) {
-    using IO = BinaryIO<DynamicBinaryPolicy>;
-    using Limits = std::numeric_limits<double>;
-    std::vector<std::uint64_t> all = {0, ~std::uint64_t{0}, 0x7FF4000000000001,
-                                      0x7FA00000}; // signalling NaNs: a double, a float
-    for (const double number :
-         {-0.0, Limits::infinity(), -Limits::infinity(), std::nan("0x123"), Limits::denorm_min(), Limits::max()}) {
-        all.push_back(as<std::uint64_t>(number));
-    }
-    std::mt19937_64 random(3);
-    for (int i = 0; i < 1000; ++i) all.push_back(random());
-    for (const bool swap : {false, true}) {
-        const IO io{DynamicBinaryPolicy(swap)};
-        const auto comesBack = [&](auto value, auto write, auto read) {
-            MemoryStream stream;
-            (io.*write)(stream, value);
-            stream.setPosition(0);
-            const auto back = (io.*read)(stream);
-            // Memory gets the same bytes as a stream.
-            char record[sizeof value];
-            auto loaded = value;
-            const bool ends =
-                io.store(record, value) == record + sizeof record && io.load(record, loaded) == record + sizeof record;
-            return ends && BytesOf(stream) == std::string(record, sizeof record)
-                   && std::memcmp(&back, &value, sizeof value) == 0 && std::memcmp(&loaded, &value, sizeof value) == 0;
-        };
-        for (const std::uint64_t bits : all) {
-            SCOPED_TRACE(bits);
-            ASSERT_TRUE(comesBack(as<std::int8_t>(bits), &IO::writeInt8, &IO::readInt8));
-            ASSERT_TRUE(comesBack(as<std::uint8_t>(bits), &IO::writeUInt8, &IO::readUInt8));
-            ASSERT_TRUE(comesBack(as<std::int16_t>(bits), &IO::writeInt16, &IO::readInt16));
-            ASSERT_TRUE(comesBack(as<std::uint16_t>(bits), &IO::writeUInt16, &IO::readUInt16));
-            ASSERT_TRUE(comesBack(as<std::int32_t>(bits), &IO::writeInt32, &IO::readInt32));
-            ASSERT_TRUE(comesBack(as<std::uint32_t>(bits), &IO::writeUInt32, &IO::readUInt32));
-            ASSERT_TRUE(comesBack(as<std::int64_t>(bits), &IO::writeInt64, &IO::readInt64));
-            ASSERT_TRUE(comesBack(bits, &IO::writeUInt64, &IO::readUInt64));
-            ASSERT_TRUE(comesBack(as<float>(bits), &IO::writeFloat, &IO::readFloat));
-            ASSERT_TRUE(comesBack(as<double>(bits), &IO::writeDouble, &IO::readDouble));
-        }
-    }
 }

@@ -34,25 +34,6 @@ TEST(IFFType, IsFourBytes) {
     EXPECT_FALSE(IFFType::fromBytes("\xFF\xFE\xFD\xFC") != IFFType("\xFF\xFE\xFD\xFC"));
 }
 
-TEST(IFFWriter, PatchesTheSizeInTheByteOrder) {
-    BinaryIO<Little> little;
-    BinaryIO<BigEndianBinaryPolicy> big;
-    const std::string payload(258, 'x');
-
-    MemoryStream stream;
-    IFFWriter<Little>(stream, little, "none").patchSize();
-    EXPECT_EQ(BytesOf(stream), "none\0\0\0\0"s);
-
-    IFFWriter first(stream, little, "litt");
-    stream.writeData(payload.data(), 258);
-    first.patchSize();
-    IFFWriter second(stream, big, "big");
-    stream.writeData(payload.data(), 258);
-    second.patchSize();
-    EXPECT_EQ(stream.getPosition(), stream.getSize());
-    EXPECT_EQ(BytesOf(stream), "none\0\0\0\0litt\x02\x01\0\0"s + payload + "big\0\0\0\x01\x02"s + payload);
-}
-
 TEST(IFFWriter, MakesThePayloadEndAtThePosition) {
     BinaryIO<Little> io;
     MemoryStream stream;

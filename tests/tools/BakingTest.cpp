@@ -1,6 +1,5 @@
 #include "support/Invariants.h"
 #include "tools/Outside.h"
-#include "tools/RandomShape.h"
 
 using namespace Test;
 
@@ -95,26 +94,6 @@ TEST_P(BakingOfEveryExhibit, InteriorBecomesItsSamples) {
     EXPECT_EQ(SameCurve::tangent(*curve->begin()->getInTangent(), *leading.getInTangent()), "");
     EXPECT_EQ(SameCurve::properties(*--curve->end(), trailing), "");
     EXPECT_EQ(SameCurve::properties(*curve->begin(), leading), "");
-}
-
-TEST(Baking, LeavesTheRestAloneWhateverTheTangents) {
-    for (unsigned seed = 0; seed < 500; ++seed) {
-        RandomShape random(seed);
-        const auto curve = random.make({"bezier()", "bezier()", "linear()", "constant()", "constant_next()", "3*x"});
-        const std::vector<double> keys = KeysOf(*curve);
-        const double step = random.between(0.05, 0.7);
-        const double start = random.below(2) ? keys[0] + random.between(-3, 10) : keys[keys.size() / 2];
-        const double end = random.below(2) ? start + random.between(0, 10) : keys.back();
-        SCOPED_TRACE(testing::Message() << "seed " << seed << ": " << start << " to " << end << " by " << step);
-        const Points samples = ExpectedSamples(*curve, {start, end, step});
-        if (samples.size() < 2) continue;
-        const Outside outside(*curve, samples.front().x, samples.back().x);
-        const double size = SizeOf(*curve);
-        BakeCurve(*curve, start, end, step);
-        ASSERT_EQ(Fault(*curve), "");
-        ASSERT_EQ(outside.changedPart(), "");
-        ASSERT_EQ(outside.changedValue(1e-12 * size), "");
-    }
 }
 
 TEST(Baking, ChangesNothingWithoutTwoSamples) {

@@ -87,24 +87,4 @@ TEST(DisplayProperties, GridIsTextOfSixDigitsReadInSinglePrecision) {
     EXPECT_FALSE(HasGridSettings(*curve));
 }
 
-TEST(DisplayProperties, TangentScaleOfOneIsNotStored) {
-    const UnderLocale locale;
-    const auto curve = FCurve::create();
-    const struct {
-        double scale;
-        const char* text;
-        double read;
-    } rows[] = {{1.23456789, "1.23457", 1.23457},
-                {1234567.0, "1.23457e+06", 1234570.0},
-                {kInfinity, "1.23457e+06", 1234570.0},
-                {1.0, "", 1.0}};
-    for (const auto& row : rows) {
-        SetTangentScale(*curve, row.scale);
-        EXPECT_STREQ(curve->getProperty("fc_scal"), row.text);
-        EXPECT_EQ(GetTangentScale(*curve), row.read);
-    }
-    curve->setProperty("fc_scal", "large");
-    EXPECT_EQ(GetTangentScale(*curve), 0.0);
-}
-
 } // namespace

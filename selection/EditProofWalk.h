@@ -44,12 +44,12 @@ private:
 
 // A walk over all parts of a container, tangents included that a HitRecordIterator does not show; it keeps alive what
 // it stands at.
-class KeptPlace {
+class EditProofWalk {
 public:
     // Calls act(record) for each part for which wanted(position) holds when the walk gets there.
     template<class Wanted, class Act>
     static void forEach(const std::shared_ptr<FCurveContainer>& curves, const Wanted& wanted, const Act& act) {
-        KeptPlace place(*curves);
+        EditProofWalk place(*curves);
         HitRecordIterator position = HitRecordIterator::begin(*curves);
         while (position.m_curve != curves->end()) {
             if (wanted(position)) {
@@ -63,7 +63,7 @@ public:
     }
 
 private:
-    explicit KeptPlace(FCurveContainer& curves) noexcept : m_curves(curves) {}
+    explicit EditProofWalk(FCurveContainer& curves) noexcept : m_curves(curves) {}
 
     static void step(HitRecordIterator& position) {
         position.advance(true);

@@ -1,4 +1,4 @@
-#include "selection/KeptPlace.h"
+#include "selection/EditProofWalk.h"
 
 #include <limits>
 
@@ -37,7 +37,7 @@ FCurveContainer::iterator KeptCurve::next(FCurveContainer& curves) const noexcep
     return curves.begin();
 }
 
-void KeptPlace::hold(const HitRecordIterator& position) {
+void EditProofWalk::hold(const HitRecordIterator& position) {
     m_curve.hold(m_curves, position.m_curve);
     if (position.m_stage != HitRecordIterator::AtCurve) {
         Segment& segment = *position.m_segment;
@@ -47,7 +47,7 @@ void KeptPlace::hold(const HitRecordIterator& position) {
     m_record = *position;
 }
 
-void KeptPlace::advance(HitRecordIterator& position) const {
+void EditProofWalk::advance(HitRecordIterator& position) const {
     FCurve& curve = *m_curve.get();
     const auto found = Read::find(m_curves, curve);
     if (found == m_curves.end()) {

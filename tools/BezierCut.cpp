@@ -100,6 +100,17 @@ void SetCutHandle(Tangent& tangent, const Vector2D<double>& handle, double span)
     Raw::setHandle(tangent, handle.x, handle.y);
 }
 
+void SetFixedHandles(Segment& segment, const BezierArgs& args) {
+    const double reach = (args.x3 - args.x0) / 3.0;
+    const auto set = [&](Tangent& tangent, double x, double y) {
+        Raw::setType(tangent, Tangent::Fixed);
+        Raw::setWeighted(tangent, std::abs(std::abs(x) - reach) > 1e-12 * reach);
+        Raw::setHandle(tangent, x, y);
+    };
+    set(*Read::outTangent(segment), args.outX, args.outY);
+    set(*Read::inTangent(segment), args.inX, args.inY);
+}
+
 } // namespace Private
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

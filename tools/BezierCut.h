@@ -32,6 +32,9 @@ std::optional<BezierCut> CutBezierSegment(const Segment& segment, double x);
 // Stores a handle that the cut gave. A tangent that cannot have this length by itself becomes weighted.
 void SetCutHandle(Tangent& tangent, const Vector2D<double>& handle, double span);
 
+// Makes the tangents fixed ones with these handles, weighted where these are not a third of the segment long.
+void SetFixedHandles(Segment& segment, const BezierArgs& args);
+
 } // namespace Private
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -70,17 +70,6 @@ void KeepExtremes(const std::vector<FitSite>& sites, std::vector<FitKey>& keys) 
     }
 }
 
-void SetHandles(Segment& segment, const BezierArgs& args) {
-    const double reach = (args.x3 - args.x0) / 3.0;
-    const auto set = [&](Tangent& tangent, double x, double y) {
-        Raw::setType(tangent, Tangent::Fixed);
-        Raw::setWeighted(tangent, std::abs(std::abs(x) - reach) > 1e-12 * reach);
-        Raw::setHandle(tangent, x, y);
-    };
-    set(*Read::outTangent(segment), args.outX, args.outY);
-    set(*Read::inTangent(segment), args.inX, args.inY);
-}
-
 // --- samples ---------------------------------------------------------------------------------------------------------
 
 class SampleJudge : public Private::FitJudge {
@@ -119,7 +108,7 @@ std::shared_ptr<FCurve> CurveOf(const std::vector<FitSite>& samples, const Fit& 
     for (const FitPiece& piece : fit.pieces) append(fit.siteOf(piece.to), &piece == &fit.pieces.back());
     auto segment = curve->begin();
     for (const FitPiece& piece : fit.pieces) {
-        SetHandles(*++segment, piece.args);
+        Private::SetFixedHandles(*++segment, piece.args);
         if (&piece != &fit.pieces.front())
             Raw::setUnified(*Read::leftKey(*segment), Private::AreAligned((&piece - 1)->args, piece.args));
     }
@@ -419,7 +408,7 @@ private:
             const FitSite& site = fit.siteOf(changes[i].piece->from);
             Segment& segment = Read::findSegment(m_curve, site.x);
             Raw::setInterpolator(segment, Bezier::create());
-            SetHandles(segment, changes[i].args);
+            Private::SetFixedHandles(segment, changes[i].args);
         }
         handles.restore();
         for (std::size_t i = 0; i <= changes.size(); ++i) {

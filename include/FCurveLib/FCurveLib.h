@@ -9,6 +9,7 @@
 #include "FCurveLib/BezierInterpBase.h"
 #include "FCurveLib/BinaryFormat.h"
 #include "FCurveLib/BinaryIO.h"
+#include "FCurveLib/Combining.h"
 #include "FCurveLib/CompiledCurve.h"
 #include "FCurveLib/CompiledSet.h"
 #include "FCurveLib/Constant.h"

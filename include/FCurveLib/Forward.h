@@ -154,6 +154,8 @@ class BadPictureSize;
 struct FitOptions;
 struct FitReport;
 struct FitResult;
+struct CombineReport;
+struct CombineResult;
 
 namespace Private {
 struct Read;

@@ -7,12 +7,21 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 say() { printf '\n== %s\n' "$*"; }
 
 have_program() { command -v "$1" >/dev/null; }
+# Modules come as Debian packages, which serve Debian's own interpreter, whatever other python3 the PATH may have.
+python=/usr/bin/python3
+python_does() { "$python" -c "$1" >/dev/null 2>&1; }
 have_header() { echo "#include <$1>" | g++ -std=c++17 -E -x c++ -o /dev/null - >/dev/null 2>&1; }
 
-# check|package: a program, or a header in angle brackets, and the Debian package that brings it.
+# check|package: a program, a header in angle brackets, or "python" and a statement that works; and the Debian package
+# that brings it.
 build_needs=("cmake|cmake" "ninja|ninja-build" "g++|g++" "ccache|ccache" "<expat.h>|libexpat1-dev"
              "<hwy/highway.h>|libhwy-dev" "<nlohmann/json.hpp>|nlohmann-json3-dev")
 tool_needs=("<CLI/CLI.hpp>|libcli11-dev")
+python_needs=("python pass|python3" "python import numpy|python3-numpy"
+              "python import sysconfig; open(sysconfig.get_path('include') + '/Python.h')|python3-dev"
+              "python open('/usr/include/pybind11/pybind11.h')|pybind11-dev")
+python_test_needs=("python import pytest|python3-pytest" "python import hypothesis|python3-hypothesis"
+                   "python import mypy|mypy")
 picture_needs=("rsvg-convert|librsvg2-bin")
 bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
 test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
@@ -25,6 +34,7 @@ need() {
         check=${entry%%|*}
         case $check in
             "<"*) have_header "${check:1:-1}" ;;
+            "python "*) python_does "${check#python }" ;;
             *) have_program "$check" ;;
         esac || missing+=("${entry##*|}")
     done

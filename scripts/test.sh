@@ -3,7 +3,8 @@
 # tests of threads under ThreadSanitizer. Builds library, tool and examples with Clang too, and links a consumer there.
 # Installs what is missing first. Fails when any step fails.
 #
-#     scripts/test.sh --quick     the tests as released alone, without those of style and package
+#     scripts/test.sh --quick     the tests as released alone, without those of style, package
+#                                 and Python
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need "${build_needs[@]}" "${tool_needs[@]}" "${bench_needs[@]}" "${test_needs[@]}"
@@ -18,15 +19,17 @@ run_tree() { # PRESET [CMAKE --BUILD ARGUMENT]...
     ctest --preset "$preset"
 }
 
-more=()
+more=("-DPython_EXECUTABLE=$python")
 if [ "${1-}" = --quick ]; then
-    more=(-DFCURVELIB_CHECKS=OFF -DFCURVELIB_BENCH=OFF)
+    more=(-DFCURVELIB_CHECKS=OFF -DFCURVELIB_BENCH=OFF -DFCURVELIB_PYTHON=OFF)
     run_tree release
-    say "The tests passed. Left out: sanitizers, Clang, style, package."
+    say "The tests passed. Left out: sanitizers, Clang, style, package, Python."
     exit
 fi
 
+need "${python_needs[@]}" "${python_test_needs[@]}"
 run_tree release
+more=()
 
 say "clang: configure, build, link a consumer"
 cmake --preset clang

@@ -1,0 +1,125 @@
+#include "Binding.h"
+
+#include "FCurveLib/DefaultFallbackParser.h"
+#include "FCurveLib/DrawCurves.h"
+#include "FCurveLib/ExceptionFormatter.h"
+#include "FCurveLib/File.h"
+#include "FCurveLib/FormatExceptions.h"
+#include "FCurveLib/SafeFileSave.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <sstream>
+
+namespace FCurvePython {
+
+py::str ToPython(const char* text) {
+    PyObject* const decoded =
+        PyUnicode_DecodeUTF8(text, static_cast<py::ssize_t>(std::strlen(text)), "surrogateescape");
+    if (!decoded) throw py::error_already_set();
+    return py::reinterpret_steal<py::str>(decoded);
+}
+
+Text ToText(py::handle text) {
+    if (!PyUnicode_Check(text.ptr()))
+        throw py::type_error("Expected a str, found " + std::string(Py_TYPE(text.ptr())->tp_name));
+    const auto bytes =
+        py::reinterpret_steal<py::bytes>(PyUnicode_AsEncodedString(text.ptr(), "utf-8", "surrogateescape"));
+    if (!bytes) throw py::error_already_set();
+    Text result{bytes};
+    if (result.bytes.find('\0') != std::string::npos) throw py::value_error("A text cannot hold a null character");
+    return result;
+}
+
+double ToNumber(py::handle number) {
+    const double result = PyFloat_AsDouble(number.ptr());
+    if (result == -1.0 && PyErr_Occurred()) throw py::error_already_set();
+    return result;
+}
+
+double Finite(double number, const char* name) {
+    if (!std::isfinite(number)) throw py::value_error(std::string(name) + " is not a finite number");
+    return number;
+}
+
+Vector2D<double> ToVector(py::handle pair, const char* name) {
+    if (!py::isinstance<py::sequence>(pair) || py::len(pair) != 2)
+        throw py::type_error(std::string("Expected a pair (x, y) for ") + name);
+    const auto items = py::reinterpret_borrow<py::sequence>(pair);
+    return {Finite(ToNumber(items[0]), name), Finite(ToNumber(items[1]), name)};
+}
+
+std::string NumberText(double number) {
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, number).ptr;
+    return {text, end};
+}
+
+std::size_t Place(py::ssize_t index, std::size_t size) {
+    const auto count = static_cast<py::ssize_t>(size);
+    if (index < -count || index >= count) throw py::index_error("There is no index " + std::to_string(index));
+    return static_cast<std::size_t>(index < 0 ? index + count : index);
+}
+
+py::object ErrorClass(const char* name) {
+    return py::module_::import("fcurvelib._errors").attr(name);
+}
+
+namespace {
+
+// The message for the exception that is being handled.
+py::str MessageOf(const char* file) {
+    ExceptionFormatter::LibraryFormatter formatter(file);
+    std::ostringstream out;
+    formatter.format(out);
+    return ToPython(out.str());
+}
+
+// "VEM_FN::FCurveLib::XMLFormat::BadAttribute" is of the kind "BadAttribute".
+py::str KindOf(const std::exception& error) {
+    const char* const what = error.what();
+    const char* const colon = std::strrchr(what, ':');
+    return ToPython(colon ? colon + 1 : what);
+}
+
+[[noreturn]] void Raise(const char* name, const py::tuple& arguments) {
+    const py::object type = ErrorClass(name);
+    PyErr_SetObject(type.ptr(), type(*arguments).ptr());
+    throw py::error_already_set();
+}
+
+py::object OrNone(std::uint64_t position) {
+    return position ? py::object(py::int_(position)) : py::none();
+}
+
+} // namespace
+
+void RaiseHandled(const char* file) {
+    const py::object name = file ? py::object(ToPython(file)) : py::none();
+    try {
+        throw;
+    } catch (const UnknownFormat& error) {
+        Raise("UnknownFormatError",
+              py::make_tuple(MessageOf(file), name, py::none(), py::none(), MessageOf(nullptr), KindOf(error)));
+    } catch (const FormatError& error) {
+        Raise("FormatError", py::make_tuple(MessageOf(file), name, OrNone(error.line()), OrNone(error.column()),
+                                            ToPython(error.message()), KindOf(error)));
+    } catch (const DefaultFallbackParser::ParseError& error) {
+        Raise("FormulaError", py::make_tuple(ToPython(error.getMessage()), error.getPosition(), KindOf(error)));
+    } catch (const File::FileDoesntExist&) {
+        Raise("FileMissingError", py::make_tuple(MessageOf(file), name));
+    } catch (const File::AccessError&) {
+        Raise("FileAccessError", py::make_tuple(MessageOf(file), name));
+    } catch (const File::FileException&) {
+        Raise("FileError", py::make_tuple(MessageOf(file), name));
+    } catch (const SafeFileSave::CantFinish&) {
+        Raise("FileError", py::make_tuple(MessageOf(file), name));
+    } catch (const BadPictureSize&) {
+        Raise("PictureSizeError", py::make_tuple(MessageOf(file)));
+    } catch (const Exception&) {
+        Raise("Error", py::make_tuple(MessageOf(file)));
+    }
+}
+
+} // namespace FCurvePython

@@ -1,0 +1,40 @@
+"""Completes the compiled classes: what the abstract collections make of their few operations."""
+
+from __future__ import annotations
+
+from collections.abc import ItemsView, Iterator, Mapping, MutableMapping, Sequence, ValuesView
+from typing import Any
+
+from . import _core
+
+
+# Names need not be unique in a container, so that these views walk over the curves themselves.
+class CurvesView(ValuesView):  # type: ignore[type-arg]
+    _mapping: _core.Container
+
+    def __iter__(self) -> Iterator[_core.Curve]:
+        return iter(self._mapping._curves())
+
+
+class NamedCurvesView(ItemsView):  # type: ignore[type-arg]
+    _mapping: _core.Container
+
+    def __iter__(self) -> Iterator[tuple[str, _core.Curve]]:
+        return iter([(curve.name, curve) for curve in self._mapping._curves()])
+
+
+def _complete(cls: Any, base: Any, names: str) -> None:
+    base.register(cls)
+    for name in names.split():
+        if name not in vars(cls):
+            setattr(cls, name, getattr(base, name))
+
+
+def complete() -> None:
+    setattr(_core.Container, "values", lambda self: CurvesView(self))
+    setattr(_core.Container, "items", lambda self: NamedCurvesView(self))
+    setattr(_core.Properties, "__eq__", Mapping.__eq__)
+    _complete(_core.Container, MutableMapping, "keys get pop popitem setdefault update")
+    _complete(_core.Properties, MutableMapping, "keys values items get pop popitem setdefault update")
+    for view in (_core.Keys, _core.Segments, _core.Interpolators):
+        _complete(view, Sequence, "index count __iter__ __contains__ __reversed__")

@@ -40,7 +40,7 @@ struct Worst {
 };
 
 template<class Part>
-bool keepsProperties(const Part& original, const Part* back) {
+bool KeepsProperties(const Part& original, const Part* back) {
     for (auto i = original.beginProperties(); i != original.endProperties(); ++i) {
         if (IsEditorKeyString(i->first.c_str())) continue;
         if (!back || i->second != back->getProperty(i->first.c_str())) return false;
@@ -48,33 +48,33 @@ bool keepsProperties(const Part& original, const Part* back) {
     return true;
 }
 
-std::string expressionOf(const Segment& segment) {
+std::string ExpressionOf(const Segment& segment) {
     const auto interpolator = segment.getInterpolator();
     return interpolator ? interpolator->getExpression() : "0"; // as files say it
 }
 
-std::string became(const Segment& original, const std::string& what) {
+std::string Became(const Segment& original, const std::string& what) {
     constexpr std::size_t kLongest = 60;
-    std::string text = expressionOf(original);
+    std::string text = ExpressionOf(original);
     if (text.size() > kLongest) text = text.substr(0, kLongest) + "...";
     return '"' + text + "\" became " + what;
 }
 
 // Kinds that look at nothing but their own keys and handles.
-bool isLocal(const Interpolator* kind) {
+bool IsLocal(const Interpolator* kind) {
     static const std::array<std::shared_ptr<Interpolator>, 4> kinds{Constant::create(), ConstantNext::create(),
                                                                     Linear::create(), Bezier::create()};
     return std::any_of(kinds.begin(), kinds.end(), [&](const auto& one) { return one.get() == kind; });
 }
 
-bool isSame(const Vector2D<double>& a, const Vector2D<double>& b) {
+bool IsSame(const Vector2D<double>& a, const Vector2D<double>& b) {
     return a.x == b.x && a.y == b.y;
 }
 
 class Comparison {
 public:
     Comparison(const FCurve& original, const FCurve& back, const Notes& notes, ConversionReport& report)
-        : m_original(original), m_back(back), m_notes(notes), m_report(report), m_range(rangeOf(original)),
+        : m_original(original), m_back(back), m_notes(notes), m_report(report), m_range(RangeOf(original)),
           m_at(back.begin()) {}
 
     void run() {
@@ -109,7 +109,7 @@ private:
     void compareHead() {
         if (std::strcmp(m_original.getName(), m_back.getName()) != 0)
             lose(Loss::Names, *m_back.getName() ? Loss::Renamed : Loss::Dropped, m_back.getName());
-        if (!keepsProperties(m_original, &m_back)) lose(Loss::Properties, Loss::Dropped, "of the curve");
+        if (!KeepsProperties(m_original, &m_back)) lose(Loss::Properties, Loss::Dropped, "of the curve");
         for (const char* key : {"fc_vis", "fc_lock", "fc_vel", "fc_acc", "fc_disc", "fc_grid", "fc_scal"}) {
             if (std::strcmp(m_original.getProperty(key), m_back.getProperty(key)) == 0) continue;
             lose(Loss::Flags, Loss::Dropped, "display settings");
@@ -154,12 +154,12 @@ private:
             lose(Loss::Flags, Loss::Dropped, "unified tangents", &x);
         if (isLost(*key.getProperty("fc_lock") != '\0', back && *back->getProperty("fc_lock") != '\0'))
             lose(Loss::Flags, Loss::Dropped, "locked keys", &x);
-        if (!keepsProperties(key, back.get())) lose(Loss::Properties, Loss::Dropped, "of keys", &x);
+        if (!KeepsProperties(key, back.get())) lose(Loss::Properties, Loss::Dropped, "of keys", &x);
     }
 
     // Null: no tangent stands in its place.
     void compareTangent(const Tangent& tangent, const Tangent* back, bool isUsed, double x, double span) {
-        if (!keepsProperties(tangent, back)) lose(Loss::Properties, Loss::Dropped, "of tangents", &x);
+        if (!KeepsProperties(tangent, back)) lose(Loss::Properties, Loss::Dropped, "of tangents", &x);
         if (tangent.isWeightLocked() && !(back && back->isWeightLocked()))
             lose(Loss::Flags, Loss::Dropped, "locked weights", &x);
         if (!back) return;
@@ -193,34 +193,36 @@ private:
         const Segment* const back = isOne ? &*m_at : nullptr;
         const auto kind = segment.getInterpolator();
         const auto backKind = back ? back->getInterpolator() : nullptr;
-        const bool isSameKind = back && (kind == backKind || expressionOf(segment) == expressionOf(*back));
+        const bool isSameKind = back && (kind == backKind || ExpressionOf(segment) == ExpressionOf(*back));
         const auto out = segment.getOutTangent();
         const auto in = segment.getInTangent();
 
         Worst worst;
         const bool isSurelyEqual =
-            isSameKind && kind == backKind && isLocal(kind.get()) && isSame(left->get(), segment.getLeftKey()->get())
-            && isSame(right->get(), segment.getRightKey()->get()) && isSame(out->get(), back->getOutTangent()->get())
-            && isSame(in->get(), back->getInTangent()->get());
+            isSameKind && kind == backKind && IsLocal(kind.get()) && IsSame(left->get(), segment.getLeftKey()->get())
+            && IsSame(right->get(), segment.getRightKey()->get()) && IsSame(out->get(), back->getOutTangent()->get())
+            && IsSame(in->get(), back->getInTangent()->get());
         if (!isSurelyEqual) worst = measure(segment, x0, x1);
 
         if (!isSameKind || isOff(worst)) {
             if (const Notes::Hint* const hint = m_notes.find(m_original, x0, x1)) {
                 lose(hint->what, hint->remedy, hint->detail, &x0, worst);
+                const bool tellsPieces = hint->what == Loss::Kind || hint->what == Loss::Formulas;
+                if (!back && !tellsPieces) lose(Loss::Kind, Loss::Split, Became(segment, "other pieces"), &x0);
             } else if (isSameKind) {
                 lose(worst.difference > 1e-6 * m_range ? Loss::Tangents : Loss::Precision,
                      worst.difference > 1e-6 * m_range ? Loss::Replaced : Loss::Rounded, "values between keys", &x0,
                      worst);
             } else if (back) {
-                lose(Loss::Kind, Loss::Replaced, became(segment, '"' + expressionOf(*back) + '"'), &x0, worst);
+                lose(Loss::Kind, Loss::Replaced, Became(segment, '"' + ExpressionOf(*back) + '"'), &x0, worst);
             } else {
-                lose(Loss::Kind, Loss::Split, became(segment, "other pieces"), &x0, worst);
+                lose(Loss::Kind, Loss::Split, Became(segment, "other pieces"), &x0, worst);
             }
         }
         const bool isUsed = kind && kind->usesTangents();
         compareTangent(*out, back ? back->getOutTangent().get() : nullptr, isUsed, x0, x1 - x0);
         compareTangent(*in, back ? back->getInTangent().get() : nullptr, isUsed, x1, x1 - x0);
-        if (!keepsProperties(segment, back)) lose(Loss::Properties, Loss::Dropped, "of segments", &x0);
+        if (!KeepsProperties(segment, back)) lose(Loss::Properties, Loss::Dropped, "of segments", &x0);
     }
 
     // The segment before the first key, after the last, or of a curve without keys.
@@ -229,7 +231,7 @@ private:
         const auto right = segment.getRightKey();
         const char* const side = left ? "after the last key" : right ? "before the first key" : "without keys";
         const auto end = left ? std::prev(m_back.end()) : m_back.begin();
-        const bool isSameKind = expressionOf(segment) == expressionOf(*end);
+        const bool isSameKind = ExpressionOf(segment) == ExpressionOf(*end);
         const double x0 = left ? left->getX() : right ? right->getX() : 0.0;
         const double span = spanOfKeys();
         Worst worst;
@@ -241,13 +243,13 @@ private:
             worst.see(value, m_back.eval(x), x);
         }
         if (!isSameKind || isOff(worst)) {
-            lose(Loss::Ends, Loss::Replaced, std::string(side) + ", " + became(segment, '"' + expressionOf(*end) + '"'),
+            lose(Loss::Ends, Loss::Replaced, std::string(side) + ", " + Became(segment, '"' + ExpressionOf(*end) + '"'),
                  left || right ? &x0 : nullptr, worst);
         }
         const bool isUsed = segment.getInterpolator() && segment.getInterpolator()->usesTangents();
         compareTangent(*segment.getInTangent(), end->getInTangent().get(), isUsed && right, x0, 1.0);
         compareTangent(*segment.getOutTangent(), end->getOutTangent().get(), isUsed && left, x0, 1.0);
-        if (!keepsProperties(segment, &*end)) lose(Loss::Properties, Loss::Dropped, "of segments", &x0);
+        if (!KeepsProperties(segment, &*end)) lose(Loss::Properties, Loss::Dropped, "of segments", &x0);
     }
 
     double spanOfKeys() const {
@@ -281,7 +283,7 @@ private:
 
 void Compare(const FCurveContainer& originals, const FCurveContainer& back, const Notes& notes,
              ConversionReport& report) {
-    if (!keepsProperties(originals, &back)) {
+    if (!KeepsProperties(originals, &back)) {
         Loss loss;
         loss.what = Loss::Properties;
         loss.detail = "of the container";

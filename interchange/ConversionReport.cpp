@@ -29,12 +29,12 @@ std::string Describe(const Loss& loss) {
     if (!loss.places.empty()) {
         text += loss.count == 1 ? " (frame " : " (" + std::to_string(loss.count) + " places, frames ";
         for (std::size_t i = 0; i < std::min(kShown, loss.places.size()); ++i)
-            text += (i > 0 ? ", " : "") + shortNumber(loss.places[i]);
+            text += (i > 0 ? ", " : "") + ShortNumber(loss.places[i]);
         if (loss.count > kShown) text += " ...";
         text += ')';
     }
     if (loss.difference > 0.0)
-        text += ", up to " + shortNumber(loss.difference) + " off at frame " + shortNumber(loss.at);
+        text += ", up to " + ShortNumber(loss.difference) + " off at frame " + ShortNumber(loss.at);
     return text;
 }
 

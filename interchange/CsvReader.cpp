@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t kMostCells = 50000000;
 
-std::string lower(std::string_view text) {
+std::string Lower(std::string_view text) {
     std::string result(text);
     for (char& c : result)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -30,8 +30,8 @@ std::string lower(std::string_view text) {
 }
 
 // What a number of a time column is worth in seconds: 0 for a column of frames, nothing for another column.
-std::optional<double> secondsPerUnit(std::string_view name) {
-    std::string word = lower(name);
+std::optional<double> SecondsPerUnit(std::string_view name) {
+    std::string word = Lower(name);
     double unit = 0.0;
     static constexpr struct {
         const char* end;
@@ -51,7 +51,7 @@ std::optional<double> secondsPerUnit(std::string_view name) {
     return unit;
 }
 
-bool isOneOf(const std::string& word, std::initializer_list<const char*> words) {
+bool IsOneOf(const std::string& word, std::initializer_list<const char*> words) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
@@ -63,7 +63,7 @@ public:
 
 private:
     [[noreturn]] void fail(std::size_t offset, const std::string& message) const {
-        const Place place = placeOf(m_bytes, offset);
+        const Place place = PlaceOf(m_bytes, offset);
         throw BadDocument(message, place.line, place.column);
     }
 
@@ -102,7 +102,7 @@ std::size_t Table::skipPreamble() {
     };
     const std::string asked = Conversion::options().setting("csv.separator");
     m_separator = asked.empty() ? '\0' : asked == "tab" ? '\t' : asked[0];
-    if (lower(line().substr(0, 4)) == "sep=" && line().size() == 5) {
+    if (Lower(line().substr(0, 4)) == "sep=" && line().size() == 5) {
         if (m_separator == '\0') m_separator = line()[4];
         skipLine();
     }
@@ -111,7 +111,7 @@ std::size_t Table::skipPreamble() {
         last = at + 1;
         skipLine();
     }
-    if (m_separator == '\0') m_separator = findSeparator(m_bytes, at, false);
+    if (m_separator == '\0') m_separator = FindSeparator(m_bytes, at, false);
     if (m_separator == '\0') { // then some row is ragged, which is told of the separator that fits the first one best
         std::size_t most = 0;
         for (const char separator : {',', ';', '\t'}) {
@@ -155,7 +155,7 @@ void Table::readCells() {
 bool Table::isHeader() const {
     double number = 0.0;
     for (std::size_t i = 0; i < m_columns; ++i)
-        if (!at(0, i).text.empty() && !readCsvNumber(at(0, i).text, DecimalMark::Any, number)) return true;
+        if (!at(0, i).text.empty() && !ReadCsvNumber(at(0, i).text, DecimalMark::Any, number)) return true;
     return false;
 }
 
@@ -165,11 +165,11 @@ std::array<std::size_t, 3> Table::longColumns() const {
     constexpr std::size_t kNone = 3;
     columns = {kNone, kNone, kNone};
     for (std::size_t i = 0; i < 3; ++i) {
-        const std::string word = lower(at(0, i).text);
-        if (isOneOf(word, {"curve", "name", "channel"})) columns[0] = i;
-        if (isOneOf(word, {"value", "y"}))
+        const std::string word = Lower(at(0, i).text);
+        if (IsOneOf(word, {"curve", "name", "channel"})) columns[0] = i;
+        if (IsOneOf(word, {"value", "y"}))
             columns[2] = i;
-        else if (secondsPerUnit(word))
+        else if (SecondsPerUnit(word))
             columns[1] = i;
     }
     const bool isComplete = std::find(columns.begin(), columns.end(), kNone) == columns.end();
@@ -180,7 +180,7 @@ bool Table::isTransposed() const {
     if (m_columns < 2) return false;
     if (at(0, 0).text == "---") return true;
     double number = 0.0;
-    return lower(at(0, 0).text) == "name" && readCsvNumber(at(0, 1).text, DecimalMark::Any, number);
+    return Lower(at(0, 0).text) == "name" && ReadCsvNumber(at(0, 1).text, DecimalMark::Any, number);
 }
 
 // Over the numbers from the row on, without those of the column of texts.
@@ -198,22 +198,22 @@ void Table::decideMark(std::size_t firstRow, std::size_t textColumn) {
         const bool hasComma = cell.text.find(',') != std::string_view::npos;
         const bool hasPoint = cell.text.find('.') != std::string_view::npos;
         if (hasComma && hasPoint)
-            fail(cell.offset, quoted(cell.text) + " has a point and a comma; thousands are not separated in a number.");
+            fail(cell.offset, Quoted(cell.text) + " has a point and a comma; thousands are not separated in a number.");
         if (hasComma && !comma) comma = &cell;
         if (hasPoint && !point) point = &cell;
     }
     if (comma && point && m_separator != ',') {
         const CsvCell& later = comma->offset > point->offset ? *comma : *point;
-        fail(later.offset, quoted(later.text) + " has another decimal mark than the numbers before it.");
+        fail(later.offset, Quoted(later.text) + " has another decimal mark than the numbers before it.");
     }
     m_mark = comma && point ? DecimalMark::Any : comma ? DecimalMark::Comma : DecimalMark::Point;
 }
 
 double Table::number(const CsvCell& cell) const {
     double result = 0.0;
-    if (!readCsvNumber(cell.text, m_mark, result))
+    if (!ReadCsvNumber(cell.text, m_mark, result))
         fail(cell.offset, cell.text.empty() ? "Expected a number, found an empty cell."
-                                            : quoted(cell.text) + " is not a decimal number in the range of doubles.");
+                                            : Quoted(cell.text) + " is not a decimal number in the range of doubles.");
     return result;
 }
 
@@ -240,17 +240,17 @@ Document Table::wide() {
     double unit = 0.0;
     const std::string asked = Conversion::options().setting("csv.time");
     double askedColumn = 0.0;
-    if (parseNumber(asked, askedColumn) && askedColumn >= 1.0 && askedColumn <= static_cast<double>(m_columns))
+    if (ParseNumber(asked, askedColumn) && askedColumn >= 1.0 && askedColumn <= static_cast<double>(m_columns))
         time = static_cast<std::size_t>(askedColumn) - 1;
     for (std::size_t i = 0; hasHeader && asked != "rows" && time == m_columns && i < m_columns; ++i)
-        if (secondsPerUnit(at(0, i).text)) time = i;
-    if (hasHeader && time < m_columns) unit = secondsPerUnit(at(0, time).text).value_or(0.0);
+        if (SecondsPerUnit(at(0, i).text)) time = i;
+    if (hasHeader && time < m_columns) unit = SecondsPerUnit(at(0, time).text).value_or(0.0);
     if (time == m_columns && asked != "rows" && m_columns > 1) {
         bool rises = true;
         double before = 0.0;
         for (std::size_t row = first; rises && row < rows(); ++row) {
             double x = 0.0;
-            rises = readCsvNumber(at(row, 0).text, m_mark, x) && (row == first || x > before);
+            rises = ReadCsvNumber(at(row, 0).text, m_mark, x) && (row == first || x > before);
             before = x;
         }
         if (rises) time = 0;
@@ -316,7 +316,7 @@ Document Table::longTable(const std::array<std::size_t, 3>& columns) {
             if (at(row, columns[0]).text == track.name && number(at(row, columns[1])) == twice->x)
                 fail(at(row, columns[1]).offset, "The curve has a key at this frame already.");
     }
-    finish(document, secondsPerUnit(at(0, columns[1]).text).value_or(0.0));
+    finish(document, SecondsPerUnit(at(0, columns[1]).text).value_or(0.0));
     return document;
 }
 
@@ -343,8 +343,8 @@ Document Table::transposed() {
 
 // Seconds become frames; keys are joined by lines.
 void Table::finish(Document& document, double unit) const {
-    const double scale = unit > 0.0 ? unit * frameRateOr(0.0) : 1.0;
-    if (unit > 0.0) document.properties.emplace_back(kFrameRate, numberText(frameRateOr(0.0)));
+    const double scale = unit > 0.0 ? unit * FrameRateOr(0.0) : 1.0;
+    if (unit > 0.0) document.properties.emplace_back(kFrameRate, NumberText(FrameRateOr(0.0)));
     for (Track& track : document.tracks) {
         for (Knot& knot : track.knots) {
             if (scale != 1.0) knot.x *= scale;
@@ -377,19 +377,19 @@ bool CsvReader::recognises(std::string_view opening, bool isWhole) const {
     if (opening.substr(0, 3) == "\xEF\xBB\xBF") opening.remove_prefix(3);
     for (const char c : opening)
         if (static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\r' && c != '\n') return false;
-    if (lower(opening.substr(0, 4)) == "sep=" && opening.find_first_of("\r\n") == 5) return true;
+    if (Lower(opening.substr(0, 4)) == "sep=" && opening.find_first_of("\r\n") == 5) return true;
     std::size_t at = 0;
     while (at < opening.size() && opening[at] == '#') {
         at = std::min(opening.find_first_of("\r\n", at), opening.size());
         while (at < opening.size() && (opening[at] == '\n' || opening[at] == '\r')) ++at;
     }
-    const char separator = findSeparator(opening, at, !isWhole);
+    const char separator = FindSeparator(opening, at, !isWhole);
     if (separator == '\0') return false;
     CsvRecords records(opening, at, separator);
     std::vector<CsvCell> cells;
     double number = 0.0;
     const auto isText = [&](const CsvCell& cell) {
-        return !cell.text.empty() && !readCsvNumber(cell.text, DecimalMark::Any, number);
+        return !cell.text.empty() && !ReadCsvNumber(cell.text, DecimalMark::Any, number);
     };
     std::size_t numbers = 0;
     bool hasHeader = false;

@@ -13,12 +13,12 @@ namespace Interchange {
 
 namespace {
 
-[[noreturn]] void fail(std::string_view bytes, std::size_t offset, const char* message) {
-    const Place place = placeOf(bytes, offset);
+[[noreturn]] void Fail(std::string_view bytes, std::size_t offset, const char* message) {
+    const Place place = PlaceOf(bytes, offset);
     throw BadDocument(message, place.line, place.column);
 }
 
-bool isLineEnd(char c) {
+bool IsLineEnd(char c) {
     return c == '\n' || c == '\r';
 }
 
@@ -35,11 +35,11 @@ CsvCell CsvRecords::cell() {
             isDoubled = true;
             ++m_at;
         }
-        if (m_at >= size) fail(m_bytes, start, "The quote is not closed.");
+        if (m_at >= size) Fail(m_bytes, start, "The quote is not closed.");
         std::string_view text = m_bytes.substr(start + 1, m_at - start - 1);
         ++m_at;
-        if (m_at < size && m_bytes[m_at] != m_separator && !isLineEnd(m_bytes[m_at]))
-            fail(m_bytes, m_at, "Expected a separator or the end of the line after the closing quote.");
+        if (m_at < size && m_bytes[m_at] != m_separator && !IsLineEnd(m_bytes[m_at]))
+            Fail(m_bytes, m_at, "Expected a separator or the end of the line after the closing quote.");
         if (isDoubled) {
             std::string& plain = m_unquoted.emplace_back();
             for (std::size_t i = 0; i < text.size(); ++i) {
@@ -50,7 +50,7 @@ CsvCell CsvRecords::cell() {
         }
         return {text, start, true};
     }
-    while (m_at < size && m_bytes[m_at] != m_separator && !isLineEnd(m_bytes[m_at])) ++m_at;
+    while (m_at < size && m_bytes[m_at] != m_separator && !IsLineEnd(m_bytes[m_at])) ++m_at;
     std::size_t first = start;
     std::size_t last = m_at;
     const auto isBlank = [&](std::size_t i) { return m_bytes[i] == ' ' || m_bytes[i] == '\t'; };
@@ -60,16 +60,16 @@ CsvCell CsvRecords::cell() {
 }
 
 bool CsvRecords::next(std::vector<CsvCell>& cells) {
-    while (m_at < m_bytes.size() && isLineEnd(m_bytes[m_at])) ++m_at;
+    while (m_at < m_bytes.size() && IsLineEnd(m_bytes[m_at])) ++m_at;
     if (m_at >= m_bytes.size()) return false;
     for (;;) {
         cells.push_back(cell());
-        if (m_at >= m_bytes.size() || isLineEnd(m_bytes[m_at])) return true;
+        if (m_at >= m_bytes.size() || IsLineEnd(m_bytes[m_at])) return true;
         ++m_at;
     }
 }
 
-char findSeparator(std::string_view bytes, std::size_t offset, bool isBeginning) {
+char FindSeparator(std::string_view bytes, std::size_t offset, bool isBeginning) {
     constexpr int kRecords = 100;
     for (const char separator : {'\t', ';', ','}) {
         CsvRecords records(bytes, offset, separator);
@@ -90,8 +90,8 @@ char findSeparator(std::string_view bytes, std::size_t offset, bool isBeginning)
     return 0;
 }
 
-bool readCsvNumber(std::string_view text, DecimalMark mark, double& number) {
-    if (text.size() < 400 && mark != DecimalMark::Comma && parseNumber(text, number)) return true;
+bool ReadCsvNumber(std::string_view text, DecimalMark mark, double& number) {
+    if (text.size() < 400 && mark != DecimalMark::Comma && ParseNumber(text, number)) return true;
     std::string plain;
     if (text.substr(0, 3) == "\xE2\x88\x92") {
         plain = '-';
@@ -106,7 +106,7 @@ bool readCsvNumber(std::string_view text, DecimalMark mark, double& number) {
             plain[comma] = '.';
         }
     }
-    return parseNumber(plain, number);
+    return ParseNumber(plain, number);
 }
 
 } // namespace Interchange

@@ -42,12 +42,12 @@ private:
 // The separator of the records from the offset on: the first of TAB ; , that gives the same number of fields, at least
 // two, in the first 100 of them; 0 where none does. Where the bytes are but the beginning of a text, the last record is
 // left out.
-char findSeparator(std::string_view bytes, std::size_t offset, bool isBeginning);
+char FindSeparator(std::string_view bytes, std::size_t offset, bool isBeginning);
 
 enum class DecimalMark : char { Any, Point, Comma };
 
 // Whether a cell is a number with that mark, or with either; U+2212 is a minus.
-bool readCsvNumber(std::string_view text, DecimalMark mark, double& number);
+bool ReadCsvNumber(std::string_view text, DecimalMark mark, double& number);
 
 } // namespace Interchange
 

@@ -21,11 +21,11 @@ namespace {
 constexpr std::size_t kMostCells = 50000000;
 
 // In quotes where it would not come back otherwise.
-void appendName(std::string& text, const std::string& name) {
+void AppendName(std::string& text, const std::string& name) {
     double number = 0.0;
     const bool needsQuotes = name.empty() || name.find_first_of(",\"\r\n;\t") != std::string::npos
                              || name.front() == ' ' || name.back() == ' '
-                             || readCsvNumber(name, DecimalMark::Any, number);
+                             || ReadCsvNumber(name, DecimalMark::Any, number);
     if (!needsQuotes) {
         text += name;
         return;
@@ -40,14 +40,14 @@ struct Column {
     FCurve::const_iterator segment; // the one that ends at the next key
 };
 
-double firstFrame(const FCurveContainer& curves) {
+double FirstFrame(const FCurveContainer& curves) {
     double first = HUGE_VAL;
     for (const FCurve& curve : curves)
         if (curve.size() > 1) first = std::min(first, curve.begin()->getRightKey()->getX());
     return first;
 }
 
-double lastFrame(const FCurveContainer& curves) {
+double LastFrame(const FCurveContainer& curves) {
     double last = -HUGE_VAL;
     for (const FCurve& curve : curves)
         if (curve.size() > 1) last = std::max(last, std::prev(curve.end())->getLeftKey()->getX());
@@ -55,7 +55,7 @@ double lastFrame(const FCurveContainer& curves) {
 }
 
 // A row for each frame at which a curve has a key.
-std::string keyRows(const FCurveContainer& curves, std::string text) {
+std::string KeyRows(const FCurveContainer& curves, std::string text) {
     std::vector<double> frames;
     std::vector<Column> columns;
     for (const FCurve& curve : curves) {
@@ -68,12 +68,12 @@ std::string keyRows(const FCurveContainer& curves, std::string text) {
     if (frames.size() > kMostCells / (columns.size() + 1))
         throw TooMuch("The table would have more than 50 000 000 cells; the shape \"long\" has a row a key.");
     for (const double frame : frames) {
-        appendNumber(text, frame);
+        AppendNumber(text, frame);
         for (Column& column : columns) {
             text += ',';
             const auto key = column.segment->getRightKey();
             if (!key || key->getX() != frame) continue;
-            appendNumber(text, key->getY());
+            AppendNumber(text, key->getY());
             ++column.segment;
         }
         text += '\n';
@@ -82,40 +82,40 @@ std::string keyRows(const FCurveContainer& curves, std::string text) {
 }
 
 // A row a frame, with every curve's value there.
-std::string frameRows(const FCurveContainer& curves, std::string text) {
-    const double first = std::floor(firstFrame(curves));
-    const double last = std::ceil(lastFrame(curves));
+std::string FrameRows(const FCurveContainer& curves, std::string text) {
+    const double first = std::floor(FirstFrame(curves));
+    const double last = std::ceil(LastFrame(curves));
     const double rows = last - first + 1.0;
     if (!(rows * static_cast<double>(curves.size() + 1) <= static_cast<double>(kMostCells)))
         throw TooMuch("The table would have more than 50 000 000 cells.");
     for (double i = 0.0; i < rows; ++i) {
-        appendNumber(text, first + i);
+        AppendNumber(text, first + i);
         for (const FCurve& curve : curves) {
             const double y = curve.eval(first + i);
             if (!std::isfinite(y))
-                throw NotWritable(quoted(curve.getName()) + " is not finite at frame " + shortNumber(first + i) + '.');
+                throw NotWritable(Quoted(curve.getName()) + " is not finite at frame " + ShortNumber(first + i) + '.');
             text += ',';
-            appendNumber(text, y);
+            AppendNumber(text, y);
         }
         text += '\n';
     }
     return text;
 }
 
-std::string longRows(const FCurveContainer& curves) {
+std::string LongRows(const FCurveContainer& curves) {
     std::string text = "curve,frame,value\n";
     std::string name;
     for (const FCurve& curve : curves) {
         name.clear();
-        appendName(name, curve.getName());
+        AppendName(name, curve.getName());
         for (const Segment& segment : curve) {
             const auto key = segment.getRightKey();
             if (!key) continue;
             text += name;
             text += ',';
-            appendNumber(text, key->getX());
+            AppendNumber(text, key->getX());
             text += ',';
-            appendNumber(text, key->getY());
+            AppendNumber(text, key->getY());
             text += '\n';
         }
     }
@@ -127,9 +127,9 @@ std::string longRows(const FCurveContainer& curves) {
 CsvWriter::CsvWriter() : CurveWriter(FormatType("csv", "Comma-separated values", "csv")) {}
 
 std::string CsvWriter::compose(const FCurveContainer& curves, Notes& notes) const {
-    if (!(firstFrame(curves) <= lastFrame(curves))) throw NotWritable("There is no key to write.");
+    if (!(FirstFrame(curves) <= LastFrame(curves))) throw NotWritable("There is no key to write.");
     const ConversionOptions& options = Conversion::options();
-    if (options.setting("csv.shape") == "long") return longRows(curves);
+    if (options.setting("csv.shape") == "long") return LongRows(curves);
 
     // As the reader will name them.
     std::string text = "frame";
@@ -137,7 +137,7 @@ std::string CsvWriter::compose(const FCurveContainer& curves, Notes& notes) cons
     int column = 1;
     for (const FCurve& curve : curves) {
         text += ',';
-        appendName(text, curve.getName());
+        AppendName(text, curve.getName());
         const std::string name = *curve.getName() ? curve.getName() : std::to_string(++column);
         column += *curve.getName() != '\0';
         std::string unique = name;
@@ -145,8 +145,8 @@ std::string CsvWriter::compose(const FCurveContainer& curves, Notes& notes) cons
         if (unique != curve.getName()) notes.rename(curve, unique);
     }
     text += '\n';
-    return options.setting("csv.rows") == "frames" ? frameRows(curves, std::move(text))
-                                                   : keyRows(curves, std::move(text));
+    return options.setting("csv.rows") == "frames" ? FrameRows(curves, std::move(text))
+                                                   : KeyRows(curves, std::move(text));
 }
 
 } // namespace Interchange

@@ -10,7 +10,7 @@ namespace Interchange {
 
 namespace {
 
-Vector2D<double> between(const Vector2D<double>& a, const Vector2D<double>& b, double t) noexcept {
+Vector2D<double> Between(const Vector2D<double>& a, const Vector2D<double>& b, double t) noexcept {
     return {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t};
 }
 
@@ -18,14 +18,14 @@ constexpr int kDeepest = 24;
 
 } // namespace
 
-Vector2D<double> pointAt(const Cubic& cubic, double t) noexcept {
-    const Vector2D<double> a = between(cubic.p[0], cubic.p[1], t);
-    const Vector2D<double> b = between(cubic.p[1], cubic.p[2], t);
-    const Vector2D<double> c = between(cubic.p[2], cubic.p[3], t);
-    return between(between(a, b, t), between(b, c, t), t);
+Vector2D<double> PointAt(const Cubic& cubic, double t) noexcept {
+    const Vector2D<double> a = Between(cubic.p[0], cubic.p[1], t);
+    const Vector2D<double> b = Between(cubic.p[1], cubic.p[2], t);
+    const Vector2D<double> c = Between(cubic.p[2], cubic.p[3], t);
+    return Between(Between(a, b, t), Between(b, c, t), t);
 }
 
-Vector2D<double> velocityAt(const Cubic& cubic, double t) noexcept {
+Vector2D<double> VelocityAt(const Cubic& cubic, double t) noexcept {
     const auto& p = cubic.p;
     const double a = 3.0 * (1.0 - t) * (1.0 - t);
     const double b = 6.0 * (1.0 - t) * t;
@@ -34,34 +34,34 @@ Vector2D<double> velocityAt(const Cubic& cubic, double t) noexcept {
             a * (p[1].y - p[0].y) + b * (p[2].y - p[1].y) + c * (p[3].y - p[2].y)};
 }
 
-double parameterAt(const Cubic& cubic, double x) noexcept {
+double ParameterAt(const Cubic& cubic, double x) noexcept {
     double low = 0.0;
     double high = 1.0;
     for (int i = 0; i < 60; ++i) {
         const double middle = 0.5 * (low + high);
-        (pointAt(cubic, middle).x < x ? low : high) = middle;
+        (PointAt(cubic, middle).x < x ? low : high) = middle;
     }
     return 0.5 * (low + high);
 }
 
-std::pair<Cubic, Cubic> cut(const Cubic& cubic, double t) noexcept {
-    const Vector2D<double> a = between(cubic.p[0], cubic.p[1], t);
-    const Vector2D<double> b = between(cubic.p[1], cubic.p[2], t);
-    const Vector2D<double> c = between(cubic.p[2], cubic.p[3], t);
-    const Vector2D<double> ab = between(a, b, t);
-    const Vector2D<double> bc = between(b, c, t);
-    const Vector2D<double> middle = between(ab, bc, t);
+std::pair<Cubic, Cubic> Cut(const Cubic& cubic, double t) noexcept {
+    const Vector2D<double> a = Between(cubic.p[0], cubic.p[1], t);
+    const Vector2D<double> b = Between(cubic.p[1], cubic.p[2], t);
+    const Vector2D<double> c = Between(cubic.p[2], cubic.p[3], t);
+    const Vector2D<double> ab = Between(a, b, t);
+    const Vector2D<double> bc = Between(b, c, t);
+    const Vector2D<double> middle = Between(ab, bc, t);
     return {Cubic{{cubic.p[0], a, ab, middle}}, Cubic{{middle, bc, c, cubic.p[3]}}};
 }
 
-bool isThirds(const Cubic& cubic) noexcept {
+bool IsThirds(const Cubic& cubic) noexcept {
     const double third = cubic.width() / 3.0;
     const double close = 1e-12 * cubic.width();
     return std::fabs(cubic.p[1].x - cubic.p[0].x - third) <= close
            && std::fabs(cubic.p[3].x - cubic.p[2].x - third) <= close;
 }
 
-Cubic asThirds(const Cubic& cubic, double mostSlope) noexcept {
+Cubic AsThirds(const Cubic& cubic, double mostSlope) noexcept {
     const double third = cubic.width() / 3.0;
     // Where the near handle has no length, the next point tells the direction.
     const auto slope = [&](const Vector2D<double>& a, const Vector2D<double>& b, const Vector2D<double>& c,
@@ -82,21 +82,21 @@ Cubic asThirds(const Cubic& cubic, double mostSlope) noexcept {
     return {{p[0], {p[0].x + third, p[0].y + left * third}, {p[3].x - third, p[3].y - right * third}, p[3]}};
 }
 
-Distance distance(const Cubic& cubic, const Cubic& thirds) noexcept {
+Distance MeasureDistance(const Cubic& cubic, const Cubic& thirds) noexcept {
     constexpr int kPlaces = 34;
     Distance largest;
     const double width = cubic.width();
     if (!(width > 0.0)) return largest;
     for (int i = 1; i < kPlaces; ++i) {
-        const Vector2D<double> point = pointAt(cubic, static_cast<double>(i) / kPlaces);
-        const double y = pointAt(thirds, std::clamp((point.x - cubic.p[0].x) / width, 0.0, 1.0)).y;
+        const Vector2D<double> point = PointAt(cubic, static_cast<double>(i) / kPlaces);
+        const double y = PointAt(thirds, std::clamp((point.x - cubic.p[0].x) / width, 0.0, 1.0)).y;
         const double off = std::fabs(y - point.y);
         if (!(off <= largest.y)) largest = {off, point.x}; // NaN counts
     }
     return largest;
 }
 
-bool splitUntil(const Cubic& cubic, double minWidth, const std::function<bool(const Cubic&)>& fits,
+bool SplitUntil(const Cubic& cubic, double minWidth, const std::function<bool(const Cubic&)>& fits,
                 std::vector<Cubic>& pieces) {
     const std::function<bool(const Cubic&, int)> split = [&](const Cubic& piece, int depth) {
         const bool isFitting = fits(piece);
@@ -104,7 +104,7 @@ bool splitUntil(const Cubic& cubic, double minWidth, const std::function<bool(co
             pieces.push_back(piece);
             return isFitting;
         }
-        const auto [left, right] = cut(piece, 0.5);
+        const auto [left, right] = Cut(piece, 0.5);
         if (!(left.width() >= minWidth && right.width() >= minWidth)) {
             pieces.push_back(piece);
             return false;
@@ -115,19 +115,19 @@ bool splitUntil(const Cubic& cubic, double minWidth, const std::function<bool(co
     return split(cubic, 0);
 }
 
-Distance splitToThirds(const Cubic& cubic, double tolerance, double minWidth, std::vector<Cubic>& pieces) {
+Distance SplitToThirds(const Cubic& cubic, double tolerance, double minWidth, std::vector<Cubic>& pieces) {
     const double mostSlope = 1e9; // beyond, doubles hold no slope worth having
     std::vector<Cubic> parts;
-    splitUntil(
+    SplitUntil(
         cubic, minWidth,
         [&](const Cubic& piece) {
-            return isThirds(piece) || distance(piece, asThirds(piece, mostSlope)).y <= tolerance;
+            return IsThirds(piece) || MeasureDistance(piece, AsThirds(piece, mostSlope)).y <= tolerance;
         },
         parts);
     Distance largest;
     for (const Cubic& part : parts) {
-        pieces.push_back(isThirds(part) ? part : asThirds(part, mostSlope));
-        const Distance off = distance(part, pieces.back());
+        pieces.push_back(IsThirds(part) ? part : AsThirds(part, mostSlope));
+        const Distance off = MeasureDistance(part, pieces.back());
         if (off.y > largest.y) largest = off;
     }
     return largest;

@@ -18,7 +18,7 @@ namespace Interchange {
 namespace {
 
 // In pieces, so that a stream that is shorter than it says costs what it has.
-std::string readAll(Stream& stream) {
+std::string ReadAll(Stream& stream) {
     constexpr int kPiece = 1 << 20;
     std::string bytes;
     for (int left = stream.getSize() - stream.getPosition(); left > 0;) {
@@ -31,18 +31,18 @@ std::string readAll(Stream& stream) {
     return bytes;
 }
 
-void checkText(const std::string& text, const FormatLimits& limits) {
+void CheckText(const std::string& text, const FormatLimits& limits) {
     if (text.size() > limits.text)
         throw TooMuch("A text has " + std::to_string(text.size()) + " bytes; the limit is "
                       + std::to_string(limits.text) + '.');
 }
 
-void checkProperties(const PropertyList& properties, const FormatLimits& limits) {
+void CheckProperties(const PropertyList& properties, const FormatLimits& limits) {
     if (properties.size() > limits.properties)
         throw TooMuch("There are too many properties; the limit is " + std::to_string(limits.properties) + '.');
     for (const auto& [key, value] : properties) {
-        checkText(key, limits);
-        checkText(value, limits);
+        CheckText(key, limits);
+        CheckText(value, limits);
     }
 }
 
@@ -51,18 +51,18 @@ void checkProperties(const PropertyList& properties, const FormatLimits& limits)
 CurveReader::~CurveReader() = default;
 
 void CurveReader::readCurves(Stream& stream, FormatInterface& target) {
-    const std::string bytes = readAll(stream);
+    const std::string bytes = ReadAll(stream);
     const Document document = parse(bytes);
-    checkLimits(document, GetFormatLimits());
-    emitDocument(document, target);
+    CheckLimits(document, GetFormatLimits());
+    EmitDocument(document, target);
 }
 
 void CurveReader::readCurve(Stream& stream, FormatInterface& target) {
-    const std::string bytes = readAll(stream);
+    const std::string bytes = ReadAll(stream);
     const Document document = parse(bytes);
-    checkLimits(document, GetFormatLimits());
+    CheckLimits(document, GetFormatLimits());
     if (document.tracks.empty()) throw BadDocument("There is no curve.");
-    emitTrack(document.tracks.front(), target);
+    EmitTrack(document.tracks.front(), target);
 }
 
 bool CurveReader::canRead(Stream& stream, Stream& header) {
@@ -80,29 +80,29 @@ bool CurveReader::canRead(Stream& stream, Stream& header) {
     }
 }
 
-void lose(const Loss& loss) {
+void Lose(const Loss& loss) {
     if (ConversionReport* const report = Conversion::report()) report->add(loss);
 }
 
-double frameRateOr(double stated) {
+double FrameRateOr(double stated) {
     const double wanted = Conversion::options().frameRate;
     if (wanted > 0.0 && std::isfinite(wanted)) return wanted;
     return stated > 0.0 && std::isfinite(stated) ? stated : 24.0;
 }
 
-void checkLimits(const Document& document, const FormatLimits& limits) {
-    checkProperties(document.properties, limits);
+void CheckLimits(const Document& document, const FormatLimits& limits) {
+    CheckProperties(document.properties, limits);
     if (document.tracks.size() > limits.curves)
         throw TooMuch("There are too many curves; the limit is " + std::to_string(limits.curves) + '.');
     for (const Track& track : document.tracks) {
-        checkText(track.name, limits);
-        checkProperties(track.properties, limits);
+        CheckText(track.name, limits);
+        CheckProperties(track.properties, limits);
         if (track.knots.size() > limits.keys)
             throw TooMuch("There are too many keys; the limit is " + std::to_string(limits.keys) + '.');
     }
 }
 
-Place placeOf(std::string_view text, std::size_t offset) {
+Place PlaceOf(std::string_view text, std::size_t offset) {
     Place place;
     offset = std::min(offset, text.size());
     for (std::size_t i = 0; i < offset; ++i) {

@@ -27,27 +27,27 @@ public:
 protected:
     using Reader::Reader;
 
-    // The document that the bytes are; raises InterchangeErrors. What it cannot hold goes to lose().
+    // The document that the bytes are; raises InterchangeErrors. What it cannot hold goes to Lose().
     virtual Document parse(std::string_view bytes) const = 0;
     // Whether a document begins like this: its first 16 KiB, or all of it.
     virtual bool recognises(std::string_view opening, bool isWhole) const = 0;
 };
 
 // To the report of the conversion, if there is one.
-void lose(const Loss& loss);
+void Lose(const Loss& loss);
 
 // Frames a second that count where the document states `stated`, 0 for none.
-double frameRateOr(double stated);
+double FrameRateOr(double stated);
 
 // Raises TooMuch where the document has more than the limits allow.
-void checkLimits(const Document& document, const FormatLimits& limits);
+void CheckLimits(const Document& document, const FormatLimits& limits);
 
 // Where a byte of a text stands, both from 1; LF, CR LF and a lone CR end lines.
 struct Place {
     std::uint64_t line = 1;
     std::uint64_t column = 1;
 };
-Place placeOf(std::string_view text, std::size_t offset);
+Place PlaceOf(std::string_view text, std::size_t offset);
 
 } // namespace Interchange
 

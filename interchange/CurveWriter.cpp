@@ -24,11 +24,11 @@ namespace {
 
 FormatInterface nobody;
 
-void requireFinite(double a, double b) {
+void RequireFinite(double a, double b) {
     if (!std::isfinite(a) || !std::isfinite(b)) throw NotWritable("A number is not finite.");
 }
 
-void requireLimits(const FCurveContainer& curves) {
+void RequireLimits(const FCurveContainer& curves) {
     const FormatLimits limits = GetFormatLimits();
     if (curves.size() > limits.curves)
         throw TooMuch("There are too many curves; the limit is " + std::to_string(limits.curves) + '.');
@@ -40,7 +40,7 @@ void requireLimits(const FCurveContainer& curves) {
     }
 }
 
-void write(const std::string& bytes, Stream& stream) {
+void Write(const std::string& bytes, Stream& stream) {
     constexpr std::size_t kPiece = 1 << 20;
     if (bytes.size() > 0x7FFFFFFFU - static_cast<unsigned>(stream.getPosition()))
         throw TooMuch("The document is longer than a stream can hold.");
@@ -92,12 +92,12 @@ void CurveWriter::finish() {
     Draft& draft = *m_drafts.back();
     const std::shared_ptr<FCurveContainer> curves = draft.curves;
     draft.clear();
-    requireLimits(*curves);
+    RequireLimits(*curves);
     Notes notes;
     const std::string bytes = compose(*curves, notes);
     if (ConversionReport* const report = Conversion::report()) {
         MemoryStream stream;
-        write(bytes, stream);
+        Write(bytes, stream);
         stream.setPosition(0);
         const auto back = FCurveContainer::create();
         ContainerInterface target(*back);
@@ -106,7 +106,7 @@ void CurveWriter::finish() {
         if (Reader* const reader = FormatFactory::getReader(getFormatType())) reader->readCurves(stream, target);
         Compare(*curves, *back, notes, *report);
     }
-    write(bytes, draft.stream);
+    Write(bytes, draft.stream);
 }
 
 void CurveWriter::startCurveContainer() {
@@ -159,12 +159,12 @@ bool CurveWriter::finishCurve() {
 }
 
 void CurveWriter::tangentVector(double x, double y) {
-    requireFinite(x, y);
+    RequireFinite(x, y);
     draft().tangentVector(x, y);
 }
 
 void CurveWriter::keyframePosition(double x, double y) {
-    requireFinite(x, y);
+    RequireFinite(x, y);
     draft().keyframePosition(x, y);
 }
 

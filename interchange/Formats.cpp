@@ -2,6 +2,7 @@
 
 #include "interchange/CoreWriters.h"
 #include "interchange/CsvFormat.h"
+#include "interchange/EasingFormats.h"
 #include "interchange/MayaFormat.h"
 #include "interchange/usda/UsdaFormat.h"
 
@@ -39,6 +40,10 @@ struct AllFormats {
     HoudiniClipWriter houdiniClipWriter;
     CsvReader csvReader;
     CsvWriter csvWriter;
+    CssReader cssReader;
+    CssWriter cssWriter;
+    LottieReader lottieReader;
+    LottieWriter lottieWriter;
     MayaReader mayaReader;
     MayaWriter mayaWriter;
     UsdaReader usdaReader;
@@ -53,7 +58,7 @@ void RegisterFormats() {
 
 namespace {
 
-const bool isRegistered = (RegisterFormats(), true);
+const bool kIsRegistered = (RegisterFormats(), true);
 
 } // namespace
 

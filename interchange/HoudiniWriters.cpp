@@ -48,21 +48,21 @@ struct Frames {
     double count() const noexcept { return last - first + 1.0; }
 };
 
-void appendValue(std::string& text, const FCurve& curve, double frame) {
+void AppendValue(std::string& text, const FCurve& curve, double frame) {
     const double y = curve.eval(frame);
     if (!std::isfinite(y))
-        throw NotWritable(quoted(curve.getName()) + " is not finite at frame " + shortNumber(frame) + '.');
-    appendNumber(text, y);
+        throw NotWritable(Quoted(curve.getName()) + " is not finite at frame " + ShortNumber(frame) + '.');
+    AppendNumber(text, y);
 }
 
-void noteSampling(const FCurve& curve, Notes& notes) {
+void NoteSampling(const FCurve& curve, Notes& notes) {
     notes.add(curve, -HUGE_VAL, HUGE_VAL, Loss::Kind, Loss::Sampled, "a key a frame, joined by lines");
 }
 
 constexpr const char* kRoles[] = {"tx", "ty", "tz", "rx", "ry", "rz", "vfov"};
 
 // 0 to 6 for what a camera's file has; nothing for another channel.
-std::optional<std::size_t> roleOf(const FCurve& curve) {
+std::optional<std::size_t> RoleOf(const FCurve& curve) {
     std::string role = curve.getProperty("hchan_role");
     if (role.empty()) role = SplitName(curve.getName()).channel;
     if (const auto transform = FindTransform(role); transform && transform->kind != TransformChannel::Scale)
@@ -74,13 +74,13 @@ std::optional<std::size_t> roleOf(const FCurve& curve) {
 
 // The curves by column, null for a column of zeros: a camera's or an object's where every curve has a role of its own
 // and there are three at least, else as they come.
-std::vector<const FCurve*> columnsOf(const FCurveContainer& curves, bool& isCamera) {
+std::vector<const FCurve*> ColumnsOf(const FCurveContainer& curves, bool& isCamera) {
     std::array<const FCurve*, 7> roles{};
     std::vector<const FCurve*> columns;
     isCamera = curves.size() >= 3;
     for (const FCurve& curve : curves) {
         columns.push_back(&curve);
-        const auto role = roleOf(curve);
+        const auto role = RoleOf(curve);
         isCamera = isCamera && role && !roles[*role];
         if (role) roles[*role] = &curve;
     }
@@ -88,34 +88,34 @@ std::vector<const FCurve*> columnsOf(const FCurveContainer& curves, bool& isCame
     return columns;
 }
 
-const Interpolator* kindOf(const Segment& segment) {
+const Interpolator* KindOf(const Segment& segment) {
     return segment.getInterpolator().get(); // held by the segment
 }
 
 template<class T>
-bool isKind(const Segment& segment) {
-    return dynamic_cast<const T*>(kindOf(segment)) != nullptr;
+bool IsKind(const Segment& segment) {
+    return dynamic_cast<const T*>(KindOf(segment)) != nullptr;
 }
 
 // Whether every curve repeats itself on a side, by the same whole frames: then so can the file.
-bool repeats(const FCurveContainer& curves, const Frames& frames) {
+bool Repeats(const FCurveContainer& curves, const Frames& frames) {
     return frames.first < frames.last && std::all_of(curves.begin(), curves.end(), [&](const FCurve& curve) {
                const Segment& leading = *curve.begin();
                const Segment& trailing = *std::prev(curve.end());
-               return (isKind<Cycle>(leading) || isKind<Cycle>(trailing)) && leading.getRightKey()
+               return (IsKind<Cycle>(leading) || IsKind<Cycle>(trailing)) && leading.getRightKey()
                       && leading.getRightKey()->getX() == frames.first && trailing.getLeftKey()->getX() == frames.last;
            });
 }
 
-const char* extendWord(const Segment& end, bool isRepeated) {
-    if (isKind<NumberInterp>(end)) return "default";
-    if (isKind<Bezier>(end)) return "slope";
-    if (isKind<Mirror>(end)) return "mirror";
-    return isRepeated && isKind<Cycle>(end) ? "cycle" : nullptr;
+const char* ExtendWord(const Segment& end, bool isRepeated) {
+    if (IsKind<NumberInterp>(end)) return "default";
+    if (IsKind<Bezier>(end)) return "slope";
+    if (IsKind<Mirror>(end)) return "mirror";
+    return isRepeated && IsKind<Cycle>(end) ? "cycle" : nullptr;
 }
 
 // Letters, digits and _ - : / . only, node:channel, each once.
-std::string trackName(const FCurve& curve, std::unordered_set<std::string>& taken) {
+std::string TrackName(const FCurve& curve, std::unordered_set<std::string>& taken) {
     std::string name = curve.getName();
     if (name.find(':') == std::string::npos) {
         const std::size_t slash = name.rfind('/');
@@ -131,16 +131,16 @@ std::string trackName(const FCurve& curve, std::unordered_set<std::string>& take
     return unique;
 }
 
-double sampleRate(const FCurveContainer& curves) {
+double SampleRate(const FCurveContainer& curves) {
     for (const char* key : {kFrameRate, "hclip_rate"}) {
         double rate = 0.0;
-        if (parseNumber(curves.getProperty(key), rate) && rate > 0.0) return frameRateOr(rate);
+        if (ParseNumber(curves.getProperty(key), rate) && rate > 0.0) return FrameRateOr(rate);
     }
-    return frameRateOr(0.0);
+    return FrameRateOr(0.0);
 }
 
 // "xyz:0,1,2;3,4,5" as the rows of the format; nothing where the property says something else.
-std::string quaternionRows(const std::string& property, std::size_t tracks) {
+std::string QuaternionRows(const std::string& property, std::size_t tracks) {
     const std::size_t colon = property.find(':');
     if (colon != 3) return "";
     std::string rows;
@@ -152,7 +152,7 @@ std::string quaternionRows(const std::string& property, std::size_t tracks) {
         for (std::size_t next = at; next < end; ++numbers) {
             const std::size_t comma = std::min(property.find(',', next), end);
             double index = 0.0;
-            if (!parseNumber(property.substr(next, comma - next), index) || !(index < static_cast<double>(tracks)))
+            if (!ParseNumber(property.substr(next, comma - next), index) || !(index < static_cast<double>(tracks)))
                 return "";
             rows += (next == at ? "" : " ") + property.substr(next, comma - next);
             next = comma + 1;
@@ -172,7 +172,7 @@ std::string HoudiniChanWriter::compose(const FCurveContainer& curves, Notes& not
     constexpr std::size_t kMostColumns = 65535;
     Frames frames(curves);
     bool isCamera = false;
-    const std::vector<const FCurve*> columns = columnsOf(curves, isCamera);
+    const std::vector<const FCurve*> columns = ColumnsOf(curves, isCamera);
     if (columns.size() > kMostColumns) throw TooMuch("There are more than 65 535 columns.");
     const bool hasFrames = Conversion::options().setting("chan.frames") != "no";
     // One row would be read as channels.
@@ -180,11 +180,11 @@ std::string HoudiniChanWriter::compose(const FCurveContainer& curves, Notes& not
 
     std::string text;
     for (double i = 0.0; i < frames.count(); ++i) {
-        if (hasFrames) appendNumber(text, frames.first + i);
+        if (hasFrames) AppendNumber(text, frames.first + i);
         for (std::size_t column = 0; column < columns.size(); ++column) {
             if (hasFrames || column > 0) text += '\t';
             if (columns[column])
-                appendValue(text, *columns[column], frames.first + i);
+                AppendValue(text, *columns[column], frames.first + i);
             else
                 text += '0';
         }
@@ -192,14 +192,14 @@ std::string HoudiniChanWriter::compose(const FCurveContainer& curves, Notes& not
     }
     for (std::size_t column = 0; column < columns.size(); ++column) {
         if (!columns[column]) {
-            lose(
+            Lose(
                 {kRoles[column], Loss::Curves, Loss::Replaced, "a channel that is missing, by zeros", 1, {}, 0.0, 0.0});
             continue;
         }
-        noteSampling(*columns[column], notes);
+        NoteSampling(*columns[column], notes);
         notes.rename(*columns[column], "chan" + std::to_string(column));
     }
-    if (isCamera) lose({"", Loss::Units, Loss::Dropped, "the order of rotations", 1, {}, 0.0, 0.0});
+    if (isCamera) Lose({"", Loss::Units, Loss::Dropped, "the order of rotations", 1, {}, 0.0, 0.0});
     return text;
 }
 
@@ -209,47 +209,47 @@ std::string HoudiniClipWriter::compose(const FCurveContainer& curves, Notes& not
     constexpr double kLongest = 16777216.0;
     constexpr std::size_t kMostTracks = 1048576;
     const Frames frames(curves);
-    const bool isRepeated = repeats(curves, frames);
+    const bool isRepeated = Repeats(curves, frames);
     const double samples = frames.count() - (isRepeated ? 1.0 : 0.0);
     if (samples > kLongest || curves.size() > kMostTracks)
         throw TooMuch("There are more than 16 777 216 samples of a track, or more than 1 048 576 tracks.");
 
     std::string text = "{\n   rate = ";
-    appendNumber(text, sampleRate(curves));
+    AppendNumber(text, SampleRate(curves));
     text += "\n   start = ";
-    appendNumber(text, frames.first - 1.0);
+    AppendNumber(text, frames.first - 1.0);
     text += "\n   tracklength = " + std::to_string(static_cast<long long>(samples));
     text += "\n   tracks = " + std::to_string(curves.size()) + '\n';
     std::unordered_set<std::string> taken;
     for (const FCurve& curve : curves) {
-        const std::string name = trackName(curve, taken);
+        const std::string name = TrackName(curve, taken);
         notes.rename(curve, name);
-        noteSampling(curve, notes);
+        NoteSampling(curve, notes);
         text += "   {\n      name = " + name + '\n';
         const Segment& leading = *curve.begin();
         const Segment& trailing = *std::prev(curve.end());
-        const auto numberOf = [](const Segment& end) { return dynamic_cast<const NumberInterp*>(kindOf(end)); };
+        const auto numberOf = [](const Segment& end) { return dynamic_cast<const NumberInterp*>(KindOf(end)); };
         const NumberInterp* const before = numberOf(leading);
         const NumberInterp* const after = numberOf(trailing);
-        const char* left = extendWord(leading, isRepeated);
-        const char* const right = extendWord(trailing, isRepeated);
+        const char* left = ExtendWord(leading, isRepeated);
+        const char* const right = ExtendWord(trailing, isRepeated);
         // The file has one number for both sides.
         if (before && after && before->getNumber() != after->getNumber()) left = nullptr;
         if (left) text += std::string("      lefttype = ") + left + '\n';
         if (right) text += std::string("      righttype = ") + right + '\n';
         if (before || after) {
             text += "      default = ";
-            appendNumber(text, (after ? after : before)->getNumber());
+            AppendNumber(text, (after ? after : before)->getNumber());
             text += '\n';
         }
         text += "      data =";
         for (double i = 0.0; i < samples; ++i) {
             text += ' ';
-            appendValue(text, curve, frames.first + i);
+            AppendValue(text, curve, frames.first + i);
         }
         text += "\n   }\n";
     }
-    text += '\n' + quaternionRows(curves.getProperty("hclip_quaternions"), curves.size()) + "}\n";
+    text += '\n' + QuaternionRows(curves.getProperty("hclip_quaternions"), curves.size()) + "}\n";
     return text;
 }
 

@@ -12,7 +12,7 @@ namespace Interchange {
 
 namespace {
 
-void checkNesting(std::string_view bytes, std::size_t nesting) {
+void CheckNesting(std::string_view bytes, std::size_t nesting) {
     std::size_t depth = 0;
     bool isInText = false;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -24,7 +24,7 @@ void checkNesting(std::string_view bytes, std::size_t nesting) {
             isInText = true;
         } else if (c == '[' || c == '{') {
             if (++depth <= nesting) continue;
-            const Place place = placeOf(bytes, i);
+            const Place place = PlaceOf(bytes, i);
             throw TooMuch("Objects and arrays are nested too deep; the limit is " + std::to_string(nesting) + '.',
                           place.line, place.column);
         } else if ((c == ']' || c == '}') && depth > 0) {
@@ -35,13 +35,13 @@ void checkNesting(std::string_view bytes, std::size_t nesting) {
 
 } // namespace
 
-Json parseJson(std::string_view bytes, std::size_t nesting) {
+Json ParseJson(std::string_view bytes, std::size_t nesting) {
     if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
-    checkNesting(bytes, nesting);
+    CheckNesting(bytes, nesting);
     try {
         return Json::parse(bytes);
     } catch (const Json::parse_error& error) {
-        const Place place = placeOf(bytes, error.byte > 0 ? error.byte - 1 : 0);
+        const Place place = PlaceOf(bytes, error.byte > 0 ? error.byte - 1 : 0);
         throw BadDocument(error.byte > bytes.size() ? "The JSON text ends too early." : "This is not valid JSON.",
                           place.line, place.column);
     } catch (const Json::out_of_range&) {

@@ -14,7 +14,7 @@ using Json = nlohmann::ordered_json;
 
 // The document that the bytes are, after a byte-order mark if there is one; raises BadDocument with line and column, or
 // TooMuch where objects and arrays are nested deeper than `nesting`.
-Json parseJson(std::string_view bytes, std::size_t nesting = 64);
+Json ParseJson(std::string_view bytes, std::size_t nesting = 64);
 
 } // namespace Interchange
 

@@ -75,12 +75,12 @@ public:
     }
 
     [[noreturn]] void fail(std::size_t offset, const std::string& message) const {
-        const Place place = placeOf(m_bytes, offset);
+        const Place place = PlaceOf(m_bytes, offset);
         throw BadDocument(message, place.line, place.column);
     }
     [[noreturn]] void failAt(const Word& word, const std::string& expected) const {
         fail(word.offset, "Expected " + expected + ", found "
-                              + (word.type == Word::End ? std::string("the end of the file") : quoted(word.text))
+                              + (word.type == Word::End ? std::string("the end of the file") : Quoted(word.text))
                               + '.');
     }
 
@@ -172,7 +172,7 @@ private:
 
 double MayaParser::numberOf(const Word& word, const char* what) const {
     double result = 0.0;
-    if (word.type != Word::Text || !parseNumber(word.text, result)) m_words.failAt(word, what);
+    if (word.type != Word::Text || !ParseNumber(word.text, result)) m_words.failAt(word, what);
     return result;
 }
 
@@ -192,23 +192,23 @@ void MayaParser::tell(const MayaCurve& curve, Loss::What what, Loss::Remedy reme
     loss.remedy = remedy;
     loss.detail = std::move(detail);
     if (place) loss.places.push_back(*place);
-    lose(loss);
+    Lose(loss);
 }
 
 void MayaParser::setTimeUnit(std::string_view unit, double& scale, bool isHeader) {
     const double wanted = Conversion::options().frameRate;
-    if (const double seconds = mayaClockSeconds(unit); seconds > 0.0) {
-        scale = seconds * frameRateOr(0.0);
-        if (isHeader) m_frameRate = frameRateOr(0.0);
+    if (const double seconds = MayaClockSeconds(unit); seconds > 0.0) {
+        scale = seconds * FrameRateOr(0.0);
+        if (isHeader) m_frameRate = FrameRateOr(0.0);
         return;
     }
-    double rate = mayaFrameRate(unit);
+    double rate = MayaFrameRate(unit);
     if (rate <= 0.0) {
         Loss loss;
         loss.what = Loss::Units;
         loss.remedy = Loss::Replaced;
-        loss.detail = "time unit " + quoted(unit) + " by film";
-        lose(loss);
+        loss.detail = "time unit " + Quoted(unit) + " by film";
+        Lose(loss);
         rate = 24.0;
     }
     // A host that wants another rate gets the same seconds.
@@ -226,8 +226,8 @@ void MayaParser::readHeader(const Word& word) {
     };
     const auto frame = [&](const char* key) {
         double x = 0.0;
-        if (!parseNumber(text, x)) m_words.fail(word.offset, quoted(text) + " is not a number.");
-        keep(key, numberText(x * m_timeScale));
+        if (!ParseNumber(text, x)) m_words.fail(word.offset, Quoted(text) + " is not a number.");
+        keep(key, NumberText(x * m_timeScale));
     };
     static constexpr struct {
         const char* longName;
@@ -263,8 +263,8 @@ void MayaParser::readHeader(const Word& word) {
     } else {
         Loss loss;
         loss.what = Loss::Properties;
-        loss.detail = "statement " + quoted(word.text);
-        lose(loss);
+        loss.detail = "statement " + Quoted(word.text);
+        Lose(loss);
     }
 }
 
@@ -278,7 +278,7 @@ void MayaParser::readAnim() {
     }
     const auto isCount = [](const Word& word) {
         double value = 0.0;
-        return parseNumber(word.text, value) && value >= 0.0 && value == std::floor(value);
+        return ParseNumber(word.text, value) && value >= 0.0 && value == std::floor(value);
     };
     if (words.size() < 3)
         m_words.failAt(words.empty() ? Word{Word::Semicolon, ";", 0} : words.back(), "ROW CHILD ATTR");
@@ -306,9 +306,9 @@ void MayaParser::readAnim() {
 MayaSide MayaParser::readKind(const char* what) {
     const Word word = m_words.next();
     double ignored = 0.0;
-    if (word.type != Word::Text || parseNumber(word.text, ignored)) m_words.failAt(word, what);
+    if (word.type != Word::Text || ParseNumber(word.text, ignored)) m_words.failAt(word, what);
     MayaSide side;
-    side.kind = mayaKindOf(word.text);
+    side.kind = MayaKindOf(word.text);
     return side;
 }
 
@@ -353,7 +353,7 @@ void MayaParser::readKeys(MayaCurve& curve, const Word& start) {
                      [](const MayaKey& a, const MayaKey& b) { return a.at.x < b.at.x; });
     for (std::size_t i = 1; i < curve.keys.size(); ++i)
         if (!(curve.keys[i].at.x > curve.keys[i - 1].at.x))
-            m_words.fail(start.offset, "There are two keys at time " + shortNumber(curve.keys[i].at.x) + '.');
+            m_words.fail(start.offset, "There are two keys at time " + ShortNumber(curve.keys[i].at.x) + '.');
     tell(curve, Loss::Time, Loss::Moved, "keys that were not in order");
 }
 
@@ -393,7 +393,7 @@ void MayaParser::readAnimData() {
         else if (word.is("postInfinity"))
             curve.post = value;
         else
-            tell(curve, Loss::Properties, Loss::Dropped, "statement " + quoted(word.text));
+            tell(curve, Loss::Properties, Loss::Dropped, "statement " + Quoted(word.text));
         if (word.is("input") && value == "unitless") curve.timeScale = 1.0;
     }
     m_track.properties.emplace_back("maya_output", std::string(curve.output));
@@ -413,7 +413,7 @@ double MayaParser::slopeOf(const MayaCurve& curve, std::size_t index, bool isIn)
                                                                 : std::tan(side.angle) / curve.timeScale;
         return curve.isWeighted ? slope : std::clamp(slope, -most, most);
     }
-    return mayaSlope(side.kind, isIn, index > 0 ? &keys[index - 1].at : nullptr, keys[index].at,
+    return MayaSlope(side.kind, isIn, index > 0 ? &keys[index - 1].at : nullptr, keys[index].at,
                      index + 1 < keys.size() ? &keys[index + 1].at : nullptr);
 }
 
@@ -462,7 +462,7 @@ Side MayaParser::sideOf(const MayaCurve& curve, std::size_t index, bool isIn) co
         break;
     case MayaKind::Plateau:
     case MayaKind::Auto: {
-        const double ours = isInner ? plateauSlope(isIn, keys[index - 1].at, keys[index].at, keys[index + 1].at) : 0.0;
+        const double ours = isInner ? PlateauSlope(isIn, keys[index - 1].at, keys[index].at, keys[index + 1].at) : 0.0;
         if (!isInner && hasSegment)
             result.type = Tangent::Flat;
         else if (isInner && std::fabs(ours - slope) <= 1e-9 * std::fabs(slope))
@@ -488,7 +488,7 @@ Side MayaParser::sideOf(const MayaCurve& curve, std::size_t index, bool isIn) co
         break;
     }
     if (result.type == Tangent::Fixed && hasSegment)
-        tell(curve, Loss::Kind, Loss::Replaced, std::string(toText(side.kind)) + " tangents by fixed ones", &x);
+        tell(curve, Loss::Kind, Loss::Replaced, std::string(ToText(side.kind)) + " tangents by fixed ones", &x);
     return result;
 }
 
@@ -504,7 +504,7 @@ End MayaParser::endOf(std::string_view infinity, const MayaCurve& curve) const {
     else if (infinity == "oscillate")
         end.kind = End::Mirror;
     else if (infinity != "constant")
-        tell(curve, Loss::Ends, Loss::Replaced, "infinity " + quoted(infinity) + " by constant");
+        tell(curve, Loss::Ends, Loss::Replaced, "infinity " + Quoted(infinity) + " by constant");
     return end;
 }
 
@@ -554,7 +554,7 @@ void MayaParser::finish(MayaCurve& curve) {
         Knot& right = track.knots[i + 1];
         if (left.piece != Piece::Bezier) continue;
         Vector2D<double> in{-right.in.handle.x, -right.in.handle.y};
-        if (!limitMayaHandles(right.x - left.x, left.out.handle, in)) continue;
+        if (!LimitMayaHandles(right.x - left.x, left.out.handle, in)) continue;
         right.in.handle = {-in.x, -in.y};
         for (Side* side : {&left.out, &right.in}) {
             side->type = Tangent::Fixed;
@@ -574,8 +574,8 @@ Document MayaParser::parse() {
     const Word version = m_words.next();
     m_version = numberOf(version, "a version");
     if (!(m_version >= 1.0 && m_version < 2.0))
-        m_words.fail(version.offset, "The file has version " + shortNumber(m_version) + "; version 1 can be read.");
-    m_frameRate = frameRateOr(24.0);
+        m_words.fail(version.offset, "The file has version " + ShortNumber(m_version) + "; version 1 can be read.");
+    m_frameRate = FrameRateOr(24.0);
     std::size_t placeHolders = 0;
     while ((word = m_words.next()).type != Word::End) {
         if (word.type == Word::Semicolon) continue;
@@ -592,7 +592,7 @@ Document MayaParser::parse() {
     if (m_hasAnim && m_isPlaceHolder) m_document.properties.emplace_back("", m_place);
     for (auto& [key, value] : m_document.properties)
         if (key.empty()) key = "maya_place_holder_" + std::to_string(++placeHolders);
-    m_document.properties.emplace_back(kFrameRate, numberText(m_frameRate));
+    m_document.properties.emplace_back(kFrameRate, NumberText(m_frameRate));
     return std::move(m_document);
 }
 

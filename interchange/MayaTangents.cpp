@@ -39,34 +39,34 @@ constexpr struct {
                {"hour", 3600.0}, {"millisec", 0.001}, {"millisecond", 0.001}};
 
 // The slope between neighbours, made flat or less steep where the curve would leave the range of their values.
-double restrained(double slope, double left, double right, bool isLimited) {
+double Restrained(double slope, double left, double right, bool isLimited) {
     if (left * right <= 0.0) return 0.0;
     const double most = 3.0 * std::min(std::fabs(left), std::fabs(right));
     if (std::fabs(slope) <= most) return slope;
     return isLimited ? std::copysign(most, slope) : 0.0;
 }
 
-double chord(const Vector2D<double>& a, const Vector2D<double>& b) {
+double Chord(const Vector2D<double>& a, const Vector2D<double>& b) {
     return (b.y - a.y) / (b.x - a.x);
 }
 
 } // namespace
 
-MayaKind mayaKindOf(std::string_view word) {
+MayaKind MayaKindOf(std::string_view word) {
     const auto* const found = std::find(std::begin(kWords), std::end(kWords), word);
     return static_cast<MayaKind>(found - std::begin(kWords));
 }
 
-const char* toText(MayaKind kind) {
+const char* ToText(MayaKind kind) {
     return kWords[static_cast<int>(kind)];
 }
 
-double mayaSlope(MayaKind kind, bool isIn, const Vector2D<double>* previous, const Vector2D<double>& key,
+double MayaSlope(MayaKind kind, bool isIn, const Vector2D<double>* previous, const Vector2D<double>& key,
                  const Vector2D<double>* next) {
-    const double left = previous ? chord(*previous, key) : 0.0;
-    const double right = next ? chord(key, *next) : 0.0;
+    const double left = previous ? Chord(*previous, key) : 0.0;
+    const double right = next ? Chord(key, *next) : 0.0;
     const bool isInner = previous && next;
-    const double smooth = isInner ? chord(*previous, *next) : previous ? left : right;
+    const double smooth = isInner ? Chord(*previous, *next) : previous ? left : right;
     switch (kind) {
     case MayaKind::Linear:
     case MayaKind::Slow:
@@ -85,7 +85,7 @@ double mayaSlope(MayaKind kind, bool isIn, const Vector2D<double>* previous, con
     case MayaKind::Plateau:
     case MayaKind::Auto:
     case MayaKind::AutoCustom:
-        return isInner ? restrained(smooth, left, right, kind != MayaKind::Plateau) : 0.0;
+        return isInner ? Restrained(smooth, left, right, kind != MayaKind::Plateau) : 0.0;
     case MayaKind::AutoEase:
     case MayaKind::AutoMix: {
         if (!isInner) return 0.0;
@@ -94,14 +94,14 @@ double mayaSlope(MayaKind kind, bool isIn, const Vector2D<double>* previous, con
             const double g = part - 0.5;
             part = 0.5 + g * (1.5 - 2.0 * g * g);
         }
-        return restrained((1.0 - part) * left + part * right, left, right, true);
+        return Restrained((1.0 - part) * left + part * right, left, right, true);
     }
     default:
         return 0.0;
     }
 }
 
-bool limitMayaHandles(double width, Vector2D<double>& out, Vector2D<double>& in) {
+bool LimitMayaHandles(double width, Vector2D<double>& out, Vector2D<double>& in) {
     const double x1 = out.x / width;
     const double x2 = in.x / width;
     if (x1 <= 1.0 && x2 <= 1.0) return false;
@@ -124,25 +124,25 @@ bool limitMayaHandles(double width, Vector2D<double>& out, Vector2D<double>& in)
     return true;
 }
 
-double plateauSlope(bool isIn, const Vector2D<double>& previous, const Vector2D<double>& key,
+double PlateauSlope(bool isIn, const Vector2D<double>& previous, const Vector2D<double>& key,
                     const Vector2D<double>& next) {
     if ((key.y - previous.y) * (next.y - key.y) <= 0.0) return 0.0;
-    const double slope = chord(previous, next);
+    const double slope = Chord(previous, next);
     const Vector2D<double>& other = isIn ? previous : next;
     const double tip = key.y + slope * (other.x - key.x) / 3.0;
     return tip < std::min(key.y, other.y) || tip > std::max(key.y, other.y) ? 0.0 : slope;
 }
 
-double mayaFrameRate(std::string_view unit) {
+double MayaFrameRate(std::string_view unit) {
     for (const auto& one : kRates)
         if (unit == one.word) return one.rate;
     double rate = 0.0;
     const bool isRate = unit.size() > 3 && unit.substr(unit.size() - 3) == "fps"
-                        && parseNumber(unit.substr(0, unit.size() - 3), rate) && rate > 0.0;
+                        && ParseNumber(unit.substr(0, unit.size() - 3), rate) && rate > 0.0;
     return isRate ? rate : 0.0;
 }
 
-double mayaClockSeconds(std::string_view unit) {
+double MayaClockSeconds(std::string_view unit) {
     for (const auto& one : kClocks)
         if (unit == one.word) return one.seconds;
     return 0.0;

@@ -26,23 +26,23 @@ struct TimeUnit {
     double perFrame = 1.0; // units a frame
 };
 
-TimeUnit timeUnitOf(double rate) {
+TimeUnit TimeUnitOf(double rate) {
     static constexpr const char* words[] = {"game",  "film",      "pal",      "ntsc",      "show",    "palf",
                                             "ntscf", "23.976fps", "29.97fps", "47.952fps", "59.94fps"};
     for (const char* word : words)
-        if (std::fabs(mayaFrameRate(word) - rate) <= 1e-9 * rate) return {word, 1.0};
-    if (rate == std::floor(rate) && rate >= 2.0 && rate <= 6000.0) return {shortNumber(rate) + "fps", 1.0};
+        if (std::fabs(MayaFrameRate(word) - rate) <= 1e-9 * rate) return {word, 1.0};
+    if (rate == std::floor(rate) && rate >= 2.0 && rate <= 6000.0) return {ShortNumber(rate) + "fps", 1.0};
     return {"sec", 1.0 / rate};
 }
 
-double rateOf(const FCurveContainer& curves) {
+double RateOf(const FCurveContainer& curves) {
     double rate = 0.0;
-    const bool isStated = parseNumber(curves.getProperty(kFrameRate), rate);
-    return frameRateOr(isStated ? rate : 0.0);
+    const bool isStated = ParseNumber(curves.getProperty(kFrameRate), rate);
+    return FrameRateOr(isStated ? rate : 0.0);
 }
 
 // What Maya takes for a name: no blanks, no signs.
-std::string word(std::string text, const char* further) {
+std::string Word(std::string text, const char* further) {
     for (char& c : text) {
         const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
         if (!isLetter && std::string_view(further).find(c) == std::string_view::npos) c = '_';
@@ -60,8 +60,8 @@ struct WrittenSide {
 
 class MayaDocument {
 public:
-    MayaDocument(const FCurveContainer& curves, Notes& notes) : m_notes(notes), m_rate(rateOf(curves)) {
-        m_unit = timeUnitOf(m_rate);
+    MayaDocument(const FCurveContainer& curves, Notes& notes) : m_notes(notes), m_rate(RateOf(curves)) {
+        m_unit = TimeUnitOf(m_rate);
         writeHeader(curves);
         for (const FCurve& curve : curves) writeCurve(curve);
         for (auto i = curves.beginProperties(); i != curves.endProperties(); ++i)
@@ -81,7 +81,7 @@ private:
     void line(const char* key, const std::string& value) { m_text += std::string(key) + ' ' + value + ";\n"; }
     void number(double value) {
         m_text += ' ';
-        appendNumber(m_text, value);
+        AppendNumber(m_text, value);
     }
 
     Notes& m_notes;
@@ -110,13 +110,13 @@ void MayaDocument::writeHeader(const FCurveContainer& curves) {
         last = std::max(last, std::prev(curve.end())->getLeftKey()->getX());
     }
     if (!(first <= last)) first = last = 0.0;
-    parseNumber(curves.getProperty(kFirstFrame), first);
-    parseNumber(curves.getProperty(kLastFrame), last);
-    line("startTime", numberText(first * m_unit.perFrame));
-    line("endTime", numberText(last * m_unit.perFrame));
+    ParseNumber(curves.getProperty(kFirstFrame), first);
+    ParseNumber(curves.getProperty(kLastFrame), last);
+    line("startTime", NumberText(first * m_unit.perFrame));
+    line("endTime", NumberText(last * m_unit.perFrame));
     for (const char* key : {"maya_start_unitless", "maya_end_unitless"})
-        if (double value = 0.0; parseNumber(curves.getProperty(key), value))
-            line(key == std::string_view("maya_start_unitless") ? "startUnitless" : "endUnitless", numberText(value));
+        if (double value = 0.0; ParseNumber(curves.getProperty(key), value))
+            line(key == std::string_view("maya_start_unitless") ? "startUnitless" : "endUnitless", NumberText(value));
 }
 
 // The attribute with all that stands before it in a statement "anim".
@@ -129,9 +129,9 @@ std::string MayaDocument::nameOf(const FCurve& curve, std::string& node) {
         full = std::string(kinds[transform->kind]) + '.';
     }
     std::replace(name.node.begin(), name.node.end(), '/', '|');
-    name.channel = word(name.channel, "[].");
+    name.channel = Word(name.channel, "[].");
     if (name.channel.empty()) name.channel = "_";
-    node = word(name.node, "|:");
+    node = Word(name.node, "|:");
     // With its own name a curve comes back under that.
     const std::string kept = curve.getProperty("maya_full");
     if (node.empty() && !kept.empty() && kept == curve.getName()) name.channel = kept;
@@ -188,7 +188,7 @@ WrittenSide MayaDocument::sideOf(const FCurve& curve, const Track& track, std::s
         const auto at = [](const Knot& one) { return Vector2D<double>{one.x, one.y}; };
         const Vector2D<double> previous = index > 0 ? at(knots[index - 1]) : Vector2D<double>{};
         const Vector2D<double> next = index + 1 < knots.size() ? at(knots[index + 1]) : Vector2D<double>{};
-        const double slope = mayaSlope(kind, isIn, index > 0 ? &previous : nullptr, at(knot),
+        const double slope = MayaSlope(kind, isIn, index > 0 ? &previous : nullptr, at(knot),
                                        index + 1 < knots.size() ? &next : nullptr);
         const double reach = hasPiece ? std::fabs(other->x - knot.x) / 3.0 : x;
         const bool isSame = std::fabs(x - reach) <= 1e-9 * reach
@@ -212,7 +212,7 @@ void MayaDocument::writeKey(const FCurve& curve, const Track& track, std::size_t
     m_text += "   ";
     number(knot.x * m_unit.perFrame);
     number(knot.y);
-    m_text += std::string(" ") + toText(in.kind) + ' ' + toText(out.kind);
+    m_text += std::string(" ") + ToText(in.kind) + ' ' + ToText(out.kind);
     m_text += key && key->isTangentsUnified() ? " 1" : " 0";
     m_text += key && isWeightLocked(key->getInTangent()) && isWeightLocked(key->getOutTangent()) ? " 1" : " 0";
     m_text += key && key->isBreakdown() ? " 1" : " 0";
@@ -227,7 +227,7 @@ void MayaDocument::writeKey(const FCurve& curve, const Track& track, std::size_t
 void MayaDocument::writeCurve(const FCurve& curve) {
     Abilities abilities;
     abilities.constantNext = true;
-    const Track track = resolve(curve, abilities, m_notes);
+    const Track track = Resolve(curve, abilities, m_notes);
     std::string node;
     const std::string name = nameOf(curve, node);
     const std::string place = curve.getProperty("maya_place");
@@ -249,7 +249,7 @@ void MayaDocument::writeCurve(const FCurve& curve) {
     const std::string input = curve.getProperty("maya_input");
     m_text += "animData {\n";
     line("  input", input == "unitless" ? input : "time");
-    line("  output", word(output, ""));
+    line("  output", Word(output, ""));
     line("  weighted", weighted ? "1" : "0");
     line("  preInfinity", infinities[track.leading.kind]);
     line("  postInfinity", infinities[track.trailing.kind]);

@@ -10,7 +10,7 @@ namespace Interchange {
 
 namespace {
 
-bool isComponent(const std::string& part) {
+bool IsComponent(const std::string& part) {
     if (part.size() == 1 && std::strchr("xyzwrgba", part[0])) return true;
     return !part.empty() && std::all_of(part.begin(), part.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
@@ -20,7 +20,7 @@ bool isComponent(const std::string& part) {
 ChannelName SplitName(const std::string& name) {
     std::size_t slash = name.rfind('/');
     if (slash == std::string::npos || slash == 0) return {"", name};
-    if (isComponent(name.substr(slash + 1))) {
+    if (IsComponent(name.substr(slash + 1))) {
         const std::size_t before = name.rfind('/', slash - 1);
         if (before == std::string::npos || before == 0) return {"", name};
         slash = before;

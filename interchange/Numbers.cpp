@@ -9,23 +9,23 @@ inline namespace v19 {
 
 namespace Interchange {
 
-void appendNumber(std::string& text, double number) {
+void AppendNumber(std::string& text, double number) {
     char digits[32]; // the longest, -2.2250738585072014e-308, has 24
     text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
 }
 
-std::string numberText(double number) {
+std::string NumberText(double number) {
     std::string text;
-    appendNumber(text, number);
+    AppendNumber(text, number);
     return text;
 }
 
-std::string shortNumber(double number) {
+std::string ShortNumber(double number) {
     char digits[32];
     return {digits, std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, 6).ptr};
 }
 
-bool parseNumber(std::string_view text, double& number) noexcept {
+bool ParseNumber(std::string_view text, double& number) noexcept {
     const bool negative = !text.empty() && text.front() == '-';
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
     if (text.empty() || !((text.front() >= '0' && text.front() <= '9') || text.front() == '.')) return false;
@@ -47,7 +47,7 @@ bool parseNumber(std::string_view text, double& number) noexcept {
     return true;
 }
 
-std::string quoted(std::string_view text) {
+std::string Quoted(std::string_view text) {
     constexpr std::size_t kLongest = 40;
     std::string result = "\"";
     for (const char c : text.substr(0, kLongest)) result += c >= ' ' && c <= '~' ? c : '?';

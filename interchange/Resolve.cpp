@@ -30,7 +30,7 @@ namespace Interchange {
 namespace {
 
 template<class T>
-const T* as(const Interpolator* interpolator) {
+const T* As(const Interpolator* interpolator) {
     return dynamic_cast<const T*>(interpolator);
 }
 
@@ -42,7 +42,7 @@ struct Stretch {
     std::uint8_t inType = Tangent::Fixed;
 };
 
-Knot knotAt(double x, double y, Piece piece) {
+Knot KnotAt(double x, double y, Piece piece) {
     Knot knot;
     knot.x = x;
     knot.y = y;
@@ -51,12 +51,12 @@ Knot knotAt(double x, double y, Piece piece) {
     return knot;
 }
 
-bool isFinite(const Cubic& cubic) {
+bool IsFinite(const Cubic& cubic) {
     return std::all_of(std::begin(cubic.p), std::end(cubic.p),
                        [](const auto& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
 }
 
-Cubic argsOf(const BezierInterpBase& interpolator, const Segment& segment) {
+Cubic ArgsOf(const BezierInterpBase& interpolator, const Segment& segment) {
     Cubic cubic{};
     auto& p = cubic.p;
     interpolator.getBezierArgs(segment, p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y, p[3].x, p[3].y);
@@ -64,7 +64,7 @@ Cubic argsOf(const BezierInterpBase& interpolator, const Segment& segment) {
 }
 
 // Formulas and the like, as few Bezier pieces.
-Stretch fitted(const Segment& segment, double x0, double x1, double tolerance) {
+Stretch Fitted(const Segment& segment, double x0, double x1, double tolerance) {
     constexpr double kPerFrame = 8.0;
     constexpr double kFewest = 64.0;
     constexpr double kMost = 65536.0;
@@ -81,32 +81,32 @@ Stretch fitted(const Segment& segment, double x0, double x1, double tolerance) {
         const auto right = piece.getRightKey();
         if (!left || !right) continue;
         const auto interpolator = piece.getInterpolator();
-        const auto* const bezier = as<BezierInterpBase>(interpolator.get());
-        stretch.knots.push_back(knotAt(left->getX(), left->getY(), bezier ? Piece::Bezier : Piece::Linear));
+        const auto* const bezier = As<BezierInterpBase>(interpolator.get());
+        stretch.knots.push_back(KnotAt(left->getX(), left->getY(), bezier ? Piece::Bezier : Piece::Linear));
         Knot& knot = stretch.knots.back();
         if (stretch.knots.size() > 1) knot.in.handle = stretch.in;
         stretch.end = right->getY();
         if (!bezier) continue;
-        const Cubic cubic = argsOf(*bezier, piece);
+        const Cubic cubic = ArgsOf(*bezier, piece);
         knot.out.handle = {cubic.p[1].x - cubic.p[0].x, cubic.p[1].y - cubic.p[0].y};
         stretch.in = {cubic.p[2].x - cubic.p[3].x, cubic.p[2].y - cubic.p[3].y};
     }
-    if (stretch.knots.empty()) stretch.knots.push_back(knotAt(x0, 0.0, Piece::Constant)); // nothing finite
+    if (stretch.knots.empty()) stretch.knots.push_back(KnotAt(x0, 0.0, Piece::Constant)); // nothing finite
     stretch.knots.front().x = x0;
     return stretch;
 }
 
-End endOf(const Interpolator* interpolator) {
+End EndOf(const Interpolator* interpolator) {
     End end;
-    if (as<Bezier>(interpolator)) end.kind = End::Line;
-    if (as<Cycle>(interpolator)) end.kind = End::Cycle;
-    if (as<CycleOffset>(interpolator)) end.kind = End::CycleOffset;
-    if (as<Mirror>(interpolator)) end.kind = End::Mirror;
+    if (As<Bezier>(interpolator)) end.kind = End::Line;
+    if (As<Cycle>(interpolator)) end.kind = End::Cycle;
+    if (As<CycleOffset>(interpolator)) end.kind = End::CycleOffset;
+    if (As<Mirror>(interpolator)) end.kind = End::Mirror;
     return end;
 }
 
 // Where the curve jumps after a piece that moves, the piece ends 0.001 frames earlier and holds.
-void separateJumps(Track& track) {
+void SeparateJumps(Track& track) {
     constexpr double kGap = Keyframe::getMinSeparation();
     std::vector<Knot> knots;
     knots.reserve(track.knots.size() + 4);
@@ -116,15 +116,15 @@ void separateJumps(Track& track) {
         const bool jumps = knot.before != knot.y
                            && (isFirst ? track.leading.kind == End::Hold : track.knots[i - 1].piece != Piece::Constant);
         if (jumps && isFirst) {
-            knots.push_back(knotAt(knot.x - kGap, knot.before, Piece::Constant));
+            knots.push_back(KnotAt(knot.x - kGap, knot.before, Piece::Constant));
         } else if (jumps && knot.x - knots.back().x >= 2.0 * kGap) {
             Knot& left = knots.back();
-            Knot stop = knotAt(knot.x - kGap, knot.before, Piece::Constant);
+            Knot stop = KnotAt(knot.x - kGap, knot.before, Piece::Constant);
             Track pair;
             pair.knots = {left, knot};
             if (left.piece == Piece::Bezier) {
-                const Cubic cubic = cubicOf(pair, 0);
-                const Cubic part = cut(cubic, parameterAt(cubic, stop.x)).first;
+                const Cubic cubic = CubicOf(pair, 0);
+                const Cubic part = Cut(cubic, ParameterAt(cubic, stop.x)).first;
                 left.out.handle = {part.p[1].x - left.x, part.p[1].y - left.y};
                 stop.y = stop.before = part.p[3].y;
                 stop.in.handle = {part.p[2].x - stop.x, part.p[2].y - stop.y};
@@ -158,19 +158,19 @@ const std::string* Notes::nameOf(const FCurve& curve) const {
     return found == m_names.end() ? nullptr : &found->second;
 }
 
-double rangeOf(const FCurve& curve) {
+double RangeOf(const FCurve& curve) {
     Rectangle<double> box;
     if (!GetInteriorExtents(curve, box)) return 1.0;
     const double size = box.height > 0.0 ? box.height : std::fabs(box.y);
     return size > 0.0 && std::isfinite(size) ? size : 1.0;
 }
 
-double toleranceOf(const FCurve& curve) {
+double ToleranceOf(const FCurve& curve) {
     const double share = Conversion::options().tolerance;
-    return (share > 0.0 ? share : 0.0) * rangeOf(curve);
+    return (share > 0.0 ? share : 0.0) * RangeOf(curve);
 }
 
-Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
+Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
     Track track;
     track.name = curve.getName();
     track.knots.reserve(curve.size());
@@ -185,7 +185,7 @@ Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
         const auto interpolator = segment.getInterpolator();
         const Interpolator* const kind = interpolator.get();
         if (!left) {
-            track.leading = endOf(kind);
+            track.leading = EndOf(kind);
             if (!right) break;
             limit = right->getY();
             if (track.leading.kind == End::Line) {
@@ -201,8 +201,8 @@ Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
         const double x = left->getX();
         Stretch stretch;
         if (!right) {
-            track.trailing = endOf(kind);
-            Knot knot = knotAt(x, left->getY(), Piece::Constant);
+            track.trailing = EndOf(kind);
+            Knot knot = KnotAt(x, left->getY(), Piece::Constant);
             if (track.trailing.kind == End::Line) {
                 knot.out.handle = segment.getOutTangent()->get();
                 knot.out.handle.x = std::max(knot.out.handle.x, Keyframe::getMinSeparation());
@@ -211,17 +211,17 @@ Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
                 if (std::isfinite(held)) knot.y = held;
             }
             stretch.knots.push_back(knot);
-        } else if (const auto* const bezier = as<BezierInterpBase>(kind)) {
-            const Cubic cubic = argsOf(*bezier, segment);
-            if (!isFinite(cubic)) {
-                stretch.knots.push_back(knotAt(x, left->getY(), Piece::Linear));
+        } else if (const auto* const bezier = As<BezierInterpBase>(kind)) {
+            const Cubic cubic = ArgsOf(*bezier, segment);
+            if (!IsFinite(cubic)) {
+                stretch.knots.push_back(KnotAt(x, left->getY(), Piece::Linear));
                 stretch.end = right->getY();
             } else {
-                stretch.knots.push_back(knotAt(x, cubic.p[0].y, Piece::Bezier));
+                stretch.knots.push_back(KnotAt(x, cubic.p[0].y, Piece::Bezier));
                 stretch.knots[0].out.handle = {cubic.p[1].x - cubic.p[0].x, cubic.p[1].y - cubic.p[0].y};
                 stretch.in = {cubic.p[2].x - cubic.p[3].x, cubic.p[2].y - cubic.p[3].y};
                 stretch.end = cubic.p[3].y;
-                if (as<Bezier>(kind)) {
+                if (As<Bezier>(kind)) {
                     // Handles that were not shortened keep the digits that far frames cost.
                     const Vector2D<double>& out = segment.getOutTangent()->get();
                     const Vector2D<double>& back = segment.getInTangent()->get();
@@ -231,29 +231,29 @@ Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
                     stretch.inType = segment.getInTangent()->getType();
                 }
             }
-        } else if (as<Linear>(kind)) {
-            stretch.knots.push_back(knotAt(x, left->getY(), Piece::Linear));
+        } else if (As<Linear>(kind)) {
+            stretch.knots.push_back(KnotAt(x, left->getY(), Piece::Linear));
             stretch.end = right->getY();
-        } else if (as<Constant>(kind)) {
-            stretch.knots.push_back(knotAt(x, left->getY(), Piece::Constant));
+        } else if (As<Constant>(kind)) {
+            stretch.knots.push_back(KnotAt(x, left->getY(), Piece::Constant));
             stretch.end = left->getY();
-        } else if (as<ConstantNext>(kind)) {
+        } else if (As<ConstantNext>(kind)) {
             const double y = right->getY();
-            stretch.knots.push_back(knotAt(x, y, Piece::Constant));
+            stretch.knots.push_back(KnotAt(x, y, Piece::Constant));
             if (abilities.constantNext) {
                 stretch.knots[0].y = left->getY();
                 stretch.knots[0].piece = Piece::ConstantNext;
             }
             stretch.end = y;
-        } else if (const auto* const number = as<NumberInterp>(kind); number || !kind || as<UnknownExpression>(kind)) {
+        } else if (const auto* const number = As<NumberInterp>(kind); number || !kind || As<UnknownExpression>(kind)) {
             const double y = number ? number->getNumber() : 0.0;
-            stretch.knots.push_back(knotAt(x, y, Piece::Constant));
+            stretch.knots.push_back(KnotAt(x, y, Piece::Constant));
             stretch.end = y;
             notes.add(curve, x, right->getX(), Loss::Formulas, Loss::Replaced,
                       number ? "number" : "expression that is unknown or absent");
         } else {
-            if (tolerance < 0.0) tolerance = toleranceOf(curve);
-            stretch = fitted(segment, x, right->getX(), tolerance);
+            if (tolerance < 0.0) tolerance = ToleranceOf(curve);
+            stretch = Fitted(segment, x, right->getX(), tolerance);
             notes.add(curve, x, right->getX(), Loss::Formulas, Loss::Fitted,
                       "\"" + std::string(kind->getExpression()) + '"');
         }
@@ -273,7 +273,7 @@ Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
         in = stretch.in;
         inType = stretch.inType;
     }
-    if (!abilities.jumps) separateJumps(track);
+    if (!abilities.jumps) SeparateJumps(track);
     return track;
 }
 

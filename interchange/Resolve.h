@@ -53,12 +53,12 @@ struct Abilities {
 // The curve by knots and pieces; the control points are those after correction of overlong handles. Numbers, unknown
 // and absent interpolators become constant pieces; formulas, repetitions between keys and hosts' kinds are fitted
 // within the tolerance of the conversion. Where a format has no jumps, one takes the 0.001 frames before its key.
-Track resolve(const FCurve& curve, const Abilities& abilities, Notes& notes);
+Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes);
 
 // Height of the curve's range of values between its keys; never 0: what the tolerance and equality are shares of.
-double rangeOf(const FCurve& curve);
+double RangeOf(const FCurve& curve);
 // What the conversion's tolerance is in the curve's unit.
-double toleranceOf(const FCurve& curve);
+double ToleranceOf(const FCurve& curve);
 
 } // namespace Interchange
 

@@ -16,15 +16,15 @@ namespace Interchange {
 
 namespace {
 
-bool isPlain(char c) {
+bool IsPlain(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')
            || std::string_view("_()+-*/.,:;<>=!%&|^?@[]~$'").find(c) != std::string_view::npos;
 }
 
 // A text as one word of the format: as it is, or in quotation marks.
-void appendWord(std::string& out, std::string_view word) {
+void AppendWord(std::string& out, std::string_view word) {
     bool isSafe = !word.empty();
-    for (const char c : word) isSafe = isSafe && isPlain(c);
+    for (const char c : word) isSafe = isSafe && IsPlain(c);
     if (isSafe) {
         out += word;
         return;
@@ -71,9 +71,9 @@ private:
             if (IsEditorKeyString(i->first.c_str())) continue;
             m_text += indent;
             m_text += "property ";
-            appendWord(m_text, i->first);
+            AppendWord(m_text, i->first);
             m_text += ' ';
-            appendWord(m_text, i->second);
+            AppendWord(m_text, i->second);
             m_text += '\n';
         }
     }
@@ -93,12 +93,12 @@ private:
 
     void number(double value) {
         m_text += ' ';
-        appendNumber(m_text, value);
+        AppendNumber(m_text, value);
     }
 
     void curve(const FCurve& curve) {
         m_text += "curve ";
-        appendWord(m_text, curve.getName());
+        AppendWord(m_text, curve.getName());
         m_text += " {\n";
         if (!IsVisible(curve)) m_text += "    hidden\n";
         if (IsLocked(curve)) m_text += "    locked\n";
@@ -130,7 +130,7 @@ private:
         m_text += "    segment ";
         // As the core's writers say an absent one, and one without expression.
         const char* const expression = interpolator ? interpolator->getExpression() : "0";
-        appendWord(m_text, *expression ? expression : "constant()");
+        AppendWord(m_text, *expression ? expression : "constant()");
         m_text += " {\n";
         tangent("out", *segment.getOutTangent());
         tangent("in", *segment.getInTangent());

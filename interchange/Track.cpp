@@ -9,37 +9,37 @@ namespace Interchange {
 
 namespace {
 
-const char* expressionOf(Piece piece) {
+const char* ExpressionOf(Piece piece) {
     static constexpr const char* expressions[] = {"constant()", "constant_next()", "linear()", "bezier()"};
     return expressions[static_cast<int>(piece)];
 }
 
-const char* expressionOf(const End& end) {
+const char* ExpressionOf(const End& end) {
     static constexpr const char* expressions[] = {"constant()", "bezier()", "cycle()", "cycle_offset()", "mirror()"};
     return end.expression.empty() ? expressions[end.kind] : end.expression.c_str();
 }
 
-bool isSaid(const Side& side) {
+bool IsSaid(const Side& side) {
     return side.isGiven || side.type != Tangent::Fixed || side.isWeighted || side.isWeightLocked;
 }
 
-void emitSide(const Side& side, FormatInterface& target) {
+void EmitSide(const Side& side, FormatInterface& target) {
     target.tangentType(side.type);
     target.tangentWeighted(side.isWeighted);
     target.tangentWeightLocked(side.isWeightLocked);
     if (side.isGiven) target.tangentVector(side.handle.x, side.handle.y);
 }
 
-void emitSegment(const char* expression, const Knot* left, const Knot* right, FormatInterface& target) {
+void EmitSegment(const char* expression, const Knot* left, const Knot* right, FormatInterface& target) {
     target.startSegment(expression);
-    if (left && isSaid(left->out)) {
+    if (left && IsSaid(left->out)) {
         target.startOutTangent();
-        emitSide(left->out, target);
+        EmitSide(left->out, target);
         target.finishOutTangent();
     }
-    if (right && isSaid(right->in)) {
+    if (right && IsSaid(right->in)) {
         target.startInTangent();
-        emitSide(right->in, target);
+        EmitSide(right->in, target);
         target.finishInTangent();
     }
     target.finishSegment();
@@ -47,7 +47,7 @@ void emitSegment(const char* expression, const Knot* left, const Knot* right, Fo
 
 } // namespace
 
-Cubic cubicOf(const Track& track, std::size_t index) {
+Cubic CubicOf(const Track& track, std::size_t index) {
     const Knot& left = track.knots[index];
     const Knot& right = track.knots[index + 1];
     const Vector2D<double> end{right.x, right.before};
@@ -57,7 +57,7 @@ Cubic cubicOf(const Track& track, std::size_t index) {
              end}};
 }
 
-Cubic lineOf(const Knot& left, const Knot& right) {
+Cubic LineOf(const Knot& left, const Knot& right) {
     const double third = (right.x - left.x) / 3.0;
     const double rise = (right.before - left.y) / 3.0;
     return {{{left.x, left.y},
@@ -66,7 +66,7 @@ Cubic lineOf(const Knot& left, const Knot& right) {
              {right.x, right.before}}};
 }
 
-void setBezier(Knot& left, Knot& right, const Vector2D<double>& out, const Vector2D<double>& in, bool isWeighted) {
+void SetBezier(Knot& left, Knot& right, const Vector2D<double>& out, const Vector2D<double>& in, bool isWeighted) {
     left.piece = Piece::Bezier;
     left.out.handle = out;
     left.out.isGiven = true;
@@ -76,12 +76,12 @@ void setBezier(Knot& left, Knot& right, const Vector2D<double>& out, const Vecto
     right.in.isWeighted = isWeighted;
 }
 
-bool emitTrack(const Track& track, FormatInterface& target) {
+bool EmitTrack(const Track& track, FormatInterface& target) {
     if (!target.startCurve(track.name.c_str())) return true;
     for (const auto& [key, value] : track.properties) target.curveProperty(key.c_str(), value.c_str());
     target.startSegmentContainer();
     const std::vector<Knot>& knots = track.knots;
-    emitSegment(expressionOf(track.leading), nullptr, knots.empty() ? nullptr : &knots.front(), target);
+    EmitSegment(ExpressionOf(track.leading), nullptr, knots.empty() ? nullptr : &knots.front(), target);
     auto property = track.keyProperties.begin();
     auto expression = track.pieceExpressions.begin();
     for (std::size_t i = 0; i < knots.size(); ++i) {
@@ -95,22 +95,22 @@ bool emitTrack(const Track& track, FormatInterface& target) {
             target.keyframeProperty(property->second.first.c_str(), property->second.second.c_str());
         target.finishKeyframe();
         const bool isLast = i + 1 == knots.size();
-        const char* text = isLast ? expressionOf(track.trailing) : expressionOf(knot.piece);
+        const char* text = isLast ? ExpressionOf(track.trailing) : ExpressionOf(knot.piece);
         if (expression != track.pieceExpressions.end() && expression->first == i) {
             text = expression->second.c_str();
             ++expression;
         }
-        emitSegment(text, &knot, isLast ? nullptr : &knots[i + 1], target);
+        EmitSegment(text, &knot, isLast ? nullptr : &knots[i + 1], target);
     }
     target.finishSegmentContainer();
     return target.finishCurve();
 }
 
-void emitDocument(const Document& document, FormatInterface& target) {
+void EmitDocument(const Document& document, FormatInterface& target) {
     target.startCurveContainer();
     for (const auto& [key, value] : document.properties) target.containerProperty(key.c_str(), value.c_str());
     for (const Track& track : document.tracks)
-        if (!emitTrack(track, target)) break;
+        if (!EmitTrack(track, target)) break;
     target.finishCurveContainer();
 }
 

@@ -71,16 +71,16 @@ struct Document {
 };
 
 // Precondition: index + 1 is a knot.
-Cubic cubicOf(const Track& track, std::size_t index);
+Cubic CubicOf(const Track& track, std::size_t index);
 // Of knots that are no Bezier pieces: the line, with handles of a third.
-Cubic lineOf(const Knot& left, const Knot& right);
+Cubic LineOf(const Knot& left, const Knot& right);
 
 // A Bezier piece between two knots, as a reader knows it: handles as offsets, fixed.
-void setBezier(Knot& left, Knot& right, const Vector2D<double>& out, const Vector2D<double>& in, bool isWeighted);
+void SetBezier(Knot& left, Knot& right, const Vector2D<double>& out, const Vector2D<double>& in, bool isWeighted);
 
 // Makes the calls of a FormatInterface. Returns whether the target wants further curves.
-bool emitTrack(const Track& track, FormatInterface& target);
-void emitDocument(const Document& document, FormatInterface& target);
+bool EmitTrack(const Track& track, FormatInterface& target);
+void EmitDocument(const Document& document, FormatInterface& target);
 
 } // namespace Interchange
 

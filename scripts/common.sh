@@ -25,7 +25,8 @@ python_test_needs=("python import pytest|python3-pytest" "python import hypothes
 picture_needs=("rsvg-convert|librsvg2-bin")
 bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
 test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
-            "clang++|clang" "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3")
+            "clang++|clang" "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3"
+            "node|nodejs" "npm|npm")
 
 # need CHECK|PACKAGE...: returns at once when everything is there, else installs the packages with apt-get.
 need() {

@@ -101,7 +101,7 @@ private:
 
     template<class Error>
     [[noreturn]] void raise(const std::string& message, std::size_t place) const {
-        const Place at = placeOf(m_text, place);
+        const Place at = PlaceOf(m_text, place);
         throw Error(message, at.line, at.column);
     }
     std::string found() const {
@@ -110,7 +110,7 @@ private:
         std::size_t end = m_at + 1;
         if (isLetter(m_text[m_at]))
             while (end < m_text.size() && (isLetter(m_text[end]) || isDigit(m_text[end]))) ++end;
-        return quoted(m_text.substr(m_at, end - m_at));
+        return Quoted(m_text.substr(m_at, end - m_at));
     }
     [[noreturn]] void refuse(const std::string& expected) const {
         raise<BadDocument>("Expected " + expected + ", found " + found() + '.', m_at);
@@ -236,11 +236,11 @@ private:
         m_at += static_cast<std::size_t>(result.ptr - first);
         checkLength(m_at - begin, begin);
         if (result.ec == std::errc::result_out_of_range
-            && !parseNumber(m_text.substr(begin, m_at - begin), number)) // too large, or too small
-            raise<BadDocument>(quoted(m_text.substr(begin, m_at - begin)) + " is too large for a number.", begin);
+            && !ParseNumber(m_text.substr(begin, m_at - begin), number)) // too large, or too small
+            raise<BadDocument>(Quoted(m_text.substr(begin, m_at - begin)) + " is too large for a number.", begin);
         if (!atEnd() && (isLetter(m_text[m_at]) || at('.'))) {
             while (!atEnd() && (isLetter(m_text[m_at]) || isDigit(m_text[m_at]) || at('.'))) ++m_at;
-            raise<BadDocument>(quoted(m_text.substr(begin, m_at - begin)) + " is not a valid number.", begin);
+            raise<BadDocument>(Quoted(m_text.substr(begin, m_at - begin)) + " is not a valid number.", begin);
         }
         return number;
     }
@@ -395,7 +395,7 @@ private:
         if (next != end || parts == 0 || numbers[0] != 1 || numbers[1] > 3) refuseVersion(version, begin);
     }
     [[noreturn]] void refuseVersion(std::string_view version, std::size_t place) const {
-        raise<BadDocument>("The layer has version " + quoted(version) + "; versions 1.0 to 1.3 can be read.", place);
+        raise<BadDocument>("The layer has version " + Quoted(version) + "; versions 1.0 to 1.3 can be read.", place);
     }
 
     // Up to the brace that closes the prim, or the end of the text.
@@ -504,7 +504,7 @@ private:
         const ValueType* const known = isArray ? nullptr : findType(type);
         if (suffix == "spline") {
             if (!known || known->components != 1 || !known->isContinuous)
-                raise<BadDocument>("A spline cannot have the type " + quoted(type) + '.', place);
+                raise<BadDocument>("A spline cannot have the type " + Quoted(type) + '.', place);
             expect('=');
             skip(true);
             Attribute& attribute = attributeOf(prim, name, type);

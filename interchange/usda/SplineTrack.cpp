@@ -26,7 +26,7 @@ void loseAt(const std::string& curve, Loss::What what, Loss::Remedy remedy, cons
     loss.remedy = remedy;
     loss.detail = detail;
     loss.places = std::move(places);
-    lose(loss);
+    Lose(loss);
 }
 
 namespace {
@@ -90,7 +90,7 @@ private:
         const double after = std::max(loop.after, 0.0);
         std::string text = "(";
         for (const double number : {loop.start, loop.end, loop.before, loop.after, loop.offset})
-            text += (text.size() > 1 ? ", " : "") + numberText(number);
+            text += (text.size() > 1 ? ", " : "") + NumberText(number);
         m_track.properties.emplace_back(kLoop, text + ')');
         if (first == knots.end() || first->time != loop.start || !(loop.end > loop.start)) {
             loseAt(m_track.name, Loss::Kind, Loss::Dropped, "an inner loop that does not start at a knot");
@@ -143,13 +143,13 @@ private:
             } else if (comesHeld) {
                 knot.y = source.value; // nothing shows the other value
             } else if (isFirst && m_spline.pre.kind == SplineEnd::Held) {
-                m_track.leading.expression = numberText(source.preValue);
+                m_track.leading.expression = NumberText(source.preValue);
             } else if (goesHeld) {
                 knot.y = source.preValue;
-                m_track.pieceExpressions.emplace_back(m_track.knots.size(), numberText(source.value));
+                m_track.pieceExpressions.emplace_back(m_track.knots.size(), NumberText(source.value));
             } else if (isLast && m_spline.post.kind == SplineEnd::Held) {
                 knot.y = source.preValue;
-                m_track.trailing.expression = numberText(source.value);
+                m_track.trailing.expression = NumberText(source.value);
             } else {
                 knot.y = source.preValue;
                 knot.piece = Piece::ConstantNext;
@@ -217,7 +217,7 @@ private:
         if (from > 0.0) {
             p[1].y += p[0].y;
             p[2] = {p[3].x + p[2].x, p[3].y + p[2].y};
-            cubic = cut(cubic, parameterAt(cubic, from)).second;
+            cubic = Cut(cubic, ParameterAt(cubic, from)).second;
             knot.y = p[0].y;
             p[1] = {p[1].x - p[0].x, p[1].y - p[0].y};
             p[2] = {p[2].x - p[3].x, p[2].y - p[3].y};

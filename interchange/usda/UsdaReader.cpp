@@ -75,7 +75,7 @@ void report(const Layer& layer) {
 }
 
 void addProperty(PropertyList& properties, const char* key, const std::optional<double>& number) {
-    if (number) properties.emplace_back(key, numberText(*number));
+    if (number) properties.emplace_back(key, NumberText(*number));
 }
 
 } // namespace

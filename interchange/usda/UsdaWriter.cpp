@@ -177,7 +177,7 @@ private:
         if (end.kind == End::Line) {
             const Vector2D<double>& handle = isPre ? m_track.knots.front().in.handle : m_track.knots.back().out.handle;
             const double slope = handle.x == 0.0 ? 0.0 : handle.y / handle.x;
-            m_text += ": sloped(" + numberText(std::isfinite(slope) ? slope : 0.0) + "),";
+            m_text += ": sloped(" + NumberText(std::isfinite(slope) ? slope : 0.0) + "),";
         } else {
             m_text += end.kind == End::Cycle         ? ": loop reset,"
                       : end.kind == End::CycleOffset ? ": loop repeat,"
@@ -193,7 +193,7 @@ private:
                                    ? m_track.leading.kind != End::Hold
                                    : knots[i - 1].piece == Piece::Constant || knots[i - 1].piece == Piece::ConstantNext;
         startLine("");
-        appendNumber(m_text, knot.x);
+        AppendNumber(m_text, knot.x);
         m_text += ": ";
         if (knot.piece == Piece::ConstantNext && !isLast) {
             appendValue(comesHeld ? knot.y : knot.before);
@@ -232,7 +232,7 @@ private:
         m_text += " & ";
     }
 
-    void appendValue(double value) { appendNumber(m_text, asFloat(value, m_type)); }
+    void appendValue(double value) { AppendNumber(m_text, asFloat(value, m_type)); }
 
     // Width and slope of a handle that reaches this share of the span at most.
     void addTangent(const char* word, double x, double y, double share, double span) {
@@ -248,9 +248,9 @@ private:
         if (!std::isfinite(slope)) slope = 0.0;
         m_text += word;
         m_text += " (";
-        appendNumber(m_text, std::max(width, 0.0));
+        AppendNumber(m_text, std::max(width, 0.0));
         m_text += ", ";
-        appendNumber(m_text, slope);
+        AppendNumber(m_text, slope);
         m_text += ')';
     }
 
@@ -286,7 +286,7 @@ std::string samplesText(const std::vector<const FCurve*>& curves, const std::str
     for (const FCurve* curve : curves) {
         if (!curve) continue;
         Notes notes;
-        const Track track = resolve(*curve, {}, notes);
+        const Track track = Resolve(*curve, {}, notes);
         for (std::size_t i = 0; i < track.knots.size(); ++i) {
             const Knot& knot = track.knots[i];
             times.insert(knot.x);
@@ -303,12 +303,12 @@ std::string samplesText(const std::vector<const FCurve*>& curves, const std::str
     std::string text = "{";
     for (const double time : times) {
         text += lineEnd + indent + "    ";
-        appendNumber(text, time);
+        AppendNumber(text, time);
         text += ": (";
         for (std::size_t c = 0; c < curves.size(); ++c) {
             const double value = curves[c] ? curves[c]->eval(time) : 0.0;
             if (c > 0) text += ", ";
-            appendNumber(text, std::isfinite(value) ? value : 0.0);
+            AppendNumber(text, std::isfinite(value) ? value : 0.0);
         }
         text += "),";
     }
@@ -340,7 +340,7 @@ public:
         for (auto property = curves.beginProperties(); property != curves.endProperties(); ++property) {
             const auto& [key, value] = *property;
             double number = 0.0;
-            const bool isNumber = parseNumber(value, number) && numberText(number) == value;
+            const bool isNumber = ParseNumber(value, number) && NumberText(number) == value;
             if (key == kFrameRate && isNumber && number > 0.0) {
                 rate = number;
             } else if (isNumber && key == kFirstFrame) {
@@ -353,7 +353,7 @@ public:
                 others += '\n';
             }
         }
-        times["timeCodesPerSecond"] = times["framesPerSecond"] = numberText(frameRateOr(rate));
+        times["timeCodesPerSecond"] = times["framesPerSecond"] = NumberText(FrameRateOr(rate));
         if (!others.empty()) text += "    customLayerData = {\n" + others + "    }\n";
         for (const auto& [key, value] : times) text.append("    ").append(key).append(" = ").append(value).append("\n");
         text += ")\n";
@@ -426,7 +426,7 @@ private:
         const std::string head = statement.type + ' ' + statement.target.attribute;
         if (!statement.components.empty())
             return head + ".timeSamples = " + samplesText(statement.components, indent, lineEnd);
-        const Track track = resolve(*statement.curve, {true, true}, m_notes);
+        const Track track = Resolve(*statement.curve, {true, true}, m_notes);
         if (track.knots.empty()) return {};
         return head + ".spline = " + SplineText(track, statement.type, indent, lineEnd).text();
     }
@@ -542,11 +542,11 @@ std::string LayerText::into(std::string_view existing) {
         }
         const Attribute& attribute = layer.attributes[known->second];
         if (layer.prims[attribute.prim].isInVariant)
-            throw NotWritable("The attribute " + quoted(known->first) + " belongs to a variant.");
+            throw NotWritable("The attribute " + Quoted(known->first) + " belongs to a variant.");
         const ValueType* const type = findType(attribute.type);
         const bool isScalar = statement.components.empty();
         if (!type || (type->components == 1) != isScalar || (isScalar && !type->isContinuous))
-            throw NotWritable("The attribute " + quoted(known->first) + " has the type " + quoted(attribute.type)
+            throw NotWritable("The attribute " + Quoted(known->first) + " has the type " + Quoted(attribute.type)
                               + ", which the curve cannot have.");
         statement.type = attribute.type;
         const TextSpan& spline = attribute.splineText;

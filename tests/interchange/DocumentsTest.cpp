@@ -248,5 +248,5 @@ TEST_P(InterchangeDocuments, OfThePageAreRead) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Interchange, InterchangeDocuments,
-                         testing::Values("csv", "hchan", "hClip", "maya_anim", "text", "usda"),
+                         testing::Values("css_easings", "csv", "hchan", "hClip", "lottie", "maya_anim", "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

@@ -217,5 +217,6 @@ TEST_P(Pages, TellWhatSurvives) {
     EXPECT_EQ(page.substr(start, end - start), table);
 }
 
-INSTANTIATE_TEST_SUITE_P(Interchange, Pages, testing::Values("csv", "hchan", "hClip", "maya_anim", "text", "usda"),
+INSTANTIATE_TEST_SUITE_P(Interchange, Pages,
+                         testing::Values("css_easings", "csv", "hchan", "hClip", "lottie", "maya_anim", "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

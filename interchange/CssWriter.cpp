@@ -1,0 +1,153 @@
+#include "FCurveInterchange/Formats.h"
+#include "interchange/Easing.h"
+#include "interchange/EasingFormats.h"
+#include "interchange/Numbers.h"
+
+#include <FCurveLib/FormatType.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+namespace {
+
+// The frames and values at which an easing is 0 and 1.
+struct Frame {
+    double x0 = 0.0;
+    double y0 = 0.0;
+    double x1 = 1.0;
+    double y1 = 1.0;
+
+    double percent(double x) const { return x == x1 ? 100.0 : (x - x0) / (x1 - x0) * 100.0; }
+    double share(double y) const { return y == y1 ? 1.0 : (y - y0) / (y1 - y0); }
+};
+
+Frame FrameOf(const FCurve& curve, const Track& track) {
+    Frame frame{track.knots.front().x, track.knots.front().y, track.knots.back().x, track.knots.back().y};
+    if (std::fabs(frame.y1 - frame.y0) <= 1e-9 * RangeOf(curve)) frame.y1 = frame.y0 + RangeOf(curve);
+    return frame;
+}
+
+// "steps(4)" where all pieces are of one stepping kind and their keys lie evenly on a line; empty elsewhere.
+std::string StepsOf(const Track& track, const Frame& frame) {
+    const std::size_t steps = track.knots.size() - 1;
+    const Piece kind = track.knots.front().piece;
+    if ((kind != Piece::Constant && kind != Piece::ConstantNext) || steps > 100000) return "";
+    const auto isOff = [](double a, double b) { return !(std::fabs(a - b) <= 1e-10); };
+    for (std::size_t i = 0; i <= steps; ++i) {
+        const double part = static_cast<double>(i) / static_cast<double>(steps);
+        const Knot& knot = track.knots[i];
+        if (i < steps && knot.piece != kind) return "";
+        if (isOff(frame.share(knot.y), part) || isOff(frame.percent(knot.x) / 100.0, part)) return "";
+    }
+    return "steps(" + std::to_string(steps) + (kind == Piece::ConstantNext ? ", start)" : ")");
+}
+
+void AppendStop(std::string& text, const Frame& frame, double x, double y) {
+    if (text.back() != '(') text += ", ";
+    AppendNumber(text, frame.share(y));
+    text += ' ';
+    AppendNumber(text, frame.percent(x));
+    text += '%';
+}
+
+// The polyline through all knots, and along Bezier pieces within the tolerance.
+std::string Polyline(const FCurve& curve, const Track& track, const Frame& frame, Notes& notes) {
+    const double tolerance = ToleranceOf(curve);
+    std::string text = "linear(";
+    std::vector<Cubic> pieces;
+    for (std::size_t i = 0; i < track.knots.size(); ++i) {
+        const Knot& knot = track.knots[i];
+        if (knot.before != knot.y) AppendStop(text, frame, knot.x, knot.before);
+        AppendStop(text, frame, knot.x, knot.y);
+        if (i + 1 == track.knots.size() || knot.piece != Piece::Bezier) continue;
+        pieces.clear();
+        SplitUntil(
+            CubicOf(track, i), 1e-3,
+            [&](const Cubic& piece) {
+                Knot left;
+                left.x = piece.p[0].x;
+                left.y = piece.p[0].y;
+                Knot right;
+                right.x = piece.p[3].x;
+                right.before = piece.p[3].y;
+                return MeasureDistance(piece, LineOf(left, right)).y <= tolerance;
+            },
+            pieces);
+        for (std::size_t j = 0; j + 1 < pieces.size(); ++j) AppendStop(text, frame, pieces[j].p[3].x, pieces[j].p[3].y);
+        notes.add(curve, knot.x, track.knots[i + 1].x, Loss::Kind, Loss::Split, "a curve by lines");
+    }
+    return text + ')';
+}
+
+std::string EasingText(const FCurve& curve, const Track& track, const Track& whole, const Frame& frame, Notes& notes) {
+    if (whole.knots.size() == 2 && whole.knots[0].piece == Piece::Bezier) {
+        const Easing easing = EasingOf(whole, 0);
+        const double rise = whole.knots[1].before - whole.knots[0].y;
+        const bool isFlat = rise == 0.0 && whole.knots[0].out.handle.y == 0.0 && whole.knots[1].in.handle.y == 0.0;
+        if (frame.y1 == whole.knots[1].before && (rise != 0.0 || isFlat)) {
+            std::string text = "cubic-bezier(";
+            for (const double number : {easing.x1, easing.y1, easing.x2, easing.y2}) {
+                if (text.back() != '(') text += ", ";
+                AppendNumber(text, number);
+            }
+            return text + ')';
+        }
+    }
+    if (track.knots.size() == 2 && track.knots[0].piece == Piece::Linear && frame.y1 == track.knots[1].y)
+        return "linear";
+    const std::string steps = StepsOf(track, frame);
+    return steps.empty() ? Polyline(curve, whole, frame, notes) : steps;
+}
+
+} // namespace
+
+CssWriter::CssWriter() : CurveWriter(FormatType("css_easings", "CSS easing functions", "easings")) {}
+
+std::string CssWriter::compose(const FCurveContainer& curves, Notes& notes) const {
+    std::string text;
+    std::size_t number = 0;
+    for (const FCurve& curve : curves) {
+        if (curve.size() < 3) {
+            Lose({curve.getName(), Loss::Curves, Loss::Dropped, "a curve of less than two keys", 1, {}, 0.0, 0.0});
+            continue;
+        }
+        ++number;
+        Abilities abilities;
+        abilities.constantNext = true;
+        const Track track = Resolve(curve, abilities, notes); // where steps show
+        Abilities jumping;
+        jumping.jumps = true;
+        Notes again; // of the same losses
+        Track whole = Resolve(curve, jumping, again);
+        CutToEasings(whole, curve, notes);
+        const Frame frame = FrameOf(curve, whole);
+        text += EasingText(curve, track, whole, frame, notes);
+
+        // What other readers pass over, and ours puts the curve back by.
+        std::string name = curve.getName();
+        for (char& c : name)
+            if (c == '\n' || c == '\r') c = ' ';
+        for (std::size_t at = 0; (at = name.find("*/", at)) != std::string::npos;) name[at] = '_';
+        const bool isPercent = frame.x0 == 0.0 && frame.y0 == 0.0 && frame.x1 == 100.0 && frame.y1 == 1.0
+                               && name == std::to_string(number);
+        if (!isPercent) {
+            text += " /* " + name + ": " + NumberText(frame.x0) + ' ' + NumberText(frame.y0) + ", "
+                    + NumberText(frame.x1) + ' ' + NumberText(frame.y1);
+            text += " */";
+        }
+        if (name != curve.getName()) notes.rename(curve, name);
+        text += '\n';
+    }
+    if (text.empty()) throw NotWritable("There is no curve of two keys or more.");
+    return text;
+}
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,422 @@
+#include "FCurveInterchange/Conversion.h"
+#include "FCurveInterchange/Formats.h"
+#include "FCurveInterchange/Names.h"
+#include "interchange/Easing.h"
+#include "interchange/EasingFormats.h"
+#include "interchange/Json.h"
+#include "interchange/Numbers.h"
+
+#include <FCurveLib/FormatType.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+namespace {
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& message) {
+    throw BadDocument(message, 0, 0, path);
+}
+
+double NumberAt(const Json& value, const std::string& path) {
+    if (!value.is_number()) Refuse(path, "Expected a number.");
+    const auto number = value.get<double>();
+    if (!std::isfinite(number)) Refuse(path, "The number is not finite.");
+    return number;
+}
+
+// A number, or the one of the dimension in an array; where the array is shorter, the first.
+double PerDimension(const Json& value, std::size_t dimension, std::size_t dimensions, const std::string& path) {
+    if (!value.is_array()) return NumberAt(value, path);
+    if (value.empty() || value.size() > std::max<std::size_t>(dimensions, 1))
+        Refuse(path, "Expected an array of 1 to " + std::to_string(dimensions) + " numbers.");
+    const std::size_t index = dimension < value.size() ? dimension : 0;
+    return NumberAt(value[index], path + '/' + std::to_string(index));
+}
+
+struct Frame {
+    double t = 0.0;
+    std::vector<double> start;
+    std::vector<double> end; // of files that have it
+    bool isHeld = false;
+    std::vector<Easing> easings; // by dimension; none where there are no handles
+    std::vector<double> leave;   // the path's handles, as offsets
+    std::vector<double> arrive;
+    std::string path;
+};
+
+std::vector<double> NumbersAt(const Json& value, const std::string& path) {
+    std::vector<double> numbers;
+    if (!value.is_array()) {
+        numbers.push_back(NumberAt(value, path));
+        return numbers;
+    }
+    for (std::size_t i = 0; i < value.size(); ++i)
+        numbers.push_back(NumberAt(value[i], path + '/' + std::to_string(i)));
+    if (numbers.empty()) Refuse(path, "The array is empty.");
+    return numbers;
+}
+
+Easing EasingAt(const Json& frame, std::size_t dimension, std::size_t dimensions, const std::string& path) {
+    double numbers[4];
+    double* next = numbers;
+    for (const char* handle : {"o", "i"}) {
+        for (const char* axis : {"x", "y"}) {
+            const std::string place = path + '/' + handle;
+            const Json& object = frame[handle];
+            if (!object.is_object() || !object.contains(axis))
+                Refuse(place, std::string("\"") + axis + "\" is missing.");
+            *next++ = PerDimension(object[axis], dimension, dimensions, place + '/' + axis);
+        }
+    }
+    return {numbers[0], numbers[1], numbers[2], numbers[3]};
+}
+
+// The keyframes of a property. Shapes, whose values are objects, are none of ours: empty.
+std::vector<Frame> FramesAt(const Json& keyframes, const std::string& path) {
+    std::vector<Frame> frames;
+    std::size_t dimensions = 0;
+    for (std::size_t i = 0; i < keyframes.size(); ++i) {
+        const Json& keyframe = keyframes[i];
+        Frame frame;
+        frame.path = path + '/' + std::to_string(i);
+        if (!keyframe.is_object() || !keyframe.contains("t")) Refuse(frame.path, "\"t\" is missing.");
+        frame.t = NumberAt(keyframe["t"], frame.path + "/t");
+        if (!frames.empty() && frame.t < frames.back().t) Refuse(frame.path + "/t", "The time goes back.");
+        const bool isLast = i + 1 == keyframes.size();
+        if (keyframe.contains("s")) {
+            if (keyframe["s"].is_array() && !keyframe["s"].empty() && keyframe["s"][0].is_object()) return {};
+            frame.start = NumbersAt(keyframe["s"], frame.path + "/s");
+        } else if (isLast && !frames.empty()) {
+            frame.start = frames.back().end; // as old files end
+        }
+        if (frame.start.empty()) Refuse(frame.path, "\"s\" is missing.");
+        if (dimensions == 0) dimensions = frame.start.size();
+        if (frame.start.size() != dimensions) Refuse(frame.path + "/s", "The array has another length than before.");
+        if (keyframe.contains("e")) frame.end = NumbersAt(keyframe["e"], frame.path + "/e");
+        if (!frame.end.empty() && frame.end.size() != dimensions)
+            Refuse(frame.path + "/e", "The array has another length than before.");
+        frame.isHeld = keyframe.contains("h") && keyframe["h"].is_number() && keyframe["h"].get<double>() == 1.0;
+        if (keyframe.contains("o") && keyframe.contains("i") && !isLast)
+            for (std::size_t d = 0; d < dimensions; ++d)
+                frame.easings.push_back(EasingAt(keyframe, d, dimensions, frame.path));
+        if (keyframe.contains("to") && keyframe.contains("ti")) {
+            if (!keyframe["to"].is_null()) frame.leave = NumbersAt(keyframe["to"], frame.path + "/to");
+            if (!keyframe["ti"].is_null()) frame.arrive = NumbersAt(keyframe["ti"], frame.path + "/ti");
+            frame.leave.resize(dimensions);
+            frame.arrive.resize(dimensions);
+        }
+        frames.push_back(std::move(frame));
+    }
+    return frames;
+}
+
+// Whether a keyframe moves along an arc: its handles leave the chord.
+bool IsCurved(const Frame& frame, const std::vector<double>& end) {
+    double chord = 0.0;
+    double size = 0.0;
+    for (std::size_t d = 0; d < frame.leave.size(); ++d) {
+        chord = std::max(chord, std::fabs(end[d] - frame.start[d]));
+        size = std::max({size, std::fabs(frame.leave[d]), std::fabs(frame.arrive[d])});
+    }
+    if (size == 0.0) return false;
+    for (const std::vector<double>* handle : {&frame.leave, &frame.arrive})
+        for (std::size_t a = 0; a < handle->size(); ++a)
+            for (std::size_t b = 0; b < a; ++b)
+                if (std::fabs((*handle)[a] * (end[b] - frame.start[b]) - (*handle)[b] * (end[a] - frame.start[a]))
+                    > 1e-9 * size * std::max(chord, size))
+                    return true;
+    return chord == 0.0;
+}
+
+class LottieDocument {
+public:
+    explicit LottieDocument(const Json& root) {
+        double rate = 0.0;
+        if (root.is_object() && root.contains("fr") && root["fr"].is_number()) rate = root["fr"].get<double>();
+        m_document.properties.emplace_back(kFrameRate, NumberText(FrameRateOr(rate)));
+        for (const auto& [member, property] : {std::pair("ip", kFirstFrame), std::pair("op", kLastFrame)})
+            if (root.is_object() && root.contains(member) && root[member].is_number())
+                m_document.properties.emplace_back(property, NumberText(root[member].get<double>()));
+        if (!root.is_object()) Refuse("", "Expected an object.");
+        if (root.contains("layers")) {
+            if (!root["layers"].is_array()) Refuse("/layers", "Expected an array.");
+            for (std::size_t i = 0; i < root["layers"].size(); ++i) ReadLayer(root["layers"][i], i);
+        } else if (root.contains("k") || root.contains("s")) {
+            Read(root, TextOf(root, "nm").empty() ? "property" : TextOf(root, "nm"), "", true);
+        } else {
+            Refuse("", "There are neither layers nor a property.");
+        }
+    }
+
+    Document take() { return std::move(m_document); }
+
+private:
+    static std::string TextOf(const Json& object, const char* member) {
+        return object.is_object() && object.contains(member) && object[member].is_string()
+                   ? object[member].get<std::string>()
+                   : std::string();
+    }
+
+    void ReadLayer(const Json& layer, std::size_t index);
+    void Walk(const Json& value, const std::string& name, const std::string& path);
+    void Read(const Json& property, const std::string& name, const std::string& path, bool isWhole);
+    void ReadDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track);
+    bool ReadArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks);
+
+    Document m_document;
+};
+
+std::string Joined(const std::string& name, const std::string& channel) {
+    return name.empty() ? channel : name + '/' + channel;
+}
+
+void LottieDocument::ReadLayer(const Json& layer, std::size_t index) {
+    const std::string path = "/layers/" + std::to_string(index);
+    if (!layer.is_object()) Refuse(path, "Expected an object.");
+    const std::string name = layer.contains("nm") ? TextOf(layer, "nm") : '#' + std::to_string(index + 1);
+    static constexpr const char* transforms[][2] = {
+        {"o", "opacity"},   {"r", "rotateZ"}, {"rx", "rotateX"}, {"ry", "rotateY"}, {"rz", "rotateZ"},
+        {"p", "translate"}, {"s", "scale"},   {"a", "anchor"},   {"sk", "skew"},    {"sa", "skewAxis"}};
+    for (auto member = layer.begin(); member != layer.end(); ++member) {
+        const std::string place = path + '/' + member.key();
+        if (member.key() == "ks" && member->is_object()) {
+            for (const auto& [key, channel] : transforms)
+                if (member->contains(key)) Read((*member)[key], Joined(name, channel), place + '/' + key, false);
+        } else if (member.key() == "ef" && member->is_array()) {
+            for (std::size_t i = 0; i < member->size(); ++i) {
+                const Json& effect = (*member)[i];
+                const std::string here = place + '/' + std::to_string(i);
+                // A slider alone has the effect's name, which is what a curve without another home has.
+                const bool isSlider = effect.is_object() && effect.contains("ef") && effect["ef"].is_array()
+                                      && effect["ef"].size() == 1 && effect["ef"][0].is_object()
+                                      && effect["ef"][0].contains("v");
+                if (isSlider)
+                    Read(effect["ef"][0]["v"], Joined(name, TextOf(effect, "nm")), here + "/ef/0/v", false);
+                else
+                    Walk(effect, Joined(name, "ef." + std::to_string(i)), here);
+            }
+        } else {
+            Walk(*member, Joined(name, member.key()), place);
+        }
+    }
+}
+
+// Properties anywhere below, by the way to them.
+void LottieDocument::Walk(const Json& value, const std::string& name, const std::string& path) {
+    if (value.is_object() && value.contains("k") && value["k"].is_array() && !value["k"].empty()
+        && value["k"][0].is_object() && value["k"][0].contains("t")) {
+        Read(value, name, path, false);
+        return;
+    }
+    if (value.is_object()) {
+        for (auto member = value.begin(); member != value.end(); ++member)
+            if (member->is_structured()) Walk(*member, name + '.' + member.key(), path + '/' + member.key());
+    } else if (value.is_array()) {
+        for (std::size_t i = 0; i < value.size(); ++i)
+            if (value[i].is_structured())
+                Walk(value[i], name + '.' + std::to_string(i), path + '/' + std::to_string(i));
+    }
+}
+
+void LottieDocument::ReadDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track) {
+    std::vector<Knot>& knots = track.knots;
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const Frame& frame = frames[i];
+        Knot knot;
+        knot.x = frame.t;
+        knot.y = frame.start[dimension];
+        if (!knots.empty() && !(knot.x > knots.back().x)) {
+            // The later one shows; what led to the earlier one ends a little before.
+            const double gap = Keyframe::getMinSeparation();
+            Lose({track.name, Loss::Time, Loss::Moved, "a key before a jump, by 0.001 frames", 1, {knot.x}, 0.0, 0.0});
+            if (knots.size() > 1 && knot.x - knots[knots.size() - 2].x <= 2.0 * gap)
+                knots.pop_back();
+            else
+                knots.back().x = knot.x - gap;
+            knots.back().piece = Piece::Constant;
+        }
+        knots.push_back(knot);
+    }
+    // Frames and knots differ where two frames stood at one time.
+    std::size_t index = 0;
+    for (std::size_t i = 0; i + 1 < knots.size(); ++i) {
+        while (index + 1 < frames.size() && frames[index + 1].t <= knots[i].x) ++index;
+        const Frame& frame = frames[index];
+        Knot& left = knots[i];
+        Knot& right = knots[i + 1];
+        if (frame.isHeld || frame.t != left.x) continue;
+        if (frame.easings.empty()) {
+            left.piece = Piece::Linear;
+            Lose({track.name,
+                  Loss::Kind,
+                  Loss::Replaced,
+                  "a keyframe without handles by a line",
+                  1,
+                  {left.x},
+                  0.0,
+                  0.0});
+            continue;
+        }
+        Easing easing = frame.easings[dimension];
+        if (!(easing.x1 >= 0.0 && easing.x1 <= 1.0 && easing.x2 >= 0.0 && easing.x2 <= 1.0)) {
+            Lose({track.name, Loss::Tangents, Loss::Shortened, "handles beyond the segment", 1, {left.x}, 0.0, 0.0});
+            // Along their direction.
+            if (easing.x1 > 1.0) easing.y1 /= easing.x1;
+            if (easing.x2 < 0.0) easing.y2 = 1.0 - (1.0 - easing.y2) / (1.0 - easing.x2);
+            easing.x1 = std::clamp(easing.x1, 0.0, 1.0);
+            easing.x2 = std::clamp(easing.x2, 0.0, 1.0);
+        }
+        SetEasing(left, right, easing);
+    }
+}
+
+// Along an arc the dimensions have one easing, of the way: a key a frame. Returns whether there is an arc.
+bool LottieDocument::ReadArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks) {
+    constexpr double kMostFrames = 1e6;
+    bool hasArc = false;
+    for (std::size_t i = 0; i + 1 < frames.size() && !hasArc; ++i)
+        hasArc = !frames[i].isHeld && !frames[i].leave.empty() && IsCurved(frames[i], frames[i + 1].start);
+    if (!hasArc || frames.back().t - frames.front().t > kMostFrames) return false;
+    constexpr int kParts = 256;
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const Frame& frame = frames[i];
+        const auto add = [&](double x, std::size_t d, double y, Piece piece) {
+            if (!tracks[d].knots.empty() && !(x > tracks[d].knots.back().x)) return;
+            Knot knot;
+            knot.x = x;
+            knot.y = y;
+            knot.piece = piece;
+            tracks[d].knots.push_back(knot);
+        };
+        const bool moves = i + 1 < frames.size() && !frame.isHeld;
+        for (std::size_t d = 0; d < tracks.size(); ++d)
+            add(frame.t, d, frame.start[d], moves ? Piece::Linear : Piece::Constant);
+        if (!moves) continue;
+        const std::vector<double>& end = frames[i + 1].start;
+        const auto point = [&](std::size_t d, double t) {
+            const double a = frame.start[d];
+            const double leave = frame.leave.empty() ? 0.0 : frame.leave[d];
+            const double arrive = frame.arrive.empty() ? 0.0 : frame.arrive[d];
+            const Cubic cubic{{{0.0, a}, {0.0, a + leave}, {0.0, end[d] + arrive}, {0.0, end[d]}}};
+            return PointAt(cubic, t).y;
+        };
+        std::vector<double> lengths{0.0};
+        for (int part = 1; part <= kParts; ++part) {
+            double square = 0.0;
+            for (std::size_t d = 0; d < tracks.size(); ++d) {
+                const double step = point(d, 1.0 * part / kParts) - point(d, 1.0 * (part - 1) / kParts);
+                square += step * step;
+            }
+            lengths.push_back(lengths.back() + std::sqrt(square));
+        }
+        const double width = frames[i + 1].t - frame.t;
+        const Easing easing = frame.easings.empty() ? Easing{} : frame.easings[0];
+        const Cubic ease{{{0.0, 0.0},
+                          {std::clamp(easing.x1, 0.0, 1.0), easing.y1},
+                          {std::clamp(easing.x2, 0.0, 1.0), easing.y2},
+                          {1.0, 1.0}}};
+        for (double x = std::floor(frame.t) + 1.0; x < frames[i + 1].t; ++x) {
+            const double way = PointAt(ease, ParameterAt(ease, (x - frame.t) / width)).y * lengths.back();
+            // Beyond its ends the way goes on straight; so do the outermost parts.
+            const auto after = std::upper_bound(lengths.begin() + 1, lengths.end() - 1, way);
+            const auto part = static_cast<int>(after - lengths.begin()) - 1;
+            const auto index = static_cast<std::size_t>(part);
+            const double length = lengths[index + 1] - lengths[index];
+            const double share = length > 0.0 ? (way - lengths[index]) / length : 0.0;
+            for (std::size_t d = 0; d < tracks.size(); ++d) {
+                const double a = point(d, 1.0 * part / kParts);
+                const double b = point(d, 1.0 * (part + 1) / kParts);
+                add(x, d, a + share * (b - a), Piece::Linear);
+            }
+        }
+    }
+    for (const Track& track : tracks)
+        Lose({track.name, Loss::Kind, Loss::Sampled, "motion along an arc, a key a frame", 1, {}, 0.0, 0.0});
+    return true;
+}
+
+void LottieDocument::Read(const Json& property, const std::string& name, const std::string& path, bool isWhole) {
+    if (!property.is_object()) Refuse(path, "Expected an object.");
+    if (property.contains("s") && property["s"].is_boolean() && property["s"].get<bool>()) {
+        for (const auto& [member, axis] : {std::pair("x", 'X'), std::pair("y", 'Y'), std::pair("z", 'Z')})
+            if (property.contains(member) && property[member].is_object())
+                Read(property[member], name + axis, path + '/' + member, isWhole);
+        return;
+    }
+    if (!property.contains("k")) Refuse(path, "\"k\" is missing.");
+    const Json& k = property["k"];
+    const std::string place = path + "/k";
+    if (k.is_array() && k.empty()) Refuse(place, "The array is empty.");
+    const bool isAnimated = k.is_array() && k[0].is_object();
+    if (!isAnimated && !isWhole) return; // what does not move is no curve
+    std::vector<Frame> frames;
+    if (isAnimated) {
+        frames = FramesAt(k, place);
+        if (frames.empty()) {
+            Lose({name, Loss::Curves, Loss::Dropped, "an animated shape", 1, {}, 0.0, 0.0});
+            return;
+        }
+    } else if (k.is_number() || k.is_array()) {
+        frames.emplace_back();
+        frames.back().start = NumbersAt(k, place);
+    } else {
+        Refuse(place, "Expected numbers or keyframes.");
+    }
+    const std::size_t dimensions = frames[0].start.size();
+    std::vector<Track> tracks(dimensions);
+    const bool isTransform = name.size() >= 5
+                             && (name.compare(name.size() - 5, 5, "scale") == 0
+                                 || (name.size() >= 9 && name.compare(name.size() - 9, 9, "translate") == 0));
+    for (std::size_t d = 0; d < dimensions; ++d) {
+        tracks[d].name = name;
+        if (dimensions == 1) continue;
+        if (isTransform && d < 3)
+            tracks[d].name += "XYZ"[d];
+        else
+            tracks[d].name += std::string("/") + (dimensions <= 3 ? std::string(1, "xyz"[d]) : std::to_string(d));
+    }
+    if (!ReadArcs(frames, tracks))
+        for (std::size_t d = 0; d < dimensions; ++d) ReadDimension(frames, d, tracks[d]);
+    const std::string expression = TextOf(property, "x");
+    for (Track& track : tracks) {
+        if (!expression.empty()) {
+            track.properties.emplace_back("lottie_expression", expression);
+            Lose({track.name, Loss::Formulas, Loss::Dropped, "an expression, kept as a property", 1, {}, 0.0, 0.0});
+        }
+        if (m_document.tracks.size() >= GetFormatLimits().curves) throw TooMuch("There are too many curves.");
+        m_document.tracks.push_back(std::move(track));
+    }
+}
+
+} // namespace
+
+LottieReader::LottieReader() : CurveReader(FormatType("lottie", "Lottie animation", "json")) {}
+
+Document LottieReader::parse(std::string_view bytes) const {
+    return LottieDocument(ParseJson(bytes)).take();
+}
+
+// An object whose members are those of an animation or of a property.
+bool LottieReader::recognises(std::string_view opening, bool) const {
+    if (opening.substr(0, 3) == "\xEF\xBB\xBF") opening.remove_prefix(3);
+    const std::size_t first = opening.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos || opening[first] != '{') return false;
+    const std::size_t quote = opening.find_first_not_of(" \t\r\n", first + 1);
+    if (quote == std::string_view::npos || opening[quote] != '"') return false;
+    const std::size_t close = opening.find('"', quote + 1);
+    const std::string_view member = opening.substr(quote + 1, close - quote - 1);
+    static constexpr const char* members[] = {"v",   "fr",     "ip", "op", "w", "h", "nm",
+                                              "ddd", "layers", "a",  "k",  "s", "ix"};
+    return close != std::string_view::npos && opening.find("\"asset\"") == std::string_view::npos
+           && std::find(std::begin(members), std::end(members), member) != std::end(members);
+}
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,159 @@
+#include "FCurveInterchange/Conversion.h"
+#include "FCurveInterchange/Formats.h"
+#include "FCurveInterchange/Names.h"
+#include "interchange/Easing.h"
+#include "interchange/EasingFormats.h"
+#include "interchange/Json.h"
+#include "interchange/Numbers.h"
+
+#include <FCurveLib/FormatType.h>
+#include <FCurveLib/Segment.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+namespace Interchange {
+
+namespace {
+
+std::string JsonText(const std::string& text) {
+    return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void AppendHandle(std::string& text, const char* name, double x, double y) {
+    text += std::string(",\"") + name + "\":{\"x\":[";
+    AppendNumber(text, x);
+    text += "],\"y\":[";
+    AppendNumber(text, y);
+    text += "]}";
+}
+
+// {"a":1,"k":[...]}; empty for a curve without keys.
+std::string PropertyOf(const FCurve& curve, Notes& notes) {
+    Track track = Resolve(curve, {}, notes);
+    if (track.knots.empty()) return "";
+    CutToEasings(track, curve, notes);
+    // Players take no property of one keyframe.
+    if (track.knots.size() == 1) {
+        track.knots.push_back(track.knots[0]);
+        track.knots[1].x += 1.0;
+        track.knots[0].piece = Piece::Constant;
+    }
+    std::string text = "{\"a\":1,\"k\":[";
+    for (std::size_t i = 0; i < track.knots.size(); ++i) {
+        const Knot& knot = track.knots[i];
+        text += i > 0 ? ",\n{\"t\":" : "\n{\"t\":";
+        AppendNumber(text, knot.x);
+        text += ",\"s\":[";
+        AppendNumber(text, knot.y);
+        text += ']';
+        if (i + 1 < track.knots.size()) {
+            if (knot.piece == Piece::Constant) {
+                text += ",\"h\":1";
+            } else if (knot.piece == Piece::Linear) {
+                AppendHandle(text, "o", 0.167, 0.167);
+                AppendHandle(text, "i", 0.833, 0.833);
+            } else {
+                const Easing easing = EasingOf(track, i);
+                AppendHandle(text, "o", easing.x1, easing.y1);
+                AppendHandle(text, "i", easing.x2, easing.y2);
+            }
+        }
+        text += '}';
+    }
+    return text + "]}";
+}
+
+// A null layer that carries the curves of a node.
+struct Layer {
+    std::string node;
+    std::map<std::string, std::string> transform; // "px", "r", "o": properties
+    std::vector<std::pair<std::string, std::string>> sliders;
+};
+
+// The place of a channel in a layer's transform; empty where it has none.
+std::string PlaceOf(const std::string& channel, std::string& back) {
+    back = channel;
+    if (channel == "opacity") return "o";
+    const auto transform = FindTransform(channel);
+    if (!transform || transform->kind == TransformChannel::Scale) return "";
+    if (transform->kind == TransformChannel::Rotate && transform->axis != 2) return "";
+    const bool isRotation = transform->kind == TransformChannel::Rotate;
+    back = isRotation ? "rotateZ" : std::string("translate") + "XYZ"[transform->axis];
+    return isRotation ? "r" : std::string("p") + "xyz"[transform->axis];
+}
+
+std::string LayerText(const Layer& layer, std::size_t index, const std::string& range) {
+    const auto property = [&](const char* key, const char* otherwise) {
+        const auto found = layer.transform.find(key);
+        return found == layer.transform.end() ? std::string("{\"a\":0,\"k\":") + otherwise + '}' : found->second;
+    };
+    std::string text = "{\"ddd\":0,\"ind\":" + std::to_string(index + 1) + ",\"ty\":3,\"nm\":" + JsonText(layer.node)
+                       + ",\"sr\":1,\"ks\":{\"o\":" + property("o", "100") + ",\"r\":" + property("r", "0") + ",\"p\":";
+    const bool isSplit = layer.transform.count("px") + layer.transform.count("py") + layer.transform.count("pz") > 0;
+    text += isSplit ? "{\"s\":true,\"x\":" + property("px", "0") + ",\"y\":" + property("py", "0")
+                          + ",\"z\":" + property("pz", "0") + '}'
+                    : "{\"a\":0,\"k\":[0,0,0]}";
+    text += ",\"a\":{\"a\":0,\"k\":[0,0,0]},\"s\":{\"a\":0,\"k\":[100,100,100]}},\"ao\":0";
+    if (!layer.sliders.empty()) {
+        text += ",\"ef\":[";
+        for (std::size_t i = 0; i < layer.sliders.size(); ++i) {
+            const auto& [name, value] = layer.sliders[i];
+            text += (i > 0 ? ",\n" : "") + std::string("{\"ty\":5,\"nm\":") + JsonText(name)
+                    + ",\"np\":3,\"ix\":" + std::to_string(i + 1)
+                    + ",\"en\":1,\"ef\":[{\"ty\":0,\"nm\":\"Slider\",\"ix\":1,\"v\":" + value + "}]}";
+        }
+        text += ']';
+    }
+    return text + ',' + range + ",\"st\":0,\"bm\":0}";
+}
+
+} // namespace
+
+LottieWriter::LottieWriter() : CurveWriter(FormatType("lottie", "Lottie animation", "json")) {}
+
+std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) const {
+    std::vector<Layer> layers;
+    std::map<std::string, std::size_t> byNode;
+    double first = HUGE_VAL;
+    double last = -HUGE_VAL;
+    for (const FCurve& curve : curves) {
+        std::string property = PropertyOf(curve, notes);
+        if (property.empty()) continue;
+        first = std::min(first, curve.begin()->getRightKey()->getX());
+        last = std::max(last, std::prev(curve.end())->getLeftKey()->getX());
+        ChannelName name = SplitName(curve.getName());
+        const auto [layer, isNew] = byNode.try_emplace(name.node, layers.size());
+        if (isNew) layers.push_back({name.node, {}, {}});
+        Layer& target = layers[layer->second];
+        std::string back;
+        const std::string place = PlaceOf(name.channel, back);
+        if (place.empty() || !target.transform.try_emplace(place, property).second) {
+            target.sliders.emplace_back(name.channel, std::move(property));
+            continue;
+        }
+        name.channel = back;
+        if (JoinName(name) != curve.getName()) notes.rename(curve, JoinName(name));
+    }
+    if (layers.empty()) throw NotWritable("There is no key to write.");
+    ParseNumber(curves.getProperty(kFirstFrame), first);
+    ParseNumber(curves.getProperty(kLastFrame), last);
+    if (!(last > first)) last = first + 1.0;
+    double rate = 0.0;
+    const bool isStated = ParseNumber(curves.getProperty(kFrameRate), rate);
+    const std::string range = "\"ip\":" + NumberText(first) + ",\"op\":" + NumberText(last);
+    std::string text = "{\"v\":\"5.7.0\",\"fr\":" + NumberText(FrameRateOr(isStated ? rate : 0.0)) + ',' + range
+                       + ",\"w\":1920,\"h\":1080,\"nm\":\"\",\"ddd\":0,\"assets\":[],\"layers\":[\n";
+    for (std::size_t i = 0; i < layers.size(); ++i) text += (i > 0 ? ",\n" : "") + LayerText(layers[i], i, range);
+    return text + "]}\n";
+}
+
+} // namespace Interchange
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

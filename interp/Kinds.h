@@ -47,7 +47,7 @@ enum class Shape : std::uint8_t {
     Line,
     Bezier, // getBezierArgs tells; it may end beside its keys
     Number, // one value of its own
-    Free
+    Free    // eval alone tells; a cut changes it, unless it does not read its keys
 };
 
 // How a segment that lacks a key goes on from the other one.

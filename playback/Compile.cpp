@@ -193,8 +193,8 @@ private:
 
     Piece pieceOf(const Interpolator* interpolator, const Segment& segment) {
         const KindRow& row = KindOf(interpolator);
-        if (row.isHost()) return hostPiece(*interpolator, segment);
         if (row.kind == Kind::Formula) return formulaPiece(static_cast<const Formula&>(*interpolator), segment);
+        if (row.isHost() || row.shape == Shape::Free) return hostPiece(*interpolator, segment);
         const Keyframe* const left = Read::leftKey(segment);
         const Keyframe* const right = Read::rightKey(segment);
         return left && right ? pieceBetween(row, interpolator, segment, *left, *right)

@@ -76,6 +76,7 @@ TEST_P(EveryKind, KeepsTheBitsOfItsValuesFarFromTheOrigin) {
 TEST_P(EveryKind, HasTheShapeOfItsRow) {
     const Segment& segment = *curve->findSegment(20);
     for (const auto& point : Sampled(*curve, 19, 23)) {
+        if (row.shape == Shape::Free) break; // its definition alone tells
         const double expected = row.shape == Shape::LeftValue    ? 4.0
                                 : row.shape == Shape::RightValue ? 1.0
                                 : row.shape == Shape::Line       ? 4.0 - 0.75 * (point.x - 19)

@@ -47,8 +47,4 @@ TEST(SharedFromThis, CopiesHaveNoOwner) {
     EXPECT_EQ(copy.get(), key->get());
 }
 
-TEST(Exception, NamesItsClass) {
-    EXPECT_STREQ(Exception().what(), "VEM_FN::FCurveLib::Exception");
-}
-
 } // namespace

@@ -68,7 +68,9 @@ inline bool ReadsOtherParts(const Segment& segment) {
 /// Whether a part of the segment between new keys is shaped otherwise than before, handles apart.
 inline bool ChangesWhenCut(const Segment& segment) {
     const Private::KindRow& row = Private::KindOf(segment);
-    return ReadsOtherParts(segment) || row.leftHalf != row.kind;
+    const bool runsToItsKey =
+        (Private::ReadsOf(segment.getInterpolator().get(), segment) & Private::kReadsRightKey) != 0;
+    return ReadsOtherParts(segment) || row.leftHalf != row.kind || (row.shape == Private::Shape::Free && runsToItsKey);
 }
 
 struct Map {

@@ -96,6 +96,16 @@ TEST(Transform, RefusesWithoutTouchingAnything) {
     EXPECT_FALSE(TransformCurve(*steep, {1, 1e300}, {0, 0}).transformed);
 }
 
+TEST(Transform, FlipsAboutTheMiddleOfTheKeyedRange) {
+    const auto curve = CurveThrough({{2, 1}, {4, 5}, {10, 3}});
+    FlipCurveAboutCentroid(*curve, FLIP_XY);
+    EXPECT_EQ(PointsOf(*curve), (Points{{2, 3}, {8, 1}, {10, 5}}));
+    const auto empty = FCurve::create();
+    empty->begin()->setInterpolator(InterpolatorFactory::create("x"));
+    FlipCurveAboutCentroid(*empty, FLIP_Y);
+    EXPECT_EQ(empty->eval(3), -3);
+}
+
 TEST(Transform, RewritesFormulas) {
     const struct {
         const char* text;

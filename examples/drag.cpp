@@ -1,28 +1,25 @@
 // How do I let a user drag keys?
 //
 // The change type tells every view that a drag starts, goes on and ends. A step moves all keys under a switch and then
-// tells once, so that views redraw once per step however many keys move. Each step starts from where the keys stood
-// when the button went down: a key that was held back by its neighbour comes along again when the pointer returns.
+// tells once, so that views redraw once per step however many keys move. Each step hands MoveKeys the whole way since
+// the button went down: keys that were held back come along again when the pointer returns.
 
 #include <FCurveLib/FCurveLib.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <utility>
 #include <vector>
 
 using namespace VEM_FN::FCurveLib;
 
 class Drag {
 public:
-    // The keys in order of x.
-    Drag(FCurve& curve, std::vector<std::shared_ptr<Keyframe>> keys) : m_curve(curve), m_keys(std::move(keys)) {
-        for (const auto& key : m_keys) m_start.push_back(key->get());
-        announce(FCurve::BeginChange);
+    Drag(FCurve& curve, const std::vector<std::shared_ptr<Keyframe>>& keys) : m_curve(curve), m_keys(keys) {
+        announce(FCurve::BeginChange); // the button goes down
     }
     ~Drag() {
-        announce(FCurve::EndChange);
+        announce(FCurve::EndChange); // the button goes up
         FCurve::setChangeType(FCurve::OrdinaryChange);
     }
     Drag(const Drag&) = delete;
@@ -30,16 +27,10 @@ public:
 
     void moveTo(const Vector2D<double>& offset) {
         {
-            const FCurve::Switch silence(m_curve);
-            // Those ahead first: a key never passes its neighbour, not even one that is about to leave.
-            const std::size_t count = m_keys.size();
-            const bool toTheRight = count > 0 && offset.x > m_keys[0]->getX() - m_start[0].x;
-            for (std::size_t i = 0; i < count; ++i) {
-                const std::size_t k = toTheRight ? count - 1 - i : i;
-                m_keys[k]->set(m_start[k] + offset);
-            }
+            const FCurve::Switch silence(m_curve); // many keys, one notification
+            MoveKeys(m_keys, offset);
         }
-        announce(FCurve::StepChange);
+        announce(FCurve::StepChange); // each move of the pointer
     }
 
 private:
@@ -49,8 +40,7 @@ private:
     }
 
     FCurve& m_curve;
-    std::vector<std::shared_ptr<Keyframe>> m_keys;
-    std::vector<Vector2D<double>> m_start;
+    KeyGroup m_keys;
 };
 
 // What a view hears. Whatever it does not override ends up in curveChanged.
@@ -77,7 +67,7 @@ int main() {
     {
         Drag drag(*curve, {GetIndexedKeyframe(*curve, 1), GetIndexedKeyframe(*curve, 2)});
         drag.moveTo({5.0, 0.5});
-        drag.moveTo({20.0, 1.0}); // too far: both stop before the key at 24
+        drag.moveTo({20.0, 1.0}); // too far: both stop before the key at 24, one frame apart
         drag.moveTo({2.0, 1.0});  // and come back
     }
     const auto first = GetIndexedKeyframe(*curve, 1);

@@ -2,6 +2,7 @@
 
 #include "FCurveLib/FCurve.h"
 
+#include <iterator>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -50,6 +51,33 @@ FCurveContainer::iterator FCurveContainer::removeCurve(iterator position) {
     const FCurve* const next = after == m_curves.end() ? nullptr : after->get();
     notifyChanged();
     return find(next);
+}
+
+FCurveContainer::iterator FCurveContainer::moveCurve(iterator position, FCurve& curve) {
+    const auto found = m_positions.find(&curve);
+    if (found == m_positions.end()) return end();
+    const List::iterator moved = found->second;
+    if (position.base() == moved || position.base() == std::next(moved)) return iterator(moved);
+    const auto keep = getShared();
+    m_curves.splice(position.base(), m_curves, moved);
+    notifyChanged();
+    return find(&curve);
+}
+
+FCurveContainer::iterator FCurveContainer::moveCurve(iterator position, FCurveContainer& from, FCurve& curve) {
+    if (&from == this) return moveCurve(position, curve);
+    const auto found = from.m_positions.find(&curve);
+    if (found == from.m_positions.end()) return end();
+    const auto [entry, isNew] = m_positions.try_emplace(&curve, found->second);
+    if (!isNew) return iterator(entry->second);
+    const auto keep = getShared();
+    const auto keepFrom = from.getShared();
+    const auto keepCurve = curve.getShared();
+    m_curves.splice(position.base(), from.m_curves, entry->second);
+    from.m_positions.erase(found);
+    from.notifyChanged();
+    notifyChanged();
+    return find(&curve);
 }
 
 void FCurveContainer::clear() {

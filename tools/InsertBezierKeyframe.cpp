@@ -12,6 +12,7 @@
 #include "tools/HandleKeeper.h"
 #include "tools/QuietEdit.h"
 #include "tools/Resample.h"
+#include "tools/Surroundings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -213,33 +214,6 @@ private:
 
 // --- the preview -----------------------------------------------------------------------------------------------------
 
-void CopyShape(const Segment& from, Segment& to) {
-    Raw::setInterpolator(to, from.getInterpolator());
-    Raw::copyTangent(*Read::inTangent(to), *Read::inTangent(from));
-    Raw::copyTangent(*Read::outTangent(to), *Read::outTangent(from));
-}
-
-// A curve of the keys near a segment, with the shape that the curve has there.
-std::shared_ptr<FCurve> CopyAround(const Segment& segment) {
-    constexpr int reach = 4;
-    const Segment* from = &segment;
-    for (int i = 0; i < reach && Read::leftKey(*from); ++i) from = Read::leftSegment(*Read::leftKey(*from));
-    auto copy = FCurve::create();
-    const FCurve::Switch quiet(*copy);
-    Segment* to = &*copy->begin();
-    CopyShape(*from, *to);
-    bool passed = from == &segment;
-    for (int i = 0; i <= reach && Read::rightKey(*from);) {
-        const Keyframe& key = *Read::rightKey(*from);
-        to = Raw::appendKey(*copy, key, nullptr);
-        from = Read::rightSegment(key);
-        CopyShape(*from, *to);
-        passed = passed || from == &segment;
-        if (passed) ++i;
-    }
-    return copy;
-}
-
 bool RepeatsBeyondItsKeys(const FCurve& curve) noexcept {
     const auto reads = ReadsOf(Read::firstSegment(curve)) | ReadsOf(Read::lastSegment(curve));
     return (reads & Private::kReadsCurve) != 0;
@@ -282,7 +256,7 @@ KeyframeInsertion PreviewBezierKeyframe(const FCurve& curve, double x) {
     if (!IsRoomFor(x, segment)) return {};
     const bool repeats = RepeatsBeyondItsKeys(curve);
     const bool local = !repeats && (IsSelfSimilar(segment) || KindOf(segment).isBezier());
-    const auto before = local ? CopyAround(segment) : FCurve::createCopy(curve);
+    const auto before = local ? Private::CopyAround(segment) : FCurve::createCopy(curve);
     const auto after = FCurve::createCopy(*before);
     const FCurve::Switch quiet(*after);
     Insertion insertion(*after, x, Read::findSegment(*after, x));

@@ -12,6 +12,7 @@
 #include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Keyframe.h>
 #include <FCurveLib/Segment.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -24,6 +25,8 @@ namespace fcurvetool {
 using namespace VEM_FN::FCurveLib;
 
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kLongestExpression = 40;
 
@@ -130,12 +133,62 @@ void describe(const Document& document, Output& output) {
     output.write(table.text());
 }
 
+/// A number, or null for none.
+Json jsonNumber(bool exists, double value) {
+    return exists ? Json(value) : Json(nullptr);
+}
+
+/// A text as JSON can hold it: bytes that are not UTF-8 become replacement characters.
+std::string jsonText(const Json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Json describe(const Document& document) {
+    Json curves = Json::array();
+    for (const FCurve& curve : *document.curves) {
+        const bool hasKeys = curve.size() > 1;
+        const auto first = curve.begin()->getRightKey();
+        const Segment& trailing = *std::prev(curve.end());
+        const auto last = trailing.getLeftKey();
+        const Extent extent = findExtent(curve);
+        const auto expression = [](const Segment& segment) {
+            const auto interpolator = segment.getInterpolator();
+            return interpolator ? Json(interpolator->getExpression()) : Json(nullptr);
+        };
+        std::map<std::string, std::size_t> counts;
+        for (const Segment& segment : curve)
+            if (segment.getLeftKey() && segment.getRightKey() && segment.getInterpolator())
+                ++counts[segment.getInterpolator()->getExpression()];
+        Json properties = Json::object();
+        for (auto property = curve.beginProperties(); property != curve.endProperties(); ++property)
+            properties[property->first] = property->second;
+        curves.push_back({{"name", curve.getName()},
+                          {"keys", curve.size() - 1},
+                          {"first", jsonNumber(hasKeys, hasKeys ? first->getX() : 0.0)},
+                          {"last", jsonNumber(hasKeys, hasKeys ? last->getX() : 0.0)},
+                          {"lowest", jsonNumber(!extent.empty(), extent.low)},
+                          {"highest", jsonNumber(!extent.empty(), extent.high)},
+                          {"before", expression(*curve.begin())},
+                          {"after", expression(trailing)},
+                          {"interpolators", counts},
+                          {"hidden", !IsVisible(curve)},
+                          {"locked", IsLocked(curve)},
+                          {"properties", properties}});
+    }
+    return {{"file", document.name}, {"format", document.format.getFormatName()}, {"curves", curves}};
+}
+
+struct InfoOptions : InputOptions {
+    bool isJson = false;
+};
+
 } // namespace
 
 void addInfo(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Describe the curves in files");
-    auto options = std::make_shared<InputOptions>();
+    auto options = std::make_shared<InfoOptions>();
     command->add_option("FILE", options->files, "Files to describe")->required()->type_name("");
+    command->add_flag("--json", options->isJson, "Print JSON: an array with an object for each file");
     addReadOptions(*command, *options);
     command->footer(
         "For each curve: its number and name; how many keys; frames of the first and the last one; lowest\n"
@@ -146,17 +199,23 @@ void addInfo(CLI::App& app) {
         Warnings warnings(options->isStrict);
         std::size_t described = 0;
         std::string failures;
+        Json json = Json::array();
         for (const std::string& file : options->files) {
             try {
                 const Document document = readDocument(file, *options);
                 warnings.addUnknownExpressions(chooseCurves({document}, *options));
                 warnings.settle();
+                if (options->isJson) {
+                    json.push_back(describe(document));
+                    continue;
+                }
                 if (described++ > 0) output.write("\n");
                 describe(document, output);
             } catch (const Failure& failure) { // the other files are described all the same
                 failures += (failures.empty() ? "" : "\nfcurvetool: ") + std::string(failure.what());
             }
         }
+        if (options->isJson) output.write(jsonText(json));
         output.finish();
         if (!failures.empty()) throw Failure(failures);
     });

@@ -21,6 +21,15 @@ void addReduce(CLI::App& app);
 void addTransform(CLI::App& app);
 void addFlip(CLI::App& app);
 void addInsert(CLI::App& app);
+void addMove(CLI::App& app);
+void addScale(CLI::App& app);
+void addDiff(CLI::App& app);
+void addExtract(CLI::App& app);
+void addDelete(CLI::App& app);
+void addMerge(CLI::App& app);
+void addRename(CLI::App& app);
 void addFormats(CLI::App& app);
+void addCompletion(CLI::App& app);
+void addManual(CLI::App& app);
 
 } // namespace fcurvetool

@@ -60,10 +60,15 @@ std::string chooseOutput(const std::string& file, const std::string& output, boo
     return output;
 }
 
-void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit) {
+namespace {
+
+/// The edit says itself what it warns of.
+using WarningEdit = std::function<void(Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings)>;
+
+void run(const EditOptions& options, const char* word, const WarningEdit& edit) {
     const std::string output = chooseOutput(options.file, options.output, options.isInPlace);
     if (!options.picture.empty()) checkPicture(options.picture, {options.file, output});
-    const Document document = readDocument(options.file, options.input);
+    Document document = readDocument(options.file, options.input);
     const std::string format = chooseFormat(options.format, output, document.format.getFormatName());
     Warnings warnings(options.input.isStrict);
     const std::vector<NamedCurve> chosen = chooseCurves({document}, options.input);
@@ -73,18 +78,10 @@ void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit
     std::string bytes;
     {
         const Progress progress(word);
-        for (const NamedCurve& named : chosen) {
-            if (!options.picture.empty()) drawn.push_back({named.curve, named.name, FCurve::createCopy(*named.curve)});
-            const std::string prefix = document.name + ": " + named.name + ": ";
-            try {
-                const std::string warning = edit(*named.curve);
-                if (!warning.empty()) warnings.add(prefix + warning);
-            } catch (const Failure& failure) {
-                throw Failure(prefix + failure.what());
-            } catch (const UsageError& error) {
-                throw UsageError(prefix + error.what());
-            }
-        }
+        if (!options.picture.empty())
+            for (const NamedCurve& named : chosen)
+                drawn.push_back({named.curve, named.name, FCurve::createCopy(*named.curve)});
+        edit(document, chosen, warnings);
         if (!options.picture.empty()) {
             DrawOptions plot;
             plot.title = toPrintable(stem(options.file)) + ", before and after" + options.caption;
@@ -97,6 +94,35 @@ void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit
     Output file(output);
     file.write(bytes);
     file.finish();
+}
+
+} // namespace
+
+void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit) {
+    run(options, word, [&](Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings) {
+        for (const NamedCurve& named : chosen) {
+            const std::string prefix = document.name + ": " + named.name + ": ";
+            try {
+                const std::string warning = edit(*named.curve);
+                if (!warning.empty()) warnings.add(prefix + warning);
+            } catch (const Failure& failure) {
+                throw Failure(prefix + failure.what());
+            } catch (const UsageError& error) {
+                throw UsageError(prefix + error.what());
+            }
+        }
+    });
+}
+
+void runEdits(const EditOptions& options, const char* word, const CurvesEdit& edit) {
+    runDocumentEdit(options, word, [&](Document&, const std::vector<NamedCurve>& chosen) { return edit(chosen); });
+}
+
+void runDocumentEdit(const EditOptions& options, const char* word, const DocumentEdit& edit) {
+    run(options, word, [&](Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings) {
+        const std::string warning = edit(document, chosen);
+        if (!warning.empty()) warnings.add(document.name + ": " + warning);
+    });
 }
 
 } // namespace fcurvetool

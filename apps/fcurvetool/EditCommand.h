@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -48,7 +49,14 @@ std::string chooseOutput(const std::string& file, const std::string& output, boo
 /// user.
 using CurveEdit = std::function<std::string(VEM_FN::FCurveLib::FCurve& curve)>;
 
-/// Reads the file, edits the chosen curves, draws the picture if one is wanted, and writes all curves of the file.
+/// Reads the file, edits the chosen curves one by one, draws the picture if one is wanted, and writes all curves of the
+/// file.
 void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit);
+
+/// The same with one edit of all chosen curves together, or of the document.
+using CurvesEdit = std::function<std::string(const std::vector<NamedCurve>& chosen)>;
+void runEdits(const EditOptions& options, const char* word, const CurvesEdit& edit);
+using DocumentEdit = std::function<std::string(Document& document, const std::vector<NamedCurve>& chosen)>;
+void runDocumentEdit(const EditOptions& options, const char* word, const DocumentEdit& edit);
 
 } // namespace fcurvetool

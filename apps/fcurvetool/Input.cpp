@@ -151,6 +151,7 @@ void addCurveOption(CLI::App& command, InputOptions& options) {
                     "Only this curve: a name, a number as `info` counts them, or a pattern with * and ?; repeatable")
         ->type_name("WHICH")
         ->expected(1)
+        ->allow_extra_args(false) // what follows is a FILE
         ->take_all();
 }
 

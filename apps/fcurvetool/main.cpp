@@ -78,7 +78,16 @@ int run(int argc, char** argv) {
     fcurvetool::addTransform(app);
     fcurvetool::addFlip(app);
     fcurvetool::addInsert(app);
+    fcurvetool::addMove(app);
+    fcurvetool::addScale(app);
+    fcurvetool::addExtract(app);
+    fcurvetool::addMerge(app);
+    fcurvetool::addRename(app);
+    fcurvetool::addDelete(app);
+    fcurvetool::addDiff(app);
     fcurvetool::addFormats(app);
+    fcurvetool::addCompletion(app);
+    fcurvetool::addManual(app);
 
     const auto helpHint = [&app] {
         const auto chosen = app.get_subcommands();

@@ -61,6 +61,15 @@ public:
     /// Removes the curve and returns the position after it. Precondition: a position of this container other than
     /// end().
     iterator removeCurve(iterator position);
+    /// Whether this very curve is here. Constant time.
+    bool contains(const FCurve& curve) const noexcept { return m_positions.count(&curve) != 0; }
+    /// Moves a curve of this container before the position, which may be its own. Its iterators stay valid, and the
+    /// observers are told if the order changed. Returns the curve's element; end() for a curve that is not here.
+    /// Constant time.
+    iterator moveCurve(iterator position, FCurve& curve);
+    /// The same for a curve of another container: iterators to it go along, and the observers of both are told. Nothing
+    /// happens, and the result is end(), where it is not in the other one; a curve that is here already stays in both.
+    iterator moveCurve(iterator position, FCurveContainer& from, FCurve& curve);
     /// Removes all curves; properties stay. Tells the observers also when there was none.
     void clear();
     /// @}

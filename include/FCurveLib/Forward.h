@@ -129,6 +129,10 @@ template<class Parts>
 class FCURVELIB_API BasicHitRecord;
 template<class Parts>
 class FCURVELIB_API BasicHitRecordIterator;
+template<class Curve>
+class FCURVELIB_API BasicKeyView;
+template<class Curve>
+class FCURVELIB_API BasicKeyRange;
 template<class Filter, class Iterator>
 class FilterIterator;
 using HitRecord = BasicHitRecord<Private::MutableParts>;
@@ -142,12 +146,23 @@ template<class T>
 class Examined;
 class SelectionExaminer;
 class SelectionSnapshot;
+class KeyGroup;
+struct MoveOptions;
+struct MoveReport;
+class KeyClip;
+struct PasteOptions;
+struct PasteReport;
 
 enum SmoothFilter : std::uint32_t;
 enum FlipType : std::int32_t;
 enum RotationOrder : std::uint8_t;
 struct TransformResult;
 struct KeyframeInsertion;
+struct EditSettings;
+struct KeySetting;
+struct PartDifference;
+struct CurveDifference;
+struct DiffOptions;
 struct DrawnCurve;
 struct DrawOptions;
 class BadPictureSize;
@@ -167,6 +182,7 @@ struct KeyframeContents;
 struct SegmentContents;
 struct TangentContents;
 class EditProofWalk;
+class GroupPlan;
 class SelectionState;
 class Subscription;
 class SegmentMap;

@@ -356,6 +356,12 @@ TEST_F(Tool, EditsChangeTheChosenCurveOnly) {
         {"flip time", 2.0, 16.0, 2, ""},
         {"flip value --value 1", 2.0, -2.0, 2, ""},
         {"insert --at 4", 4.0, 8.0, 3, ""},
+        {"move --time 30.4 --value 1 --snap 1", 35.0, 11.0, 2, ""},
+        {"move --time -20 --range 5:20", -0.001 + 0.002, 20.0, 2,
+         "fcurvetool: warning: in.fcrvx: held back after -9.999 frames\n"},
+        {"move --time -20 --range 5:20 --cross", -5.0, 10.0, 2, ""},
+        {"scale --time 2 --value 0.5 --about 10", 0.0, 5.0, 2, ""},
+        {"delete --range 5:20", 5.0, 0.0, 1, ""},
         {"insert --at 10 --at 4", 4.0, 8.0, 3,
          "fcurvetool: warning: in.fcrvx: a: no key inserted at frame 10, where one stands already\n"},
     };
@@ -381,6 +387,89 @@ TEST_F(Tool, EditsChangeTheChosenCurveOnly) {
                 EXPECT_EQ(it->getLeftKey()->getX(), frame++ / 10.0);
         }
     }
+}
+
+TEST_F(Tool, CurvesAreTakenOutPutTogetherAndRenamed) {
+    const auto names = [&](const std::string& file) {
+        const auto curves = load(file);
+        std::vector<std::string> result;
+        for (const FCurve& curve : *curves) result.push_back(curve.getName());
+        return result;
+    };
+    writeCurves("abc.fcrvx", {"a", "b", "c"});
+    writeCurves("b.fcrvx", {"b"});
+    const auto done = [&](const std::string& arguments) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, 0) << arguments << result.err;
+        return names("out.fcrvx");
+    };
+    using Strings = std::vector<std::string>;
+    EXPECT_EQ(done("extract -c c -c a abc.fcrvx out.fcrvx"), (Strings{"c", "a"}));
+    EXPECT_EQ(done("delete -c b abc.fcrvx out.fcrvx"), (Strings{"a", "c"}));
+    EXPECT_THAT(run("rename --name d=x abc.fcrvx out.fcrvx").err, HasSubstr("abc.fcrvx: no curve \"d\""));
+    EXPECT_EQ(done("rename --name b=a --name 'a=b' --name 'c=*_2' abc.fcrvx out.fcrvx"), (Strings{"b", "a", "c_2"}));
+    EXPECT_EQ(done("merge b.fcrvx abc.fcrvx --replace -o out.fcrvx"), (Strings{"b", "a", "c"}));
+    EXPECT_EQ(load("out.fcrvx")->begin()->eval(10), 40.0) << "the last one, in the place of the first";
+    EXPECT_EQ(done("merge b.fcrvx abc.fcrvx --prefix -o out.fcrvx"), (Strings{"b:b", "abc:a", "abc:b", "abc:c"}));
+    EXPECT_THAT(run("merge b.fcrvx abc.fcrvx -o no.fcrvx").err, HasSubstr("abc.fcrvx: a curve \"b\" came before"));
+
+    EXPECT_EQ(run("extract --range 20:40 ball.fcrvx cut.fcrvx").code, 0);
+    const auto before = load("ball.fcrvx"), after = load("cut.fcrvx");
+    DiffOptions options;
+    options.start = 20;
+    options.end = 40;
+    for (auto i = before->begin(), j = after->begin(); i != before->end(); ++i, ++j) {
+        EXPECT_LT(Diff(*i, *j, options).largest, 1e-9);
+        EXPECT_EQ(Keys(*j).front().getX(), 20);
+        EXPECT_EQ(Keys(*j).back().getX(), 40);
+    }
+}
+
+TEST_F(Tool, DiffEndsWithOneBeyondTheTolerance) {
+    EXPECT_EQ(run("transform --move-value 0.25 ball.fcrvx up.fcrvx").code, 0);
+    EXPECT_EQ(run("convert ball.fcrvx same.fcrvb").code, 0);
+    const struct {
+        const char* arguments;
+        int code;
+        const char* says;
+    } rows[] = {{"ball.fcrvx same.fcrvb --keys", 0, ""},
+                {"ball.fcrvx up.fcrvx --tolerance 0.2501", 0, ""},
+                {"ball.fcrvx up.fcrvx --tolerance 0.24", 1, "height differs by 0.25 at frame "},
+                {"ball.fcrvx up.fcrvx --tolerance 0.2501 --keys -c squash", 0, ""},
+                {"ball.fcrvx slide.fcrvx -c height", 1, "height is not in slide.fcrvx"},
+                {"ball.fcrvx slide.fcrvx", 1, "height is not in slide.fcrvx, and 4 more"},
+                {"ball.fcrvx none.fcrvx", 1, "none.fcrvx: cannot be read"},
+                {"ball.fcrvx up.fcrvx --tolerance -1", 2, "--tolerance: must not be below 0"}};
+    for (const auto& row : rows) {
+        const Result result = run(std::string("diff ") + row.arguments);
+        EXPECT_EQ(result.code, row.code) << row.arguments << result.err;
+        EXPECT_THAT(result.err, HasSubstr(row.says)) << row.arguments;
+    }
+    EXPECT_THAT(run("diff ball.fcrvx up.fcrvx").out, HasSubstr("height     0.25"));
+    EXPECT_EQ(run("diff ball.fcrvx up.fcrvx -q").out, "");
+}
+
+TEST_F(Tool, TellsMachinesAndShells) {
+    writeCurves("one.fcrvx", {"a\"b\xff"});
+    const Result json = run("info --json one.fcrvx missing.fcrvx");
+    EXPECT_EQ(json.code, 1);
+    EXPECT_THAT(json.out, StartsWith("[\n  {\n    \"file\": \"one.fcrvx\",\n    \"format\": \"xml\","));
+    EXPECT_THAT(json.out, HasSubstr("\"name\": \"a\\\"b\xef\xbf\xbd\",\n        \"keys\": 2,"));
+    EXPECT_THAT(json.out, HasSubstr("\"linear()\": 1"));
+    // Every command is in the manual and in the completions, which the shell accepts.
+    const std::string page = run("manual").out;
+    const std::string bash = run("completion bash >c.bash && bash -n c.bash && cat c.bash").out;
+    const std::string fish = run("completion fish").out;
+    const std::string zsh = run("completion zsh").out;
+    for (const std::string& line : Lines(run("--help").out.substr(run("--help").out.find("Subcommands:")))) {
+        const std::string command = line.substr(0, 2) == "  " ? line.substr(2, line.find(' ', 2) - 2) : "";
+        if (command.empty()) continue;
+        EXPECT_THAT(page, HasSubstr("\n.SS " + command + "\n"));
+        EXPECT_THAT(bash, HasSubstr("\n        " + command + ") words='"));
+        EXPECT_THAT(fish, HasSubstr(" -a " + command + " -d '"));
+        EXPECT_THAT(zsh, HasSubstr("\n    " + command + ") _arguments"));
+    }
+    EXPECT_EQ(run("completion csh").code, 2);
 }
 
 TEST_F(Tool, OutputsReplaceFilesAsAWhole) {

@@ -37,6 +37,43 @@ TEST(FCurveContainer, HoldsEachCurveOnceAndInOrder) {
     EXPECT_EQ(counter.calls, 7) << "clear tells also when there was nothing";
 }
 
+TEST(FCurveContainer, MovesCurvesInsideAndBetweenContainers) {
+    const auto one = FCurveContainer::create(), two = FCurveContainer::create();
+    Counter counter;
+    one->subscribe(counter);
+    two->subscribe(counter);
+    const auto a = FCurve::create(), b = FCurve::create(), c = FCurve::create();
+    for (const auto& curve : {a, b, c}) one->addCurve(curve);
+    two->addCurve(b);
+    counter.calls = 0;
+    const auto order = [](FCurveContainer& container) {
+        std::vector<const FCurve*> curves;
+        for (const FCurve& curve : container) curves.push_back(&curve);
+        return curves;
+    };
+    const auto atC = std::prev(one->end());
+    EXPECT_EQ(&*one->moveCurve(one->begin(), *c), c.get());
+    EXPECT_THAT(order(*one), ElementsAre(c.get(), a.get(), b.get()));
+    EXPECT_EQ(atC, one->begin()) << "iterators stay";
+    EXPECT_EQ(counter.calls, 1);
+    one->moveCurve(atC, *c);
+    one->moveCurve(std::next(atC), *c);
+    EXPECT_EQ(counter.calls, 1) << "it stands there";
+
+    EXPECT_EQ(&*two->moveCurve(two->begin(), *one, *a), a.get());
+    EXPECT_THAT(order(*one), ElementsAre(c.get(), b.get()));
+    EXPECT_THAT(order(*two), ElementsAre(a.get(), b.get()));
+    EXPECT_EQ(counter.calls, 3) << "both containers tell";
+    EXPECT_TRUE(two->contains(*a) && !one->contains(*a));
+    EXPECT_EQ(&*two->moveCurve(two->begin(), *one, *b), b.get()) << "in both, and stays so";
+    EXPECT_TRUE(one->moveCurve(one->begin(), *a) == one->end());
+    EXPECT_TRUE(one->moveCurve(one->begin(), *two, *c) == one->end()) << "not in the other one";
+    EXPECT_EQ(counter.calls, 3);
+    two->moveCurve(two->end(), *two, *a);
+    EXPECT_THAT(order(*two), ElementsAre(b.get(), a.get()));
+    EXPECT_EQ(&*two->removeCurve(two->begin()), a.get());
+}
+
 TEST(FCurveContainer, PropertiesAndSwitches) {
     const auto container = FCurveContainer::create();
     Counter counter;

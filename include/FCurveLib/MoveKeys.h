@@ -1,0 +1,75 @@
+#pragma once
+
+#include "FCurveLib/Export.h"
+#include "FCurveLib/Forward.h"
+#include "FCurveLib/Vector2D.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+/// How a group of keys moves among the others.
+struct MoveOptions {
+    enum Others : std::uint8_t {
+        Stop,  ///< the group halts Keyframe::getMinSeparation() before the first key outside it
+        Cross, ///< keys of the group pass others, which stay; none comes nearer to another than that separation
+        Ripple ///< in each curve all keys after the group's first one shift along
+    };
+    Others others = Stop;
+    /// Grids for the group's first key in time (KeyGroup::getAnchor); where keys are scaled, for the key farthest from
+    /// the pivot. The others keep their distance, or proportion. 1 stands for whole frames; 0 and less, and what is not
+    /// finite, for no grid.
+    double frameStep = 0.0;
+    double frameOrigin = 0.0;
+    double valueStep = 0.0;
+    double valueOrigin = 0.0;
+};
+
+/// What came of it.
+struct MoveReport {
+    std::size_t keys = 0;    ///< of the group, still in their curves
+    std::size_t others = 0;  ///< keys outside the group that moved: those that shifted along, and breakdown keys
+    std::size_t renewed = 0; ///< keys of the group that passed another one, and are new objects now
+    bool isLimited = false;  ///< something held the group back in time
+    Vector2D<double> offset; ///< by how much the group's first key in time is now away from where it stood
+    Vector2D<double> factor; ///< by which distances are now scaled
+};
+
+/// \name Move and scale keys as one group
+/// From where the keys stood when the group was made, as one rigid whole over all its curves: where one key is held
+/// back all are, and distances between keys of the group never change, or change all by one factor.
+///
+///     o  . g . g  .  o      Stop:    g g stops before o
+///          ------>          Cross:   g g ends on both sides of o
+///                           Ripple:  o goes along
+///
+///  - Breakdown keys outside the group that lie beside keys of the group keep their proportion of the way, as when a
+///    single key is set; they do not hold the group back before they are 0.001 apart. Where keys cross, they stay.
+///  - Automatic tangents follow. Fixed ones keep their slope when keys move; when keys are scaled, theirs is scaled, so
+///    that the curve between keys of the group keeps its shape.
+///  - Keys keep their identity, except keys that pass another one: those leave the curve and come in again as new ones
+///    with all that belonged to them, properties, tangents and the segment that starts there; the group then refers to
+///    the new ones. The interpolators before the first and after the last key stay at the ends.
+///  - Keys that others have put closer than 0.001 keep that distance.
+///  - Observers hear what they hear of Keyframe::set, and of insertSegment and removeSegment where keys pass others. A
+///    curve in which no key passes another is complete before the first observer is called.
+///
+/// Arguments that are not finite, and factors of time of 0 and less, change nothing. Time: n log n in the number of
+/// keys that move (a little more where keys cross, to find room).
+/// @{
+FCURVELIB_API MoveReport MoveKeys(KeyGroup& group, const Vector2D<double>& offset, const MoveOptions& options = {});
+/// (x, y) of a key goes to pivot + factor * (distance from the pivot).
+FCURVELIB_API MoveReport ScaleKeys(KeyGroup& group, const Vector2D<double>& pivot, const Vector2D<double>& factor,
+                                   const MoveOptions& options = {});
+
+/// The selected keys, from where they are. For a drag, make a KeyGroup once.
+FCURVELIB_API MoveReport MoveKeys(Selection& selection, const Vector2D<double>& offset,
+                                  const MoveOptions& options = {});
+FCURVELIB_API MoveReport ScaleKeys(Selection& selection, const Vector2D<double>& pivot, const Vector2D<double>& factor,
+                                   const MoveOptions& options = {});
+/// @}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -1,0 +1,452 @@
+#include "selection/GroupPlan.h"
+
+#include "FCurveLib/Interpolator.h"
+#include "model/Raw.h"
+#include "model/TangentUpdate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+namespace Private {
+
+namespace {
+
+constexpr double kSeparation = Keyframe::getMinSeparation();
+
+double RoundingAt(double a, double b) noexcept {
+    return 1e-12 * std::max({1.0, std::abs(a), std::abs(b)});
+}
+
+// Where two neighbours meet on their ways; 1 if they do not.
+double Meeting(double leftX, double rightX, double leftWay, double rightWay) noexcept {
+    const double closing = leftWay - rightWay;
+    if (!(closing > RoundingAt(leftX, rightX))) return 1.0;
+    const double gap = rightX - leftX;
+    return std::min(1.0, (gap - std::min(gap, kSeparation)) / closing);
+}
+
+bool IsGrid(double step, double origin) noexcept {
+    return std::isfinite(step) && step > 0.0 && std::isfinite(origin);
+}
+
+double Scaled(double x, double pivot, double factor) noexcept {
+    return factor == 1.0 ? x : pivot + (x - pivot) * factor; // exactly x where nothing is scaled
+}
+
+} // namespace
+
+GroupPlan::GroupPlan(KeyGroup& group, const GroupTarget& target, const MoveOptions& options)
+    : m_group(group), m_target(target), m_options(options), m_factor(group.m_factor) {}
+
+MoveReport GroupPlan::run() {
+    gather();
+    if (!m_curves.empty()) {
+        snap();
+        planCurves();
+        m_part = limit();
+        m_report.isLimited = m_part < 1.0;
+        if (m_report.isLimited) limitToGrid();
+        m_factor = {m_group.m_factor.x + m_part * (m_target.factor.x - m_group.m_factor.x), m_target.factor.y};
+
+        // Curves in which nobody is passed are complete before anybody hears of it.
+        std::deque<PendingChanges> changes;
+        std::vector<std::pair<Curve*, std::vector<Spot>>> crossed;
+        for (Curve& curve : m_curves) {
+            std::vector<Spot> passing = passingOf(curve);
+            if (passing.empty())
+                move(curve, changes.emplace_back(curve.curve.get()));
+            else
+                crossed.emplace_back(&curve, std::move(passing));
+        }
+        for (PendingChanges& change : changes) change.notify();
+        for (auto& [curve, passing] : crossed) cross(*curve, std::move(passing));
+        m_group.m_factor = m_factor;
+        const Entry& anchor = m_group.m_entries[m_group.m_anchor];
+        m_report.offset = anchor.key->get() - anchor.start;
+    }
+    m_report.factor = m_group.m_factor;
+    return m_report;
+}
+
+// The keys that are in the curve where the group met them, curve by curve.
+void GroupPlan::gather() {
+    std::unordered_map<FCurve*, std::size_t> numbers;
+    for (Entry& entry : m_group.m_entries) {
+        FCurve* const curve = Read::curve(*entry.key);
+        if (!curve || curve != entry.curve.lock().get()) continue;
+        const auto [number, isNew] = numbers.try_emplace(curve, m_curves.size());
+        if (isNew) m_curves.push_back({curve->getShared(), {}, {}, {}});
+        m_curves[number->second].entries.push_back(&entry);
+        ++m_report.keys;
+    }
+    for (Curve& curve : m_curves)
+        std::sort(curve.entries.begin(), curve.entries.end(),
+                  [](const Entry* a, const Entry* b) { return a->key->getX() < b->key->getX(); });
+}
+
+// --- where to --------------------------------------------------------------------------------------------------------
+
+void GroupPlan::snap() {
+    const Entry* keyX = &m_group.m_entries[m_group.m_anchor];
+    const Entry* keyY = keyX;
+    if (m_target.scales) {
+        const auto farther = [](double pivot, double Vector2D<double>::*axis) {
+            return [=](const Entry& a, const Entry& b) {
+                return std::abs(a.start.*axis - pivot) < std::abs(b.start.*axis - pivot);
+            };
+        };
+        const auto& all = m_group.m_entries;
+        keyX = &*std::max_element(all.begin(), all.end(), farther(m_target.pivot.x, &Vector2D<double>::x));
+        keyY = &*std::max_element(all.begin(), all.end(), farther(m_target.pivot.y, &Vector2D<double>::y));
+    }
+    const auto snapAxis = [&](double Vector2D<double>::*axis, double step, double origin, const Entry*& key) {
+        double& offset = m_target.offset.*axis;
+        double& factor = m_target.factor.*axis;
+        const double start = key->start.*axis, pivot = m_target.pivot.*axis;
+        const double place = origin + std::round((Scaled(start, pivot, factor) + offset - origin) / step) * step;
+        const bool isUseful = m_target.scales ? factor != 1.0 && (place - pivot) / (start - pivot) > 0.0 : true;
+        if (!IsGrid(step, origin) || !std::isfinite(place) || !isUseful) {
+            key = nullptr;
+            return;
+        }
+        (m_target.scales ? factor : offset) = m_target.scales ? (place - pivot) / (start - pivot) : place - start;
+        m_grid.*axis = place;
+    };
+    snapAxis(&Vector2D<double>::x, m_options.frameStep, m_options.frameOrigin, keyX);
+    snapAxis(&Vector2D<double>::y, m_options.valueStep, m_options.valueOrigin, keyY);
+    m_snappedX = keyX;
+    m_snappedY = keyY;
+}
+
+Vector2D<double> GroupPlan::wantedOf(const Entry& entry) const {
+    return {&entry == m_snappedX ? m_grid.x
+                                 : Scaled(entry.start.x, m_target.pivot.x, m_target.factor.x) + m_target.offset.x,
+            &entry == m_snappedY ? m_grid.y
+                                 : Scaled(entry.start.y, m_target.pivot.y, m_target.factor.y) + m_target.offset.y};
+}
+
+double GroupPlan::wayOf(const Entry& entry) const {
+    return wantedOf(entry).x - entry.key->getX();
+}
+
+// Once the part of the way is known.
+Vector2D<double> GroupPlan::placeOf(const Spot& spot) const {
+    const double x = spot.key->getX() + m_part * spot.way;
+    if (!spot.entry) return {x, spot.key->getY()};
+    const Vector2D<double> wanted = wantedOf(*spot.entry);
+    return {m_part == 1.0 ? wanted.x : x, wanted.y};
+}
+
+void GroupPlan::planCurves() {
+    for (Curve& curve : m_curves) {
+        planCurve(curve);
+        if (m_options.others == MoveOptions::Cross) findRuns(curve);
+    }
+}
+
+void GroupPlan::planCurve(Curve& curve) const {
+    std::vector<Spot>& spots = curve.spots;
+    spots.clear();
+    if (m_options.others == MoveOptions::Cross) {
+        for (Entry* entry : curve.entries) spots.push_back({entry->key.get(), wayOf(*entry), entry, false});
+        return;
+    }
+    const bool ripples = m_options.others == MoveOptions::Ripple;
+    for (std::size_t next = 0; next < curve.entries.size();) {
+        // From the last key on the left that stays, to the first one on the right.
+        const std::size_t first = spots.size();
+        Keyframe* at = curve.entries[next]->key.get();
+        for (Keyframe* before = at; (before = Read::previousKey(*before));) {
+            at = before;
+            if (!before->isBreakdown()) break;
+        }
+        double way = 0.0;
+        bool isPast = false; // the first key of the group
+        for (; at; at = Read::nextKey(*at)) {
+            const bool isOfGroup = next < curve.entries.size() && curve.entries[next]->key.get() == at;
+            if (isOfGroup) {
+                way = wayOf(*curve.entries[next]);
+                isPast = true;
+                spots.push_back({at, way, curve.entries[next++], false});
+            } else if (isPast && ripples) {
+                spots.push_back({at, way, nullptr, false});
+            } else {
+                spots.push_back({at, 0.0, nullptr, at->isBreakdown()});
+                if (isPast && !at->isBreakdown()) break;
+            }
+        }
+        // A breakdown key keeps its proportion of the way between the two that it stands between.
+        for (std::size_t i = first; i < spots.size(); ++i) {
+            if (!spots[i].follows) continue;
+            std::size_t end = i;
+            while (end < spots.size() && spots[end].follows) ++end;
+            const Spot* const left = i > first ? &spots[i - 1] : nullptr;
+            const Spot* const right = end < spots.size() ? &spots[end] : nullptr;
+            for (; i < end; ++i) {
+                if (!left || !right) {
+                    spots[i].way = (left ? left : right)->way;
+                    continue;
+                }
+                const double from = left->key->getX(), to = right->key->getX();
+                spots[i].way = left->way + (spots[i].key->getX() - from) / (to - from) * (right->way - left->way);
+            }
+        }
+    }
+}
+
+void GroupPlan::findRuns(Curve& curve) const {
+    curve.runs.clear();
+    const auto keyOf = [&](std::size_t i) { return curve.entries[i]->key.get(); };
+    for (std::size_t i = 0; i < curve.entries.size(); ++i) {
+        if (i > 0 && Read::nextKey(*keyOf(i - 1)) == keyOf(i)) {
+            curve.runs.back().last = i;
+            curve.runs.back().after = Read::nextKey(*keyOf(i));
+        } else {
+            curve.runs.push_back({i, i, Read::previousKey(*keyOf(i)), Read::nextKey(*keyOf(i))});
+        }
+    }
+}
+
+// --- how far ---------------------------------------------------------------------------------------------------------
+
+double GroupPlan::limit() const {
+    double part = 1.0;
+    for (const Curve& curve : m_curves)
+        for (std::size_t i = 0; i + 1 < curve.spots.size(); ++i) {
+            const Spot &left = curve.spots[i], &right = curve.spots[i + 1];
+            part = std::min(part, Meeting(left.key->getX(), right.key->getX(), left.way, right.way));
+        }
+    if (m_options.others != MoveOptions::Cross) return part;
+    // Back from place to place until nobody lands too near to a key that stays.
+    constexpr std::size_t patience = 10'000'000;
+    for (std::size_t looks = 0; looks < patience && part > 0.0;) {
+        double room = part;
+        for (const Curve& curve : m_curves) {
+            looks += curve.entries.size();
+            for (const Entry* entry : curve.entries) room = std::min(room, roomFor(curve, *entry, part));
+        }
+        if (room == part) return part;
+        part = room;
+    }
+    return 0.0;
+}
+
+// The part of the way, not above the given one, at which the key is far enough from the keys that stay around it.
+double GroupPlan::roomFor(const Curve& curve, const Entry& entry, double part) const {
+    const double from = entry.key->getX(), way = wayOf(entry);
+    if (way == 0.0) return part;
+    const double x = from + part * way;
+    Segment& segment = Read::findSegment(*curve.curve, x);
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
+    if (const Run* run = left ? runOf(curve, *left) : nullptr) left = run->before;
+    if (const Run* run = right ? runOf(curve, *right) : nullptr) right = run->after;
+    const double least = kSeparation - RoundingAt(from, x);
+    const auto backFrom = [&](const Keyframe& other) {
+        const double halt = other.getX() + (way > 0.0 ? -kSeparation : kSeparation);
+        return std::max(0.0, std::min(part, (halt - from) / way));
+    };
+    if (left && x - left->getX() < least) return backFrom(*left);
+    if (right && right->getX() - x < least) return backFrom(*right);
+    return part;
+}
+
+// The run that the key is in; null for a key outside the group.
+const GroupPlan::Run* GroupPlan::runOf(const Curve& curve, const Keyframe& key) const {
+    const auto isBefore = [](const Entry* entry, double x) { return entry->key->getX() < x; };
+    const auto found = std::lower_bound(curve.entries.begin(), curve.entries.end(), key.getX(), isBefore);
+    if (found == curve.entries.end() || (*found)->key.get() != &key) return nullptr;
+    const auto number = static_cast<std::size_t>(found - curve.entries.begin());
+    const auto after = std::upper_bound(curve.runs.begin(), curve.runs.end(), number,
+                                        [](std::size_t i, const Run& run) { return i < run.first; });
+    return &*std::prev(after);
+}
+
+// The last place on the grid before the one where the group was held back; where it is, if there is none between.
+void GroupPlan::limitToGrid() {
+    if (!m_snappedX) return;
+    const double now = m_snappedX->key->getX();
+    const double step = m_options.frameStep, origin = m_options.frameOrigin;
+    constexpr int patience = 100'000;
+    for (int i = 0; i < patience && m_part < 1.0; ++i) {
+        const double way = m_grid.x - now;
+        const double place = (now + m_part * way - origin) / step;
+        const double rounding = 1e-9;
+        m_grid.x = origin + (way > 0.0 ? std::floor(place + rounding) : std::ceil(place - rounding)) * step;
+        if (way > 0.0 ? m_grid.x <= now : m_grid.x >= now) break;
+        const double start = m_snappedX->start.x, pivot = m_target.pivot.x;
+        if (m_target.scales)
+            m_target.factor.x = (m_grid.x - pivot) / (start - pivot);
+        else
+            m_target.offset.x = m_grid.x - start;
+        planCurves();
+        m_part = limit();
+        if (m_part > 1.0 - 1e-9) m_part = 1.0;
+    }
+    if (m_part < 1.0) m_part = 0.0;
+}
+
+// --- the move --------------------------------------------------------------------------------------------------------
+
+// Moves all keys of the curve at once, as Keyframe::set would one. Nothing, if the curve is not as it was planned.
+void GroupPlan::move(Curve& curve, PendingChanges& changes) {
+    std::vector<Move> moves;
+    for (const Spot& spot : curve.spots) {
+        if (Read::curve(*spot.key) != curve.curve.get()) return;
+        const Vector2D<double> to = placeOf(spot);
+        if (!std::isfinite(to.x) || !std::isfinite(to.y)) return;
+        if (to != spot.key->get() || (spot.entry && m_factor != m_group.m_factor))
+            moves.push_back({spot.key, to, spot.entry});
+    }
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        const Keyframe* const before = Read::previousKey(*moves[i].key);
+        const Keyframe* const after = Read::nextKey(*moves[i].key);
+        const bool isNext = i > 0 && moves[i - 1].key == before;
+        const bool isFollowed = i + 1 < moves.size() && moves[i + 1].key == after;
+        if (before && !((isNext ? moves[i - 1].to.x : before->getX()) < moves[i].to.x)) return;
+        if (after && !(moves[i].to.x < (isFollowed ? moves[i + 1].to.x : after->getX()))) return;
+    }
+    // In such an order that no key passes another on the way, not even for a moment.
+    for (auto move = moves.rbegin(); move != moves.rend(); ++move)
+        if (move->to.x > move->key->getX()) Raw::moveKey(*move->key, move->to);
+    for (const Move& move : moves)
+        if (move.to != move.key->get()) Raw::moveKey(*move.key, move.to);
+
+    for (const Move& move : moves) {
+        changes.moved(*move.key);
+        if (!move.entry) ++m_report.others;
+    }
+    for (std::size_t i = 0; i < moves.size();) {
+        const std::size_t first = i;
+        while (++i < moves.size() && Read::nextKey(*moves[i - 1].key) == moves[i].key) {
+        }
+        for (std::size_t k = first; k < i; ++k)
+            if (moves[k].entry) scaleHandles(*moves[k].entry, changes);
+        UpdateBeforeChange(Read::previousKey(*moves[first].key), changes);
+        UpdateTangents(moves[first].key, moves[i - 1].key, changes);
+        UpdateAfterChange(Read::nextKey(*moves[i - 1].key), changes);
+    }
+}
+
+// What hands have shaped scales with the keys.
+void GroupPlan::scaleHandles(const Entry& entry, PendingChanges& changes) const {
+    if (m_factor == m_group.m_factor) return;
+    Segment* const left = Read::leftSegment(*entry.key);
+    Segment* const right = Read::rightSegment(*entry.key);
+    const auto scale = [&](Tangent& tangent, Segment* segment, const Vector2D<double>& start) {
+        if (tangent.getType() == Tangent::Fixed)
+            EditHandle(tangent, segment, m_factor.x * start.x, m_factor.y * start.y, changes);
+    };
+    scale(*Read::inTangent(*left), left, entry.in);
+    scale(*Read::outTangent(*right), right, entry.out);
+}
+
+// The keys of the group that pass one outside it.
+std::vector<GroupPlan::Spot> GroupPlan::passingOf(const Curve& curve) const {
+    std::vector<Spot> passing;
+    for (const Run& run : curve.runs)
+        for (std::size_t i = run.first; i <= run.last; ++i) {
+            const double x = placeOf(curve.spots[i]).x;
+            if ((run.before && x <= run.before->getX()) || (run.after && x >= run.after->getX()))
+                passing.push_back(curve.spots[i]);
+        }
+    return passing;
+}
+
+namespace {
+
+// A key that has left its curve and is to come in again elsewhere, with all that is its own.
+struct Traveller {
+    std::shared_ptr<Keyframe> key;
+    std::shared_ptr<Segment> segment; // the one that starts there
+    std::shared_ptr<Tangent> in, out;
+    Vector2D<double> to;
+};
+
+void CopyProperties(const Segment& from, Segment& to) {
+    const std::vector<std::pair<std::string, std::string>> properties(from.beginProperties(), from.endProperties());
+    for (const auto& [key, value] : properties) to.setProperty(key.c_str(), value.c_str());
+}
+
+} // namespace
+
+// Observers are called at each step, and may do anything to the curve meanwhile: what is held here stays sound.
+void GroupPlan::cross(Curve& curve, std::vector<Spot> passing) {
+    std::vector<Traveller> travellers;
+    std::vector<Entry*> entries;
+    FCurve& c = *curve.curve;
+    for (const Spot& spot : passing) {
+        const Vector2D<double> to = placeOf(spot);
+        if (Read::curve(*spot.key) != &c || !std::isfinite(to.x) || !std::isfinite(to.y)) return;
+        travellers.push_back(
+            {spot.entry->key, spot.key->getRightSegment(), spot.key->getInTangent(), spot.key->getOutTangent(), to});
+        entries.push_back(spot.entry);
+    }
+    std::vector<Spot> stay;
+    std::size_t leaving = 0; // in the same order
+    for (const Spot& spot : curve.spots) {
+        if (leaving < entries.size() && spot.entry == entries[leaving])
+            ++leaving;
+        else
+            stay.push_back(spot);
+    }
+    curve.spots = std::move(stay);
+
+    const std::shared_ptr<Segment> oldEnd = (--c.end())->getShared();
+    const std::shared_ptr<Interpolator> outside = oldEnd->getInterpolator();
+    for (const Traveller& traveller : travellers)
+        if (Read::curve(*traveller.segment) == &c) c.removeSegment(Read::iteratorAt(c, *traveller.segment));
+    {
+        PendingChanges changes(&c);
+        move(curve, changes);
+        changes.notify();
+    }
+    std::vector<std::shared_ptr<Segment>> added;
+    for (std::size_t i = 0; i < travellers.size(); ++i) {
+        const Traveller& traveller = travellers[i];
+        traveller.key->set(traveller.to);
+        const auto place = c.insertSegment(*traveller.key, traveller.segment->getInterpolator());
+        added.push_back(place == c.end() ? nullptr : place->getShared());
+        if (place == c.end()) continue;
+        entries[i]->key = place->getLeftKey();
+        ++m_report.renewed;
+    }
+    const auto isHere = [&](const std::shared_ptr<Segment>& segment) { return segment && Read::curve(*segment) == &c; };
+    for (std::size_t i = 0; i < travellers.size(); ++i) {
+        if (!isHere(added[i])) continue;
+        CopyProperties(*travellers[i].segment, *added[i]);
+        const auto in = entries[i]->key->getInTangent(), out = entries[i]->key->getOutTangent();
+        if (in) *in = *travellers[i].in;
+        if (out) *out = *travellers[i].out;
+    }
+    // The limits of handles that were set for other spans, and the types that follow the keys around.
+    for (std::size_t i = 0; i < travellers.size(); ++i) {
+        if (!isHere(added[i])) continue;
+        for (const auto& tangent : {entries[i]->key->getInTangent(), entries[i]->key->getOutTangent()})
+            if (tangent) tangent->set(tangent->get());
+        PendingChanges changes(&c);
+        scaleHandles(*entries[i], changes);
+        changes.notify();
+    }
+    // What the curve does beyond its last key stays there: the new last key has it, and the old one that key's.
+    const std::shared_ptr<Segment> newEnd = (--c.end())->getShared();
+    const std::shared_ptr<Segment> old = isHere(oldEnd) ? oldEnd : [&] {
+        for (std::size_t i = 0; i < travellers.size(); ++i)
+            if (travellers[i].segment == oldEnd) return added[i];
+        return std::shared_ptr<Segment>();
+    }();
+    if (old == newEnd || !isHere(old)) return;
+    old->setInterpolator(newEnd->getInterpolator());
+    newEnd->setInterpolator(outside);
+}
+
+} // namespace Private
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

@@ -42,13 +42,18 @@ std::size_t KeysOf(const benchmark::State& state) {
     return static_cast<std::size_t>(state.range(0));
 }
 
+// Those of the picture in docs/playback.md.
+void Sizes(benchmark::internal::Benchmark* benchmark) {
+    for (const std::int64_t keys : {10, 100, 1000, 10000, 100000, 1000000}) benchmark->Arg(keys);
+}
+
 void CompiledRandomX(benchmark::State& state) {
     Random random(2);
     const auto curve = BezierCurve(KeysOf(state), random);
     const CompiledCurve compiled(*curve);
     Measure(state, RandomAbscissae(LastX(*curve), random), [&](double x) { return compiled.eval(x); });
 }
-BENCHMARK(CompiledRandomX)->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(CompiledRandomX)->Apply(Sizes);
 
 void CompiledCursor(benchmark::State& state) {
     Random random(3);
@@ -58,21 +63,21 @@ void CompiledCursor(benchmark::State& state) {
     Measure(state, Ascending(RandomAbscissae(LastX(*curve), random)),
             [&](double x) { return compiled.eval(x, cursor); });
 }
-BENCHMARK(CompiledCursor)->Arg(1000);
+BENCHMARK(CompiledCursor)->Apply(Sizes);
 
 void CompiledBatchAscending(benchmark::State& state) {
     Random random(3);
     const auto curve = BezierCurve(KeysOf(state), random);
     MeasureBatch(state, *curve, Ascending(RandomAbscissae(LastX(*curve), random)));
 }
-BENCHMARK(CompiledBatchAscending)->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(CompiledBatchAscending)->Apply(Sizes);
 
 void CompiledBatchRandom(benchmark::State& state) {
     Random random(2);
     const auto curve = BezierCurve(KeysOf(state), random);
     MeasureBatch(state, *curve, RandomAbscissae(LastX(*curve), random));
 }
-BENCHMARK(CompiledBatchRandom)->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(CompiledBatchRandom)->Apply(Sizes);
 
 void CompiledLinearAscending(benchmark::State& state) {
     Random random(3);

@@ -11,6 +11,10 @@
 #include <stdexcept>
 #include <unordered_map>
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -119,7 +123,7 @@ std::shared_ptr<const Segment> IsolatedCopy(const Segment& segment, const std::s
 
 std::size_t KeyCountOf(const FCurve* curve) {
     const std::size_t count = curve ? curve->size() - 1 : 0;
-    if (count >= UINT32_MAX / PlaybackCurve::bucketsPerKey)
+    if (count >= UINT32_MAX / (PlaybackCurve::bucketsPerKey + 1))
         throw std::length_error("A curve has too many keys to be compiled.");
     return count;
 }
@@ -128,17 +132,31 @@ std::uint32_t BucketCountFor(std::size_t keys) noexcept {
     return std::max<std::uint32_t>(static_cast<std::uint32_t>(keys) * PlaybackCurve::bucketsPerKey, 1);
 }
 
+// The last one tells where the last but one ends.
+std::size_t LineCountFor(std::uint32_t buckets) noexcept {
+    return (buckets - 1) / BucketLine::size + 2;
+}
+
 // The bytes of a curve's numbers: pieces and buckets.
 struct Sizes {
     explicit Sizes(std::size_t keys) noexcept
-        : pieces((keys + 1) * sizeof(Piece)),
-          buckets((std::size_t(BucketCountFor(keys)) + 1)
-                  * (keys > UINT16_MAX ? sizeof(std::uint32_t) : sizeof(std::uint16_t))),
-          all((pieces + buckets + sizeof(Piece) - 1) / sizeof(Piece) * sizeof(Piece)) {}
+        : pieces((keys + 1) * sizeof(Piece)), all(pieces + LineCountFor(BucketCountFor(keys)) * sizeof(BucketLine)) {}
     std::size_t pieces;
-    std::size_t buckets;
-    std::size_t all; // rounded up, so that the next curve's pieces are aligned
+    std::size_t all;
 };
+
+// A look-up in a large block goes to memory that no cache holds, and to the page tables as well if pages are small.
+// Where the system refuses, nothing is lost.
+void PreferHugePages(void* memory, std::size_t bytes) noexcept {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr std::size_t large = std::size_t(1) << 22, page = std::size_t(1) << 12;
+    if (bytes < large) return;
+    const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
+    ::madvise(static_cast<char*>(memory) + before, (bytes - before) / page * page, MADV_HUGEPAGE);
+#else
+    (void)memory, (void)bytes;
+#endif
+}
 
 } // namespace
 
@@ -149,7 +167,7 @@ public:
     explicit Compiler(PlaybackBlock& block) : m_block(block) {}
 
     // The arrays are there and have the right sizes, which the curve's count tells.
-    void compile(const FCurve& from, PlaybackCurve& curve, Piece* pieces, void* buckets) {
+    void compile(const FCurve& from, PlaybackCurve& curve, Piece* pieces, BucketLine* buckets) {
         m_curve = &curve;
         setRange(from);
         std::uint32_t bucket = 0;
@@ -160,7 +178,8 @@ public:
             if (i + 1 < curve.count) pieces[i + 1] = pieceOf(Read::interpolator(*segment), *segment);
             bucket = fillBuckets(buckets, bucket, curve.bucketOf(key.getX()) + 1, std::max(i, 1U));
         }
-        fillBuckets(buckets, bucket, curve.bucketCount + 1, curve.count);
+        fillBuckets(buckets, bucket, static_cast<std::uint32_t>(LineCountFor(curve.bucketCount)) * BucketLine::size,
+                    curve.count);
         // The ends may repeat what lies between them.
         pieces[curve.count] = pieceOf(Read::interpolator(*segment), *segment);
         if (curve.count != 0) {
@@ -183,11 +202,13 @@ private:
     }
 
     // Returns where the next ones begin.
-    std::uint32_t fillBuckets(void* buckets, std::uint32_t from, std::uint32_t to, std::uint32_t piece) const noexcept {
-        if (m_curve->isWide())
-            for (; from < to; ++from) static_cast<std::uint32_t*>(buckets)[from] = piece;
-        else
-            for (; from < to; ++from) static_cast<std::uint16_t*>(buckets)[from] = static_cast<std::uint16_t>(piece);
+    static std::uint32_t fillBuckets(BucketLine* lines, std::uint32_t from, std::uint32_t to,
+                                     std::uint32_t piece) noexcept {
+        for (; from < to; ++from) {
+            BucketLine& line = lines[from / BucketLine::size];
+            if (from % BucketLine::size == 0) line.first = piece;
+            line.more[from % BucketLine::size] = static_cast<std::uint8_t>(std::min(piece - line.first, 255U));
+        }
         return from;
     }
 
@@ -293,6 +314,7 @@ PlaybackBlock::PlaybackBlock(const std::vector<const FCurve*>& curves) {
     }
 
     m_memory.reset(::operator new(std::max<std::size_t>(bytes, 1), line));
+    PreferHugePages(m_memory.get(), bytes);
     auto* const memory = static_cast<unsigned char*>(m_memory.get());
     m_curves = reinterpret_cast<PlaybackCurve*>(memory);
     std::uninitialized_default_construct_n(m_curves, curves.size());
@@ -306,8 +328,9 @@ PlaybackBlock::PlaybackBlock(const std::vector<const FCurve*>& curves) {
         const Sizes sizes(curve.count);
         auto* const pieces = reinterpret_cast<Piece*>(next);
         curve.pieces = pieces;
-        curve.buckets = next + sizes.pieces;
-        compiler.compile(curves[i] ? *curves[i] : *empty, curve, pieces, next + sizes.pieces);
+        auto* const buckets = reinterpret_cast<BucketLine*>(next + sizes.pieces);
+        curve.buckets = buckets;
+        compiler.compile(curves[i] ? *curves[i] : *empty, curve, pieces, buckets);
         next += sizes.all;
     }
     for (std::size_t i = 0; i < curves.size(); ++i) m_curves[i].interpolators = m_interpolators.data();

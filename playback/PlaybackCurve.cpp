@@ -31,26 +31,31 @@ BezierArgs ArgsOf(const Piece& piece) noexcept {
 // finds it. Sides are picked by index: a branch on them would be mispredicted half of the time.
 struct Spot {
     double s;
-    std::size_t right; // 1 if the right key is nearer, else 0
+    bool right; // the right key is nearer
 };
+
+// Addresses, unlike doubles, are picked without a branch.
+const double& Pick(bool right, const double& r, const double& l) noexcept {
+    return right ? r : l;
+}
 
 Spot SpotOf(const Piece& piece, double x) noexcept {
     const double width = piece.x3 - piece.x0;
-    const double lefts[2] = {x - piece.x0, piece.x3 - x};
     const bool even = piece.isEven();
     const double middle = even ? 0.5 * width : Scalar::MiddleLanes({}, width, piece.outX, piece.inX);
-    const std::size_t right = lefts[0] > middle ? 1 : 0;
-    const double offset = lefts[right];
+    const bool right = x - piece.x0 > middle;
+    const double offset = std::abs(Pick(right, piece.x3, piece.x0) - x);
     if (offset <= (even ? piece.outX : GetEpsilon())) return {0.0, right};
     if (even) return {offset / width, right};
-    const double handles[2] = {piece.outX, 0.0 - piece.inX};
-    return {Scalar::SolveLanes({}, width, handles[right], handles[1 - right], offset, false), right};
+    const double near = std::abs(Pick(right, piece.inX, piece.outX));
+    const double far = std::abs(Pick(right, piece.outX, piece.inX));
+    return {Scalar::SolveLanes({}, width, near, far, offset, false), right};
 }
 
 BezierPlace PlaceOf(const Piece& piece, const BezierArgs& args, double x) noexcept {
     if (!piece.isFree()) {
         const Spot spot = SpotOf(piece, x);
-        return spot.right != 0 ? BezierPlace{1.0 - spot.s, spot.s} : BezierPlace{spot.s, 1.0 - spot.s};
+        return spot.right ? BezierPlace{1.0 - spot.s, spot.s} : BezierPlace{spot.s, 1.0 - spot.s};
     }
     if (x - args.x0 <= GetEpsilon()) return {0.0, 1.0};
     if (args.x3 - x <= GetEpsilon()) return {1.0, 0.0};
@@ -134,7 +139,7 @@ void EvalScattered(const LaneSet& lanes, std::size_t count, const CurveAt& curve
 } // namespace
 
 std::size_t PlaybackCurve::search(std::size_t from, double x) const noexcept {
-    const std::size_t to = isWide() ? entry<std::uint32_t>(bucketOf(x) + 1) : entry<std::uint16_t>(bucketOf(x) + 1);
+    const std::size_t to = buckets[bucketOf(x) / BucketLine::size + 1].first;
     const Piece* const found = std::partition_point(pieces + from, pieces + std::max(from, to),
                                                     [x](const Piece& piece) { return piece.x3 <= x; });
     return static_cast<std::size_t>(found - pieces);
@@ -165,10 +170,8 @@ double EvalFreePiece(const PlaybackCurve& curve, const Piece& piece, double x) {
 double EvalPiece(const PlaybackCurve& curve, const Piece& piece, double x) {
     if (piece.isFree()) return EvalFreePiece(curve, piece, x);
     const Spot spot = SpotOf(piece, x);
-    const double ys[2] = {piece.y0, piece.y3};
-    const double handles[2] = {piece.outY, piece.inY};
-    const std::size_t other = 1 - spot.right;
-    return Scalar::ValueLanes({}, spot.s, ys[spot.right], ys[other], handles[spot.right], handles[other]);
+    return Scalar::ValueLanes({}, spot.s, Pick(spot.right, piece.y3, piece.y0), Pick(spot.right, piece.y0, piece.y3),
+                              Pick(spot.right, piece.inY, piece.outY), Pick(spot.right, piece.outY, piece.inY));
 }
 
 double DifferentiatePiece(const PlaybackCurve& curve, const Piece& piece, double x, int order) {

@@ -23,15 +23,24 @@ struct PlaybackInterpolator {
     std::shared_ptr<const Segment> segment;
 };
 
+// The entries of sixty buckets, one line of cache: the piece at the start of the first one, and how many more there are
+// at the start of each; 255 stands for any larger number, too.
+struct BucketLine {
+    static constexpr std::uint32_t size = 60;
+    std::uint32_t first;
+    std::uint8_t more[size];
+};
+static_assert(sizeof(BucketLine) == 64);
+
 // A view into the block that holds the numbers; see Compile.h.
 //
 // The keyed range is cut into equal buckets, three for each key. A bucket's entry is the number of the piece at its
 // start, so an x is found by one computation and the comparison with the end of one piece or a few; however uneven the
 // keys are, the comparisons within a bucket grow as its logarithm. The abscissae are the pieces' own: a look-up in a
-// large curve reads two lines of memory.
+// large curve reads two lines of memory, of which the first, at three bytes a key, is mostly in a cache.
 struct PlaybackCurve {
-    const Piece* pieces = nullptr; // count + 1: piece i follows key i - 1
-    const void* buckets = nullptr; // bucketCount + 1 entries, of 16 bits where these hold the count, else 32
+    const Piece* pieces = nullptr;       // count + 1: piece i follows key i - 1
+    const BucketLine* buckets = nullptr; // as many as hold bucketCount, and one more that starts with the count
     const PlaybackInterpolator* interpolators = nullptr;
     double first = 0.0; // x of the first key, NaN where there is none
     double last = 0.0;
@@ -41,7 +50,6 @@ struct PlaybackCurve {
 
     static constexpr std::uint32_t bucketsPerKey = 3;
 
-    bool isWide() const noexcept { return count > UINT16_MAX; }
     const Piece& pieceAt(double x) const noexcept { return pieces[find(x)]; }
 
     // How many keys are not above x, which is the number of the piece that holds it; 0 for NaN.
@@ -61,7 +69,9 @@ struct PlaybackCurve {
     std::size_t guess(double x) const noexcept {
         if (!(x >= first)) return 0;
         if (x >= last) return count;
-        return isWide() ? entry<std::uint32_t>(bucketOf(x)) : entry<std::uint16_t>(bucketOf(x));
+        const std::uint32_t bucket = bucketOf(x);
+        const BucketLine& line = buckets[bucket / BucketLine::size];
+        return line.first + line.more[bucket % BucketLine::size];
     }
     std::size_t settle(std::size_t piece, double x) const noexcept {
         if (piece == 0 || piece == count) return piece;
@@ -78,16 +88,10 @@ struct PlaybackCurve {
     }
     // Where guess(x) looks.
     const void* bucketAt(double x) const noexcept {
-        if (!(x >= first && x < last)) return buckets;
-        return static_cast<const char*>(buckets)
-               + bucketOf(x) * (isWide() ? sizeof(std::uint32_t) : sizeof(std::uint16_t));
+        return x >= first && x < last ? buckets + bucketOf(x) / BucketLine::size : buckets;
     }
 
 private:
-    template<class Entry>
-    std::size_t entry(std::uint32_t bucket) const noexcept {
-        return static_cast<const Entry*>(buckets)[bucket];
-    }
     std::size_t search(std::size_t from, double x) const noexcept;
 };
 

@@ -20,4 +20,6 @@ done
 
 say "Table"
 python3 scripts/bench_table.py build/bench out/bench/*.json | tee out/bench/table.md
+# Fails where the filter has left out what it shows.
+python3 scripts/costs_picture.py out/bench/playback_costs.svg out/bench/*.json || true
 say "Written to $PWD/out/bench"

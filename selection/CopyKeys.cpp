@@ -86,10 +86,10 @@ PasteReport PasteKeys(const KeyClip& clip, const Curves& curves, const PasteOpti
     const Curves targets = TargetsOf(clip, curves, options.match);
     std::size_t number = 0;
     for (const FCurve& source : clip.getCurves()) {
-        const std::shared_ptr<FCurve> target = targets[number++];
+        const std::shared_ptr<FCurve>& target = targets[number++];
         const auto pasted = target ? Private::ShiftedCurve(source, frames, report.kept) : nullptr;
         if (!pasted) {
-            report.unmatched.push_back(source.getName());
+            report.unmatched.emplace_back(source.getName());
             continue;
         }
         if (options.mode == PasteOptions::Ripple) {

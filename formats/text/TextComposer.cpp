@@ -60,12 +60,12 @@ void AppendText(std::string& to, std::string_view text) {
 TextComposer::TextComposer() : m_text("fcurvetext 1.0\n") {}
 TextComposer::~TextComposer() = default;
 
-void TextComposer::indent(int depth) {
-    m_text.append(static_cast<std::size_t>(4 * depth), ' ');
+void TextComposer::indent(std::size_t depth) {
+    m_text.append(4 * depth, ' ');
 }
 
-void TextComposer::property(std::string& text, int depth, const char* key, const char* value) {
-    text.append(static_cast<std::size_t>(4 * depth), ' ');
+void TextComposer::property(std::string& text, std::size_t depth, const char* key, const char* value) {
+    text.append(4 * depth, ' ');
     text += "property ";
     AppendText(text, key);
     text += ' ';
@@ -106,7 +106,7 @@ void TextComposer::segmentProperty(const char* key, const char* value) {
 }
 
 // Ends a line, with a block if there is something for it.
-void TextComposer::block(std::string& lines, int depth) {
+void TextComposer::block(std::string& lines, std::size_t depth) {
     if (lines.empty()) {
         m_text += '\n';
         return;

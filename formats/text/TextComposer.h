@@ -3,6 +3,7 @@
 #include "FCurveLib/FormatInterface.h"
 #include "FCurveLib/Vector2D.h"
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -44,10 +45,10 @@ public:
     void keyframeProperty(const char* key, const char* value) override;
 
 private:
-    void indent(int depth);
-    void property(std::string& text, int depth, const char* key, const char* value);
+    void indent(std::size_t depth);
+    void property(std::string& text, std::size_t depth, const char* key, const char* value);
     void finishTangent(const char* word);
-    void block(std::string& properties, int depth);
+    void block(std::string& lines, std::size_t depth);
 
     std::string m_text;
     std::string m_body;       // of the segment: its block

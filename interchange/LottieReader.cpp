@@ -3,7 +3,7 @@
 #include "FCurveInterchange/Names.h"
 #include "interchange/Easing.h"
 #include "interchange/EasingFormats.h"
-#include "interchange/Json.h"
+#include "interchange/JsonTree.h"
 #include "interchange/Numbers.h"
 
 #include <FCurveLib/FormatType.h>
@@ -18,24 +18,38 @@ namespace Interchange {
 
 namespace {
 
+// The way to a value, spelled out only where something is wrong there.
+struct Way {
+    const Way* before = nullptr;
+    const char* word = nullptr; // or
+    std::size_t index = 0;
+    std::string text = {}; // of a way that begins here
+
+    std::string spelled() const {
+        if (!before) return text;
+        return before->spelled() + '/' + (word ? std::string(word) : std::to_string(index));
+    }
+};
+
 [[noreturn]] void Refuse(const std::string& path, const std::string& message) {
     throw BadDocument(message, 0, 0, path);
 }
+[[noreturn]] void Refuse(const Way& way, const std::string& message) {
+    Refuse(way.spelled(), message);
+}
 
-double NumberAt(const Json& value, const std::string& path) {
-    if (!value.is_number()) Refuse(path, "Expected a number.");
-    const auto number = value.get<double>();
-    if (!std::isfinite(number)) Refuse(path, "The number is not finite.");
-    return number;
+double NumberAt(const JsonValue& value, const Way& way) {
+    if (!value.isNumber()) Refuse(way, "Expected a number.");
+    return value.number();
 }
 
 // A number, or the one of the dimension in an array; where the array is shorter, the first.
-double PerDimension(const Json& value, std::size_t dimension, std::size_t dimensions, const std::string& path) {
-    if (!value.is_array()) return NumberAt(value, path);
+double PerDimension(const JsonValue& value, std::size_t dimension, std::size_t dimensions, const Way& way) {
+    if (!value.isArray()) return NumberAt(value, way);
     if (value.empty() || value.size() > std::max<std::size_t>(dimensions, 1))
-        Refuse(path, "Expected an array of 1 to " + std::to_string(dimensions) + " numbers.");
+        Refuse(way, "Expected an array of 1 to " + std::to_string(dimensions) + " numbers.");
     const std::size_t index = dimension < value.size() ? dimension : 0;
-    return NumberAt(value[index], path + '/' + std::to_string(index));
+    return NumberAt(value[index], {&way, nullptr, index});
 }
 
 struct Frame {
@@ -46,71 +60,73 @@ struct Frame {
     std::vector<Easing> easings; // by dimension; none where there are no handles
     std::vector<double> leave;   // the path's handles, as offsets
     std::vector<double> arrive;
-    std::string path;
 };
 
-std::vector<double> NumbersAt(const Json& value, const std::string& path) {
+std::vector<double> NumbersAt(const JsonValue& value, const Way& way) {
     std::vector<double> numbers;
-    if (!value.is_array()) {
-        numbers.push_back(NumberAt(value, path));
+    if (!value.isArray()) {
+        numbers.push_back(NumberAt(value, way));
         return numbers;
     }
-    for (std::size_t i = 0; i < value.size(); ++i)
-        numbers.push_back(NumberAt(value[i], path + '/' + std::to_string(i)));
-    if (numbers.empty()) Refuse(path, "The array is empty.");
+    numbers.reserve(value.size());
+    for (std::size_t i = 0; i < value.size(); ++i) numbers.push_back(NumberAt(value[i], {&way, nullptr, i}));
+    if (numbers.empty()) Refuse(way, "The array is empty.");
     return numbers;
 }
 
-Easing EasingAt(const Json& frame, std::size_t dimension, std::size_t dimensions, const std::string& path) {
+Easing EasingAt(const JsonValue& frame, std::size_t dimension, std::size_t dimensions, const Way& way) {
     double numbers[4];
     double* next = numbers;
     for (const char* handle : {"o", "i"}) {
+        const Way place{&way, handle};
+        const JsonValue object = frame[handle];
         for (const char* axis : {"x", "y"}) {
-            const std::string place = path + '/' + handle;
-            const Json& object = frame[handle];
-            if (!object.is_object() || !object.contains(axis))
-                Refuse(place, std::string("\"") + axis + "\" is missing.");
-            *next++ = PerDimension(object[axis], dimension, dimensions, place + '/' + axis);
+            if (!object.contains(axis)) Refuse(place, std::string("\"") + axis + "\" is missing.");
+            *next++ = PerDimension(object[axis], dimension, dimensions, {&place, axis});
         }
     }
     return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
 // The keyframes of a property. Shapes, whose values are objects, are none of ours: empty.
-std::vector<Frame> FramesAt(const Json& keyframes, const std::string& path) {
+std::vector<Frame> FramesAt(const JsonValue& keyframes, const std::string& path) {
+    const Way whole{nullptr, nullptr, 0, path};
     std::vector<Frame> frames;
+    frames.reserve(keyframes.size());
     std::size_t dimensions = 0;
     for (std::size_t i = 0; i < keyframes.size(); ++i) {
-        const Json& keyframe = keyframes[i];
-        Frame frame;
-        frame.path = path + '/' + std::to_string(i);
-        if (!keyframe.is_object() || !keyframe.contains("t")) Refuse(frame.path, "\"t\" is missing.");
-        frame.t = NumberAt(keyframe["t"], frame.path + "/t");
-        if (!frames.empty() && frame.t < frames.back().t) Refuse(frame.path + "/t", "The time goes back.");
+        const JsonValue keyframe = keyframes[i];
+        const Way way{&whole, nullptr, i};
+        Frame& frame = frames.emplace_back();
+        if (!keyframe.contains("t")) Refuse(way, "\"t\" is missing.");
+        frame.t = NumberAt(keyframe["t"], {&way, "t"});
+        if (i > 0 && frame.t < frames[i - 1].t) Refuse({&way, "t"}, "The time goes back.");
         const bool isLast = i + 1 == keyframes.size();
-        if (keyframe.contains("s")) {
-            if (keyframe["s"].is_array() && !keyframe["s"].empty() && keyframe["s"][0].is_object()) return {};
-            frame.start = NumbersAt(keyframe["s"], frame.path + "/s");
-        } else if (isLast && !frames.empty()) {
-            frame.start = frames.back().end; // as old files end
+        const JsonValue start = keyframe["s"];
+        if (!start.isNull()) {
+            if (start.isArray() && !start.empty() && start[std::size_t{0}].isObject()) return {};
+            frame.start = NumbersAt(start, {&way, "s"});
+        } else if (isLast && i > 0) {
+            frame.start = frames[i - 1].end; // as old files end
         }
-        if (frame.start.empty()) Refuse(frame.path, "\"s\" is missing.");
+        if (frame.start.empty()) Refuse(way, "\"s\" is missing.");
         if (dimensions == 0) dimensions = frame.start.size();
-        if (frame.start.size() != dimensions) Refuse(frame.path + "/s", "The array has another length than before.");
-        if (keyframe.contains("e")) frame.end = NumbersAt(keyframe["e"], frame.path + "/e");
-        if (!frame.end.empty() && frame.end.size() != dimensions)
-            Refuse(frame.path + "/e", "The array has another length than before.");
-        frame.isHeld = keyframe.contains("h") && keyframe["h"].is_number() && keyframe["h"].get<double>() == 1.0;
-        if (keyframe.contains("o") && keyframe.contains("i") && !isLast)
+        const char* const isUneven = "The array has another length than before.";
+        if (frame.start.size() != dimensions) Refuse({&way, "s"}, isUneven);
+        if (const JsonValue end = keyframe["e"]; !end.isNull()) frame.end = NumbersAt(end, {&way, "e"});
+        if (!frame.end.empty() && frame.end.size() != dimensions) Refuse({&way, "e"}, isUneven);
+        frame.isHeld = keyframe["h"].isNumber() && keyframe["h"].number() == 1.0;
+        if (!isLast && keyframe.contains("o") && keyframe.contains("i")) {
+            frame.easings.reserve(dimensions);
             for (std::size_t d = 0; d < dimensions; ++d)
-                frame.easings.push_back(EasingAt(keyframe, d, dimensions, frame.path));
+                frame.easings.push_back(EasingAt(keyframe, d, dimensions, way));
+        }
         if (keyframe.contains("to") && keyframe.contains("ti")) {
-            if (!keyframe["to"].is_null()) frame.leave = NumbersAt(keyframe["to"], frame.path + "/to");
-            if (!keyframe["ti"].is_null()) frame.arrive = NumbersAt(keyframe["ti"], frame.path + "/ti");
+            if (!keyframe["to"].isNull()) frame.leave = NumbersAt(keyframe["to"], {&way, "to"});
+            if (!keyframe["ti"].isNull()) frame.arrive = NumbersAt(keyframe["ti"], {&way, "ti"});
             frame.leave.resize(dimensions);
             frame.arrive.resize(dimensions);
         }
-        frames.push_back(std::move(frame));
     }
     return frames;
 }
@@ -135,16 +151,16 @@ bool IsCurved(const Frame& frame, const std::vector<double>& end) {
 
 class LottieDocument {
 public:
-    explicit LottieDocument(const Json& root) {
+    explicit LottieDocument(const JsonValue& root) {
         double rate = 0.0;
-        if (root.is_object() && root.contains("fr") && root["fr"].is_number()) rate = root["fr"].get<double>();
+        if (root.isObject() && root.contains("fr") && root["fr"].isNumber()) rate = root["fr"].number();
         m_document.properties.emplace_back(kFrameRate, NumberText(FrameRateOr(rate)));
         for (const auto& [member, property] : {std::pair("ip", kFirstFrame), std::pair("op", kLastFrame)})
-            if (root.is_object() && root.contains(member) && root[member].is_number())
-                m_document.properties.emplace_back(property, NumberText(root[member].get<double>()));
-        if (!root.is_object()) Refuse("", "Expected an object.");
+            if (root.isObject() && root.contains(member) && root[member].isNumber())
+                m_document.properties.emplace_back(property, NumberText(root[member].number()));
+        if (!root.isObject()) Refuse("", "Expected an object.");
         if (root.contains("layers")) {
-            if (!root["layers"].is_array()) Refuse("/layers", "Expected an array.");
+            if (!root["layers"].isArray()) Refuse("/layers", "Expected an array.");
             for (std::size_t i = 0; i < root["layers"].size(); ++i) ReadLayer(root["layers"][i], i);
         } else if (root.contains("k") || root.contains("s")) {
             Read(root, TextOf(root, "nm").empty() ? "property" : TextOf(root, "nm"), "", true);
@@ -156,15 +172,11 @@ public:
     Document take() { return std::move(m_document); }
 
 private:
-    static std::string TextOf(const Json& object, const char* member) {
-        return object.is_object() && object.contains(member) && object[member].is_string()
-                   ? object[member].get<std::string>()
-                   : std::string();
-    }
+    static std::string TextOf(const JsonValue& object, const char* member) { return object[member].text(); }
 
-    void ReadLayer(const Json& layer, std::size_t index);
-    void Walk(const Json& value, const std::string& name, const std::string& path);
-    void Read(const Json& property, const std::string& name, const std::string& path, bool isWhole);
+    void ReadLayer(const JsonValue& layer, std::size_t index);
+    void Walk(const JsonValue& value, const std::string& name, const std::string& path);
+    void Read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole);
     void ReadDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track);
     bool ReadArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks);
 
@@ -175,51 +187,53 @@ std::string Joined(const std::string& name, const std::string& channel) {
     return name.empty() ? channel : name + '/' + channel;
 }
 
-void LottieDocument::ReadLayer(const Json& layer, std::size_t index) {
+void LottieDocument::ReadLayer(const JsonValue& layer, std::size_t index) {
     const std::string path = "/layers/" + std::to_string(index);
-    if (!layer.is_object()) Refuse(path, "Expected an object.");
+    if (!layer.isObject()) Refuse(path, "Expected an object.");
     const std::string name = layer.contains("nm") ? TextOf(layer, "nm") : '#' + std::to_string(index + 1);
     static constexpr const char* transforms[][2] = {
         {"o", "opacity"},   {"r", "rotateZ"}, {"rx", "rotateX"}, {"ry", "rotateY"}, {"rz", "rotateZ"},
         {"p", "translate"}, {"s", "scale"},   {"a", "anchor"},   {"sk", "skew"},    {"sa", "skewAxis"}};
-    for (auto member = layer.begin(); member != layer.end(); ++member) {
-        const std::string place = path + '/' + member.key();
-        if (member.key() == "ks" && member->is_object()) {
-            for (const auto& [key, channel] : transforms)
-                if (member->contains(key)) Read((*member)[key], Joined(name, channel), place + '/' + key, false);
-        } else if (member.key() == "ef" && member->is_array()) {
-            for (std::size_t i = 0; i < member->size(); ++i) {
-                const Json& effect = (*member)[i];
+    for (std::size_t m = 0; m < layer.size(); ++m) {
+        const std::string& key = layer.key(m);
+        const JsonValue value = layer[m];
+        const std::string place = path + '/' + key;
+        if (key == "ks" && value.isObject()) {
+            for (const auto& [word, channel] : transforms)
+                if (value.contains(word)) Read(value[word], Joined(name, channel), place + '/' + word, false);
+        } else if (key == "ef" && value.isArray()) {
+            for (std::size_t i = 0; i < value.size(); ++i) {
+                const JsonValue effect = value[i];
                 const std::string here = place + '/' + std::to_string(i);
                 // A slider alone has the effect's name, which is what a curve without another home has.
-                const bool isSlider = effect.is_object() && effect.contains("ef") && effect["ef"].is_array()
-                                      && effect["ef"].size() == 1 && effect["ef"][0].is_object()
-                                      && effect["ef"][0].contains("v");
+                const bool isSlider = effect.isObject() && effect.contains("ef") && effect["ef"].isArray()
+                                      && effect["ef"].size() == 1 && effect["ef"][std::size_t{0}].isObject()
+                                      && effect["ef"][std::size_t{0}].contains("v");
                 if (isSlider)
-                    Read(effect["ef"][0]["v"], Joined(name, TextOf(effect, "nm")), here + "/ef/0/v", false);
+                    Read(effect["ef"][std::size_t{0}]["v"], Joined(name, TextOf(effect, "nm")), here + "/ef/0/v",
+                         false);
                 else
                     Walk(effect, Joined(name, "ef." + std::to_string(i)), here);
             }
         } else {
-            Walk(*member, Joined(name, member.key()), place);
+            Walk(value, Joined(name, key), place);
         }
     }
 }
 
 // Properties anywhere below, by the way to them.
-void LottieDocument::Walk(const Json& value, const std::string& name, const std::string& path) {
-    if (value.is_object() && value.contains("k") && value["k"].is_array() && !value["k"].empty()
-        && value["k"][0].is_object() && value["k"][0].contains("t")) {
+void LottieDocument::Walk(const JsonValue& value, const std::string& name, const std::string& path) {
+    if (value.isObject() && value.contains("k") && value["k"].isArray() && !value["k"].empty()
+        && value["k"][std::size_t{0}].isObject() && value["k"][std::size_t{0}].contains("t")) {
         Read(value, name, path, false);
         return;
     }
-    if (value.is_object()) {
-        for (auto member = value.begin(); member != value.end(); ++member)
-            if (member->is_structured()) Walk(*member, name + '.' + member.key(), path + '/' + member.key());
-    } else if (value.is_array()) {
+    if (value.isObject()) {
         for (std::size_t i = 0; i < value.size(); ++i)
-            if (value[i].is_structured())
-                Walk(value[i], name + '.' + std::to_string(i), path + '/' + std::to_string(i));
+            if (value[i].isStructured()) Walk(value[i], name + '.' + value.key(i), path + '/' + value.key(i));
+    } else if (value.isArray()) {
+        for (std::size_t i = 0; i < value.size(); ++i)
+            if (value[i].isStructured()) Walk(value[i], name + '.' + std::to_string(i), path + '/' + std::to_string(i));
     }
 }
 
@@ -340,19 +354,19 @@ bool LottieDocument::ReadArcs(const std::vector<Frame>& frames, std::vector<Trac
     return true;
 }
 
-void LottieDocument::Read(const Json& property, const std::string& name, const std::string& path, bool isWhole) {
-    if (!property.is_object()) Refuse(path, "Expected an object.");
-    if (property.contains("s") && property["s"].is_boolean() && property["s"].get<bool>()) {
+void LottieDocument::Read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole) {
+    if (!property.isObject()) Refuse(path, "Expected an object.");
+    if (property.contains("s") && property["s"].isTrue()) {
         for (const auto& [member, axis] : {std::pair("x", 'X'), std::pair("y", 'Y'), std::pair("z", 'Z')})
-            if (property.contains(member) && property[member].is_object())
+            if (property.contains(member) && property[member].isObject())
                 Read(property[member], name + axis, path + '/' + member, isWhole);
         return;
     }
     if (!property.contains("k")) Refuse(path, "\"k\" is missing.");
-    const Json& k = property["k"];
+    const JsonValue k = property["k"];
     const std::string place = path + "/k";
-    if (k.is_array() && k.empty()) Refuse(place, "The array is empty.");
-    const bool isAnimated = k.is_array() && k[0].is_object();
+    if (k.isArray() && k.empty()) Refuse(place, "The array is empty.");
+    const bool isAnimated = k.isArray() && k[std::size_t{0}].isObject();
     if (!isAnimated && !isWhole) return; // what does not move is no curve
     std::vector<Frame> frames;
     if (isAnimated) {
@@ -361,9 +375,9 @@ void LottieDocument::Read(const Json& property, const std::string& name, const s
             Lose({name, Loss::Curves, Loss::Dropped, "an animated shape", 1, {}, 0.0, 0.0});
             return;
         }
-    } else if (k.is_number() || k.is_array()) {
+    } else if (k.isNumber() || k.isArray()) {
         frames.emplace_back();
-        frames.back().start = NumbersAt(k, place);
+        frames.back().start = NumbersAt(k, Way{nullptr, nullptr, 0, place});
     } else {
         Refuse(place, "Expected numbers or keyframes.");
     }
@@ -398,7 +412,7 @@ void LottieDocument::Read(const Json& property, const std::string& name, const s
 LottieReader::LottieReader() : CurveReader(FormatType("lottie", "Lottie animation", "json")) {}
 
 Document LottieReader::parse(std::string_view bytes) const {
-    return LottieDocument(ParseJson(bytes)).take();
+    return LottieDocument(JsonTree(bytes).root()).take();
 }
 
 // An object whose members are those of an animation or of a property.

@@ -36,4 +36,10 @@ PYBIND11_MODULE(_core, module) {
     BindEvaluation(curve);
     BindContainer(container);
     BindFiles(module);
+    BindArrays(module);
+    BindTools(module, curve);
+    BindPlayback(module, curve, container);
+    BindDrawing(module);
+    BindObservers(module, curve);
+    BindConversion(module);
 }

@@ -82,7 +82,7 @@ py::object ErrorClass(const char* name);
 InterpolatorPtr ToInterpolator(py::handle source);
 /// The expression; a kind's without its parentheses.
 py::str ShortExpression(const Segment& segment);
-/// The callable behind an interpolator that is written in Python, else an empty handle.
+/// The callable behind an interpolator that was made from one, and not by a name in a text; else an empty handle.
 py::handle HostFunction(const Interpolator* interpolator);
 /// @}
 
@@ -168,6 +168,12 @@ void BindKeys(py::module_& module, CurveClass& curve);
 void BindEvaluation(CurveClass& curve);
 void BindContainer(ContainerClass& container);
 void BindFiles(py::module_& module);
+void BindArrays(py::module_& module);
+void BindTools(py::module_& module, CurveClass& curve);
+void BindPlayback(py::module_& module, CurveClass& curve, ContainerClass& container);
+void BindDrawing(py::module_& module);
+void BindObservers(py::module_& module, CurveClass& curve);
+void BindConversion(py::module_& module);
 
 } // namespace FCurvePython
 

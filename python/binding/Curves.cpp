@@ -59,7 +59,9 @@ bool Same(const Keyframe& a, const Keyframe& b) {
 }
 
 bool Same(const InterpolatorPtr& a, const InterpolatorPtr& b) {
-    return a == b || (a && b && std::strcmp(a->getExpression(), b->getExpression()) == 0);
+    return a == b
+           || (a && b && std::strcmp(a->getExpression(), b->getExpression()) == 0
+               && HostFunction(a.get()).is(HostFunction(b.get())));
 }
 
 bool Same(const Segment& a, const Segment& b) {

@@ -10,18 +10,24 @@ curve; evaluating one that nobody edits is safe from any number.
 """
 
 from . import _core, _views
-from ._core import (Container, Curve, Interpolator, Interpolators, Key, Keys, Properties, Segment, Segments, Tangent,
-                    kinds)
+from ._core import (CompiledCurve, Container, Curve, FitReport, Interpolator, Interpolators, Key, Keys, Loss, Pose,
+                    Properties, Report, Segment, Segments, Tangent, add, blend, draw, fit_report, key_dtype, kinds,
+                    unroll)
 from ._errors import (Error, FileAccessError, FileError, FileMissingError, FormatError, FormulaError, PictureSizeError,
                       UnknownFormatError)
-from ._files import Format, dumps, formats, load, loads, save
+from ._files import Format, convert, dumps, formats, load, loads, save
+from ._names import register, unregister
+from ._observers import Change, Subscription, drag, on_change
+from ._tools import CurveArrays, fit, tangent_types
 
 __version__ = "19.0.0"
 
 __all__ = [
-    "Container", "Curve", "Error", "FileAccessError", "FileError", "FileMissingError", "Format", "FormatError",
-    "FormulaError", "Interpolator", "Interpolators", "Key", "Keys", "PictureSizeError", "Properties", "Segment",
-    "Segments", "Tangent", "UnknownFormatError", "dumps", "formats", "kinds", "load", "loads", "save",
+    "Change", "CompiledCurve", "Container", "Curve", "CurveArrays", "Error", "FileAccessError", "FileError",
+    "FileMissingError", "FitReport", "Format", "FormatError", "FormulaError", "Interpolator", "Interpolators", "Key",
+    "Keys", "Loss", "PictureSizeError", "Pose", "Properties", "Report", "Segment", "Segments", "Subscription", "Tangent",
+    "UnknownFormatError", "add", "blend", "convert", "draw", "drag", "dumps", "fit", "fit_report", "formats",
+    "key_dtype", "kinds", "load", "loads", "on_change", "register", "save", "tangent_types", "unregister", "unroll",
 ]
 
 _views.complete()

@@ -3,9 +3,9 @@
 from __future__ import annotations
 
 from collections.abc import ItemsView, Iterator, Mapping, MutableMapping, Sequence, ValuesView
-from typing import Any
+from typing import Any, Union
 
-from . import _core
+from . import _core, _observers, _plot, _tools
 
 
 # Names need not be unique in a container, so that these views walk over the curves themselves.
@@ -30,11 +30,24 @@ def _complete(cls: Any, base: Any, names: str) -> None:
             setattr(cls, name, getattr(base, name))
 
 
+def _picture(curves: Union[_core.Curve, _core.Container]) -> str:
+    """A picture for a notebook, which wants the element alone."""
+    document = _core.draw(curves, width=720)
+    return document[document.index("<svg"):]
+
+
 def complete() -> None:
     setattr(_core.Container, "values", lambda self: CurvesView(self))
     setattr(_core.Container, "items", lambda self: NamedCurvesView(self))
     setattr(_core.Properties, "__eq__", Mapping.__eq__)
     _complete(_core.Container, MutableMapping, "keys get pop popitem setdefault update")
     _complete(_core.Properties, MutableMapping, "keys values items get pop popitem setdefault update")
+    for name, function in (("to_arrays", _tools.to_arrays), ("from_arrays", staticmethod(_tools.from_arrays)),
+                           ("plot", _plot.plot)):
+        setattr(_core.Curve, name, function)
+    for cls in (_core.Curve, _core.Container):
+        setattr(cls, "on_change", _observers.observe)
+        setattr(cls, "_repr_svg_", _picture)
+    _complete(_core.Report, Sequence, "index count __iter__ __contains__ __reversed__")
     for view in (_core.Keys, _core.Segments, _core.Interpolators):
         _complete(view, Sequence, "index count __iter__ __contains__ __reversed__")

@@ -79,11 +79,13 @@ public:
 
     void run() {
         compareHead();
-        for (auto i = m_original.begin(); i != m_original.end(); ++i) {
-            const bool hasLeft = i->getLeftKey() != nullptr;
-            const bool hasRight = i->getRightKey() != nullptr;
-            if (hasLeft) compareKey(*i->getLeftKey(), *i);
-            hasLeft&& hasRight ? compareSegment(*i) : compareEnd(*i);
+        for (const Segment& segment : m_original) {
+            const auto left = segment.getLeftKey();
+            if (left) compareKey(*left, segment);
+            if (left && segment.getRightKey())
+                compareSegment(segment);
+            else
+                compareEnd(segment);
         }
         compareRange();
     }

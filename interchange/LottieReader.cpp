@@ -161,9 +161,9 @@ public:
         if (!root.isObject()) Refuse("", "Expected an object.");
         if (root.contains("layers")) {
             if (!root["layers"].isArray()) Refuse("/layers", "Expected an array.");
-            for (std::size_t i = 0; i < root["layers"].size(); ++i) ReadLayer(root["layers"][i], i);
+            for (std::size_t i = 0; i < root["layers"].size(); ++i) readLayer(root["layers"][i], i);
         } else if (root.contains("k") || root.contains("s")) {
-            Read(root, TextOf(root, "nm").empty() ? "property" : TextOf(root, "nm"), "", true);
+            read(root, textOf(root, "nm").empty() ? "property" : textOf(root, "nm"), "", true);
         } else {
             Refuse("", "There are neither layers nor a property.");
         }
@@ -172,13 +172,13 @@ public:
     Document take() { return std::move(m_document); }
 
 private:
-    static std::string TextOf(const JsonValue& object, const char* member) { return object[member].text(); }
+    static std::string textOf(const JsonValue& object, const char* member) { return object[member].text(); }
 
-    void ReadLayer(const JsonValue& layer, std::size_t index);
-    void Walk(const JsonValue& value, const std::string& name, const std::string& path);
-    void Read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole);
-    void ReadDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track);
-    bool ReadArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks);
+    void readLayer(const JsonValue& layer, std::size_t index);
+    void walk(const JsonValue& value, const std::string& name, const std::string& path);
+    void read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole);
+    void readDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track);
+    bool readArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks);
 
     Document m_document;
 };
@@ -187,20 +187,22 @@ std::string Joined(const std::string& name, const std::string& channel) {
     return name.empty() ? channel : name + '/' + channel;
 }
 
-void LottieDocument::ReadLayer(const JsonValue& layer, std::size_t index) {
+void LottieDocument::readLayer(const JsonValue& layer, std::size_t index) {
     const std::string path = "/layers/" + std::to_string(index);
     if (!layer.isObject()) Refuse(path, "Expected an object.");
-    const std::string name = layer.contains("nm") ? TextOf(layer, "nm") : '#' + std::to_string(index + 1);
+    const std::string name = layer.contains("nm") ? textOf(layer, "nm") : '#' + std::to_string(index + 1);
     static constexpr const char* transforms[][2] = {
         {"o", "opacity"},   {"r", "rotateZ"}, {"rx", "rotateX"}, {"ry", "rotateY"}, {"rz", "rotateZ"},
         {"p", "translate"}, {"s", "scale"},   {"a", "anchor"},   {"sk", "skew"},    {"sa", "skewAxis"}};
     for (std::size_t m = 0; m < layer.size(); ++m) {
         const std::string& key = layer.key(m);
         const JsonValue value = layer[m];
-        const std::string place = path + '/' + key;
+        std::string place = path;
+        place += '/';
+        place += key;
         if (key == "ks" && value.isObject()) {
             for (const auto& [word, channel] : transforms)
-                if (value.contains(word)) Read(value[word], Joined(name, channel), place + '/' + word, false);
+                if (value.contains(word)) read(value[word], Joined(name, channel), place + '/' + word, false);
         } else if (key == "ef" && value.isArray()) {
             for (std::size_t i = 0; i < value.size(); ++i) {
                 const JsonValue effect = value[i];
@@ -210,37 +212,36 @@ void LottieDocument::ReadLayer(const JsonValue& layer, std::size_t index) {
                                       && effect["ef"].size() == 1 && effect["ef"][std::size_t{0}].isObject()
                                       && effect["ef"][std::size_t{0}].contains("v");
                 if (isSlider)
-                    Read(effect["ef"][std::size_t{0}]["v"], Joined(name, TextOf(effect, "nm")), here + "/ef/0/v",
+                    read(effect["ef"][std::size_t{0}]["v"], Joined(name, textOf(effect, "nm")), here + "/ef/0/v",
                          false);
                 else
-                    Walk(effect, Joined(name, "ef." + std::to_string(i)), here);
+                    walk(effect, Joined(name, "ef." + std::to_string(i)), here);
             }
         } else {
-            Walk(value, Joined(name, key), place);
+            walk(value, Joined(name, key), place);
         }
     }
 }
 
 // Properties anywhere below, by the way to them.
-void LottieDocument::Walk(const JsonValue& value, const std::string& name, const std::string& path) {
+void LottieDocument::walk(const JsonValue& value, const std::string& name, const std::string& path) {
     if (value.isObject() && value.contains("k") && value["k"].isArray() && !value["k"].empty()
         && value["k"][std::size_t{0}].isObject() && value["k"][std::size_t{0}].contains("t")) {
-        Read(value, name, path, false);
+        read(value, name, path, false);
         return;
     }
     if (value.isObject()) {
         for (std::size_t i = 0; i < value.size(); ++i)
-            if (value[i].isStructured()) Walk(value[i], name + '.' + value.key(i), path + '/' + value.key(i));
+            if (value[i].isStructured()) walk(value[i], name + '.' + value.key(i), path + '/' + value.key(i));
     } else if (value.isArray()) {
         for (std::size_t i = 0; i < value.size(); ++i)
-            if (value[i].isStructured()) Walk(value[i], name + '.' + std::to_string(i), path + '/' + std::to_string(i));
+            if (value[i].isStructured()) walk(value[i], name + '.' + std::to_string(i), path + '/' + std::to_string(i));
     }
 }
 
-void LottieDocument::ReadDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track) {
+void LottieDocument::readDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track) {
     std::vector<Knot>& knots = track.knots;
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        const Frame& frame = frames[i];
+    for (const Frame& frame : frames) {
         Knot knot;
         knot.x = frame.t;
         knot.y = frame.start[dimension];
@@ -290,7 +291,7 @@ void LottieDocument::ReadDimension(const std::vector<Frame>& frames, std::size_t
 }
 
 // Along an arc the dimensions have one easing, of the way: a key a frame. Returns whether there is an arc.
-bool LottieDocument::ReadArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks) {
+bool LottieDocument::readArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks) {
     constexpr double kMostFrames = 1e6;
     bool hasArc = false;
     for (std::size_t i = 0; i + 1 < frames.size() && !hasArc; ++i)
@@ -354,12 +355,12 @@ bool LottieDocument::ReadArcs(const std::vector<Frame>& frames, std::vector<Trac
     return true;
 }
 
-void LottieDocument::Read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole) {
+void LottieDocument::read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole) {
     if (!property.isObject()) Refuse(path, "Expected an object.");
     if (property.contains("s") && property["s"].isTrue()) {
         for (const auto& [member, axis] : {std::pair("x", 'X'), std::pair("y", 'Y'), std::pair("z", 'Z')})
             if (property.contains(member) && property[member].isObject())
-                Read(property[member], name + axis, path + '/' + member, isWhole);
+                read(property[member], name + axis, path + '/' + member, isWhole);
         return;
     }
     if (!property.contains("k")) Refuse(path, "\"k\" is missing.");
@@ -394,9 +395,9 @@ void LottieDocument::Read(const JsonValue& property, const std::string& name, co
         else
             tracks[d].name += std::string("/") + (dimensions <= 3 ? std::string(1, "xyz"[d]) : std::to_string(d));
     }
-    if (!ReadArcs(frames, tracks))
-        for (std::size_t d = 0; d < dimensions; ++d) ReadDimension(frames, d, tracks[d]);
-    const std::string expression = TextOf(property, "x");
+    if (!readArcs(frames, tracks))
+        for (std::size_t d = 0; d < dimensions; ++d) readDimension(frames, d, tracks[d]);
+    const std::string expression = textOf(property, "x");
     for (Track& track : tracks) {
         if (!expression.empty()) {
             track.properties.emplace_back("lottie_expression", expression);

@@ -534,10 +534,8 @@ void MayaParser::finish(MayaCurve& curve) {
 
         // Handles that shape nothing are told where the file has numbers for them.
         const bool isLinear = i > 0 && track.knots[i - 1].piece == Piece::Linear;
-        if (!isLinear && !isStep(key.in.kind))
-            knot.in = sideOf(curve, i, true);
-        else if (i > 0 && isStep(key.in.kind) && track.knots[i - 1].piece == Piece::Bezier)
-            knot.in = sideOf(curve, i, true);
+        const bool isAfterBezier = i > 0 && track.knots[i - 1].piece == Piece::Bezier;
+        if (isStep(key.in.kind) ? isAfterBezier : !isLinear) knot.in = sideOf(curve, i, true);
         if (isLast ? !isStep(key.out.kind) : knot.piece == Piece::Bezier) knot.out = sideOf(curve, i, false);
         knot.in.isWeightLocked = knot.out.isWeightLocked = key.isWeightLocked;
 

@@ -107,14 +107,13 @@ bool LimitMayaHandles(double width, Vector2D<double>& out, Vector2D<double>& in)
     if (x1 <= 1.0 && x2 <= 1.0) return false;
     if (x1 * x1 + x2 * x2 + x1 * x2 - 2.0 * (x1 + x2) + 1.0 <= 0.0) return false;
     double first = x1;
-    double second = x2;
+    double second = 1.0 / 3.0;
     if (x1 < 4.0 / 3.0) {
         // The roots of X^2 + (x1 - 2) X + (x1 - 1)^2 = 0.
         const double root = std::sqrt(std::max(0.0, (x1 - 2.0) * (x1 - 2.0) - 4.0 * (x1 - 1.0) * (x1 - 1.0)));
         second = std::clamp(x2, 0.5 * (2.0 - x1 - root), 0.5 * (2.0 - x1 + root));
     } else {
         first = 4.0 / 3.0;
-        second = 1.0 / 3.0;
     }
     const auto reach = [](Vector2D<double>& handle, double from, double to) {
         if (from > 0.0) handle = {handle.x * (to / from), handle.y * (to / from)};

@@ -72,7 +72,7 @@ Stretch Fitted(const Segment& segment, double x0, double x1, double tolerance) {
     std::vector<Vector2D<double>> samples;
     for (int i = 0; i <= count; ++i) {
         const double x = i == count ? x1 : x0 + (x1 - x0) * i / count;
-        samples.push_back({x, EvalSegment(x, segment)});
+        samples.emplace_back(x, EvalSegment(x, segment));
     }
     const FitResult fit = FitCurve(samples, 0.5 * tolerance); // half of it for what lies between the samples
     Stretch stretch;

@@ -99,9 +99,12 @@ TEST_P(BakingOfEveryExhibit, InteriorBecomesItsSamples) {
 TEST(Baking, ChangesNothingWithoutTwoSamples) {
     const auto curve = CurveThrough({{0, 0}, {1, 4}, {3, 1}}, Bezier::create());
     const auto before = FCurve::createCopy(*curve);
+    Recorder recorder;
+    curve->subscribe(recorder);
     for (const Range& range : {Range{0.5, 0.9, 1}, Range{2, 1, 0.1}, Range{0, 3, 0}, Range{0, HUGE_VAL, 1}})
         BakeCurve(*curve, range.start, range.end, range.step);
     for (const double step : {0.0, -1.0, kNaN, HUGE_VAL, 1e-300}) BakeInterior(*curve, step);
+    EXPECT_THAT(recorder.heard, IsEmpty());
     curve->findSegment(0.5)->setInterpolator(InterpolatorFactory::create("log(-1-abs(x))"));
     BakeCurve(*curve, 0.125, 0.875, 0.125);
     EXPECT_EQ(PointsOf(*before), PointsOf(*curve));

@@ -1,6 +1,6 @@
 // How do I pick the part of a curve that is nearest to the mouse, and select it?
 //
-// A view shows frames and values as pixels. pick() looks for the key or tangent handle nearest to a point of the view;
+// A view shows frames and values as pixels. Pick() looks for the key or tangent handle nearest to a point of the view;
 // only where none is within reach, for the segment whose line passes by. What it finds is a hit record, which the
 // selection takes as it is.
 
@@ -26,20 +26,20 @@ struct View {
     double toFrame(double x) const { return firstFrame + x / pixelsPerFrame; }
 };
 
-double distance(const Point& a, const Point& b) {
+double Distance(const Point& a, const Point& b) {
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-double distanceToLine(const Point& p, const Point& a, const Point& b) {
+double DistanceToLine(const Point& p, const Point& a, const Point& b) {
     const Point along = b - a;
     const double squared = along.x * along.x + along.y * along.y;
     double t = squared > 0.0 ? ((p.x - a.x) * along.x + (p.y - a.y) * along.y) / squared : 0.0;
     t = std::fmin(1.0, std::fmax(0.0, t));
-    return distance(p, a + t * along);
+    return Distance(p, a + t * along);
 }
 
 // The part nearest to the point, in pixels; a record of nothing where none is within reach.
-HitRecord pick(FCurveContainer& curves, const View& view, const Point& at, double reach) {
+HitRecord Pick(FCurveContainer& curves, const View& view, const Point& at, double reach) {
     HitRecord found;
     double nearest = reach;
     const auto consider = [&](double away, const HitRecord& part) {
@@ -51,10 +51,10 @@ HitRecord pick(FCurveContainer& curves, const View& view, const Point& at, doubl
     // Keys and handles. The walk shows the tangents that have an effect, and makes no record for what is stepped over.
     for (auto it = HitRecordIterator::begin(curves); it != HitRecordIterator::end(curves); ++it) {
         if (it.getType() == HitRecord::KEYFRAME) {
-            consider(distance(at, view.toPixel(it->getKeyframe()->get())), *it);
+            consider(Distance(at, view.toPixel(it->getKeyframe()->get())), *it);
         } else if (it.getType() == HitRecord::TANGENT) {
             const auto tangent = it->getTangent();
-            consider(distance(at, view.toPixel(tangent->getOwningKeyframe()->get() + tangent->get())), *it);
+            consider(Distance(at, view.toPixel(tangent->getOwningKeyframe()->get() + tangent->get())), *it);
         }
     }
     if (found.getType() != HitRecord::NONE) return found;
@@ -73,14 +73,14 @@ HitRecord pick(FCurveContainer& curves, const View& view, const Point& at, doubl
             if (const auto interpolator = segment->getInterpolator())
                 interpolator->computePolyline(*segment, x0, x1, 16, line);
             for (std::size_t i = 1; i < line.size(); ++i)
-                consider(distanceToLine(at, view.toPixel(line[i - 1]), view.toPixel(line[i])),
+                consider(DistanceToLine(at, view.toPixel(line[i - 1]), view.toPixel(line[i])),
                          HitRecord(segment->getShared()));
         }
     }
     return found;
 }
 
-std::shared_ptr<FCurve> makeCurve(const char* name, const std::vector<Point>& keys, const char* expression) {
+std::shared_ptr<FCurve> MakeCurve(const char* name, const std::vector<Point>& keys, const char* expression) {
     auto curve = FCurve::create();
     curve->setName(name);
     for (const Point& at : keys) {
@@ -106,8 +106,8 @@ private:
 
 int main() {
     const auto curves = FCurveContainer::create();
-    curves->addCurve(makeCurve("height", {{0, 0}, {10, 8}, {20, 2}}, "bezier()"));
-    curves->addCurve(makeCurve("turn", {{0, 9}, {20, 9}}, "linear()"));
+    curves->addCurve(MakeCurve("height", {{0, 0}, {10, 8}, {20, 2}}, "bezier()"));
+    curves->addCurve(MakeCurve("turn", {{0, 9}, {20, 9}}, "linear()"));
     const View view{-2.0, 10.0, 20.0, 20.0};
 
     Selection selection(curves);
@@ -126,7 +126,7 @@ int main() {
     };
     for (const auto& click : clicks) {
         std::printf("click at %g, %g\n", click.at.x, click.at.y);
-        const HitRecord part = pick(*curves, view, click.at, 8.0);
+        const HitRecord part = Pick(*curves, view, click.at, 8.0);
         if (part.getType() != click.expected) return EXIT_FAILURE;
         selection.clear(); // a click replaces the selection; with a modifier key a host would leave this out
         selection.select(part);

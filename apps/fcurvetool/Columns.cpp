@@ -7,12 +7,12 @@
 
 namespace fcurvetool {
 
-void addColumnOptions(CLI::App& command, ColumnOptions& options) {
+void AddColumnOptions(CLI::App& command, ColumnOptions& options) {
     command.add_flag("--velocity", options.velocity, "Also each curve's first derivative (value per frame)");
     command.add_flag("--acceleration", options.acceleration, "Also its second derivative");
 }
 
-std::vector<std::string> columnNames(const std::vector<NamedCurve>& curves, const ColumnOptions& options) {
+std::vector<std::string> ColumnNames(const std::vector<NamedCurve>& curves, const ColumnOptions& options) {
     std::vector<std::string> names;
     for (const NamedCurve& named : curves) {
         names.push_back(named.name);
@@ -22,15 +22,15 @@ std::vector<std::string> columnNames(const std::vector<NamedCurve>& curves, cons
     return names;
 }
 
-void evaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
+void EvaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
                      std::vector<std::string>& cells) {
     namespace fc = VEM_FN::FCurveLib;
     cells.clear();
     for (const NamedCurve& named : curves) {
         const fc::FCurve& curve = *named.curve;
-        cells.push_back(toText(curve.eval(frame)));
-        if (options.velocity) cells.push_back(toText(fc::GetFirstDerivative(curve, frame)));
-        if (options.acceleration) cells.push_back(toText(fc::GetSecondDerivative(curve, frame)));
+        cells.push_back(ToText(curve.eval(frame)));
+        if (options.velocity) cells.push_back(ToText(fc::GetFirstDerivative(curve, frame)));
+        if (options.acceleration) cells.push_back(ToText(fc::GetSecondDerivative(curve, frame)));
     }
 }
 

@@ -17,12 +17,12 @@ struct ColumnOptions {
     bool acceleration = false;
 };
 
-void addColumnOptions(CLI::App& command, ColumnOptions& options);
+void AddColumnOptions(CLI::App& command, ColumnOptions& options);
 
-std::vector<std::string> columnNames(const std::vector<NamedCurve>& curves, const ColumnOptions& options);
+std::vector<std::string> ColumnNames(const std::vector<NamedCurve>& curves, const ColumnOptions& options);
 
 /// The numbers of the columns at a frame, in shortest exact text.
-void evaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
+void EvaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
                      std::vector<std::string>& cells);
 
 } // namespace fcurvetool

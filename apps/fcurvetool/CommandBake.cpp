@@ -27,14 +27,14 @@ struct BakeOptions {
     bool isUnlimited = false;
 };
 
-void bake(const BakeOptions& options) {
+void Bake(const BakeOptions& options) {
     if (!(options.step > 0.0)) throw UsageError("--step: must be above 0");
-    const auto range = parseRange(options.range);
-    runEdit(options.edit, "baking", [&](FCurve& curve) -> std::string {
+    const auto range = ParseRange(options.range);
+    RunEdit(options.edit, "baking", [&](FCurve& curve) -> std::string {
         if (!range && curve.size() < 3) return {};
         const double low = range ? range->low : curve.begin()->getRightKey()->getX();
         const double high = range ? range->high : std::prev(curve.end())->getLeftKey()->getX();
-        limitSamples(low, high, options.step, options.isUnlimited);
+        LimitSamples(low, high, options.step, options.isUnlimited);
         // A range is narrowed to whole multiples of the step, the keys are widened to them; what is a multiple up to
         // rounding counts as one.
         constexpr double kRounding = 1e-9;
@@ -54,18 +54,18 @@ void bake(const BakeOptions& options) {
 
 } // namespace
 
-void addBake(CLI::App& app) {
+void AddBake(CLI::App& app) {
     CLI::App* command = app.add_subcommand("bake", "Replace curves by linear keys at equal distances");
     auto options = std::make_shared<BakeOptions>();
-    addEditOptions(*command, options->edit);
-    addRangeOption(*command, options->range);
+    AddEditOptions(*command, options->edit);
+    AddRangeOption(*command, options->range);
     command->add_option("--step", options->step, "Frames from one key to the next")
         ->type_name("FRAMES")
         ->capture_default_str();
-    addLimitOption(*command, options->isUnlimited);
+    AddLimitOption(*command, options->isUnlimited);
     command->footer("The new keys stand on whole multiples of the step: inside the range, or, without one, around all "
                     "keys. What lies outside the range stays as it is.");
-    command->callback([options] { bake(*options); });
+    command->callback([options] { Bake(*options); });
 }
 
 } // namespace fcurvetool

@@ -22,19 +22,19 @@ struct ConvertOptions {
     LossOptions losses;
 };
 
-void convert(const ConvertOptions& options) {
-    const std::string output = chooseOutput(options.file, options.output, options.isInPlace);
-    const std::string format = chooseFormat(options.format, output);
+void Convert(const ConvertOptions& options) {
+    const std::string output = ChooseOutput(options.file, options.output, options.isInPlace);
+    const std::string format = ChooseFormat(options.format, output);
     if (!options.losses.report.empty())
-        refuseInput(options.losses.report, {options.file}, "the report would replace it");
+        RefuseInput(options.losses.report, {options.file}, "the report would replace it");
     Losses losses(options.losses);
-    const Document document = readDocument(options.file, options.input);
+    const Document document = ReadDocument(options.file, options.input);
     Warnings warnings(options.input.isStrict);
     losses.tell(document.name, warnings);
     std::string bytes;
     {
         const Progress progress("converting");
-        bytes = formatDocument(*document.curves, format, document.name, warnings);
+        bytes = FormatDocument(*document.curves, format, document.name, warnings);
     }
     losses.writeReport();
     warnings.settle();
@@ -45,7 +45,7 @@ void convert(const ConvertOptions& options) {
 
 } // namespace
 
-void addConvert(CLI::App& app) {
+void AddConvert(CLI::App& app) {
     CLI::App* command = app.add_subcommand("convert", "Write the curves of a file in another format");
     auto options = std::make_shared<ConvertOptions>();
     command->add_option("FILE", options->file, "File to read")->required()->type_name("");
@@ -53,9 +53,9 @@ void addConvert(CLI::App& app) {
     command->add_flag("--in-place", options->isInPlace, "Write to FILE instead of an OUTPUT");
     command->add_option("--to", options->format, "Format to write (default: by the output's extension)")
         ->type_name("NAME");
-    addLossOptions(*command, options->losses);
-    addReadOptions(*command, options->input);
-    command->callback([options] { convert(*options); });
+    AddLossOptions(*command, options->losses);
+    AddReadOptions(*command, options->input);
+    command->callback([options] { Convert(*options); });
 }
 
 } // namespace fcurvetool

@@ -47,11 +47,11 @@ public:
         options.tolerance = m_options.tolerance;
         const CurveDifference found = Diff(*first.curve, *second.curve, options);
         const bool differs = found.largest > m_options.tolerance || (m_options.keys && !found.parts.empty());
-        m_table.addRow({first.name, toBriefText(found.largest), found.largest > 0.0 ? toBriefText(found.x) : "-",
+        m_table.addRow({first.name, ToBriefText(found.largest), found.largest > 0.0 ? ToBriefText(found.x) : "-",
                         std::to_string(found.parts.size())});
         if (!differs) return;
         complain(found.largest > m_options.tolerance
-                     ? first.name + " differs by " + toBriefText(found.largest) + " at frame " + toBriefText(found.x)
+                     ? first.name + " differs by " + ToBriefText(found.largest) + " at frame " + ToBriefText(found.x)
                      : first.name + " has other keys");
     }
     void addMissing(const NamedCurve& curve, const std::string& where) {
@@ -80,14 +80,14 @@ private:
     std::size_t m_count = 0;
 };
 
-void diff(const DiffCommand& options) {
+void Diff(const DiffCommand& options) {
     if (!(options.tolerance >= 0.0)) throw UsageError("--tolerance: must not be below 0");
-    const Document first = readDocument(options.first, options.input);
-    const Document second = readDocument(options.second, options.input);
+    const Document first = ReadDocument(options.first, options.input);
+    const Document second = ReadDocument(options.second, options.input);
     InputOptions all = options.input;
     all.curves.clear();
-    const auto left = chooseCurves({first}, options.input);
-    const auto right = chooseCurves({second}, all);
+    const auto left = ChooseCurves({first}, options.input);
+    const auto right = ChooseCurves({second}, all);
     Warnings warnings(options.input.isStrict);
     warnings.addUnknownExpressions(left);
     warnings.settle();
@@ -106,7 +106,7 @@ void diff(const DiffCommand& options) {
 
 } // namespace
 
-void addDiff(CLI::App& app) {
+void AddDiff(CLI::App& app) {
     CLI::App* command = app.add_subcommand("diff", "Compare the curves of two files");
     auto options = std::make_shared<DiffCommand>();
     command->add_option("FILE", options->first, "File to compare")->required()->type_name("");
@@ -117,13 +117,13 @@ void addDiff(CLI::App& app) {
     command->add_flag("--keys", options->keys,
                       "Keys, tangents, interpolators and properties count as well, not only values");
     command->add_flag("-q,--quiet", options->isQuiet, "Print no table");
-    addCurveOption(*command, options->input);
-    addReadOptions(*command, options->input);
+    AddCurveOption(*command, options->input);
+    AddReadOptions(*command, options->input);
     command->footer(
         "Curves of the same name are compared from the first key of both to the last. Exit code 1 where one "
         "differs by more than the tolerance, or is in one file only; `parts` counts keys, tangents and\n"
         "segments that differ by more than that.");
-    command->callback([options] { diff(*options); });
+    command->callback([options] { Diff(*options); });
 }
 
 } // namespace fcurvetool

@@ -26,7 +26,7 @@ struct EvalOptions {
 // A table is held in memory to align it; longer lists are what `sample` is for.
 constexpr std::int64_t kMostRows = 100000;
 
-void evaluate(EvalOptions& options) {
+void Evaluate(EvalOptions& options) {
     std::vector<FrameRange> ranges;
     std::int64_t rows = 0;
     for (const std::string& text : options.frames) {
@@ -35,19 +35,19 @@ void evaluate(EvalOptions& options) {
     }
     if (rows > kMostRows) throw UsageError("more than 100000 frames; `sample` writes as many as you like");
     options.input.files = {options.file};
-    const std::vector<NamedCurve> curves = readCurves(options.input);
+    const std::vector<NamedCurve> curves = ReadCurves(options.input);
     Warnings warnings(options.input.isStrict);
     warnings.addUnknownExpressions(curves);
     warnings.settle();
 
     Table table;
     table.addColumn("frame", Table::Align::Right);
-    for (std::string& name : columnNames(curves, options.columns)) table.addColumn(name, Table::Align::Right);
+    for (std::string& name : ColumnNames(curves, options.columns)) table.addColumn(name, Table::Align::Right);
     std::vector<std::string> cells;
     for (const FrameRange& range : ranges) {
         for (std::int64_t i = 0; i < range.size(); ++i) {
-            evaluateColumns(curves, options.columns, range[i], cells);
-            cells.insert(cells.begin(), toText(range[i]));
+            EvaluateColumns(curves, options.columns, range[i], cells);
+            cells.insert(cells.begin(), ToText(range[i]));
             table.addRow(cells);
         }
     }
@@ -58,7 +58,7 @@ void evaluate(EvalOptions& options) {
 
 } // namespace
 
-void addEval(CLI::App& app) {
+void AddEval(CLI::App& app) {
     CLI::App* command = app.add_subcommand("eval", "Evaluate the curves of a file at given frames");
     auto options = std::make_shared<EvalOptions>();
     command->add_option("FILE", options->file, "File to read")->required()->type_name("");
@@ -67,11 +67,11 @@ void addEval(CLI::App& app) {
                      "Frames: 12.5, or 1:10 for 1 to 10, or 1:10:0.5 for every half frame of it")
         ->required()
         ->type_name("");
-    addCurveOption(*command, options->input);
-    addColumnOptions(*command, options->columns);
-    addReadOptions(*command, options->input);
+    AddCurveOption(*command, options->input);
+    AddColumnOptions(*command, options->columns);
+    AddReadOptions(*command, options->input);
     command->footer("Numbers are written so that they read back exactly. Derivatives at a key are those to its right.");
-    command->callback([options] { evaluate(*options); });
+    command->callback([options] { Evaluate(*options); });
 }
 
 } // namespace fcurvetool

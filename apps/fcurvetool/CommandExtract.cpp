@@ -31,7 +31,7 @@ struct DeleteCommand {
 };
 
 /// Removes the keys that are not inside, or those that are.
-void removeKeys(FCurve& curve, const Interval& interval, bool inside) {
+void RemoveKeys(FCurve& curve, const Interval& interval, bool inside) {
     const auto outside = (--curve.end())->getInterpolator();
     const auto last = (--curve.end())->getLeftKey();
     for (auto it = ++curve.begin(); it != curve.end();) {
@@ -42,29 +42,29 @@ void removeKeys(FCurve& curve, const Interval& interval, bool inside) {
     if ((--curve.end())->getLeftKey() != last) (--curve.end())->setInterpolator(outside);
 }
 
-std::string cut(FCurve& curve, const Interval& interval) {
+std::string Cut(FCurve& curve, const Interval& interval) {
     const bool isKeyed = curve.size() > 1;
     std::string warning;
     for (const double x : {interval.low, interval.high}) {
         const auto at = curve.findSegment(x);
         if (!isKeyed || !at->getLeftKey() || !at->getRightKey()) continue; // nothing to cut
         if (PreviewBezierKeyframe(curve, x).outcome == KeyframeInsertion::ChangesShape)
-            warning = "the cut at frame " + toText(x) + " changes the curve";
+            warning = "the cut at frame " + ToText(x) + " changes the curve";
         InsertBezierKeyframe(curve, x);
     }
-    removeKeys(curve, interval, false);
+    RemoveKeys(curve, interval, false);
     return warning;
 }
 
-void extract(const ExtractCommand& options) {
-    const auto range = parseRange(options.range);
+void Extract(const ExtractCommand& options) {
+    const auto range = ParseRange(options.range);
     if (!range && options.edit.input.curves.empty()) throw UsageError("give --curve, --range, or both");
-    runDocumentEdit(options.edit, "extracting", [&](Document& document, const std::vector<NamedCurve>& chosen) {
+    RunDocumentEdit(options.edit, "extracting", [&](Document& document, const std::vector<NamedCurve>& chosen) {
         std::string warnings;
         std::set<const FCurve*> kept;
         for (const NamedCurve& named : chosen) {
             kept.insert(named.curve.get());
-            const std::string warning = range ? cut(*named.curve, *range) : "";
+            const std::string warning = range ? Cut(*named.curve, *range) : "";
             if (!warning.empty()) warnings += (warnings.empty() ? "" : "; ") + named.name + ": " + warning;
         }
         FCurveContainer& curves = *document.curves;
@@ -74,14 +74,14 @@ void extract(const ExtractCommand& options) {
     });
 }
 
-void deleteParts(const DeleteCommand& options) {
-    const auto range = parseRange(options.range);
+void DeleteParts(const DeleteCommand& options) {
+    const auto range = ParseRange(options.range);
     if (!range && options.edit.input.curves.empty()) throw UsageError("give --curve, --range, or both");
-    runDocumentEdit(options.edit, "deleting", [&](Document& document, const std::vector<NamedCurve>& chosen) {
+    RunDocumentEdit(options.edit, "deleting", [&](Document& document, const std::vector<NamedCurve>& chosen) {
         std::set<const FCurve*> doomed;
         for (const NamedCurve& named : chosen) {
             if (range)
-                removeKeys(*named.curve, *range, true);
+                RemoveKeys(*named.curve, *range, true);
             else
                 doomed.insert(named.curve.get());
         }
@@ -93,22 +93,22 @@ void deleteParts(const DeleteCommand& options) {
 
 } // namespace
 
-void addExtract(CLI::App& app) {
+void AddExtract(CLI::App& app) {
     CLI::App* command = app.add_subcommand("extract", "Write some of the curves, or a stretch of them");
     auto options = std::make_shared<ExtractCommand>();
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     command->add_option("--range", options->range, "Frames to keep; keys are set at both ends that keep the shape")
         ->type_name("FIRST:LAST");
-    command->callback([options] { extract(*options); });
+    command->callback([options] { Extract(*options); });
 }
 
-void addDelete(CLI::App& app) {
+void AddDelete(CLI::App& app) {
     CLI::App* command = app.add_subcommand("delete", "Delete curves, or keys of them");
     auto options = std::make_shared<DeleteCommand>();
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     command->add_option("--range", options->range, "Delete the keys at these frames, not the curves")
         ->type_name("FIRST:LAST");
-    command->callback([options] { deleteParts(*options); });
+    command->callback([options] { DeleteParts(*options); });
 }
 
 } // namespace fcurvetool

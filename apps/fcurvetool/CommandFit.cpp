@@ -30,7 +30,7 @@ struct FitOfSamplesOptions {
     bool isUnlimited = false;
 };
 
-std::vector<Vector2D<double>> samplesOf(const FCurve& curve, std::optional<double> step, bool isUnlimited) {
+std::vector<Vector2D<double>> SamplesOf(const FCurve& curve, std::optional<double> step, bool isUnlimited) {
     std::vector<Vector2D<double>> samples;
     if (!step) {
         for (auto it = std::next(curve.begin()); it != curve.end(); ++it) samples.push_back(it->getLeftKey()->get());
@@ -38,7 +38,7 @@ std::vector<Vector2D<double>> samplesOf(const FCurve& curve, std::optional<doubl
     }
     const double first = curve.begin()->getRightKey()->getX();
     const double last = std::prev(curve.end())->getLeftKey()->getX();
-    limitSamples(first, last, *step, isUnlimited);
+    LimitSamples(first, last, *step, isUnlimited);
     const FrameRange frames(first, last, *step);
     for (std::int64_t i = 0; i < frames.size(); ++i) samples.emplace_back(frames[i], curve.eval(frames[i]));
     if (samples.back().x < last) samples.emplace_back(last, curve.eval(last));
@@ -46,7 +46,7 @@ std::vector<Vector2D<double>> samplesOf(const FCurve& curve, std::optional<doubl
 }
 
 /// Gives the curve the keys of another; it keeps its properties and what it does outside the keys.
-void takeKeys(FCurve& curve, FCurve& keys) {
+void TakeKeys(FCurve& curve, FCurve& keys) {
     for (auto it = curve.beginProperties(); it != curve.endProperties(); ++it)
         keys.setProperty(it->first.c_str(), it->second.c_str());
     keys.setName(curve.getName());
@@ -55,22 +55,22 @@ void takeKeys(FCurve& curve, FCurve& keys) {
     curve = keys;
 }
 
-void fit(FitOfSamplesOptions& options) {
-    const ToleranceOption tolerance = parseFitOptions(options.fit);
+void Fit(FitOfSamplesOptions& options) {
+    const ToleranceOption tolerance = ParseFitOptions(options.fit);
     std::optional<double> step;
     if (options.step != "keys") {
-        step = parseNumber(options.step);
+        step = ParseNumber(options.step);
         if (!step || !(*step > 0.0)) throw UsageError("--step: must be keys, or a number above 0");
     }
     options.edit.caption = ": tolerance " + options.fit.tolerance;
     FitReports reports;
-    runEdit(options.edit, "fitting", [&](FCurve& curve) -> std::string {
+    RunEdit(options.edit, "fitting", [&](FCurve& curve) -> std::string {
         if (curve.size() < 3) return {};
-        const std::vector<Vector2D<double>> samples = samplesOf(curve, step, options.isUnlimited);
+        const std::vector<Vector2D<double>> samples = SamplesOf(curve, step, options.isUnlimited);
         const auto [low, high] =
             std::minmax_element(samples.begin(), samples.end(), [](const auto& a, const auto& b) { return a.y < b.y; });
         const FitResult result = FitCurve(samples, tolerance.of(low->y, high->y), options.fit.fit);
-        takeKeys(curve, *result.curve);
+        TakeKeys(curve, *result.curve);
         return reports.add(curve, result.report);
     });
     reports.print(options.edit.output);
@@ -78,22 +78,22 @@ void fit(FitOfSamplesOptions& options) {
 
 } // namespace
 
-void addFit(CLI::App& app) {
+void AddFit(CLI::App& app) {
     CLI::App* command = app.add_subcommand("fit", "Replace captured or baked curves by ones of few keys");
     auto options = std::make_shared<FitOfSamplesOptions>();
     options->step = "1";
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     command
         ->add_option("--step", options->step,
                      "Frames from one sample to the next; keys: the curve's keys are the samples")
         ->type_name("FRAMES|keys")
         ->capture_default_str();
-    addFitOptions(*command, options->fit);
-    addLimitOption(*command, options->isUnlimited);
+    AddFitOptions(*command, options->fit);
+    AddLimitOption(*command, options->isUnlimited);
     command->footer(
         "The new curve is at no sample farther off than the tolerance; reduce holds that between samples as "
         "well, and keeps keys that are marked.");
-    command->callback([options] { fit(*options); });
+    command->callback([options] { Fit(*options); });
 }
 
 } // namespace fcurvetool

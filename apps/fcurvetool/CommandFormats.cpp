@@ -14,7 +14,7 @@ namespace fcurvetool {
 
 using namespace VEM_FN::FCurveLib;
 
-void addFormats(CLI::App& app) {
+void AddFormats(CLI::App& app) {
     app.add_subcommand("formats", "List the file formats")->callback([] {
         struct Format {
             FormatType type;
@@ -24,7 +24,7 @@ void addFormats(CLI::App& app) {
         std::map<std::string, Format> formats;
         for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it)
             formats[it->getFormatName()] = {*it, true, false};
-        for (const FormatType& type : getWritableFormats()) {
+        for (const FormatType& type : GetWritableFormats()) {
             Format& format = formats[type.getFormatName()];
             format.type = type;
             format.isWritten = true;

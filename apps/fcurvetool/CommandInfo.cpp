@@ -30,9 +30,9 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kLongestExpression = 40;
 
-std::string expressionOf(const Segment& segment) {
+std::string ExpressionOf(const Segment& segment) {
     const auto interpolator = segment.getInterpolator();
-    return interpolator ? shorten(toPrintable(interpolator->getExpression()), kLongestExpression) : "none";
+    return interpolator ? Shorten(ToPrintable(interpolator->getExpression()), kLongestExpression) : "none";
 }
 
 struct Extent {
@@ -48,7 +48,7 @@ struct Extent {
 };
 
 /// Lowest and highest value between the curve's keys.
-Extent findExtent(const FCurve& curve) {
+Extent FindExtent(const FCurve& curve) {
     // Kinds without a closed form of their extents look at every tenth frame, which takes as long as the segment is.
     constexpr double kLongSegment = 1e5;
     constexpr int kLooks = 10000;
@@ -77,10 +77,10 @@ Extent findExtent(const FCurve& curve) {
 }
 
 /// The interpolators between the keys, each with the number of segments that it serves, the most used first.
-std::string listInterpolators(const FCurve& curve) {
+std::string ListInterpolators(const FCurve& curve) {
     std::map<std::string, std::size_t> counts;
     for (const Segment& segment : curve)
-        if (segment.getLeftKey() && segment.getRightKey()) ++counts[expressionOf(segment)];
+        if (segment.getLeftKey() && segment.getRightKey()) ++counts[ExpressionOf(segment)];
     std::multimap<std::size_t, std::string, std::greater<>> ranks;
     for (const auto& [expression, count] : counts) ranks.emplace(count, expression);
     constexpr std::size_t kMost = 4;
@@ -96,7 +96,7 @@ std::string listInterpolators(const FCurve& curve) {
     return text.empty() ? "-" : text;
 }
 
-std::string listFlags(const FCurve& curve) {
+std::string ListFlags(const FCurve& curve) {
     std::string text;
     const auto add = [&text](bool isSet, const char* flag) {
         if (isSet) text += (text.empty() ? "" : " ") + std::string(flag);
@@ -107,7 +107,7 @@ std::string listFlags(const FCurve& curve) {
     return text;
 }
 
-void describe(const Document& document, Output& output) {
+void Describe(const Document& document, Output& output) {
     output.write(document.name + ": " + document.format.getTitle() + ", " + std::to_string(document.curves->size())
                  + (document.curves->size() == 1 ? " curve\n" : " curves\n"));
     if (document.curves->empty()) return;
@@ -122,35 +122,35 @@ void describe(const Document& document, Output& output) {
     for (const FCurve& curve : *document.curves) {
         const auto first = curve.begin()->getRightKey();
         const auto& trailing = *std::prev(curve.end());
-        const Extent extent = findExtent(curve);
-        const auto orNone = [](bool exists, double value) { return exists ? toBriefText(value) : std::string("-"); };
-        table.addRow({std::to_string(++number), nameOf(curve), std::to_string(curve.size() - 1),
-                      first ? toBriefText(first->getX()) : "-",
-                      first ? toBriefText(trailing.getLeftKey()->getX()) : "-", orNone(!extent.empty(), extent.low),
-                      orNone(!extent.empty(), extent.high), expressionOf(*curve.begin()), expressionOf(trailing),
-                      listInterpolators(curve), listFlags(curve)});
+        const Extent extent = FindExtent(curve);
+        const auto orNone = [](bool exists, double value) { return exists ? ToBriefText(value) : std::string("-"); };
+        table.addRow({std::to_string(++number), NameOf(curve), std::to_string(curve.size() - 1),
+                      first ? ToBriefText(first->getX()) : "-",
+                      first ? ToBriefText(trailing.getLeftKey()->getX()) : "-", orNone(!extent.empty(), extent.low),
+                      orNone(!extent.empty(), extent.high), ExpressionOf(*curve.begin()), ExpressionOf(trailing),
+                      ListInterpolators(curve), ListFlags(curve)});
     }
     output.write(table.text());
 }
 
 /// A number, or null for none.
-Json jsonNumber(bool exists, double value) {
+Json JsonNumber(bool exists, double value) {
     return exists ? Json(value) : Json(nullptr);
 }
 
 /// A text as JSON can hold it: bytes that are not UTF-8 become replacement characters.
-std::string jsonText(const Json& json) {
+std::string JsonText(const Json& json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-Json describe(const Document& document) {
+Json Describe(const Document& document) {
     Json curves = Json::array();
     for (const FCurve& curve : *document.curves) {
         const bool hasKeys = curve.size() > 1;
         const auto first = curve.begin()->getRightKey();
         const Segment& trailing = *std::prev(curve.end());
         const auto last = trailing.getLeftKey();
-        const Extent extent = findExtent(curve);
+        const Extent extent = FindExtent(curve);
         const auto expression = [](const Segment& segment) {
             const auto interpolator = segment.getInterpolator();
             return interpolator ? Json(interpolator->getExpression()) : Json(nullptr);
@@ -164,10 +164,10 @@ Json describe(const Document& document) {
             properties[property->first] = property->second;
         curves.push_back({{"name", curve.getName()},
                           {"keys", curve.size() - 1},
-                          {"first", jsonNumber(hasKeys, hasKeys ? first->getX() : 0.0)},
-                          {"last", jsonNumber(hasKeys, hasKeys ? last->getX() : 0.0)},
-                          {"lowest", jsonNumber(!extent.empty(), extent.low)},
-                          {"highest", jsonNumber(!extent.empty(), extent.high)},
+                          {"first", JsonNumber(hasKeys, hasKeys ? first->getX() : 0.0)},
+                          {"last", JsonNumber(hasKeys, hasKeys ? last->getX() : 0.0)},
+                          {"lowest", JsonNumber(!extent.empty(), extent.low)},
+                          {"highest", JsonNumber(!extent.empty(), extent.high)},
                           {"before", expression(*curve.begin())},
                           {"after", expression(trailing)},
                           {"interpolators", counts},
@@ -184,12 +184,12 @@ struct InfoOptions : InputOptions {
 
 } // namespace
 
-void addInfo(CLI::App& app) {
+void AddInfo(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Describe the curves in files");
     auto options = std::make_shared<InfoOptions>();
     command->add_option("FILE", options->files, "Files to describe")->required()->type_name("");
     command->add_flag("--json", options->isJson, "Print JSON: an array with an object for each file");
-    addReadOptions(*command, *options);
+    AddReadOptions(*command, *options);
     command->footer(
         "For each curve: its number and name; how many keys; frames of the first and the last one; lowest\n"
         "and highest value between them; interpolators before the first key, after the last key and between\n"
@@ -202,20 +202,20 @@ void addInfo(CLI::App& app) {
         Json json = Json::array();
         for (const std::string& file : options->files) {
             try {
-                const Document document = readDocument(file, *options);
-                warnings.addUnknownExpressions(chooseCurves({document}, *options));
+                const Document document = ReadDocument(file, *options);
+                warnings.addUnknownExpressions(ChooseCurves({document}, *options));
                 warnings.settle();
                 if (options->isJson) {
-                    json.push_back(describe(document));
+                    json.push_back(Describe(document));
                     continue;
                 }
                 if (described++ > 0) output.write("\n");
-                describe(document, output);
+                Describe(document, output);
             } catch (const Failure& failure) { // the other files are described all the same
                 failures += (failures.empty() ? "" : "\nfcurvetool: ") + std::string(failure.what());
             }
         }
-        if (options->isJson) output.write(jsonText(json));
+        if (options->isJson) output.write(JsonText(json));
         output.finish();
         if (!failures.empty()) throw Failure(failures);
     });

@@ -21,7 +21,7 @@ struct InsertOptions {
     std::vector<double> frames;
 };
 
-bool hasKeyNear(const FCurve& curve, double frame) {
+bool HasKeyNear(const FCurve& curve, double frame) {
     const auto segment = curve.findSegment(frame);
     const auto isNear = [frame](const Keyframe* key) {
         return key && std::fabs(key->getX() - frame) < Keyframe::getMinSeparation();
@@ -29,39 +29,39 @@ bool hasKeyNear(const FCurve& curve, double frame) {
     return isNear(segment->getLeftKey().get()) || isNear(segment->getRightKey().get());
 }
 
-std::string insertKeys(FCurve& curve, const std::vector<double>& frames) {
+std::string InsertKeys(FCurve& curve, const std::vector<double>& frames) {
     std::string warnings;
     const auto warn = [&warnings](const std::string& text) { warnings += (warnings.empty() ? "" : "; ") + text; };
     for (const double frame : frames) {
         const KeyframeInsertion preview = PreviewBezierKeyframe(curve, frame);
         if (preview.outcome == KeyframeInsertion::Refused) {
-            warn("no key inserted at frame " + toText(frame) + ", where "
-                 + (hasKeyNear(curve, frame) ? "one stands already" : "the curve has no finite value"));
+            warn("no key inserted at frame " + ToText(frame) + ", where "
+                 + (HasKeyNear(curve, frame) ? "one stands already" : "the curve has no finite value"));
             continue;
         }
         if (preview.outcome == KeyframeInsertion::ChangesShape)
-            warn("the key at frame " + toText(frame) + " changes the curve by up to " + toBriefText(preview.error));
+            warn("the key at frame " + ToText(frame) + " changes the curve by up to " + ToBriefText(preview.error));
         InsertBezierKeyframe(curve, frame);
     }
     return warnings;
 }
 
-void insert(const InsertOptions& options) {
-    runEdit(options.edit, "inserting", [&](FCurve& curve) { return insertKeys(curve, options.frames); });
+void Insert(const InsertOptions& options) {
+    RunEdit(options.edit, "inserting", [&](FCurve& curve) { return InsertKeys(curve, options.frames); });
 }
 
 } // namespace
 
-void addInsert(CLI::App& app) {
+void AddInsert(CLI::App& app) {
     CLI::App* command = app.add_subcommand("insert", "Insert keys without changing the shape of the curves");
     auto options = std::make_shared<InsertOptions>();
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     command->add_option("--at", options->frames, "Frame of a key to insert; repeatable")
         ->required()
         ->type_name("FRAME")
         ->expected(1)
         ->take_all();
-    command->callback([options] { insert(*options); });
+    command->callback([options] { Insert(*options); });
 }
 
 } // namespace fcurvetool

@@ -27,24 +27,24 @@ struct MergeCommand {
     bool replaces = false;
 };
 
-void merge(const MergeCommand& options) {
-    refuseInput(options.output, options.input.files, "choose another one");
+void Merge(const MergeCommand& options) {
+    RefuseInput(options.output, options.input.files, "choose another one");
     const auto merged = FCurveContainer::create();
     Warnings warnings(options.input.isStrict);
     std::string format;
     for (const std::string& file : options.input.files) {
-        const Document document = readDocument(file, options.input);
+        const Document document = ReadDocument(file, options.input);
         if (format.empty()) format = document.format.getFormatName();
         for (auto property = document.curves->beginProperties(); property != document.curves->endProperties();
              ++property)
             merged->setProperty(property->first.c_str(), property->second.c_str());
         while (!document.curves->empty()) {
             FCurve& curve = *document.curves->begin();
-            if (options.prefixes) curve.setName((stem(file) + ":" + curve.getName()).c_str());
+            if (options.prefixes) curve.setName((Stem(file) + ":" + curve.getName()).c_str());
             auto place = merged->end();
             if (const auto same = *curve.getName() ? FindCurve(*merged, curve.getName()) : nullptr) {
                 if (!options.replaces)
-                    throw Failure(document.name + ": a curve \"" + toPrintable(curve.getName())
+                    throw Failure(document.name + ": a curve \"" + ToPrintable(curve.getName())
                                   + "\" came before; --replace takes the last one, --prefix keeps both");
                 for (place = merged->begin(); &*place != same.get();) ++place;
                 place = merged->removeCurve(place);
@@ -52,11 +52,11 @@ void merge(const MergeCommand& options) {
             merged->moveCurve(place, *document.curves, curve);
         }
     }
-    const std::string target = chooseFormat(options.format, options.output, format);
+    const std::string target = ChooseFormat(options.format, options.output, format);
     std::string bytes;
     {
         const Progress progress("merging");
-        bytes = formatDocument(*merged, target, toPrintable(options.output), warnings);
+        bytes = FormatDocument(*merged, target, ToPrintable(options.output), warnings);
     }
     warnings.settle();
     Output file(options.output);
@@ -66,7 +66,7 @@ void merge(const MergeCommand& options) {
 
 } // namespace
 
-void addMerge(CLI::App& app) {
+void AddMerge(CLI::App& app) {
     CLI::App* command = app.add_subcommand("merge", "Write the curves of several files into one");
     auto options = std::make_shared<MergeCommand>();
     command->add_option("FILE", options->input.files, "Files to read")->required()->type_name("");
@@ -80,8 +80,8 @@ void addMerge(CLI::App& app) {
     auto* const prefixes =
         command->add_flag("--prefix", options->prefixes, "Put the file's name before the curves' names");
     command->add_flag("--replace", options->replaces, "Of curves with one name, take the last")->excludes(prefixes);
-    addReadOptions(*command, options->input);
-    command->callback([options] { merge(*options); });
+    AddReadOptions(*command, options->input);
+    command->callback([options] { Merge(*options); });
 }
 
 } // namespace fcurvetool

@@ -35,8 +35,8 @@ struct ScaleCommand : GroupOptions {
     Vector2D<double> pivot;
 };
 
-void addGroupOptions(CLI::App& command, GroupOptions& options) {
-    addEditOptions(command, options.edit);
+void AddGroupOptions(CLI::App& command, GroupOptions& options) {
+    AddEditOptions(command, options.edit);
     command.add_option("--range", options.range, "Keys to take (default: all)")->type_name("FIRST:LAST");
     auto* const crosses = command.add_flag("--cross", options.crosses, "Let keys pass the others, which stay");
     command.add_flag("--ripple", options.ripples, "Shift all later keys along")->excludes(crosses);
@@ -49,7 +49,7 @@ void addGroupOptions(CLI::App& command, GroupOptions& options) {
         "and a warning tells it.");
 }
 
-MoveOptions moveOptions(const GroupOptions& options) {
+MoveOptions MoveOptionsOf(const GroupOptions& options) {
     if (options.step < 0.0) throw UsageError("--snap: must not be below 0");
     MoveOptions result;
     if (options.crosses) result.others = MoveOptions::Cross;
@@ -58,8 +58,8 @@ MoveOptions moveOptions(const GroupOptions& options) {
     return result;
 }
 
-KeyGroup groupOf(const std::vector<NamedCurve>& curves, const std::string& range) {
-    const auto interval = parseRange(range);
+KeyGroup GroupOf(const std::vector<NamedCurve>& curves, const std::string& range) {
+    const auto interval = ParseRange(range);
     std::vector<std::shared_ptr<Keyframe>> keys;
     for (const NamedCurve& named : curves)
         for (const KeyView key : Keys(*named.curve))
@@ -68,49 +68,49 @@ KeyGroup groupOf(const std::vector<NamedCurve>& curves, const std::string& range
     return KeyGroup(keys);
 }
 
-void move(const MoveCommand& options) {
-    const MoveOptions how = moveOptions(options);
-    runEdits(options.edit, "moving", [&](const std::vector<NamedCurve>& curves) {
-        KeyGroup group = groupOf(curves, options.range);
+void Move(const MoveCommand& options) {
+    const MoveOptions how = MoveOptionsOf(options);
+    RunEdits(options.edit, "moving", [&](const std::vector<NamedCurve>& curves) {
+        KeyGroup group = GroupOf(curves, options.range);
         if (group.empty()) return std::string("no key to move");
         const MoveReport report = MoveKeys(group, options.offset, how);
-        return report.isLimited ? "held back after " + toText(report.offset.x) + " frames" : std::string();
+        return report.isLimited ? "held back after " + ToText(report.offset.x) + " frames" : std::string();
     });
 }
 
-void scale(const ScaleCommand& options) {
+void Scale(const ScaleCommand& options) {
     if (!(options.factor.x > 0.0)) throw UsageError("--time: must be above 0; see also: fcurvetool flip");
-    const MoveOptions how = moveOptions(options);
-    runEdits(options.edit, "scaling", [&](const std::vector<NamedCurve>& curves) {
-        KeyGroup group = groupOf(curves, options.range);
+    const MoveOptions how = MoveOptionsOf(options);
+    RunEdits(options.edit, "scaling", [&](const std::vector<NamedCurve>& curves) {
+        KeyGroup group = GroupOf(curves, options.range);
         if (group.empty()) return std::string("no key to scale");
         const MoveReport report = ScaleKeys(group, options.pivot, options.factor, how);
-        return report.isLimited ? "held back at a factor of " + toText(report.factor.x) : std::string();
+        return report.isLimited ? "held back at a factor of " + ToText(report.factor.x) : std::string();
     });
 }
 
 } // namespace
 
-void addMove(CLI::App& app) {
+void AddMove(CLI::App& app) {
     CLI::App* command = app.add_subcommand("move", "Move keys among the others");
     auto options = std::make_shared<MoveCommand>();
-    addGroupOptions(*command, *options);
+    AddGroupOptions(*command, *options);
     command->add_option("--time", options->offset.x, "Frames to move by")->type_name("FRAMES");
     command->add_option("--value", options->offset.y, "Value to add")->type_name("NUMBER");
-    command->callback([options] { move(*options); });
+    command->callback([options] { Move(*options); });
 }
 
-void addScale(CLI::App& app) {
+void AddScale(CLI::App& app) {
     CLI::App* command = app.add_subcommand("scale", "Scale keys in time and value among the others");
     auto options = std::make_shared<ScaleCommand>();
-    addGroupOptions(*command, *options);
+    AddGroupOptions(*command, *options);
     command->add_option("--time", options->factor.x, "Factor for distances in time")->type_name("NUMBER");
     command->add_option("--value", options->factor.y, "Factor for values")->type_name("NUMBER");
     command->add_option("--about", options->pivot.x, "Frame that stays")->type_name("FRAME")->capture_default_str();
     command->add_option("--about-value", options->pivot.y, "Value that stays")
         ->type_name("NUMBER")
         ->capture_default_str();
-    command->callback([options] { scale(*options); });
+    command->callback([options] { Scale(*options); });
 }
 
 } // namespace fcurvetool

@@ -30,36 +30,36 @@ struct PlotCommandOptions {
     std::string output = "-";
 };
 
-void parseSize(const std::string& text, DrawOptions& plot) {
+void ParseSize(const std::string& text, DrawOptions& plot) {
     constexpr double kSmallest = 100.0;
     constexpr double kLargest = 20000.0;
     const std::size_t cross = text.find('x');
-    const auto width = parseNumber(std::string_view(text).substr(0, cross));
-    const auto height = cross == std::string::npos ? std::optional<double>(0.0) : parseNumber(text.substr(cross + 1));
+    const auto width = ParseNumber(std::string_view(text).substr(0, cross));
+    const auto height = cross == std::string::npos ? std::optional<double>(0.0) : ParseNumber(text.substr(cross + 1));
     const auto fits = [](double pixels) { return pixels >= kSmallest && pixels <= kLargest; };
     if (!width || !height || !fits(*width) || (cross != std::string::npos && !fits(*height)))
-        throw UsageError("--size: \"" + toPrintable(text) + "\" is not WIDTHxHEIGHT in pixels, 100 to 20000 each");
+        throw UsageError("--size: \"" + ToPrintable(text) + "\" is not WIDTHxHEIGHT in pixels, 100 to 20000 each");
     plot.width = *width;
     plot.height = *height;
 }
 
-DrawOptions::Marks parseMarks(const std::string& text, const std::string& option) {
+DrawOptions::Marks ParseMarks(const std::string& text, const std::string& option) {
     if (text == "on") return DrawOptions::On;
     if (text == "off") return DrawOptions::Off;
     if (text == "auto") return DrawOptions::Auto;
-    throw UsageError(option + ": \"" + toPrintable(text) + "\" is not on, off or auto");
+    throw UsageError(option + ": \"" + ToPrintable(text) + "\" is not on, off or auto");
 }
 
-DrawOptions::Interval toDrawn(const Interval& interval) {
+DrawOptions::Interval ToDrawn(const Interval& interval) {
     return {interval.low, interval.high};
 }
 
-void plot(PlotCommandOptions& options) {
-    if (!options.size.empty()) parseSize(options.size, options.plot);
-    if (!options.frames.empty()) options.plot.frames = toDrawn(parseInterval(options.frames, "--range"));
-    if (!options.values.empty()) options.plot.values = toDrawn(parseInterval(options.values, "--values"));
-    checkPicture(options.output, options.input.files);
-    std::vector<NamedCurve> curves = readCurves(options.input);
+void Plot(PlotCommandOptions& options) {
+    if (!options.size.empty()) ParseSize(options.size, options.plot);
+    if (!options.frames.empty()) options.plot.frames = ToDrawn(ParseInterval(options.frames, "--range"));
+    if (!options.values.empty()) options.plot.values = ToDrawn(ParseInterval(options.values, "--values"));
+    CheckPicture(options.output, options.input.files);
+    std::vector<NamedCurve> curves = ReadCurves(options.input);
     if (options.input.curves.empty()) {
         const auto isHidden = [](const NamedCurve& named) { return !IsVisible(*named.curve); };
         curves.erase(std::remove_if(curves.begin(), curves.end(), isHidden), curves.end());
@@ -68,33 +68,33 @@ void plot(PlotCommandOptions& options) {
     warnings.addUnknownExpressions(curves);
     warnings.settle();
     options.plot.selection = !options.selected.empty();
-    if (options.plot.selection) selectParts(curves, options.selected);
+    if (options.plot.selection) SelectParts(curves, options.selected);
     if (options.plot.title.empty()) {
         for (const std::string& file : options.input.files)
-            options.plot.title += (options.plot.title.empty() ? "" : ", ") + toPrintable(stem(file));
+            options.plot.title += (options.plot.title.empty() ? "" : ", ") + ToPrintable(Stem(file));
     }
     std::string picture;
     {
         const Progress progress("drawing");
         std::vector<DrawnCurve> drawn;
         for (const NamedCurve& named : curves) drawn.push_back({named.curve, named.name});
-        picture = drawPicture(drawn, options.plot);
+        picture = DrawPicture(drawn, options.plot);
     }
-    writePicture(picture, options.output);
+    WritePicture(picture, options.output);
 }
 
 } // namespace
 
-void addPlot(CLI::App& app) {
+void AddPlot(CLI::App& app) {
     CLI::App* command = app.add_subcommand("plot", "Draw curves as a picture");
     auto options = std::make_shared<PlotCommandOptions>();
     DrawOptions& plotOptions = options->plot;
     const auto addMarks = [&](const std::string& name, DrawOptions::Marks& target, const char* description) {
-        const auto parse = [name, &target](const std::string& text) { target = parseMarks(text, name); };
+        const auto parse = [name, &target](const std::string& text) { target = ParseMarks(text, name); };
         command->add_option_function<std::string>(name, parse, description)->type_name("on|off|auto");
     };
     command->add_option("FILE", options->input.files, "Files to read")->required()->type_name("");
-    addCurveOption(*command, options->input);
+    AddCurveOption(*command, options->input);
     command->add_option("-o,--output", options->output, "File to write, .svg or .png (default: SVG to standard output)")
         ->type_name("FILE");
     command->add_option("--title", plotOptions.title, "Title above the curves (default: the files' names)");
@@ -117,9 +117,9 @@ void addPlot(CLI::App& app) {
     addMarks("--keys", plotOptions.keys, "Dots at the keys (auto: where they can be told apart)");
     addMarks("--handles", plotOptions.handles,
              "Tangent handles, where the interpolator uses them (auto: where they can be told apart)");
-    addReadOptions(*command, options->input);
+    AddReadOptions(*command, options->input);
     command->footer("Curves that their file says are hidden are drawn only if --curve names them.");
-    command->callback([options] { plot(*options); });
+    command->callback([options] { Plot(*options); });
 }
 
 } // namespace fcurvetool

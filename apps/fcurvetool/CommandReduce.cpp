@@ -21,12 +21,12 @@ struct ReduceOptions {
     std::string range;
 };
 
-void reduce(ReduceOptions& options) {
-    const ToleranceOption tolerance = parseFitOptions(options.fit);
-    const auto range = parseRange(options.range);
+void Reduce(ReduceOptions& options) {
+    const ToleranceOption tolerance = ParseFitOptions(options.fit);
+    const auto range = ParseRange(options.range);
     options.edit.caption = ": tolerance " + options.fit.tolerance;
     FitReports reports;
-    runEdit(options.edit, "reducing", [&](FCurve& curve) -> std::string {
+    RunEdit(options.edit, "reducing", [&](FCurve& curve) -> std::string {
         if (curve.size() < 3) return {};
         const double first = range ? range->low : curve.begin()->getRightKey()->getX();
         const double last = range ? range->high : std::prev(curve.end())->getLeftKey()->getX();
@@ -40,16 +40,16 @@ void reduce(ReduceOptions& options) {
 
 } // namespace
 
-void addReduce(CLI::App& app) {
+void AddReduce(CLI::App& app) {
     CLI::App* command = app.add_subcommand("reduce", "Remove keys as long as curves hardly change");
     auto options = std::make_shared<ReduceOptions>();
-    addEditOptions(*command, options->edit);
-    addRangeOption(*command, options->range);
-    addFitOptions(*command, options->fit);
+    AddEditOptions(*command, options->edit);
+    AddRangeOption(*command, options->range);
+    AddFitOptions(*command, options->fit);
     command->footer(
         "The curve is nowhere farther than the tolerance from what it was, between the keys as well. Locked "
         "and selected keys, breakdowns, steps, formulas and everything outside the range stay.");
-    command->callback([options] { reduce(*options); });
+    command->callback([options] { Reduce(*options); });
 }
 
 } // namespace fcurvetool

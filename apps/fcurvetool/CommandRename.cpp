@@ -22,27 +22,27 @@ struct RenameCommand {
 };
 
 /// The new name: * in the pattern stands for the old one.
-std::string newName(const std::string& pattern, const std::string& old) {
+std::string NewName(const std::string& pattern, const std::string& old) {
     std::string name;
     for (const char c : pattern) c == '*' ? name += old : name += c;
     return name;
 }
 
-void rename(const RenameCommand& options) {
+void Rename(const RenameCommand& options) {
     std::vector<std::pair<std::string, std::string>> rules;
     for (const std::string& text : options.names) {
         const std::size_t sign = text.find('=');
         if (sign == std::string::npos || sign == 0)
-            throw UsageError("--name: \"" + toPrintable(text) + "\" is not WHICH=NAME");
+            throw UsageError("--name: \"" + ToPrintable(text) + "\" is not WHICH=NAME");
         rules.emplace_back(text.substr(0, sign), text.substr(sign + 1));
     }
-    runDocumentEdit(options.edit, "renaming", [&](Document& document, const std::vector<NamedCurve>& chosen) {
+    RunDocumentEdit(options.edit, "renaming", [&](Document& document, const std::vector<NamedCurve>& chosen) {
         std::vector<std::pair<std::size_t, std::string>> renamed; // by the names that they had
         for (const auto& [which, pattern] : rules) {
-            const std::vector<std::size_t> found = findCurves(chosen, which);
-            if (found.empty()) throw Failure(document.name + ": no curve \"" + toPrintable(which) + "\"");
+            const std::vector<std::size_t> found = FindCurves(chosen, which);
+            if (found.empty()) throw Failure(document.name + ": no curve \"" + ToPrintable(which) + "\"");
             for (const std::size_t index : found)
-                renamed.emplace_back(index, newName(pattern, chosen[index].curve->getName()));
+                renamed.emplace_back(index, NewName(pattern, chosen[index].curve->getName()));
         }
         for (const auto& [index, name] : renamed) chosen[index].curve->setName(name.c_str());
         return std::string();
@@ -51,10 +51,10 @@ void rename(const RenameCommand& options) {
 
 } // namespace
 
-void addRename(CLI::App& app) {
+void AddRename(CLI::App& app) {
     CLI::App* command = app.add_subcommand("rename", "Give curves other names");
     auto options = std::make_shared<RenameCommand>();
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     command
         ->add_option("--name", options->names,
                      "The curves WHICH, as for --curve, get this name; * in NAME stands for the old one; repeatable")
@@ -63,7 +63,7 @@ void addRename(CLI::App& app) {
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
-    command->callback([options] { rename(*options); });
+    command->callback([options] { Rename(*options); });
 }
 
 } // namespace fcurvetool

@@ -33,14 +33,14 @@ struct SampleOptions {
 };
 
 /// A CSV cell by RFC 4180.
-std::string quote(const std::string& text) {
+std::string Quote(const std::string& text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
     std::string result = "\"";
     for (const char byte : text) result += byte == '"' ? std::string("\"\"") : std::string(1, byte);
     return result + '"';
 }
 
-FrameRange chooseFrames(const std::vector<NamedCurve>& curves, const SampleOptions& options) {
+FrameRange ChooseFrames(const std::vector<NamedCurve>& curves, const SampleOptions& options) {
     std::optional<double> first;
     std::optional<double> last;
     for (const NamedCurve& named : curves) {
@@ -54,26 +54,26 @@ FrameRange chooseFrames(const std::vector<NamedCurve>& curves, const SampleOptio
     if (options.to) last = options.to;
     if (!first || !last) throw UsageError("the curves have no keys; give --from and --to");
     const FrameRange frames(*first, *last, options.step);
-    limitSamples(*first, *last, options.step, options.isUnlimited);
+    LimitSamples(*first, *last, options.step, options.isUnlimited);
     return frames;
 }
 
-void sample(const SampleOptions& options) {
-    refuseInput(options.output, options.input.files, "write the table to another file");
-    const std::vector<NamedCurve> curves = readCurves(options.input);
-    const FrameRange frames = chooseFrames(curves, options);
+void Sample(const SampleOptions& options) {
+    RefuseInput(options.output, options.input.files, "write the table to another file");
+    const std::vector<NamedCurve> curves = ReadCurves(options.input);
+    const FrameRange frames = ChooseFrames(curves, options);
     Warnings warnings(options.input.isStrict);
     warnings.addUnknownExpressions(curves);
     warnings.settle();
     Progress progress("sampling");
     Output output(options.output);
     std::string text = "frame";
-    for (const std::string& name : columnNames(curves, options.columns)) text += ',' + quote(name);
+    for (const std::string& name : ColumnNames(curves, options.columns)) text += ',' + Quote(name);
     text += '\n';
     std::vector<std::string> cells;
     for (std::int64_t i = 0; i < frames.size(); ++i) {
-        evaluateColumns(curves, options.columns, frames[i], cells);
-        text += toText(frames[i]);
+        EvaluateColumns(curves, options.columns, frames[i], cells);
+        text += ToText(frames[i]);
         for (const std::string& cell : cells) text += ',' + cell;
         text += '\n';
         if (text.size() > 65536) {
@@ -88,23 +88,23 @@ void sample(const SampleOptions& options) {
 
 } // namespace
 
-void addSample(CLI::App& app) {
+void AddSample(CLI::App& app) {
     CLI::App* command = app.add_subcommand("sample", "Write the curves' values at equal distances as CSV");
     auto options = std::make_shared<SampleOptions>();
     command->add_option("FILE", options->input.files, "Files to read")->required()->type_name("");
-    addCurveOption(*command, options->input);
+    AddCurveOption(*command, options->input);
     command->add_option("--from", options->from, "First frame (default: the first key of all curves)")
         ->type_name("FRAME");
     command->add_option("--to", options->to, "Last frame (default: the last key of all curves)")->type_name("FRAME");
     command->add_option("--step", options->step, "Frames from one row to the next")
         ->type_name("FRAMES")
         ->capture_default_str();
-    addLimitOption(*command, options->isUnlimited);
-    addColumnOptions(*command, options->columns);
+    AddLimitOption(*command, options->isUnlimited);
+    AddColumnOptions(*command, options->columns);
     command->add_option("-o,--output", options->output, "File to write (default: standard output)")->type_name("FILE");
-    addReadOptions(*command, options->input);
+    AddReadOptions(*command, options->input);
     command->footer("Numbers are written so that they read back exactly. Derivatives at a key are those to its right.");
-    command->callback([options] { sample(*options); });
+    command->callback([options] { Sample(*options); });
 }
 
 } // namespace fcurvetool

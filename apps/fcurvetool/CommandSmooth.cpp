@@ -25,25 +25,25 @@ struct SmoothOptions {
     std::string filter = "gaussian";
 };
 
-SmoothFilter parseFilter(const std::string& name) {
+SmoothFilter ParseFilter(const std::string& name) {
     if (name == "box") return SMOOTH_BOX;
     if (name == "triangle") return SMOOTH_TRIANGLE;
     if (name == "gaussian") return SMOOTH_GAUSSIAN;
     if (name == "savitzky-golay") return SMOOTH_SAVITZKY_GOLAY;
-    throw UsageError("--filter: \"" + toPrintable(name) + "\" is not box, triangle, gaussian or savitzky-golay");
+    throw UsageError("--filter: \"" + ToPrintable(name) + "\" is not box, triangle, gaussian or savitzky-golay");
 }
 
-void smooth(SmoothOptions& options) {
+void Smooth(SmoothOptions& options) {
     if (!(options.step > 0.0)) throw UsageError("--step: must be above 0");
     if (options.width < 0) throw UsageError("--width: must not be below 0");
-    const SmoothFilter filter = parseFilter(options.filter);
-    const auto range = parseRange(options.range);
+    const SmoothFilter filter = ParseFilter(options.filter);
+    const auto range = ParseRange(options.range);
     options.edit.caption = ": " + options.filter + ", width " + std::to_string(options.width);
-    runEdit(options.edit, "smoothing", [&](FCurve& curve) -> std::string {
+    RunEdit(options.edit, "smoothing", [&](FCurve& curve) -> std::string {
         if (range)
-            limitSamples(range->low, range->high, options.step, options.isUnlimited);
+            LimitSamples(range->low, range->high, options.step, options.isUnlimited);
         else if (curve.size() > 2)
-            limitSamples(curve.begin()->getRightKey()->getX(), std::prev(curve.end())->getLeftKey()->getX(),
+            LimitSamples(curve.begin()->getRightKey()->getX(), std::prev(curve.end())->getLeftKey()->getX(),
                          options.step, options.isUnlimited);
         if (range)
             SmoothCurve(curve, range->low, range->high, options.step, options.width, filter);
@@ -55,11 +55,11 @@ void smooth(SmoothOptions& options) {
 
 } // namespace
 
-void addSmooth(CLI::App& app) {
+void AddSmooth(CLI::App& app) {
     CLI::App* command = app.add_subcommand("smooth", "Smooth curves, and replace them by linear keys");
     auto options = std::make_shared<SmoothOptions>();
-    addEditOptions(*command, options->edit);
-    addRangeOption(*command, options->range);
+    AddEditOptions(*command, options->edit);
+    AddRangeOption(*command, options->range);
     command->add_option("--step", options->step, "Frames from one key to the next")
         ->type_name("FRAMES")
         ->capture_default_str();
@@ -71,9 +71,9 @@ void addSmooth(CLI::App& app) {
                      "How neighbours are weighted: box, triangle, gaussian; savitzky-golay keeps peaks")
         ->type_name("NAME")
         ->capture_default_str();
-    addLimitOption(*command, options->isUnlimited);
+    AddLimitOption(*command, options->isUnlimited);
     command->footer("What lies outside the range stays as it is.");
-    command->callback([options] { smooth(*options); });
+    command->callback([options] { Smooth(*options); });
 }
 
 } // namespace fcurvetool

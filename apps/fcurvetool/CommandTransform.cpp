@@ -29,34 +29,34 @@ struct FlipOptions {
 };
 
 /// Failure where the curve was not transformed; else the warning for what was kept.
-std::string tell(const TransformResult& result) {
+std::string Tell(const TransformResult& result) {
     if (!result.transformed) throw Failure("cannot be transformed: its keys would fall together or leave all bounds");
     std::string kept;
-    for (const std::string& expression : result.kept) kept += (kept.empty() ? "" : ", ") + toPrintable(expression);
+    for (const std::string& expression : result.kept) kept += (kept.empty() ? "" : ", ") + ToPrintable(expression);
     return kept.empty() ? "" : "kept as it was, because it cannot be transformed: " + kept;
 }
 
-void transform(const TransformOptions& options) {
+void Transform(const TransformOptions& options) {
     if (std::abs(options.scale.x) <= 1e-7) throw UsageError("--scale-time: would leave no time between the keys");
-    runEdit(options.edit, "transforming",
-            [&](FCurve& curve) { return tell(TransformCurve(curve, options.scale, options.offset)); });
+    RunEdit(options.edit, "transforming",
+            [&](FCurve& curve) { return Tell(TransformCurve(curve, options.scale, options.offset)); });
 }
 
-FlipType parseFlip(const std::string& what) {
+FlipType ParseFlip(const std::string& what) {
     if (what == "time") return FLIP_X;
     if (what == "value") return FLIP_Y;
     if (what == "both") return FLIP_XY;
-    throw UsageError("\"" + toPrintable(what) + "\" is not time, value or both");
+    throw UsageError("\"" + ToPrintable(what) + "\" is not time, value or both");
 }
 
-void flip(const FlipOptions& options) {
-    const FlipType type = parseFlip(options.what);
+void Flip(const FlipOptions& options) {
+    const FlipType type = ParseFlip(options.what);
     if (options.frame.has_value() != options.value.has_value() && type == FLIP_XY)
         throw UsageError("give both --frame and --value, or neither");
     if ((options.frame && type == FLIP_Y) || (options.value && type == FLIP_X))
         throw UsageError("time is flipped about a --frame, values are flipped about a --value");
-    runEdit(options.edit, "flipping", [&](FCurve& curve) {
-        return tell(options.frame || options.value
+    RunEdit(options.edit, "flipping", [&](FCurve& curve) {
+        return Tell(options.frame || options.value
                         ? FlipCurve(curve, type, options.frame.value_or(0.0), options.value.value_or(0.0))
                         : FlipCurveAboutCentroid(curve, type));
     });
@@ -64,10 +64,10 @@ void flip(const FlipOptions& options) {
 
 } // namespace
 
-void addTransform(CLI::App& app) {
+void AddTransform(CLI::App& app) {
     CLI::App* command = app.add_subcommand("transform", "Scale and move curves in time and value");
     auto options = std::make_shared<TransformOptions>();
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     const auto add = [&](const char* name, double& target, const char* description) {
         command->add_option(name, target, description)->type_name("NUMBER")->capture_default_str();
     };
@@ -78,18 +78,18 @@ void addTransform(CLI::App& app) {
     command->footer(
         "Every point (frame, value) of a curve goes to (scale-time * frame + move-time, scale-value * value "
         "+ move-value), between the keys and outside them.");
-    command->callback([options] { transform(*options); });
+    command->callback([options] { Transform(*options); });
 }
 
-void addFlip(CLI::App& app) {
+void AddFlip(CLI::App& app) {
     CLI::App* command = app.add_subcommand("flip", "Mirror curves in time, value or both");
     auto options = std::make_shared<FlipOptions>();
     command->add_option("WHAT", options->what, "time, value or both")->required()->type_name("");
-    addEditOptions(*command, options->edit);
+    AddEditOptions(*command, options->edit);
     command->add_option("--frame", options->frame, "Mirror time about this frame")->type_name("FRAME");
     command->add_option("--value", options->value, "Mirror values about this value")->type_name("NUMBER");
     command->footer("Without --frame and --value each curve is mirrored about the middle of its keyed range.");
-    command->callback([options] { flip(*options); });
+    command->callback([options] { Flip(*options); });
 }
 
 } // namespace fcurvetool

@@ -16,47 +16,47 @@ namespace fcurvetool {
 
 using namespace VEM_FN::FCurveLib;
 
-void addEditOptions(CLI::App& command, EditOptions& options) {
+void AddEditOptions(CLI::App& command, EditOptions& options) {
     command.add_option("FILE", options.file, "File to read")->required()->type_name("");
     command.add_option("OUTPUT", options.output, "File to write, - for standard output")->type_name("");
     command.add_flag("--in-place", options.isInPlace, "Write to FILE instead of an OUTPUT");
-    addCurveOption(command, options.input);
+    AddCurveOption(command, options.input);
     command
         .add_option("--to", options.format, "Format to write (default: by the output's extension, else the input's)")
         ->type_name("NAME");
     command.add_option("--plot", options.picture, "Draw the curves before and after into this .svg or .png file")
         ->type_name("FILE");
-    addReadOptions(command, options.input);
+    AddReadOptions(command, options.input);
 }
 
-void addRangeOption(CLI::App& command, std::string& range) {
+void AddRangeOption(CLI::App& command, std::string& range) {
     command.add_option("--range", range, "Frames to edit (default: from the first key to the last)")
         ->type_name("FIRST:LAST");
 }
 
-std::optional<Interval> parseRange(const std::string& range) {
+std::optional<Interval> ParseRange(const std::string& range) {
     if (range.empty()) return std::nullopt;
-    return parseInterval(range, "--range");
+    return ParseInterval(range, "--range");
 }
 
-void limitSamples(double first, double last, double step, bool isUnlimited) {
+void LimitSamples(double first, double last, double step, bool isUnlimited) {
     constexpr double kMostSamples = 1e7;
     const double samples = (last - first) / step + 1.0;
     if (samples > kMostSamples && !isUnlimited)
-        throw UsageError(toBriefText(samples, 3) + " samples from frame " + toText(first) + " to " + toText(last)
+        throw UsageError(ToBriefText(samples, 3) + " samples from frame " + ToText(first) + " to " + ToText(last)
                          + "; --no-limit allows more than 10^7");
 }
 
-void addLimitOption(CLI::App& command, bool& isUnlimited) {
+void AddLimitOption(CLI::App& command, bool& isUnlimited) {
     command.add_flag("--no-limit", isUnlimited, "Allow more than 10^7 samples of a curve");
 }
 
-std::string chooseOutput(const std::string& file, const std::string& output, bool isInPlace) {
+std::string ChooseOutput(const std::string& file, const std::string& output, bool isInPlace) {
     if (isInPlace && !output.empty()) throw UsageError("--in-place writes to FILE, so there is no OUTPUT");
     if (isInPlace && file == "-") throw UsageError("--in-place cannot write to standard input");
     if (isInPlace) return file;
     if (output.empty()) throw UsageError("OUTPUT is required, or --in-place");
-    refuseInput(output, {file}, "give --in-place to replace it");
+    RefuseInput(output, {file}, "give --in-place to replace it");
     return output;
 }
 
@@ -65,13 +65,13 @@ namespace {
 /// The edit says itself what it warns of.
 using WarningEdit = std::function<void(Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings)>;
 
-void run(const EditOptions& options, const char* word, const WarningEdit& edit) {
-    const std::string output = chooseOutput(options.file, options.output, options.isInPlace);
-    if (!options.picture.empty()) checkPicture(options.picture, {options.file, output});
-    Document document = readDocument(options.file, options.input);
-    const std::string format = chooseFormat(options.format, output, document.format.getFormatName());
+void Run(const EditOptions& options, const char* word, const WarningEdit& edit) {
+    const std::string output = ChooseOutput(options.file, options.output, options.isInPlace);
+    if (!options.picture.empty()) CheckPicture(options.picture, {options.file, output});
+    Document document = ReadDocument(options.file, options.input);
+    const std::string format = ChooseFormat(options.format, output, document.format.getFormatName());
     Warnings warnings(options.input.isStrict);
-    const std::vector<NamedCurve> chosen = chooseCurves({document}, options.input);
+    const std::vector<NamedCurve> chosen = ChooseCurves({document}, options.input);
     warnings.addUnknownExpressions(chosen);
     std::vector<DrawnCurve> drawn;
     std::string picture;
@@ -84,13 +84,13 @@ void run(const EditOptions& options, const char* word, const WarningEdit& edit) 
         edit(document, chosen, warnings);
         if (!options.picture.empty()) {
             DrawOptions plot;
-            plot.title = toPrintable(stem(options.file)) + ", before and after" + options.caption;
-            picture = drawPicture(drawn, plot);
+            plot.title = ToPrintable(Stem(options.file)) + ", before and after" + options.caption;
+            picture = DrawPicture(drawn, plot);
         }
-        bytes = formatDocument(*document.curves, format, document.name, warnings);
+        bytes = FormatDocument(*document.curves, format, document.name, warnings);
     }
     warnings.settle();
-    if (!options.picture.empty()) writePicture(picture, options.picture);
+    if (!options.picture.empty()) WritePicture(picture, options.picture);
     Output file(output);
     file.write(bytes);
     file.finish();
@@ -98,8 +98,8 @@ void run(const EditOptions& options, const char* word, const WarningEdit& edit) 
 
 } // namespace
 
-void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit) {
-    run(options, word, [&](Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings) {
+void RunEdit(const EditOptions& options, const char* word, const CurveEdit& edit) {
+    Run(options, word, [&](Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings) {
         for (const NamedCurve& named : chosen) {
             const std::string prefix = document.name + ": " + named.name + ": ";
             try {
@@ -114,12 +114,12 @@ void runEdit(const EditOptions& options, const char* word, const CurveEdit& edit
     });
 }
 
-void runEdits(const EditOptions& options, const char* word, const CurvesEdit& edit) {
-    runDocumentEdit(options, word, [&](Document&, const std::vector<NamedCurve>& chosen) { return edit(chosen); });
+void RunEdits(const EditOptions& options, const char* word, const CurvesEdit& edit) {
+    RunDocumentEdit(options, word, [&](Document&, const std::vector<NamedCurve>& chosen) { return edit(chosen); });
 }
 
-void runDocumentEdit(const EditOptions& options, const char* word, const DocumentEdit& edit) {
-    run(options, word, [&](Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings) {
+void RunDocumentEdit(const EditOptions& options, const char* word, const DocumentEdit& edit) {
+    Run(options, word, [&](Document& document, const std::vector<NamedCurve>& chosen, Warnings& warnings) {
         const std::string warning = edit(document, chosen);
         if (!warning.empty()) warnings.add(document.name + ": " + warning);
     });

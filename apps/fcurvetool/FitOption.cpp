@@ -14,7 +14,7 @@ namespace fcurvetool {
 
 using namespace VEM_FN::FCurveLib;
 
-void addFitOptions(CLI::App& command, FitCommandOptions& options) {
+void AddFitOptions(CLI::App& command, FitCommandOptions& options) {
     command
         .add_option("--tolerance", options.tolerance,
                     "How far values may be off; with % a part of each curve's range of values")
@@ -32,24 +32,24 @@ double ToleranceOption::of(double lowest, double highest) const {
     return isPercent ? number / 100.0 * (highest - lowest) : number;
 }
 
-ToleranceOption parseFitOptions(FitCommandOptions& options) {
+ToleranceOption ParseFitOptions(FitCommandOptions& options) {
     options.fit.handles = options.isWeighted ? FitOptions::Weighted : FitOptions::Thirds;
     options.fit.keys = options.isBroken ? FitOptions::Broken : FitOptions::Smooth;
     std::string text = options.tolerance;
     const bool isPercent = !text.empty() && text.back() == '%';
     if (isPercent) text.pop_back();
-    const auto number = parseNumber(text);
+    const auto number = ParseNumber(text);
     if (!number || *number < 0.0)
-        throw UsageError("--tolerance: \"" + toPrintable(options.tolerance)
+        throw UsageError("--tolerance: \"" + ToPrintable(options.tolerance)
                          + "\" is not a number from 0 on, with % or without");
     return {*number, isPercent};
 }
 
 std::string FitReports::add(const FCurve& curve, const FitReport& report) {
-    m_rows.push_back({nameOf(curve), report});
+    m_rows.push_back({NameOf(curve), report});
     if (report.withinTolerance) return {};
-    return "the tolerance is not held: off by " + toBriefText(report.error, 3) + " at frame "
-           + toBriefText(report.errorAt);
+    return "the tolerance is not held: off by " + ToBriefText(report.error, 3) + " at frame "
+           + ToBriefText(report.errorAt);
 }
 
 void FitReports::print(const std::string& curvesOutput) const {
@@ -60,7 +60,7 @@ void FitReports::print(const std::string& curvesOutput) const {
         table.addColumn(heading, Table::Align::Right);
     for (const Row& row : m_rows)
         table.addRow({row.name, std::to_string(row.report.keysBefore), std::to_string(row.report.keysAfter),
-                      toBriefText(row.report.error, 3), toBriefText(row.report.errorAt)});
+                      ToBriefText(row.report.error, 3), ToBriefText(row.report.errorAt)});
     if (curvesOutput == "-") {
         std::fputs(table.text().c_str(), stderr);
         return;

@@ -22,7 +22,7 @@ struct FitCommandOptions {
 };
 
 /// Adds --tolerance, --weighted, --broken, --keep-extremes, --whole-frames and --max-keys.
-void addFitOptions(CLI::App& command, FitCommandOptions& options);
+void AddFitOptions(CLI::App& command, FitCommandOptions& options);
 
 /// What --tolerance says: a number in the curves' own unit, or a part of each curve's range of values.
 struct ToleranceOption {
@@ -32,7 +32,7 @@ struct ToleranceOption {
     double of(double lowest, double highest) const;
 };
 /// The options as the library takes them; UsageError where --tolerance is no tolerance.
-ToleranceOption parseFitOptions(FitCommandOptions& options);
+ToleranceOption ParseFitOptions(FitCommandOptions& options);
 
 /// Lists what was left of each curve, for people.
 class FitReports {

@@ -37,6 +37,6 @@ struct Interval {
     double low;
     double high;
 };
-Interval parseInterval(std::string_view text, std::string_view option);
+Interval ParseInterval(std::string_view text, std::string_view option);
 
 } // namespace fcurvetool

@@ -37,19 +37,19 @@ using HoudiniChanFormat::HoudiniChanReader;
 namespace {
 
 /// The reader of the files that are called like this one; null if there is none.
-Reader* findReaderByExtension(const std::string& path) {
-    const std::string extension = lowerCase(std::filesystem::path(path).extension().string());
+Reader* FindReaderByExtension(const std::string& path) {
+    const std::string extension = LowerCase(std::filesystem::path(path).extension().string());
     for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it)
-        if (extension == "." + lowerCase(it->getExtension())) return FormatFactory::getReader(it->getFormatName());
+        if (extension == "." + LowerCase(it->getExtension())) return FormatFactory::getReader(it->getFormatName());
     return nullptr;
 }
 
-std::string printableName(const std::string& path) {
-    return path == "-" ? "<stdin>" : toPrintable(path);
+std::string PrintableName(const std::string& path) {
+    return path == "-" ? "<stdin>" : ToPrintable(path);
 }
 
 /// The names of the formats that can be read, in the order in which they are asked.
-std::string readableFormats() {
+std::string ReadableFormats() {
     std::string names;
     for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it) {
         if (!names.empty()) names += ", ";
@@ -59,10 +59,10 @@ std::string readableFormats() {
 }
 
 /// What --frame-column and --fps say of the first column; nothing where neither was given.
-std::optional<HoudiniChanReader::FrameColumn> parseFrameColumn(const InputOptions& options) {
+std::optional<HoudiniChanReader::FrameColumn> ParseFrameColumn(const InputOptions& options) {
     const std::string& text = options.frameColumn;
     if (!text.empty() && text != "auto" && text != "yes" && text != "no")
-        throw UsageError("--frame-column: \"" + toPrintable(text) + "\" is not auto, yes or no");
+        throw UsageError("--frame-column: \"" + ToPrintable(text) + "\" is not auto, yes or no");
     if (options.fps && !(*options.fps > 0.0 && std::isfinite(*options.fps))) throw UsageError("--fps: must be above 0");
     if (options.fps && text == "no") throw UsageError("--fps needs the first column that --frame-column no denies");
     if (options.fps || text == "yes") return HoudiniChanReader::Yes;
@@ -72,7 +72,7 @@ std::optional<HoudiniChanReader::FrameColumn> parseFrameColumn(const InputOption
 
 /// Keys in seconds go to the frames that were meant: seconds are written with few decimals, so what comes close to a
 /// whole frame is one.
-void turnIntoFrames(FCurve& curve, double fps) {
+void TurnIntoFrames(FCurve& curve, double fps) {
     constexpr double kClose = 0.001;
     TransformCurve(curve, {fps, 1.0}, {0.0, 0.0});
     for (Segment& segment : curve) {
@@ -83,16 +83,16 @@ void turnIntoFrames(FCurve& curve, double fps) {
     }
 }
 
-std::vector<NamedCurve> nameCurves(const std::vector<Document>& documents) {
+std::vector<NamedCurve> NameCurves(const std::vector<Document>& documents) {
     std::vector<NamedCurve> curves;
     std::set<std::string> taken;
     for (const Document& document : documents) {
         std::size_t number = 0;
         for (FCurve& curve : *document.curves) {
             ++number;
-            std::string name = nameOf(curve);
+            std::string name = NameOf(curve);
             if (name.empty()) name = "curve " + std::to_string(number);
-            if (documents.size() > 1) name = stem(document.name) + ": " + name;
+            if (documents.size() > 1) name = Stem(document.name) + ": " + name;
             std::string unique = name;
             for (int i = 2; !taken.insert(unique).second; ++i) unique = name + " (" + std::to_string(i) + ")";
             curves.push_back({curve.getShared(), std::move(unique), document.name});
@@ -108,7 +108,7 @@ const char* roleOf(const FCurve& curve) {
 
 } // namespace
 
-std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted) {
+std::vector<std::size_t> FindCurves(const std::vector<NamedCurve>& curves, const std::string& wanted) {
     std::vector<std::size_t> found;
     const auto collect = [&](const auto& fits) {
         for (std::size_t i = 0; i < curves.size(); ++i)
@@ -118,18 +118,18 @@ std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const
         return named.curve->getName() == wanted || named.name == wanted || roleOf(*named.curve) == wanted;
     });
     if (!found.empty()) return found;
-    if (const auto number = parseNumber(wanted);
+    if (const auto number = ParseNumber(wanted);
         number && *number >= 1.0 && *number <= static_cast<double>(curves.size()) && *number == std::floor(*number)) {
         return {static_cast<std::size_t>(*number) - 1};
     }
     collect([&](const NamedCurve& named) {
-        return matchesGlob(wanted, named.curve->getName()) || matchesGlob(wanted, named.name)
-               || matchesGlob(wanted, roleOf(*named.curve));
+        return MatchesGlob(wanted, named.curve->getName()) || MatchesGlob(wanted, named.name)
+               || MatchesGlob(wanted, roleOf(*named.curve));
     });
     return found;
 }
 
-void addReadOptions(CLI::App& command, InputOptions& options) {
+void AddReadOptions(CLI::App& command, InputOptions& options) {
     command
         .add_option("--format", options.format,
                     "Read the input as this format instead of recognising it (see: fcurvetool formats)")
@@ -145,7 +145,7 @@ void addReadOptions(CLI::App& command, InputOptions& options) {
     command.add_flag("--strict", options.isStrict, "Make warnings errors: end with code 1 and write nothing");
 }
 
-void addCurveOption(CLI::App& command, InputOptions& options) {
+void AddCurveOption(CLI::App& command, InputOptions& options) {
     command
         .add_option("-c,--curve", options.curves,
                     "Only this curve: a name, a number as `info` counts them, or a pattern with * and ?; repeatable")
@@ -155,7 +155,7 @@ void addCurveOption(CLI::App& command, InputOptions& options) {
         ->take_all();
 }
 
-std::string describeException(const std::string& name) {
+std::string DescribeException(const std::string& name) {
     ExceptionFormatter::LibraryFormatter library(name.c_str());
     ExceptionFormatter formatter;
     formatter.addFormatter(library);
@@ -165,8 +165,8 @@ std::string describeException(const std::string& name) {
 }
 
 // Not through the library's file stream: the file may be a pipe, and readers go back and forth.
-MemoryStream loadFile(const std::string& path) {
-    const std::string name = printableName(path);
+MemoryStream LoadFile(const std::string& path) {
+    const std::string name = PrintableName(path);
     struct Closer {
         void operator()(std::FILE* file) const {
             if (file != stdin) std::fclose(file);
@@ -191,24 +191,24 @@ MemoryStream loadFile(const std::string& path) {
     return bytes;
 }
 
-Document readDocument(const std::string& path, const InputOptions& options) {
-    Document document{printableName(path), {}, FCurveContainer::create()};
+Document ReadDocument(const std::string& path, const InputOptions& options) {
+    Document document{PrintableName(path), {}, FCurveContainer::create()};
     Reader* forced = nullptr;
     if (!options.format.empty()) {
         forced = FormatFactory::getReader(options.format.c_str());
         if (!forced)
-            throw UsageError("--format: unknown format \"" + toPrintable(options.format) + "\" (the tool reads "
-                             + readableFormats() + ")");
+            throw UsageError("--format: unknown format \"" + ToPrintable(options.format) + "\" (the tool reads "
+                             + ReadableFormats() + ")");
     }
-    const auto frameColumn = parseFrameColumn(options);
+    const auto frameColumn = ParseFrameColumn(options);
     const Progress progress("reading " + document.name);
-    MemoryStream bytes = loadFile(path);
+    MemoryStream bytes = LoadFile(path);
     if (bytes.getSize() == 0) throw Failure(document.name + ": empty");
     // Content decides. Where it tells nothing, because the file is broken near its start, the reader for files of
     // that name can at least say what is wrong.
     Reader* reader = forced ? forced : FormatFactory::getReader(bytes);
-    if (!reader) reader = findReaderByExtension(path);
-    if (!reader) throw Failure(document.name + ": not in a known format (" + readableFormats() + ")");
+    if (!reader) reader = FindReaderByExtension(path);
+    if (!reader) throw Failure(document.name + ": not in a known format (" + ReadableFormats() + ")");
     auto* const chanReader = dynamic_cast<HoudiniChanReader*>(reader);
     if (chanReader)
         chanReader->setFrameColumn(frameColumn.value_or(HoudiniChanReader::Auto));
@@ -220,34 +220,34 @@ Document readDocument(const std::string& path, const InputOptions& options) {
         reader->readCurves(bytes, target);
         document.format = reader->getFormatType();
     } catch (const Exception&) {
-        throw Failure(describeException(document.name));
+        throw Failure(DescribeException(document.name));
     }
     if (options.fps)
-        for (FCurve& curve : *document.curves) turnIntoFrames(curve, *options.fps);
+        for (FCurve& curve : *document.curves) TurnIntoFrames(curve, *options.fps);
     return document;
 }
 
-std::string nameOf(const FCurve& curve) {
-    std::string name = toPrintable(curve.getName());
-    const std::string role = toPrintable(roleOf(curve));
+std::string NameOf(const FCurve& curve) {
+    std::string name = ToPrintable(curve.getName());
+    const std::string role = ToPrintable(roleOf(curve));
     if (!role.empty()) name += (name.empty() ? "(" : " (") + role + ")";
     return name;
 }
 
-std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, const InputOptions& options) {
-    std::vector<NamedCurve> curves = nameCurves(documents);
+std::vector<NamedCurve> ChooseCurves(const std::vector<Document>& documents, const InputOptions& options) {
+    std::vector<NamedCurve> curves = NameCurves(documents);
     if (options.curves.empty()) return curves;
 
     std::vector<NamedCurve> chosen;
     std::set<std::size_t> taken;
     for (const std::string& wanted : options.curves) {
         if (wanted.empty()) throw UsageError("--curve: the name is empty");
-        const std::vector<std::size_t> found = findCurves(curves, wanted);
+        const std::vector<std::size_t> found = FindCurves(curves, wanted);
         if (found.empty()) {
             std::string names;
             for (std::size_t i = 0; i < curves.size() && i < 8; ++i) names += (i > 0 ? ", " : "") + curves[i].name;
             if (curves.size() > 8) names += ", ...";
-            throw Failure(documents.front().name + ": no curve \"" + toPrintable(wanted) + "\" ("
+            throw Failure(documents.front().name + ": no curve \"" + ToPrintable(wanted) + "\" ("
                           + (names.empty() ? "it has none" : "it has " + names) + ")");
         }
         for (const std::size_t index : found)
@@ -256,13 +256,13 @@ std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, con
     return chosen;
 }
 
-std::vector<NamedCurve> readCurves(const InputOptions& options) {
+std::vector<NamedCurve> ReadCurves(const InputOptions& options) {
     std::vector<Document> documents;
-    for (const std::string& file : options.files) documents.push_back(readDocument(file, options));
-    return chooseCurves(documents, options);
+    for (const std::string& file : options.files) documents.push_back(ReadDocument(file, options));
+    return ChooseCurves(documents, options);
 }
 
-std::string stem(const std::string& path) {
+std::string Stem(const std::string& path) {
     return path == "-" || path == "<stdin>" ? "standard input" : std::filesystem::path(path).stem().string();
 }
 

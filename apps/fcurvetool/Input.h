@@ -29,9 +29,9 @@ struct InputOptions {
 };
 
 /// Adds --format, --frame-column, --fps and --strict.
-void addReadOptions(CLI::App& command, InputOptions& options);
+void AddReadOptions(CLI::App& command, InputOptions& options);
 /// Adds --curve.
-void addCurveOption(CLI::App& command, InputOptions& options);
+void AddCurveOption(CLI::App& command, InputOptions& options);
 
 /// What a file holds.
 struct Document {
@@ -41,31 +41,31 @@ struct Document {
 };
 
 /// The message for the exception of the library that is being handled, with the name of the file in front.
-std::string describeException(const std::string& name);
+std::string DescribeException(const std::string& name);
 
 /// Reads a file, or standard input for "-", as the options say. Failure says file, line and column of what is wrong.
-Document readDocument(const std::string& path, const InputOptions& options);
+Document ReadDocument(const std::string& path, const InputOptions& options);
 
 /// All bytes of a file, or of standard input for "-".
-VEM_FN::FCurveLib::MemoryStream loadFile(const std::string& path);
+VEM_FN::FCurveLib::MemoryStream LoadFile(const std::string& path);
 
 /// The curve's name, printable, and after it the role that a channel file gives it: "chan0 (tx)". Empty where the
 /// curve has neither.
-std::string nameOf(const VEM_FN::FCurveLib::FCurve& curve);
+std::string NameOf(const VEM_FN::FCurveLib::FCurve& curve);
 
 /// Picks the curves of documents, in the order of the documents if --curve was not given, else in the order of --curve.
 /// No curve comes twice, and no two have the same name: of several files the curves' names start with the file's, and
 /// further curves of one name get numbers. Failure where a --curve fits none.
-std::vector<NamedCurve> chooseCurves(const std::vector<Document>& documents, const InputOptions& options);
+std::vector<NamedCurve> ChooseCurves(const std::vector<Document>& documents, const InputOptions& options);
 
 /// Reads the files and picks their curves.
-std::vector<NamedCurve> readCurves(const InputOptions& options);
+std::vector<NamedCurve> ReadCurves(const InputOptions& options);
 
 /// What a --curve means, as indices: the curves of that name or role; else the one of that number, from 1; else those
 /// that fit the pattern.
-std::vector<std::size_t> findCurves(const std::vector<NamedCurve>& curves, const std::string& wanted);
+std::vector<std::size_t> FindCurves(const std::vector<NamedCurve>& curves, const std::string& wanted);
 
 /// The file's name without folders and extension.
-std::string stem(const std::string& path);
+std::string Stem(const std::string& path);
 
 } // namespace fcurvetool

@@ -14,7 +14,7 @@ using namespace VEM_FN::FCurveLib::Interchange;
 
 namespace {
 
-ConversionOptions conversionOptions(const LossOptions& options) {
+ConversionOptions ConversionOptionsOf(const LossOptions& options) {
     ConversionOptions result;
     const auto check = [](const char* name, double number) {
         if (!(number > 0.0 && std::isfinite(number))) throw UsageError(std::string(name) + ": must be above 0");
@@ -25,7 +25,7 @@ ConversionOptions conversionOptions(const LossOptions& options) {
     for (const std::string& setting : options.settings) {
         const std::size_t equals = setting.find('=');
         if (equals == std::string::npos || setting.find('.') > equals)
-            throw UsageError("--set: \"" + toPrintable(setting) + "\" is not FORMAT.SETTING=VALUE");
+            throw UsageError("--set: \"" + ToPrintable(setting) + "\" is not FORMAT.SETTING=VALUE");
         result.settings[setting.substr(0, equals)] = setting.substr(equals + 1);
     }
     return result;
@@ -33,7 +33,7 @@ ConversionOptions conversionOptions(const LossOptions& options) {
 
 } // namespace
 
-void addLossOptions(CLI::App& command, LossOptions& options) {
+void AddLossOptions(CLI::App& command, LossOptions& options) {
     command.add_option("--report", options.report, "Write what the conversion loses to this file, as JSON")
         ->type_name("FILE");
     command.add_option("--frame-rate", options.frameRate, "Frames a second, where a format counts seconds")
@@ -48,15 +48,15 @@ void addLossOptions(CLI::App& command, LossOptions& options) {
         ->take_all();
 }
 
-std::string describe(const Loss& loss) {
-    return (loss.curve.empty() ? "" : toPrintable(loss.curve) + ": ") + toPrintable(Describe(loss));
+std::string DescribeLoss(const Loss& loss) {
+    return (loss.curve.empty() ? "" : ToPrintable(loss.curve) + ": ") + ToPrintable(Describe(loss));
 }
 
 Losses::Losses(const LossOptions& options)
-    : m_file(options.report), m_conversion(m_report, conversionOptions(options)) {}
+    : m_file(options.report), m_conversion(m_report, ConversionOptionsOf(options)) {}
 
 void Losses::tell(const std::string& file, Warnings& warnings) const {
-    for (const Loss& loss : m_report.losses()) warnings.add(file + ": " + describe(loss));
+    for (const Loss& loss : m_report.losses()) warnings.add(file + ": " + DescribeLoss(loss));
 }
 
 void Losses::writeReport() const {

@@ -21,10 +21,10 @@ struct LossOptions {
     std::vector<std::string> settings; ///< NAME=VALUE
 };
 
-void addLossOptions(CLI::App& command, LossOptions& options);
+void AddLossOptions(CLI::App& command, LossOptions& options);
 
 /// One line, with the curve's name.
-std::string describe(const VEM_FN::FCurveLib::Interchange::Loss& loss);
+std::string DescribeLoss(const VEM_FN::FCurveLib::Interchange::Loss& loss);
 
 /// What a conversion loses, from the moment this exists on: in reading and in writing.
 class Losses {

@@ -18,12 +18,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string systemReason() {
+std::string SystemReason() {
     return std::generic_category().message(errno);
 }
 
 /// What a new file gets from a program that leaves it to the user's umask.
-fs::perms ordinaryPermissions() {
+fs::perms OrdinaryPermissions() {
     const ::mode_t mask = ::umask(0);
     ::umask(mask);
     return static_cast<fs::perms>(0666U & ~mask);
@@ -41,10 +41,10 @@ Output::Output(const std::string& path) : m_path(path) {
     if (fs::is_directory(status)) fail("it is a folder");
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         m_direct = std::fopen(path.c_str(), "wb");
-        if (!m_direct) fail(systemReason());
+        if (!m_direct) fail(SystemReason());
         return;
     }
-    m_permissions = fs::exists(status) ? status.permissions() : ordinaryPermissions();
+    m_permissions = fs::exists(status) ? status.permissions() : OrdinaryPermissions();
     if (const fs::path target = fs::canonical(path, ignored); !target.empty()) m_path = target.string();
     try {
         m_replace.emplace(m_path.c_str());
@@ -63,7 +63,7 @@ Output::~Output() {
 
 void Output::write(std::string_view text) {
     if (m_direct) {
-        if (std::fwrite(text.data(), 1, text.size(), m_direct) != text.size()) fail(systemReason());
+        if (std::fwrite(text.data(), 1, text.size(), m_direct) != text.size()) fail(SystemReason());
         return;
     }
     try {
@@ -77,7 +77,7 @@ void Output::write(std::string_view text) {
 
 void Output::finish() {
     if (m_direct) {
-        if (std::fflush(m_direct) != 0) fail(systemReason());
+        if (std::fflush(m_direct) != 0) fail(SystemReason());
         return;
     }
     try {
@@ -89,19 +89,19 @@ void Output::finish() {
     fs::permissions(m_path, m_permissions, ignored);
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
+bool IsSameFile(const std::string& a, const std::string& b) {
     std::error_code ignored;
     return a != "-" && b != "-" && fs::equivalent(a, b, ignored);
 }
 
-void refuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice) {
+void RefuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice) {
     for (const std::string& input : inputs)
-        if (isSameFile(output, input) && fs::is_regular_file(output))
-            throw UsageError(toPrintable(output) + " is the input, too; " + advice);
+        if (IsSameFile(output, input) && fs::is_regular_file(output))
+            throw UsageError(ToPrintable(output) + " is the input, too; " + advice);
 }
 
 void Output::fail(const std::string& reason) const {
-    throw Failure((m_path == "-" ? "<stdout>" : toPrintable(m_path)) + ": cannot be written: " + reason);
+    throw Failure((m_path == "-" ? "<stdout>" : ToPrintable(m_path)) + ": cannot be written: " + reason);
 }
 
 } // namespace fcurvetool

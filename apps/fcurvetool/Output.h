@@ -36,9 +36,9 @@ private:
 };
 
 /// Whether both paths lead to one file that exists.
-bool isSameFile(const std::string& a, const std::string& b);
+bool IsSameFile(const std::string& a, const std::string& b);
 
 /// UsageError where the output is one of the inputs: no input is replaced unless the user says so.
-void refuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice);
+void RefuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice);
 
 } // namespace fcurvetool

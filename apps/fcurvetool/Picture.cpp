@@ -28,11 +28,11 @@ namespace {
 
 constexpr const char* kConverter = "rsvg-convert";
 
-std::string extensionOf(const std::string& path) {
-    return path == "-" ? "" : lowerCase(fs::path(path).extension().string());
+std::string ExtensionOf(const std::string& path) {
+    return path == "-" ? "" : LowerCase(fs::path(path).extension().string());
 }
 
-bool hasConverter() {
+bool HasConverter() {
     const char* const path = std::getenv("PATH");
     std::istringstream folders(path ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');)
@@ -40,14 +40,14 @@ bool hasConverter() {
     return false;
 }
 
-bool holdsCurves(const std::string& path) {
+bool HoldsCurves(const std::string& path) {
     std::error_code ignored;
     if (path == "-" || !fs::is_regular_file(path, ignored)) return false;
-    MemoryStream bytes = loadFile(path);
+    MemoryStream bytes = LoadFile(path);
     return bytes.getSize() > 0 && FormatFactory::getReader(bytes);
 }
 
-std::string convertToPng(const std::string& svg) {
+std::string ConvertToPng(const std::string& svg) {
     const auto fail = [] { throw Failure(std::string(kConverter) + " failed"); };
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), std::fclose);
     std::array<int, 2> pipe{};
@@ -78,32 +78,32 @@ std::string convertToPng(const std::string& svg) {
 
 } // namespace
 
-std::string drawPicture(const std::vector<DrawnCurve>& curves, const DrawOptions& options) {
+std::string DrawPicture(const std::vector<DrawnCurve>& curves, const DrawOptions& options) {
     try {
         return DrawCurves(curves, options);
     } catch (const BadPictureSize& error) {
-        throw UsageError("--size: too little room here, take at least " + toBriefText(error.leastWidth()) + "x"
-                         + toBriefText(error.leastHeight()));
+        throw UsageError("--size: too little room here, take at least " + ToBriefText(error.leastWidth()) + "x"
+                         + ToBriefText(error.leastHeight()));
     }
 }
 
-void checkPicture(const std::string& path, const std::vector<std::string>& curveFiles) {
-    const std::string extension = extensionOf(path);
+void CheckPicture(const std::string& path, const std::vector<std::string>& curveFiles) {
+    const std::string extension = ExtensionOf(path);
     if (!extension.empty() && extension != ".svg" && extension != ".png")
-        throw UsageError(toPrintable(path) + ": pictures are written as .svg or .png");
-    if (extension == ".png" && !hasConverter())
-        throw UsageError(toPrintable(path) + ": writing .png takes " + kConverter
+        throw UsageError(ToPrintable(path) + ": pictures are written as .svg or .png");
+    if (extension == ".png" && !HasConverter())
+        throw UsageError(ToPrintable(path) + ": writing .png takes " + kConverter
                          + ", which is not installed; write .svg");
     const bool isCurveFile = std::any_of(curveFiles.begin(), curveFiles.end(), [&](const std::string& file) {
-        return path != "-" && (file == path || isSameFile(file, path));
+        return path != "-" && (file == path || IsSameFile(file, path));
     });
-    if (isCurveFile || holdsCurves(path))
-        throw UsageError(toPrintable(path) + " is a file of curves; a picture would replace it");
+    if (isCurveFile || HoldsCurves(path))
+        throw UsageError(ToPrintable(path) + " is a file of curves; a picture would replace it");
 }
 
-void writePicture(const std::string& svg, const std::string& path) {
+void WritePicture(const std::string& svg, const std::string& path) {
     Output output(path);
-    output.write(extensionOf(path) == ".png" ? convertToPng(svg) : svg);
+    output.write(ExtensionOf(path) == ".png" ? ConvertToPng(svg) : svg);
     output.finish();
 }
 

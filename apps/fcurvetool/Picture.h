@@ -8,14 +8,14 @@
 namespace fcurvetool {
 
 /// The picture as SVG; UsageError where the size asked for leaves no room.
-std::string drawPicture(const std::vector<VEM_FN::FCurveLib::DrawnCurve>& curves,
+std::string DrawPicture(const std::vector<VEM_FN::FCurveLib::DrawnCurve>& curves,
                         const VEM_FN::FCurveLib::DrawOptions& options);
 
 /// UsageError where no picture should go to that file: it is one of the curve files, or holds curves; its name ends as
 /// neither .svg nor .png does; or it is a .png and there is no rsvg-convert, which makes these.
-void checkPicture(const std::string& path, const std::vector<std::string>& curveFiles);
+void CheckPicture(const std::string& path, const std::vector<std::string>& curveFiles);
 
 /// Writes the SVG as the file's name says.
-void writePicture(const std::string& svg, const std::string& path);
+void WritePicture(const std::string& svg, const std::string& path);
 
 } // namespace fcurvetool

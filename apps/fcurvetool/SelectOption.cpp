@@ -24,17 +24,17 @@ struct KeyRange {
     int last = 0;
 };
 
-std::optional<int> parseCount(std::string_view text) {
+std::optional<int> ParseCount(std::string_view text) {
     int count = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
     if (error != std::errc() || end != text.data() + text.size() || count < 0) return std::nullopt;
     return count;
 }
 
-bool parseKeys(std::string_view text, KeyRange& keys) {
+bool ParseKeys(std::string_view text, KeyRange& keys) {
     const std::size_t dash = text.find('-');
-    const auto first = parseCount(text.substr(0, dash));
-    const auto last = dash == std::string_view::npos ? first : parseCount(text.substr(dash + 1));
+    const auto first = ParseCount(text.substr(0, dash));
+    const auto last = dash == std::string_view::npos ? first : ParseCount(text.substr(dash + 1));
     if (!first || !last) return false;
     keys = {*first, *last};
     return true;
@@ -42,7 +42,7 @@ bool parseKeys(std::string_view text, KeyRange& keys) {
 
 } // namespace
 
-void selectParts(const std::vector<NamedCurve>& curves, const std::vector<std::string>& texts) {
+void SelectParts(const std::vector<NamedCurve>& curves, const std::vector<std::string>& texts) {
     const auto container = FCurveContainer::create();
     for (const NamedCurve& named : curves) container->addCurve(named.curve);
     Selection selection(container);
@@ -51,11 +51,11 @@ void selectParts(const std::vector<NamedCurve>& curves, const std::vector<std::s
     for (const std::string& text : texts) {
         const std::size_t colon = text.rfind(':');
         KeyRange keys;
-        const bool hasKeys = colon != std::string::npos && parseKeys(std::string_view(text).substr(colon + 1), keys);
-        if (keys.first > keys.last) throw UsageError("--select: \"" + toPrintable(text) + "\" ends before it starts");
+        const bool hasKeys = colon != std::string::npos && ParseKeys(std::string_view(text).substr(colon + 1), keys);
+        if (keys.first > keys.last) throw UsageError("--select: \"" + ToPrintable(text) + "\" ends before it starts");
         const std::string which = hasKeys ? text.substr(0, colon) : text;
-        const std::vector<std::size_t> found = findCurves(curves, which);
-        if (found.empty()) throw Failure("--select: no curve \"" + toPrintable(which) + "\" is drawn");
+        const std::vector<std::size_t> found = FindCurves(curves, which);
+        if (found.empty()) throw Failure("--select: no curve \"" + ToPrintable(which) + "\" is drawn");
         for (const std::size_t index : found) {
             FCurve& curve = *curves[index].curve;
             if (!hasKeys) {

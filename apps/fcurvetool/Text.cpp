@@ -10,26 +10,26 @@ namespace {
 
 using NumberBuffer = std::array<char, 64>;
 
-bool isContinuation(char byte) {
+bool IsContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 } // namespace
 
-std::string toText(double value) {
+std::string ToText(double value) {
     NumberBuffer buffer;
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     return std::string(buffer.data(), result.ptr);
 }
 
-std::string toBriefText(double value, int digits) {
+std::string ToBriefText(double value, int digits) {
     NumberBuffer buffer;
     const auto result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, digits);
     return std::string(buffer.data(), result.ptr);
 }
 
-std::optional<double> parseNumber(std::string_view text) {
+std::optional<double> ParseNumber(std::string_view text) {
     if (!text.empty() && text.front() == '+') {
         text.remove_prefix(1);
         if (!text.empty() && text.front() == '-') return std::nullopt;
@@ -41,13 +41,13 @@ std::optional<double> parseNumber(std::string_view text) {
     return value;
 }
 
-std::size_t countCharacters(std::string_view text) {
+std::size_t CountCharacters(std::string_view text) {
     std::size_t count = 0;
-    for (const char byte : text) count += isContinuation(byte) ? 0 : 1;
+    for (const char byte : text) count += IsContinuation(byte) ? 0 : 1;
     return count;
 }
 
-std::string toPrintable(std::string_view text) {
+std::string ToPrintable(std::string_view text) {
     static constexpr std::string_view kDigits = "0123456789abcdef";
     std::string result;
     result.reserve(text.size());
@@ -69,24 +69,24 @@ std::string toPrintable(std::string_view text) {
     return result;
 }
 
-std::string shorten(std::string_view text, std::size_t characters) {
-    if (countCharacters(text) <= characters) return std::string(text);
+std::string Shorten(std::string_view text, std::size_t characters) {
+    if (CountCharacters(text) <= characters) return std::string(text);
     std::size_t end = 0;
     for (std::size_t kept = 0; end < text.size(); ++end) {
-        if (!isContinuation(text[end]) && kept++ == characters - 1) break;
+        if (!IsContinuation(text[end]) && kept++ == characters - 1) break;
     }
     std::string result(text.substr(0, end));
     result += "\u2026";
     return result;
 }
 
-std::string lowerCase(std::string text) {
+std::string LowerCase(std::string text) {
     for (char& byte : text)
         if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
     return text;
 }
 
-bool matchesGlob(std::string_view pattern, std::string_view text) {
+bool MatchesGlob(std::string_view pattern, std::string_view text) {
     std::size_t p = 0;
     std::size_t t = 0;
     std::size_t star = std::string_view::npos; // the last star met, and where the text went on after it

@@ -20,7 +20,7 @@ void Warnings::addUnknownExpressions(const std::vector<NamedCurve>& curves) {
         for (const Segment& segment : *named.curve) {
             const auto interpolator = segment.getInterpolator();
             if (!dynamic_cast<const UnknownExpression*>(interpolator.get())) continue;
-            const std::string text = shorten(toPrintable(interpolator->getExpression()), kLongestExpression);
+            const std::string text = Shorten(ToPrintable(interpolator->getExpression()), kLongestExpression);
             if (told.insert(text).second)
                 add(named.file + ": " + named.name + ": the expression \"" + text + "\" is unknown and evaluates to 0");
         }

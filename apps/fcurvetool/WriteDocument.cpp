@@ -29,23 +29,23 @@ using namespace VEM_FN::FCurveLib;
 
 namespace {
 
-std::string writableFormats() {
+std::string WritableFormats() {
     std::string names;
-    for (const FormatType& type : getWritableFormats()) {
+    for (const FormatType& type : GetWritableFormats()) {
         if (!names.empty()) names += ", ";
         names += std::string(type.getFormatName()) + " (." + type.getExtension() + ")";
     }
     return names;
 }
 
-bool canWrite(const std::string& format) {
-    const auto types = getWritableFormats();
+bool CanWrite(const std::string& format) {
+    const auto types = GetWritableFormats();
     return std::any_of(types.begin(), types.end(),
                        [&](const FormatType& type) { return format == type.getFormatName(); });
 }
 
 // What a conversion to the old text lost, in words.
-std::string describeLosses(std::uint32_t flags) {
+std::string DescribeLosses(std::uint32_t flags) {
     using Curve = TovConversion::TovCurve;
     static constexpr std::pair<Curve::LossFlag, const char*> kLosses[] = {
         {Curve::UnsupportedInterpolation, "interpolators that the format does not have"},
@@ -62,7 +62,7 @@ std::string describeLosses(std::uint32_t flags) {
 }
 
 // The same for the report of a conversion.
-void addOldLosses(const FCurve& curve, std::uint32_t flags) {
+void AddOldLosses(const FCurve& curve, std::uint32_t flags) {
     using Curve = TovConversion::TovCurve;
     using Interchange::Loss;
     static constexpr struct {
@@ -78,10 +78,10 @@ void addOldLosses(const FCurve& curve, std::uint32_t flags) {
                    {Curve::PropertyLoss, Loss::Properties, Loss::Dropped}};
     Interchange::ConversionReport* const report = Interchange::Conversion::report();
     for (const auto& [flag, what, remedy] : kLosses)
-        if (report && (flags & flag)) report->add({curve.getName(), what, remedy, describeLosses(flag), 1, {}, 0, 0});
+        if (report && (flags & flag)) report->add({curve.getName(), what, remedy, DescribeLosses(flag), 1, {}, 0, 0});
 }
 
-void writeOldText(const FCurveContainer& curves, Stream& stream, const std::string& name, Warnings& warnings) {
+void WriteOldText(const FCurveContainer& curves, Stream& stream, const std::string& name, Warnings& warnings) {
     Stream_iostream out(stream);
     out.imbue(std::locale::classic());
     out << std::setprecision(std::numeric_limits<double>::max_digits10);
@@ -90,9 +90,9 @@ void writeOldText(const FCurveContainer& curves, Stream& stream, const std::stri
         ++number;
         const TovConversion::TovCurve converted(curve);
         out << converted;
-        const std::string losses = describeLosses(converted.getLossFlags());
-        const std::string curveName = nameOf(curve).empty() ? "curve " + std::to_string(number) : nameOf(curve);
-        addOldLosses(curve, converted.getLossFlags());
+        const std::string losses = DescribeLosses(converted.getLossFlags());
+        const std::string curveName = NameOf(curve).empty() ? "curve " + std::to_string(number) : NameOf(curve);
+        AddOldLosses(curve, converted.getLossFlags());
         if (!losses.empty()) warnings.add(name + ": " + curveName + ": lost in \"tov_fcurve\": " + losses);
     }
     if (!out) throw MemoryStream::EndOfBuffer();
@@ -100,25 +100,25 @@ void writeOldText(const FCurveContainer& curves, Stream& stream, const std::stri
 
 } // namespace
 
-std::vector<FormatType> getWritableFormats() {
+std::vector<FormatType> GetWritableFormats() {
     std::vector<FormatType> types(FormatFactory::beginWriterTypes(), FormatFactory::endWriterTypes());
     types.push_back(OldFormat::GetFormatType()); // no writer of the library's: a conversion of its own
     return types;
 }
 
-std::string chooseFormat(const std::string& asked, const std::string& output, const std::string& fallback) {
+std::string ChooseFormat(const std::string& asked, const std::string& output, const std::string& fallback) {
     if (!asked.empty()) {
-        if (canWrite(asked)) return asked;
-        throw UsageError("--to: \"" + toPrintable(asked) + "\" cannot be written; choose from " + writableFormats());
+        if (CanWrite(asked)) return asked;
+        throw UsageError("--to: \"" + ToPrintable(asked) + "\" cannot be written; choose from " + WritableFormats());
     }
-    const std::string extension = lowerCase(std::filesystem::path(output).extension().string());
-    for (const FormatType& type : getWritableFormats())
-        if (extension == "." + lowerCase(type.getExtension())) return type.getFormatName();
-    if (canWrite(fallback)) return fallback;
-    throw UsageError("--to is required for this OUTPUT: " + writableFormats());
+    const std::string extension = LowerCase(std::filesystem::path(output).extension().string());
+    for (const FormatType& type : GetWritableFormats())
+        if (extension == "." + LowerCase(type.getExtension())) return type.getFormatName();
+    if (CanWrite(fallback)) return fallback;
+    throw UsageError("--to is required for this OUTPUT: " + WritableFormats());
 }
 
-std::string formatDocument(const FCurveContainer& curves, const std::string& format, const std::string& name,
+std::string FormatDocument(const FCurveContainer& curves, const std::string& format, const std::string& name,
                            Warnings& warnings) {
     MemoryStream bytes;
     // Into the report of the conversion, if this is one.
@@ -129,14 +129,14 @@ std::string formatDocument(const FCurveContainer& curves, const std::string& for
     const std::size_t before = report.losses().size();
     try {
         if (format == OldFormat::GetFormatType().getFormatName()) {
-            writeOldText(curves, bytes, name, warnings);
+            WriteOldText(curves, bytes, name, warnings);
         } else {
             WriteCurves(curves, bytes, format.c_str());
             for (std::size_t i = before; i < report.losses().size(); ++i)
-                warnings.add(name + ": lost in \"" + format + "\": " + describe(report.losses()[i]));
+                warnings.add(name + ": lost in \"" + format + "\": " + DescribeLoss(report.losses()[i]));
         }
     } catch (const Exception&) {
-        throw Failure(describeException(name));
+        throw Failure(DescribeException(name));
     }
     return {bytes.getData(), static_cast<std::size_t>(bytes.getSize())};
 }

@@ -18,13 +18,13 @@ namespace {
 constexpr int kBadInput = 1;
 constexpr int kBadUsage = 2;
 
-int complain(const std::string& message, int code) {
+int Complain(const std::string& message, int code) {
     std::fprintf(stderr, "fcurvetool: %s\n", message.c_str());
     return code;
 }
 
 /// How many letters must be changed, added, left out, or exchanged with their neighbours to make one of the other.
-std::size_t distance(const std::string& a, const std::string& b) {
+std::size_t Distance(const std::string& a, const std::string& b) {
     std::vector<std::vector<std::size_t>> rows(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
     for (std::size_t i = 0; i <= a.size(); ++i) {
         for (std::size_t j = 0; j <= b.size(); ++j) {
@@ -38,7 +38,7 @@ std::size_t distance(const std::string& a, const std::string& b) {
     return rows[a.size()][b.size()];
 }
 
-void refuseUnknownCommand(const CLI::App& app, const std::string& command) {
+void RefuseUnknownCommand(const CLI::App& app, const std::string& command) {
     constexpr std::size_t kLongestCommand = 32;
     if (command.empty() || command[0] == '-') return;
     std::string nearest;
@@ -46,16 +46,16 @@ void refuseUnknownCommand(const CLI::App& app, const std::string& command) {
     for (const CLI::App* known : app.get_subcommands(nullptr)) {
         if (known->get_name() == command) return;
         if (command.size() > kLongestCommand) continue;
-        if (const std::size_t letters = distance(command, known->get_name()); letters < least) {
+        if (const std::size_t letters = Distance(command, known->get_name()); letters < least) {
             nearest = known->get_name();
             least = letters;
         }
     }
-    throw fcurvetool::UsageError("unknown command \"" + fcurvetool::toPrintable(command) + "\""
+    throw fcurvetool::UsageError("unknown command \"" + fcurvetool::ToPrintable(command) + "\""
                                  + (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
 }
 
-int run(int argc, char** argv) {
+int Run(int argc, char** argv) {
     VEM_FN::FCurveLib::Interchange::RegisterFormats();
     CLI::App app("Works on files of animation curves: describes, evaluates, samples, draws, converts and edits them.",
                  "fcurvetool");
@@ -66,47 +66,47 @@ int run(int argc, char** argv) {
     app.parse_complete_callback([&app] {
         if (app.get_subcommands().empty()) throw fcurvetool::UsageError("a command is required");
     });
-    fcurvetool::addInfo(app);
-    fcurvetool::addEval(app);
-    fcurvetool::addSample(app);
-    fcurvetool::addPlot(app);
-    fcurvetool::addConvert(app);
-    fcurvetool::addBake(app);
-    fcurvetool::addSmooth(app);
-    fcurvetool::addFit(app);
-    fcurvetool::addReduce(app);
-    fcurvetool::addTransform(app);
-    fcurvetool::addFlip(app);
-    fcurvetool::addInsert(app);
-    fcurvetool::addMove(app);
-    fcurvetool::addScale(app);
-    fcurvetool::addExtract(app);
-    fcurvetool::addMerge(app);
-    fcurvetool::addRename(app);
-    fcurvetool::addDelete(app);
-    fcurvetool::addDiff(app);
-    fcurvetool::addFormats(app);
-    fcurvetool::addCompletion(app);
-    fcurvetool::addManual(app);
+    fcurvetool::AddInfo(app);
+    fcurvetool::AddEval(app);
+    fcurvetool::AddSample(app);
+    fcurvetool::AddPlot(app);
+    fcurvetool::AddConvert(app);
+    fcurvetool::AddBake(app);
+    fcurvetool::AddSmooth(app);
+    fcurvetool::AddFit(app);
+    fcurvetool::AddReduce(app);
+    fcurvetool::AddTransform(app);
+    fcurvetool::AddFlip(app);
+    fcurvetool::AddInsert(app);
+    fcurvetool::AddMove(app);
+    fcurvetool::AddScale(app);
+    fcurvetool::AddExtract(app);
+    fcurvetool::AddMerge(app);
+    fcurvetool::AddRename(app);
+    fcurvetool::AddDelete(app);
+    fcurvetool::AddDiff(app);
+    fcurvetool::AddFormats(app);
+    fcurvetool::AddCompletion(app);
+    fcurvetool::AddManual(app);
 
     const auto helpHint = [&app] {
         const auto chosen = app.get_subcommands();
         return " (run fcurvetool " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help for details)";
     };
     try {
-        if (argc > 1) refuseUnknownCommand(app, argv[1]);
+        if (argc > 1) RefuseUnknownCommand(app, argv[1]);
         app.parse(argc, argv);
         return 0;
     } catch (const CLI::Success& request) { // --help or --version
         return app.exit(request);
     } catch (const CLI::ParseError& error) {
-        return complain(error.what() + helpHint(), kBadUsage);
+        return Complain(error.what() + helpHint(), kBadUsage);
     } catch (const fcurvetool::UsageError& error) {
-        return complain(error.what() + helpHint(), kBadUsage);
+        return Complain(error.what() + helpHint(), kBadUsage);
     } catch (const fcurvetool::Failure& error) {
-        return complain(error.what(), kBadInput);
+        return Complain(error.what(), kBadInput);
     } catch (const std::bad_alloc&) {
-        return complain("out of memory", kBadInput);
+        return Complain("out of memory", kBadInput);
     }
 }
 
@@ -114,8 +114,8 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return run(argc, argv);
+        return Run(argc, argv);
     } catch (const std::exception& error) {
-        return complain(error.what(), kBadInput);
+        return Complain(error.what(), kBadInput);
     }
 }

@@ -37,8 +37,8 @@ using Private::Span;
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 Interval Product(const Interval& a, const Interval& b) noexcept {
     const auto [low, high] = std::minmax({a.low * b.low, a.low * b.high, a.high * b.low, a.high * b.high});
@@ -111,9 +111,9 @@ Interval ValuesOf(const Span& span) {
 }
 
 Stretch StretchOf(const Request& request, double from, double to, double tolerance) {
-    Stretch s{from, to, {}, {}, {}, {}, nan, nan};
-    const auto set = [&](std::optional<Span> exact) {
-        s.exact = std::move(exact);
+    Stretch s{from, to, {}, {}, {}, {}, kNaN, kNaN};
+    const auto set = [&](const std::optional<Span>& exact) {
+        s.exact = exact;
         if (s.exact) s.first = s.exact->args.y0, s.last = s.exact->args.y3;
     };
     switch (request.rule) {
@@ -239,7 +239,7 @@ private:
     }
     // Infinity times 0 tells nothing.
     static Interval tame(const Interval& slope) noexcept {
-        return std::isnan(slope.low + slope.high) ? Interval{-infinity, infinity} : slope;
+        return std::isnan(slope.low + slope.high) ? Interval{-kInfinity, kInfinity} : slope;
     }
 
     const Rule m_rule;
@@ -267,7 +267,7 @@ public:
 
     Private::Fit run(double tolerance) const {
         Private::FitProblem problem{{}, {}, 0.0, false, true, 0};
-        Interval range{infinity, -infinity};
+        Interval range{kInfinity, -kInfinity};
         for (const Stretch* s = m_first; s != m_last; ++s) {
             const int parts =
                 std::clamp(static_cast<int>((s->to - s->from) / Keyframe::getMinSeparation() / 2.0), 1, 16);
@@ -314,7 +314,7 @@ public:
         const Stretch* s = stretchAt(from);
         const double room = std::max(Keyframe::getMinSeparation(), (s->to - s->from) / mostParts);
         const double middle = from + 0.5 * (to - from);
-        return middle - from >= room && to - middle >= room ? middle : nan;
+        return middle - from >= room && to - middle >= room ? middle : kNaN;
     }
     void describe(Private::FitKey&, double, double) const override {}
 
@@ -608,7 +608,7 @@ CombineResult OffsetCurve(const FCurve& curve, const Vector2D<double>& offset, d
     if (transformed.transformed && transformed.kept.empty() && curve.size() > 1) return result;
     if (transformed.transformed) return Combination({Rule::Shift, curve, nullptr, nullptr, offset}, tolerance).run();
     result.report.exact = result.report.endsExact = result.report.withinTolerance = false;
-    result.report.error = infinity;
+    result.report.error = kInfinity;
     return result;
 }
 

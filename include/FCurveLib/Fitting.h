@@ -85,8 +85,7 @@ FCURVELIB_API FitResult FitCurve(const std::vector<Vector2D<double>>& samples, d
 ///    read keys of their neighbours keep these neighbours. What repeats the keyed part (cycle, mirror) repeats the
 ///    reduced one.
 ///  - Keys that are locked ("fc_lock"), selected ("fc_sel", their own or a tangent's), breakdowns, or at which the
-///  curve
-///    jumps; extremes if asked for.
+///    curve jumps; extremes if asked for.
 ///  - Segments that are stepped, numbers, formulas or a host's own kinds, with their keys.
 ///  - The first and the last key in the range. Their tangents inside keep the slope of the tangents outside where they
 ///    are unified; where that cannot be, they cease to be unified.

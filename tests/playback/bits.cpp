@@ -81,11 +81,17 @@ std::shared_ptr<FCurve> AnyCurve(Fractions& fractions) {
     std::vector<Key> keys;
     Vector2D<double> at;
     Vector2D<double> in;
+    // One after the other: compilers differ in the order of arguments.
+    const auto handle = [&](double width) {
+        const double y = 20.0 * fractions.next() - 10.0;
+        const double x = width * fractions.next() * 1.4;
+        return Vector2D<double>(x, y);
+    };
     for (int i = 0; i < 20; ++i) {
         const double width = 0.01 + 10.0 * fractions.next();
-        const Vector2D<double> out(width * fractions.next() * 1.4, 20.0 * fractions.next() - 10.0);
+        const Vector2D<double> out = handle(width);
         keys.push_back({at.x, at.y, in, out});
-        in = Vector2D<double>(-width * fractions.next() * 1.4, 20.0 * fractions.next() - 10.0);
+        in = handle(-width);
         at = at + Vector2D<double>(width, 10.0 * fractions.next() - 5.0);
     }
     return MakeCurve(keys);

@@ -370,6 +370,25 @@ TEST(ReduceCurve, KeepsWhatHasToStay) {
         }
 }
 
+TEST(ReduceCurve, LeavesAsManyKeysAsItMay) {
+    for (const std::size_t most : {2u, 5u, 12u})
+        for (FitOptions options : AllOptions()) {
+            if (options.keepExtremes) continue;
+            const auto before = FCurve::create();
+            for (int x = 0; x <= 60; ++x)
+                before->insertSegment(*Keyframe::create(x, std::sin(0.3 * x) + 0.1 * (x % 3)), Linear::create());
+            const auto curve = FCurve::createCopy(*before);
+            options.maxKeys = most;
+            const FitReport report = ReduceCurve(*curve, 0, 60, 1e-6, options);
+            EXPECT_LE(report.keysAfter, most);
+            EXPECT_GE(report.keysAfter + most / 3, most);
+            EXPECT_FALSE(report.withinTolerance);
+            EXPECT_LE(FarthestBetween(*curve, *before, 0, 60, 4000).distance, report.error);
+            EXPECT_NEAR(std::abs(curve->eval(report.errorAt) - before->eval(report.errorAt)), report.error,
+                        0.01 * report.error);
+        }
+}
+
 TEST(ReduceCurve, KeepsASmoothJointWithTheOutside) {
     const auto curve = FCurve::create();
     for (int x = 0; x <= 30; ++x) curve->insertSegment(*Keyframe::create(x, std::sin(0.2 * x)), Bezier::create());

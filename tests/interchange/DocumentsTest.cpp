@@ -248,6 +248,41 @@ TEST_P(InterchangeDocuments, OfThePageAreRead) {
     EXPECT_GT(count, 0);
 }
 
+// Under a limit that just suffices a document is read; under one less it is refused.
+TEST(InterchangeLimits, HoldForReaders) {
+    RegisterFormats();
+    const std::string table = "frame,ab,c\n1,2,3\n2,3,4\n3,4,5\n";
+    const std::string anim = "animVersion 1.1; anim x x n 0 0 0; animData { keys { 0 0 flat flat 0 0 0; "
+                             "1 1 flat flat 0 0 0; } } anim y y n 0 0 1; animData { }";
+    const std::string frames =
+        "{\"k\":[{\"t\":0,\"s\":[1,2],\"h\":1},{\"t\":1,\"s\":[1,2],\"h\":1},{\"t\":2,\"s\":[2,3]}]}";
+    const struct {
+        const char* format;
+        std::string document;
+        std::size_t FormatLimits::*limit;
+        std::size_t enough;
+    } rows[] = {
+        {"csv", table, &FormatLimits::curves, 2},
+        {"csv", table, &FormatLimits::keys, 3},
+        {"csv", table, &FormatLimits::text, 2},
+        {"css_easings", "ease\nsteps(3)\n", &FormatLimits::curves, 2},
+        {"css_easings", "ease\nsteps(3)\n", &FormatLimits::keys, 4},
+        {"lottie", frames, &FormatLimits::curves, 2},
+        {"lottie", frames, &FormatLimits::keys, 3},
+        {"maya_anim", anim, &FormatLimits::curves, 2},
+        {"maya_anim", anim, &FormatLimits::keys, 2},
+    };
+    for (const auto& row : rows) {
+        for (const std::size_t less : {0U, 1U}) {
+            FormatLimits limits;
+            limits.*row.limit = row.enough - less;
+            const UnderLimits under(limits);
+            const std::string refusal = read(row.document, row.format, {}).refusal;
+            EXPECT_EQ(refusal.substr(0, 8), less ? "TooMuch:" : "") << row.format << ' ' << row.enough;
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Interchange, InterchangeDocuments,
                          testing::Values("css_easings", "csv", "glb", "gltf", "hchan", "hClip", "lottie", "maya_anim",
                                          "text", "usda"),

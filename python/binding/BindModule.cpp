@@ -42,4 +42,5 @@ PYBIND11_MODULE(_core, module) {
     BindDrawing(module);
     BindObservers(module, curve);
     BindConversion(module);
+    BindGroups(module, curve);
 }

@@ -10,8 +10,8 @@ curve; evaluating one that nobody edits is safe from any number.
 """
 
 from . import _core, _views
-from ._core import (CompiledCurve, Container, Curve, FitReport, Interpolator, Interpolators, Key, Keys, Loss, Pose,
-                    Properties, Report, Segment, Segments, Tangent, add, blend, draw, fit_report, key_dtype, kinds,
+from ._core import (CompiledCurve, Container, Curve, FitReport, Interpolator, Interpolators, Key, KeyClip, KeyGroup,
+                    Keys, Loss, MoveReport, PasteReport, Pose, Properties, Report, Segment, Segments, Tangent, add, blend, draw, fit_report, key_dtype, kinds,
                     unroll)
 from ._errors import (Error, FileAccessError, FileError, FileMissingError, FormatError, FormulaError, PictureSizeError,
                       UnknownFormatError)
@@ -25,7 +25,7 @@ __version__ = "19.0.0"
 __all__ = [
     "Change", "CompiledCurve", "Container", "Curve", "CurveArrays", "Error", "FileAccessError", "FileError",
     "FileMissingError", "FitReport", "Format", "FormatError", "FormulaError", "Interpolator", "Interpolators", "Key",
-    "Keys", "Loss", "PictureSizeError", "Pose", "Properties", "Report", "Segment", "Segments", "Subscription", "Tangent",
+    "KeyClip", "KeyGroup", "Keys", "Loss", "MoveReport", "PasteReport", "PictureSizeError", "Pose", "Properties", "Report", "Segment", "Segments", "Subscription", "Tangent",
     "UnknownFormatError", "add", "blend", "convert", "draw", "drag", "dumps", "fit", "fit_report", "formats",
     "key_dtype", "kinds", "load", "loads", "on_change", "register", "save", "tangent_types", "unregister", "unroll",
 ]

@@ -62,7 +62,9 @@ def test_wrong_arrays_raise(ball, field, value):
     (lambda c: c.smooth(-1), ValueError), (lambda c: c.smooth(1, "median"), ValueError), (lambda c: c.transform((0, 1)), ValueError),
     (lambda c: c.flip("z"), ValueError), (lambda c: fc.unroll(c, c, c), ValueError), (lambda c: c.sample(0, 1, np.nan), ValueError),
     (lambda c: fc.unroll(c, c.copy(), fc.Curve()), ValueError), (lambda c: c.compile().sample(0, 1, -1), ValueError),
-    (lambda c: fc.draw(c, width=3), fc.PictureSizeError), (lambda c: fc.draw(3), TypeError), (lambda c: fc.blend(c, c, "a"), TypeError)])
+    (lambda c: c.set_key(np.nan, 1), ValueError), (lambda c: c.set_key(1, 1, "round"), ValueError), (lambda c: fc.KeyGroup([3]), TypeError),
+    (lambda c: fc.KeyGroup(c).scale((0, 0), (0, 1)), ValueError), (lambda c: fc.KeyClip("none"), fc.FormatError),
+    (lambda c: fc.KeyClip(c).paste(c, mode="x"), ValueError), (lambda c: fc.draw(c, width=3), fc.PictureSizeError), (lambda c: fc.draw(3), TypeError), (lambda c: fc.blend(c, c, "a"), TypeError)])
 def test_wrong_arguments_of_tools_change_nothing(ball, wrong, error):
     before = ball.copy()
     with pytest.raises(error):
@@ -148,6 +150,25 @@ def test_threads_evaluate_while_others_run(ball):
     go_on.set()
     thread.join()
     assert results[0].tolist() == [5.0] * 1000
+
+
+def test_keys_are_set_moved_copied_and_compared(ball):
+    shape = ball.copy()
+    assert ball.set_key(6, ball(6)).x == 6 and ball.set_key(6.0005, 5, "flat").y == 5 and len(ball.keys) == 4
+    parts, largest, x = shape.diff(ball)
+    assert {"part": "key", "what": ["added"], "first": None, "second": 1, "x": 6.0} in parts and ball(x) != shape(x)
+    assert largest == pytest.approx(abs(ball(x) - shape(x))) and shape.diff(shape.copy())[0] == []
+    group = fc.KeyGroup(ball.keys[1:3])
+    assert group.move((100, 1)).is_limited and ball.keys[2].x == pytest.approx(23.999) and len(group) == 2
+    group.move((0, 0))
+    report = group.move((14.3, 0), "ripple", frame_step=1)
+    assert [key.x for key in ball.keys] == [1, 20, 26, 38] and report.offset == (14, 0) and report.others == 1
+    assert fc.KeyGroup(ball).scale((1, 0), (2, 1)).factor == (2, 1) and ball.keys[-1].x == 75
+    clip = fc.KeyClip(shape.keys[:2])
+    target = fc.Curve("height", [(40, 3)])
+    pasted = fc.KeyClip(clip.text).paste(target, frame=50)
+    assert [key.x for key in pasted.keys] == [50, 61] and np.allclose(target(np.arange(50.0, 61)), shape(np.arange(1.0, 12)))
+    assert clip.paste(fc.Container([fc.Curve("b")])).unmatched == ["height"] and len(clip) == 2
 
 
 def test_pictures(ball):

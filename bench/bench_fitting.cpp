@@ -14,7 +14,7 @@ namespace {
 
 using Bench::Samples;
 
-constexpr int sampleCount = 100'000;
+constexpr int kSampleCount = 100'000;
 
 void Fit(benchmark::State& state, const Samples& samples, double tolerance, const FitOptions& options) {
     std::size_t keys = 0;
@@ -39,7 +39,7 @@ void Reduce(benchmark::State& state, const Samples& samples, double tolerance, c
 }
 
 const bool registered = [] {
-    for (const auto& [signal, samples] : Bench::Signals(sampleCount))
+    for (const auto& [signal, samples] : Bench::Signals(kSampleCount))
         for (const auto handles : {FitOptions::Thirds, FitOptions::Weighted})
             for (const auto keys : {FitOptions::Smooth, FitOptions::Broken})
                 for (const char* percent : {"0.1", "1", "5"}) {

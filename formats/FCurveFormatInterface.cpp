@@ -119,7 +119,7 @@ void FCurveFormatInterface::finishSegment() {
 }
 
 void FCurveFormatInterface::segmentProperty(const char* key, const char* value) {
-    if (m_segment) Raw::properties(*m_segment).set(key, value);
+    if (m_segment) Raw::setProperty(*m_segment, key, value);
 }
 
 void FCurveFormatInterface::enter(Segment& segment) {
@@ -205,7 +205,7 @@ void FCurveFormatInterface::tangentWeighted(bool weighted) {
     if (Tangent* const tangent = currentTangent()) Raw::setWeighted(*tangent, weighted);
 }
 void FCurveFormatInterface::tangentProperty(const char* key, const char* value) {
-    if (Tangent* const tangent = currentTangent()) Raw::properties(*tangent).set(key, value);
+    if (Tangent* const tangent = currentTangent()) Raw::setProperty(*tangent, key, value);
 }
 
 // --- keyframes -------------------------------------------------------------------------------------------------------

@@ -4,7 +4,6 @@
 #include "interchange/CsvFormat.h"
 #include "interchange/EasingFormats.h"
 #include "interchange/MayaFormat.h"
-#include "interchange/gltf/GltfFormat.h"
 #include "interchange/usda/UsdaFormat.h"
 
 namespace VEM_FN::FCurveLib {
@@ -47,11 +46,7 @@ struct AllFormats {
     LottieWriter lottieWriter;
     MayaReader mayaReader;
     MayaWriter mayaWriter;
-    GltfReader gltfReader{Gltf::Shape::Text};
-    GltfReader glbReader{Gltf::Shape::Binary};
     UsdaReader usdaReader;
-    GltfWriter gltfWriter{Gltf::Shape::Text};
-    GltfWriter glbWriter{Gltf::Shape::Binary};
     UsdaWriter usdaWriter;
 };
 

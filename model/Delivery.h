@@ -20,7 +20,7 @@ template<class Part, class Call>
 void Deliver(FCurve* curve, Part& part, const Call& call) {
     if (!curve) return;
     ObserverSet<FCurveObserver>& observers = Raw::observers(*curve);
-    if (!observers.admits()) return;
+    if (!observers.admits() || Recording::mutes(*curve)) return;
     if (observers.empty() && GlobalObservers().empty()) return;
     const auto keepCurve = curve->getShared();
     const auto keepPart = part.getShared();
@@ -60,7 +60,7 @@ template<class Part>
 bool SetProperty(Part& part, const char* key, const char* value) {
     const std::string name(Text(key));
     const std::string text(Text(value));
-    if (!Raw::properties(part).set(name.c_str(), text.c_str())) return false;
+    if (!Raw::setProperty(part, name.c_str(), text.c_str())) return false;
     TellProperty(part, name.c_str(), text.c_str());
     return true;
 }
@@ -70,7 +70,7 @@ template<class Part>
 void ClearProperties(Part& part) {
     const auto self = part.getShared();
     PropertyMap erased;
-    Raw::properties(part).swap(erased);
+    Raw::swapProperties(part, erased);
     for (const auto& [key, value] : erased) TellProperty(part, key.c_str(), "");
 }
 

@@ -22,6 +22,7 @@ FCurve::ChangeType g_changeType = FCurve::OrdinaryChange;
 FCurve::FCurve() = default;
 
 FCurve::~FCurve() {
+    Private::Recording::tell(*this, [this](Private::Recorder& recorder) { recorder.destroyed(*this); });
     if (m_link) m_link->curve = nullptr;
     if (m_identity) m_identity->curve = nullptr;
     Raw::release(std::move(m_leading));
@@ -63,7 +64,11 @@ std::shared_ptr<FCurve> FCurve::createCopy(const FCurve& source) {
 
 FCurve& FCurve::operator=(const FCurve& source) {
     if (this == &source) return *this;
-    createCopy(source)->exchange(*this);
+    {
+        const auto copy = createCopy(source);
+        Private::Recording::replace(*this, *copy);
+        exchange(*copy);
+    }
     notifyChanged();
     return *this;
 }
@@ -71,6 +76,7 @@ FCurve& FCurve::operator=(const FCurve& source) {
 void FCurve::swap(FCurve& other) {
     if (this == &other) return;
     const auto keep = other.getShared();
+    Private::Recording::exchange(*this, other);
     exchange(other);
     notifyChanged();
     other.notifyChanged();
@@ -94,6 +100,8 @@ void FCurve::clear() {
     leading->segment.m_curve = link;
     leading->segment.m_interpolator = Private::DefaultInterpolator();
     segments.insertLeading(&leading->segment);
+    Private::Recording::removeAll(*this);
+    Private::Recording::add(*this, *leading);
     m_segments.swap(segments);
     m_leading.swap(leading);
     m_link.swap(link);
@@ -118,14 +126,9 @@ FCurve::iterator FCurve::insertSegment(const Keyframe& key, std::shared_ptr<Inte
     auto block = Raw::makeBlock(*this, &key, std::move(interpolator));
     const std::shared_ptr<Segment> segment(block, &block->segment);
     Keyframe& own = block->key;
-    m_segments.insert(place, x, segment.get());
-
     Keyframe* next = Read::rightKey(before);
-    Private::Block& left = *Private::Block::of(before);
-    segment->m_next = std::move(before.m_next);
-    segment->m_previous = &left;
-    if (segment->m_next) segment->m_next->segment.m_previous = block.get();
-    before.m_next = std::move(block);
+    Private::Recording::add(*this, *block);
+    Raw::link(*this, place, std::move(block));
 
     Keyframe* previous = Read::leftKey(before);
     Private::UpdateBeforeChange(previous, changes);
@@ -147,14 +150,10 @@ FCurve::iterator FCurve::removeSegment(iterator position) {
 
     Private::PendingChanges changes(this);
     Segment& before = found->m_previous->segment;
-    m_segments.erase(Read::leftKey(*found)->getX());
-    const std::shared_ptr<Private::Block> block = std::move(before.m_next);
-    const std::shared_ptr<Segment> removed(block, found);
-    before.m_next = std::move(removed->m_next);
+    Private::Block& block = *Private::Block::of(*found);
+    Private::Recording::remove(*this, block);
+    const std::shared_ptr<Segment> removed(Raw::unlink(block), found);
     const std::shared_ptr<Private::Block> next = before.m_next;
-    if (next) next->segment.m_previous = removed->m_previous;
-    removed->m_previous = nullptr;
-    removed->m_curve = {};
 
     Private::UpdateBeforeChange(Read::leftKey(before), changes);
     Private::UpdateAfterChange(next ? &next->key : nullptr, changes);
@@ -172,6 +171,7 @@ double FCurve::eval(double x) const {
 
 void FCurve::setName(const char* name) {
     if (m_name == Private::Text(name)) return;
+    Private::Recording::name(*this);
     m_name = Private::Text(name);
     Private::Deliver(this, *this, [this](FCurveObserver& observer) {
         observer.curveIntrinsicChanged(*this, FCurveObserver::CurveName);

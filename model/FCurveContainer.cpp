@@ -1,7 +1,9 @@
 #include "FCurveLib/FCurveContainer.h"
 
 #include "FCurveLib/FCurve.h"
+#include "model/Recorder.h"
 
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -20,7 +22,8 @@ std::shared_ptr<FCurveContainer> FCurveContainer::create() {
 FCurveContainer::iterator FCurveContainer::insertCurve(iterator position, std::shared_ptr<FCurve> curve) {
     if (!curve) return end();
     const auto keep = getShared();
-    const FCurve* const inserted = curve.get();
+    FCurve* const inserted = curve.get();
+    if (m_recorder && m_positions.count(inserted) == 0) m_recorder->contents(*this);
     const auto [entry, isNew] = m_positions.try_emplace(inserted);
     if (!isNew) return iterator(entry->second);
     try {
@@ -29,6 +32,7 @@ FCurveContainer::iterator FCurveContainer::insertCurve(iterator position, std::s
         m_positions.erase(entry);
         throw;
     }
+    if (m_recorder) m_recorder->joined(*inserted);
     notifyChanged();
     return find(inserted);
 }
@@ -45,6 +49,7 @@ FCurveContainer::iterator FCurveContainer::addCurve(std::shared_ptr<FCurve> curv
 
 FCurveContainer::iterator FCurveContainer::removeCurve(iterator position) {
     const auto keep = getShared();
+    if (m_recorder) m_recorder->contents(*this);
     const std::shared_ptr<FCurve> removed = *position.base(); // lives until the observers were told
     m_positions.erase(removed.get());
     const auto after = m_curves.erase(position.base());
@@ -59,6 +64,7 @@ FCurveContainer::iterator FCurveContainer::moveCurve(iterator position, FCurve& 
     const List::iterator moved = found->second;
     if (position.base() == moved || position.base() == std::next(moved)) return iterator(moved);
     const auto keep = getShared();
+    if (m_recorder) m_recorder->contents(*this);
     m_curves.splice(position.base(), m_curves, moved);
     notifyChanged();
     return find(&curve);
@@ -68,6 +74,10 @@ FCurveContainer::iterator FCurveContainer::moveCurve(iterator position, FCurveCo
     if (&from == this) return moveCurve(position, curve);
     const auto found = from.m_positions.find(&curve);
     if (found == from.m_positions.end()) return end();
+    if (m_positions.count(&curve) == 0) {
+        if (m_recorder) m_recorder->contents(*this);
+        if (from.m_recorder) from.m_recorder->contents(from);
+    }
     const auto [entry, isNew] = m_positions.try_emplace(&curve, found->second);
     if (!isNew) return iterator(entry->second);
     const auto keep = getShared();
@@ -75,13 +85,34 @@ FCurveContainer::iterator FCurveContainer::moveCurve(iterator position, FCurveCo
     const auto keepCurve = curve.getShared();
     m_curves.splice(position.base(), from.m_curves, entry->second);
     from.m_positions.erase(found);
+    if (m_recorder) m_recorder->joined(curve);
     from.notifyChanged();
     notifyChanged();
     return find(&curve);
 }
 
+void FCurveContainer::replaceCurves(std::size_t first, std::size_t count,
+                                    const std::vector<std::shared_ptr<FCurve>>& curves) {
+    auto place = std::next(m_curves.begin(), static_cast<std::ptrdiff_t>(first));
+    const auto rest = std::next(place, static_cast<std::ptrdiff_t>(count));
+    for (const auto& curve : curves) {
+        const auto [entry, isNew] = m_positions.try_emplace(curve.get());
+        if (isNew)
+            entry->second = m_curves.insert(place, curve);
+        else if (entry->second == place)
+            ++place;
+        else
+            m_curves.splice(place, m_curves, entry->second);
+    }
+    while (place != rest) {
+        m_positions.erase(place->get());
+        place = m_curves.erase(place);
+    }
+}
+
 void FCurveContainer::clear() {
     const auto keep = getShared();
+    if (m_recorder) m_recorder->contents(*this);
     List removed;
     removed.swap(m_curves);
     m_positions.clear();
@@ -89,6 +120,7 @@ void FCurveContainer::clear() {
 }
 
 bool FCurveContainer::setProperty(const char* key, const char* value) {
+    Private::Recording::property(*this, key);
     if (!m_properties.set(key, value)) return false;
     notifyChanged();
     return true;
@@ -96,6 +128,7 @@ bool FCurveContainer::setProperty(const char* key, const char* value) {
 
 void FCurveContainer::clearProperties() {
     if (m_properties.empty()) return;
+    Private::Recording::properties(*this, {});
     m_properties.clear();
     notifyChanged();
 }

@@ -123,7 +123,7 @@ void Keyframe::setY(double y) {
 
 void Keyframe::setBreakdown(bool breakdown) {
     if (isBreakdown() == breakdown) return;
-    m_box.setFlag(breakdownFlag, breakdown);
+    Raw::setBreakdown(*this, breakdown);
     Private::Deliver(Read::curve(*this), *this, [this](FCurveObserver& observer) {
         observer.keyframeIntrinsicChanged(*this, FCurveObserver::KeyframeBreakdown);
     });
@@ -131,7 +131,7 @@ void Keyframe::setBreakdown(bool breakdown) {
 
 void Keyframe::setTangentsUnified(bool unified) {
     if (isTangentsUnified() == unified) return;
-    m_box.setFlag(unifiedFlag, unified);
+    Raw::setUnified(*this, unified);
     FCurve* curve = Read::curve(*this);
     PendingChanges changes(curve);
     if (unified) Private::AlignTangents(*this, changes);

@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -115,6 +116,10 @@ struct Read {
     static FCurveContainer::iterator find(FCurveContainer& container, const FCurve& curve) noexcept {
         return container.find(&curve);
     }
+
+    // --- who records edits (model/Recorder.h) ------------------------------------------------------------------------
+    static const std::vector<Recorder*>& recorders(const FCurve& c) noexcept { return c.m_recorders; }
+    static Recorder* recorder(const FCurveContainer& c) noexcept { return c.m_recorder.get(); }
 };
 
 } // namespace Private

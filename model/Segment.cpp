@@ -80,7 +80,7 @@ std::shared_ptr<const FCurve> Segment::getOwningCurve() const noexcept {
 
 void Segment::setInterpolator(std::shared_ptr<Interpolator> interpolator) {
     if (m_interpolator == interpolator) return;
-    m_interpolator.swap(interpolator); // the old one dies after the observers were told
+    const auto before = Private::Raw::setInterpolator(*this, std::move(interpolator)); // dies after observers were told
     Private::Deliver(Read::curve(*this), *this, [this](FCurveObserver& observer) {
         observer.segmentIntrinsicChanged(*this, FCurveObserver::SegmentInterpolator);
     });

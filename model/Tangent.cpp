@@ -10,6 +10,7 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
+using Private::Raw;
 using Private::Read;
 
 namespace {
@@ -44,11 +45,12 @@ Tangent& Tangent::operator=(const Tangent& other) {
     const bool newLocked = m_weightLocked != other.m_weightLocked;
     const PropertyMap before(m_box.properties());
     const PropertyMap after(other.m_box.properties());
+    Raw::setProperties(*this, after);
+    Private::Recording::touchPart(*this);
     m_handle = handle;
     m_type = other.m_type;
     m_weighted = other.m_weighted;
     m_weightLocked = other.m_weightLocked;
-    m_box.setProperties(after);
 
     if (newHandle) notifyIntrinsic(FCurveObserver::TangentHandle);
     if (newType) notifyIntrinsic(FCurveObserver::TangentType);
@@ -111,7 +113,7 @@ void Tangent::setWeight(double weight) {
 
 void Tangent::setType(std::uint8_t type) {
     if (type > Plateau || type == m_type) return;
-    m_type = type;
+    Raw::setType(*this, type);
     const auto segment = getOwningSegment();
     Private::PendingChanges changes(Read::curve(*this));
     Private::UpdateTangent(*this, segment.get(), changes);
@@ -122,7 +124,7 @@ void Tangent::setType(std::uint8_t type) {
 
 void Tangent::setWeighted(bool weighted) {
     if (weighted == m_weighted) return;
-    m_weighted = weighted;
+    Raw::setWeighted(*this, weighted);
     const auto segment = getOwningSegment();
     Private::PendingChanges changes(Read::curve(*this));
     if (!weighted) Private::UpdateTangent(*this, segment.get(), changes);
@@ -132,7 +134,7 @@ void Tangent::setWeighted(bool weighted) {
 
 void Tangent::setWeightLocked(bool locked) {
     if (locked == m_weightLocked) return;
-    m_weightLocked = locked;
+    Raw::setWeightLocked(*this, locked);
     notifyIntrinsic(FCurveObserver::TangentWeightLocked);
 }
 

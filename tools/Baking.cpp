@@ -50,7 +50,7 @@ void BakeInterior(FCurve& curve, double step) {
         for (++it; it != curve.end();) it = curve.removeSegment(it);
         key.clearProperties();
         key.set(samples.front());
-        Raw::properties(first).setProperties({});
+        Raw::setProperties(first, {});
         const auto linear = Linear::create();
         first.setInterpolator(linear);
         for (std::size_t i = 1; i < samples.size(); ++i)
@@ -58,7 +58,7 @@ void BakeInterior(FCurve& curve, double step) {
 
         Segment& last = *--curve.end();
         last.setInterpolator(interpolator);
-        Raw::properties(last).setProperties(properties);
+        Raw::setProperties(last, properties);
         Raw::copyTangent(*Read::outTangent(last), out);
         handles.restore();
         return true;

@@ -41,7 +41,7 @@ public:
     }
 
     const std::vector<Kept>& kept() const noexcept { return m_kept; }
-    void restore() const noexcept {
+    void restore() const {
         for (const Kept& kept : m_kept) Raw::setHandle(*kept.tangent, kept.handle.x, kept.handle.y);
     }
 

@@ -96,7 +96,7 @@ private:
             return *Read::rightSegment(*m_end.key);
         }
         Segment& segment = insert(sample.x, sample.y, m_rightInterpolator);
-        Raw::properties(segment).setProperties(m_rightProperties);
+        Raw::setProperties(segment, m_rightProperties);
         Raw::copyTangent(*Read::outTangent(segment), m_rightOut);
         m_handles.keep(*Read::outTangent(segment));
         return segment;
@@ -114,7 +114,7 @@ private:
         Keyframe& key = *m_start.key;
         Segment& segment = *Read::rightSegment(key);
         segment.setInterpolator(m_linear);
-        Raw::properties(segment).setProperties({});
+        Raw::setProperties(segment, {});
         const double rounding = (m_start.exact ? 1e-12 : 1e-6) * m_scale;
         const auto differs = [&](double y) { return std::abs(y - sample.y) > rounding; };
         const Segment& outside = *Read::leftSegment(key);

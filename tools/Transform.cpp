@@ -57,7 +57,7 @@ public:
         auto image = FCurve::create();
         const FCurve::Switch quiet(*image); // the observers of all curves need not hear of a curve in the making
         image->setName(m_curve.getName());
-        Raw::properties(*image) = Read::properties(m_curve);
+        Raw::setProperties(*image, Read::properties(m_curve));
 
         Segment* to = &*image->begin();
         const Segment* from = m_reversed ? &Read::lastSegment(m_curve) : &Read::firstSegment(m_curve);
@@ -86,7 +86,7 @@ private:
     };
 
     void mapSegment(const Segment& from, Segment& to) {
-        Raw::properties(to).setProperties(Read::properties(from));
+        Raw::setProperties(to, Read::properties(from));
         const Tangent& in = *Read::inTangent(from);
         const Tangent& out = *Read::outTangent(from);
         mapTangent(m_reversed ? out : in, *Read::inTangent(to), from);

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -193,6 +194,7 @@ private:
     Private::CurveReference m_identity; // held by segments that were made by hand for this curve; stays
     PropertyMap m_properties;
     Private::ObserverSet<FCurveObserver> m_observers;
+    std::vector<Private::Recorder*> m_recorders; // of the containers whose edits are recorded
 };
 
 } // namespace v19

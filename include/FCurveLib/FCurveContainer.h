@@ -12,6 +12,7 @@
 #include <list>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -110,11 +111,13 @@ private:
     FCurveContainer& operator=(const FCurveContainer&) = delete;
 
     iterator find(const FCurve* curve) noexcept;
+    void replaceCurves(std::size_t first, std::size_t count, const std::vector<std::shared_ptr<FCurve>>& curves);
 
     List m_curves;
     std::unordered_map<const FCurve*, List::iterator> m_positions;
     PropertyMap m_properties;
     Private::ObserverSet<ContainerObserver> m_observers;
+    std::unique_ptr<Private::Recorder> m_recorder; // null until somebody groups or undoes edits; dies before the curves
 };
 
 } // namespace v19

@@ -153,6 +153,12 @@ class KeyClip;
 struct PasteOptions;
 struct PasteReport;
 
+struct CurveEdit;
+struct EditSummary;
+class EditObserver;
+class EditGroup;
+class UndoStack;
+
 enum SmoothFilter : std::uint32_t;
 enum FlipType : std::int32_t;
 enum RotationOrder : std::uint8_t;
@@ -178,9 +184,11 @@ struct Raw;
 struct Block;
 class BorrowedSegment;
 struct CurveLink;
+class Recorder;
 struct KeyframeContents;
 struct SegmentContents;
 struct TangentContents;
+class EditHistory;
 class EditProofWalk;
 class GroupPlan;
 class SelectionState;

@@ -49,15 +49,14 @@ public:
     using value_type = BasicKeyView<Curve>;
     using difference_type = std::ptrdiff_t;
     using reference = value_type;
-    class Pointer {
+    class pointer {
     public:
-        explicit Pointer(value_type view) noexcept : m_view(view) {}
+        explicit pointer(value_type view) noexcept : m_view(view) {}
         const value_type* operator->() const noexcept { return &m_view; }
 
     private:
         value_type m_view;
     };
-    using pointer = Pointer;
 
     BasicKeyIterator() = default;
     explicit BasicKeyIterator(Base position) noexcept : m_position(position) {}

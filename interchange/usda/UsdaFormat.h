@@ -33,7 +33,7 @@ private:
 };
 
 // "usda", "USD text layer", "usda".
-const FormatType& UsdaType();
+const FormatType& usdaType();
 
 namespace Usda {
 

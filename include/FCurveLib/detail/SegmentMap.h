@@ -92,6 +92,8 @@ public:
 
     /// Adds the first entry, the leading one. Precondition: the map is empty.
     void insertLeading(Segment* segment);
+    /// Replaces the first entry. Precondition: there is one.
+    void setLeading(Segment* segment) noexcept { m_head.front().segment = segment; }
     /// Adds an entry after the place where x belongs. Precondition: the map has no entry at x. Throws std::bad_alloc
     /// and then changes nothing.
     void insert(const Place& place, double x, Segment* segment);

@@ -1,0 +1,181 @@
+#include "support/Allocations.h"
+#include "support/Basics.h"
+#include "support/Gestures.h"
+#include "support/Museum.h"
+#include "support/Random.h"
+#include "support/Recorder.h"
+
+namespace {
+
+using namespace Test;
+
+// Each curve of the museum in turn, with the two after it; the last of them is in no container.
+TEST(UndoStack, GivesBackEveryStateOfRandomGestures) {
+    const auto& museum = Museum();
+    for (std::size_t first = 0; first < museum.size(); ++first) {
+        Random random(static_cast<unsigned>(first));
+        std::vector<std::shared_ptr<FCurve>> curves;
+        for (std::size_t i = 0; i < 3; ++i) curves.push_back(museum[(first + i) % museum.size()].make());
+        GestureHost host(random, curves);
+        for (int i = 0; i < 40; ++i) ASSERT_EQ(host.run(), "") << museum[first].name;
+        ASSERT_EQ(host.runBack(), "") << museum[first].name;
+    }
+}
+
+// The names of the calls to a curve's observer, as "begin step step end".
+class Calls : public FCurveObserver {
+public:
+    std::string heard;
+    void curveChanged(FCurve&) override { heard += "curve "; }
+    void beginValueChange(FCurve&) override { heard += "begin "; }
+    void intermediateValueChange(FCurve&) override { heard += "step "; }
+    void endValueChange(FCurve&) override { heard += "end "; }
+};
+
+class Summaries : public EditObserver {
+public:
+    std::vector<EditSummary> steps;
+    void editStepped(const EditSummary& edit) override { steps.push_back(edit); }
+};
+
+std::shared_ptr<FCurve> Keys(int count, const char* interpolator = "bezier()") {
+    auto curve = FCurve::create();
+    const auto kind = InterpolatorFactory::create(interpolator);
+    for (int i = 0; i < count; ++i) curve->insertSegment(*Keyframe::create(i, i % 7), kind);
+    return curve;
+}
+
+struct Document {
+    explicit Document(int keys) : curve(Keys(keys)), curves(FCurveContainer::create()), selection(curves) {
+        curves->addCurve(curve);
+    }
+    std::shared_ptr<FCurve> curve;
+    std::shared_ptr<FCurveContainer> curves;
+    Selection selection;
+};
+
+TEST(EditGroup, TellsASummaryOfEachStepInsteadOfManyCalls) {
+    Document document(20);
+    Calls calls;
+    document.curve->subscribe(calls);
+    Summaries view;
+    EditGroup::subscribe(*document.curves, view);
+    {
+        EditGroup group(document.selection, "drag", EditGroup::Quiet);
+        for (int step = 1; step <= 2; ++step) {
+            for (int i = 4; i < 9; ++i) GetIndexedKeyframe(*document.curve, i)->setY(10 * step);
+            group.step();
+        }
+        group.step(); // nothing new
+    }
+    EXPECT_EQ(calls.heard, "begin step step end ");
+    ASSERT_EQ(view.steps.size(), 2U);
+    EXPECT_EQ(view.steps[1].curves.at(0).values.start, 3.0);
+    EXPECT_EQ(view.steps[1].curves.at(0).values.end, 9.0);
+
+    calls.heard.clear();
+    {
+        EditGroup group(document.selection, "select", EditGroup::Quiet);
+        for (int i = 4; i < 9; ++i) document.selection.select(*GetIndexedKeyframe(*document.curve, i));
+    }
+    EXPECT_EQ(calls.heard, "curve ");
+    EXPECT_TRUE(view.steps.at(2).curves.at(0).values.isEmpty());
+    EXPECT_EQ(view.steps.at(2).curves.at(0).parts.end, 9.0);
+
+    const FCurve::Switch silence(*document.curve); // nobody is told but those who listen to summaries
+    EditGroup group(*document.curves);
+    document.curve->begin()->setInterpolator(InterpolatorFactory::create("cycle()"));
+    KeyAt(*document.curve, 19)->setY(3);
+    group.end();
+    EXPECT_TRUE(view.steps.at(3).curves.at(0).repeats);
+    EXPECT_EQ(calls.heard, "curve ");
+}
+
+// Whoever is called may do anything to the group, the stack and the document.
+TEST(EditGroup, OutlivesWhatItsObserversDo) {
+    Document document(5);
+    auto stack = std::make_unique<UndoStack>(document.selection);
+    std::unique_ptr<EditGroup> group;
+    struct Destroyer : EditObserver {
+        std::function<void()> stepped, ended;
+        void editStepped(const EditSummary&) override { stepped(); }
+        void editEnded(const EditSummary&) override { ended(); }
+    } destroyer;
+    EditGroup::subscribe(*document.curves, destroyer);
+    destroyer.stepped = [&] { document.curve->removeSegment(--document.curve->end()); };
+    destroyer.ended = [&] { group.reset(); };
+    group = std::make_unique<EditGroup>(*document.curves, "first");
+    KeyAt(*document.curve, 0)->setY(50.0);
+    group->end();
+    EXPECT_EQ(document.curve->size(), 5U); // removed by the observer, in the group
+    EXPECT_FALSE(group);
+    destroyer.stepped = [&] { EXPECT_FALSE(stack->undo() && stack->isRestoring()); };
+    EXPECT_TRUE(stack->undo());
+    EXPECT_EQ(document.curve->size(), 6U);
+    destroyer.stepped = [&] {
+        EXPECT_TRUE(stack->isRestoring());
+        stack.reset();
+    };
+    EXPECT_TRUE(stack->redo());
+    EXPECT_EQ(document.curve->size(), 5U);
+}
+
+TEST(UndoStack, MergesNudgesAndKnowsTheSavedState) {
+    Document document(5);
+    UndoStack stack(document.curves);
+    const auto key = KeyAt(*document.curve, 2);
+    const auto nudge = [&](const char* name) {
+        EditGroup group(*document.curves, name, EditGroup::Merge);
+        key->setY(key->getY() + 1.0);
+    };
+    nudge("up");
+    nudge("up");
+    EXPECT_EQ(stack.undoSize(), 1U);
+    stack.setClean();
+    nudge("up"); // not into what was saved
+    nudge("other");
+    key->setY(0.0); // outside of groups
+    EXPECT_EQ(stack.undoSize(), 4U);
+    EXPECT_STREQ(stack.getUndoName(), "");
+    for (int i = 0; i < 3; ++i) stack.undo();
+    EXPECT_TRUE(stack.isClean());
+    EXPECT_STREQ(stack.getUndoName(), "up");
+    EXPECT_STREQ(stack.getRedoName(), "up");
+    stack.undo();
+    EXPECT_EQ(key->getY(), 2.0);
+    EXPECT_FALSE(stack.isClean());
+    nudge("up");
+    EXPECT_EQ(stack.redoSize(), 0U);
+    EXPECT_FALSE(stack.isClean());
+}
+
+TEST(UndoStack, KeepsWhatWasTouchedWithinItsBytes) {
+    constexpr int count = 2000;
+    Document document(count);
+    UndoStack stack(document.selection);
+    const std::size_t before = heldNow();
+    {
+        EditGroup group(*document.curves, "move");
+        for (int i = 0; i < count; i += 2) KeyAt(*document.curve, i)->setX(i + 0.5);
+    }
+    const double held = static_cast<double>(heldNow() - before);
+    EXPECT_NEAR(static_cast<double>(stack.getBytes()), held, 0.05 * held);
+    EXPECT_LE(held, 300.0 * count);
+    {
+        EditGroup group(*document.curves, "select and remove");
+        for (int i = 0; i < count; ++i) document.selection.select(*KeyAt(*document.curve, i));
+        while (document.curve->size() > 1) document.curve->removeSegment(--document.curve->end());
+    }
+    EXPECT_LE(stack.getBytes(), 300U * count + static_cast<std::size_t>(held) + 1000);
+    stack.setMaxBytes(300U * count); // the older step goes
+    EXPECT_EQ(stack.undoSize(), 1U);
+    EXPECT_TRUE(stack.undo());
+    EXPECT_EQ(document.curve->size(), count + 1U);
+    stack.setMaxBytes(1000);
+    EXPECT_EQ(stack.undoSize() + stack.redoSize(), 0U);
+    document.curves->removeCurve(document.curves->begin()); // a small edit that keeps much
+    EXPECT_FALSE(stack.undo());
+    EXPECT_EQ(stack.getBytes(), 0U);
+}
+
+} // namespace

@@ -84,7 +84,7 @@ void Raw::setLeading(FCurve& c, std::shared_ptr<Block> leading) noexcept {
     c.m_segments.setLeading(&segment);
 }
 
-void Raw::setShape(Block& block, BlockShape shape) noexcept {
+void Raw::setShape(Block& block, const BlockShape& shape) noexcept {
     const auto is = [&](BlockShape::Flag flag) { return (shape.flags & flag) != 0; };
     block.in.m_handle = shape.in;
     block.in.m_type = shape.inType;
@@ -97,7 +97,7 @@ void Raw::setShape(Block& block, BlockShape shape) noexcept {
     block.key.m_position = shape.position;
     block.key.m_box.setFlag(Keyframe::breakdownFlag, is(BlockShape::Breakdown));
     block.key.m_box.setFlag(Keyframe::unifiedFlag, is(BlockShape::Unified));
-    block.segment.m_interpolator.swap(shape.interpolator);
+    block.segment.m_interpolator = shape.interpolator;
 }
 
 void Raw::release(std::shared_ptr<Block> leading) noexcept {

@@ -27,7 +27,7 @@ struct BlockShape {
         Unified = 32
     };
 
-    BlockShape() noexcept {}
+    BlockShape() noexcept = default;
     explicit BlockShape(const Block& block);
 
     Vector2D<double> position, in, out;
@@ -130,7 +130,7 @@ struct Raw {
                               const std::vector<std::shared_ptr<FCurve>>& curves) {
         c.replaceCurves(first, count, curves);
     }
-    static void setShape(Block& block, BlockShape shape) noexcept;
+    static void setShape(Block& block, const BlockShape& shape) noexcept;
     template<class Part>
     static auto& stored(Part& part) noexcept {
         return part.m_box;

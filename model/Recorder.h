@@ -5,7 +5,6 @@
 
 #include "model/Read.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace VEM_FN::FCurveLib {
@@ -45,8 +44,7 @@ struct Recording {
 
     template<class Call>
     static void tell(const FCurve& curve, const Call& call) {
-        const auto& recorders = Read::recorders(curve);
-        for (std::size_t i = 0; i < recorders.size(); ++i) call(*recorders[i]);
+        for (Recorder* recorder : Read::recorders(curve)) call(*recorder);
     }
 
     // Null for a part that is in no block.

@@ -19,8 +19,13 @@ constexpr std::size_t kBlockBytes = sizeof(Block) + 16;
 // What a key costs a curve: its block and its place in the index.
 constexpr std::size_t kKeyBytes = kBlockBytes + 24;
 
+std::uint64_t BitsOf(double number) noexcept {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    return bits;
+}
 bool IsSameBits(const Vector2D<double>& a, const Vector2D<double>& b) noexcept {
-    return std::memcmp(&a.x, &b.x, sizeof a.x) == 0 && std::memcmp(&a.y, &b.y, sizeof a.y) == 0;
+    return BitsOf(a.x) == BitsOf(b.x) && BitsOf(a.y) == BitsOf(b.y);
 }
 
 template<class Entry>
@@ -524,7 +529,7 @@ std::size_t EditRecord::openBytes() const noexcept {
 }
 
 std::size_t EditRecord::bytes(const FCurveContainer& container) const noexcept {
-    std::size_t bytes = sizeof(EditRecord) + m_name.capacity() + m_curves.capacity() * sizeof(FCurve*)
+    std::size_t bytes = sizeof(EditRecord) + m_name.capacity() + m_curves.capacity() * sizeof(void*)
                         + m_blocks.capacity() * sizeof(BlockRecord) + m_properties.capacity() * sizeof(PropertyRecord)
                         + m_texts.capacity() * sizeof(std::string);
     for (const BlockRecord& record : m_blocks)

@@ -42,7 +42,7 @@ private:
 
         CurveEdit& of(FCurve& curve);
         void forget(const FCurve& curve) noexcept;
-        EditSummary summary(FCurveContainer& container) const;
+        EditSummary summary(FCurveContainer& of) const;
     };
 
     Edits m_step, m_all;

@@ -5,6 +5,9 @@
 //     begin(), end()                      x of the first and of the last key, end above begin
 //     eval(x)                             the value at an x between them
 //     differentiate(x, fromRight, order)  a derivative there, at a key that of the segment on the given side
+//     fold(extents, from, to, shift)      widens extents by the values from one x to a later one, shifted
+
+#include "interp/ValueRange.h"
 
 #include <algorithm>
 #include <cmath>
@@ -67,6 +70,23 @@ double DifferentiateCycle(const Part& part, bool leading, double x, int order) {
     return part.differentiate(part.begin() + Period(DistanceTo(part, x), SpanOf(part)).rest, true, order);
 }
 
+template<class Part>
+void FoldCycle(const Part& part, double x0, double x1, double offset, ValueRange& extents) {
+    if (std::isnan(x0) || std::isnan(x1)) return;
+    const Period from(DistanceTo(part, std::min(x0, x1)), SpanOf(part));
+    const Period to(DistanceTo(part, std::max(x0, x1)), SpanOf(part));
+    if (from.n == to.n && from.rest <= to.rest) {
+        part.fold(extents, part.begin() + from.rest, part.begin() + to.rest, from.n * offset);
+        return;
+    }
+    part.fold(extents, part.begin() + from.rest, part.end(), from.n * offset);
+    part.fold(extents, part.begin(), part.begin() + to.rest, to.n * offset);
+    if (to.n - from.n != 1.0) { // whole periods between, of which the first and the last reach farthest
+        part.fold(extents, part.begin(), part.end(), (from.n + 1.0) * offset);
+        part.fold(extents, part.begin(), part.end(), (to.n - 1.0) * offset);
+    }
+}
+
 // --- mirror: to and fro ----------------------------------------------------------------------------------------------
 // Symmetric about the first key. Measured from there in either direction, each two spans begin with the keyed part
 // forwards and end with it backwards.
@@ -91,6 +111,29 @@ double DifferentiateMirror(const Part& part, bool leading, double x, int order) 
     const double at = !backwards ? part.begin() + rest : rest == 0.0 ? part.begin() : part.end() - (rest - span);
     const double derivative = part.differentiate(at, backwards == fromNearer, order);
     return order == 1 && backwards != before ? -derivative : derivative;
+}
+
+template<class Part>
+void FoldMirror(const Part& part, double x0, double x1, ValueRange& extents) {
+    if (std::isnan(x0) || std::isnan(x1)) return;
+    const double span = SpanOf(part);
+    const double from = DistanceTo(part, std::min(x0, x1));
+    const double length = DistanceTo(part, std::max(x0, x1)) - from;
+    if (!(length < 2.0 * span)) {
+        part.fold(extents, part.begin(), part.end(), 0.0);
+        return;
+    }
+    const double begin = Period(from, 2.0 * span).rest;
+    const double end = begin + length;
+    for (int piece = 0; piece < 4; ++piece) {
+        const double left = std::max(begin - piece * span, 0.0);
+        const double right = std::min(end - piece * span, span);
+        if (left > right) continue;
+        if (piece % 2 == 0)
+            part.fold(extents, part.begin() + left, part.begin() + right, 0.0);
+        else
+            part.fold(extents, part.end() - right, part.end() - left, 0.0);
+    }
 }
 
 } // namespace Private

@@ -54,7 +54,7 @@ double Repetition::differentiate(double x, bool fromRight, int order) const {
 }
 
 // Precondition: from <= to, both within the keyed part.
-void Repetition::foldPart(ValueRange& extents, double from, double to, double shift) const {
+void Repetition::fold(ValueRange& extents, double from, double to, double shift) const {
     const Segment* segment =
         from >= m_end ? Read::leftSegment(*m_last) : &Read::findSegment(*m_curve, std::max(from, m_begin));
     for (;;) {
@@ -83,19 +83,7 @@ double Repetition::differentiateCycle(double x, int order) const {
 
 ValueRange Repetition::cycleExtents(double x0, double x1, double offset) const {
     ValueRange extents;
-    if (std::isnan(x0) || std::isnan(x1)) return extents;
-    const Period from(DistanceTo(*this, std::min(x0, x1)), m_span);
-    const Period to(DistanceTo(*this, std::max(x0, x1)), m_span);
-    if (from.n == to.n && from.rest <= to.rest) {
-        foldPart(extents, m_begin + from.rest, m_begin + to.rest, from.n * offset);
-        return extents;
-    }
-    foldPart(extents, m_begin + from.rest, m_end, from.n * offset);
-    foldPart(extents, m_begin, m_begin + to.rest, to.n * offset);
-    if (to.n - from.n != 1.0) { // whole periods between, of which the first and the last reach farthest
-        foldPart(extents, m_begin, m_end, (from.n + 1.0) * offset);
-        foldPart(extents, m_begin, m_end, (to.n - 1.0) * offset);
-    }
+    FoldCycle(*this, x0, x1, offset, extents);
     return extents;
 }
 
@@ -111,24 +99,7 @@ double Repetition::differentiateMirror(double x, int order) const {
 
 ValueRange Repetition::mirrorExtents(double x0, double x1) const {
     ValueRange extents;
-    if (std::isnan(x0) || std::isnan(x1)) return extents;
-    const double from = DistanceTo(*this, std::min(x0, x1));
-    const double length = DistanceTo(*this, std::max(x0, x1)) - from;
-    if (!(length < 2.0 * m_span)) {
-        foldPart(extents, m_begin, m_end, 0.0);
-        return extents;
-    }
-    const double begin = Period(from, 2.0 * m_span).rest;
-    const double end = begin + length;
-    for (int piece = 0; piece < 4; ++piece) {
-        const double left = std::max(begin - piece * m_span, 0.0);
-        const double right = std::min(end - piece * m_span, m_span);
-        if (left > right) continue;
-        if (piece % 2 == 0)
-            foldPart(extents, m_begin + left, m_begin + right, 0.0);
-        else
-            foldPart(extents, m_end - right, m_end - left, 0.0);
-    }
+    FoldMirror(*this, x0, x1, extents);
     return extents;
 }
 

@@ -34,14 +34,13 @@ public:
     double end() const noexcept { return m_end; }
     double eval(double x) const;
     double differentiate(double x, bool fromRight, int order) const;
+    void fold(ValueRange& extents, double from, double to, double shift) const;
 
     // By how much y rises from the first to the last key.
     double rise() const;
 
 private:
     Repetition(const FCurve& curve, const Keyframe& first, const Keyframe& last, bool leading) noexcept;
-
-    void foldPart(ValueRange& extents, double from, double to, double shift) const;
 
     const FCurve* m_curve;
     const Keyframe* m_first;

@@ -54,6 +54,11 @@ class Cycle;
 class CycleOffset;
 class Mirror;
 
+class CurveOverview;
+class ObservedOverview;
+struct CurveView;
+struct ViewPolyline;
+
 class CompiledCurve;
 class CompiledSet;
 
@@ -191,6 +196,7 @@ struct TangentContents;
 class EditHistory;
 class EditProofWalk;
 class GroupPlan;
+class SegmentSummaries;
 class SelectionState;
 class Subscription;
 class SegmentMap;

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "FCurveLib/CurveView.h"
+#include "FCurveLib/Export.h"
+#include "FCurveLib/Forward.h"
+#include "FCurveLib/Vector2D.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace VEM_FN::FCurveLib {
+inline namespace v19 {
+
+/// The line that shows a curve in a view: strokes of points, between which are gaps.
+struct ViewPolyline {
+    /// What of a curve is shown.
+    enum Quantity : std::uint8_t { Value, Velocity, Acceleration };
+
+    /// Where a stroke lies: before the first key, between the keys (anywhere, if there is none), after the last; or
+    /// that nobody knows how the curve runs there, and it evaluates to 0.
+    enum Place : std::uint8_t { BeforeKeys, BetweenKeys, AfterKeys, Unknown };
+
+    /// Points first to first + count - 1; at least two.
+    struct Stroke {
+        Place place;
+        std::size_t first;
+        std::size_t count;
+    };
+
+    /// Where the curve jumps, in pixels: for a host that joins strokes by a dotted line. Not nearer than 16 pixels
+    /// outside the view.
+    struct Jump {
+        double x;
+        double from;
+        double to;
+    };
+
+    std::vector<Vector2D<double>> points; ///< of all strokes, in pixels, from left to right
+    std::vector<Stroke> strokes;
+    std::vector<Jump> jumps;
+
+    void clear() noexcept {
+        points.clear();
+        strokes.clear();
+        jumps.clear();
+    }
+};
+
+/// \name ViewLine: the line that shows a curve in a view
+///
+///     ViewPolyline line;
+///     ViewLine(*curve, {0, 240, -10, 10, 1920, 400}, line);
+///     for (const auto& stroke : line.strokes) draw(&line.points[stroke.first], stroke.count);
+///
+///  - The line is within a quarter of a pixel of the curve, with at most 4 points a pixel column. Where that is too
+///  few,
+///    the line reaches from the lowest to the highest value that the curve has in the column, extremes between two
+///    pixels included, and begins and ends where the curve enters and leaves it.
+///  - Where the curve jumps by more than a quarter of a pixel, the line has a gap, and where it has no finite value. A
+///    gap closes where that takes more than 4 points a column, or keys stand closer than a quarter of a pixel.
+///  - A stroke ends where the place changes; the next one then begins with the same point.
+///  - What is more than 16 pixels above or below the view is left out.
+///
+/// Formulas and hosts' interpolators are looked at every tenth of a frame, but 2 to 16 times a pixel, and more closely
+/// where they bend; what they do between two looks is not seen. So are derivatives; a vertical slope counts as
+/// infinite.
+///
+/// Empties the output first; an invalid view gives no stroke. Linear in the keys in view, at most some 50 ns each, and
+/// in the view's width. Writes nothing but the output: any number of threads may look at a curve that nobody edits.
+/// @{
+FCURVELIB_API void ViewLine(const FCurve& curve, const CurveView& view, ViewPolyline& out,
+                            ViewPolyline::Quantity quantity = ViewPolyline::Value);
+
+/// The values of the overview's curve, which it brings up to date first. Keys that cannot be told apart cost next to
+/// nothing: with a million of them in view this takes about a millisecond.
+FCURVELIB_API void ViewLine(CurveOverview& overview, const CurveView& view, ViewPolyline& out);
+/// @}
+
+} // namespace v19
+} // namespace VEM_FN::FCurveLib

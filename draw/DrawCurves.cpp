@@ -45,7 +45,7 @@ std::string DrawCurves(const std::vector<DrawnCurve>& curves, const DrawOptions&
         marks.clear();
         for (std::size_t i = 0; i < scene.panels.size(); ++i) {
             figures.emplace_back();
-            for (PanelTrace& curve : scene.panels[i].curves) {
+            for (const PanelCurve& curve : scene.panels[i].curves) {
                 const Figure& figure =
                     figures.back().emplace_back(scene, scene.panels[i], curve, layout.panels[i].frame);
                 figure.tellMarks(scene.looks[figure.look], marks);

@@ -3,6 +3,7 @@
 #include "FCurveLib/Selection.h"
 #include "draw/Label.h"
 #include "draw/Simplify.h"
+#include "tools/CurveTracer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,21 +17,48 @@ namespace {
 constexpr double kTolerance = 0.1; // pixels between what is drawn and the points it was made from
 constexpr double kLongestHandle = 10000.0;
 
-// The strokes of a place, simplified; what is no longer than a point is left out.
-std::vector<Line> ToLines(const Trace& trace, const Frame& frame, std::initializer_list<Place> places) {
-    std::vector<Line> lines;
-    for (const Stroke& stroke : trace.strokes()) {
-        if (std::find(places.begin(), places.end(), stroke.place) == places.end()) continue;
-        Line pixels;
-        pixels.reserve(stroke.samples.size());
-        for (const Sample& sample : stroke.samples) pixels.push_back(frame.toPixel(sample));
-        const auto isAtStart = [&pixels](const Pixel& pixel) {
-            return std::hypot(pixel.x - pixels.front().x, pixel.y - pixels.front().y) < kTolerance;
-        };
-        if (!std::all_of(pixels.begin(), pixels.end(), isAtStart)) lines.push_back(Simplify(pixels, kTolerance));
+using Place = ViewPolyline::Place;
+
+// The line of a curve, within a panel.
+class FramedLine {
+public:
+    FramedLine(const FCurve& curve, Quantity quantity, const Frame& frame) : m_frame(frame) {
+        const CurveView view{frame.frames.low,  frame.frames.high,        frame.values.low,
+                             frame.values.high, frame.right - frame.left, frame.bottom - frame.top};
+        ViewLine(curve, view, m_line, quantity);
     }
-    return lines;
-}
+
+    // The strokes of some places, simplified; what is no longer than a point is left out.
+    std::vector<Line> strokes(std::initializer_list<Place> places) const {
+        std::vector<Line> lines;
+        for (const ViewPolyline::Stroke& stroke : m_line.strokes) {
+            if (std::find(places.begin(), places.end(), stroke.place) == places.end()) continue;
+            Line pixels;
+            pixels.reserve(stroke.count);
+            for (std::size_t i = 0; i < stroke.count; ++i) pixels.push_back(toPanel(m_line.points[stroke.first + i]));
+            const auto isAtStart = [&pixels](const Pixel& pixel) {
+                return std::hypot(pixel.x - pixels.front().x, pixel.y - pixels.front().y) < kTolerance;
+            };
+            if (!std::all_of(pixels.begin(), pixels.end(), isAtStart)) lines.push_back(Simplify(pixels, kTolerance));
+        }
+        return lines;
+    }
+
+    std::vector<Line> jumps() const {
+        std::vector<Line> lines;
+        for (const ViewPolyline::Jump& jump : m_line.jumps)
+            lines.push_back({toPanel({jump.x, jump.from}), toPanel({jump.x, jump.to})});
+        return lines;
+    }
+
+private:
+    Pixel toPanel(const Vector2D<double>& point) const {
+        return {RoundPixel(m_frame.left + point.x), RoundPixel(m_frame.top + point.y)};
+    }
+
+    const Frame& m_frame;
+    ViewPolyline m_line;
+};
 
 template<class MakeHint>
 std::vector<Dot> MakeDots(const FCurve& curve, const Frame& frame, const MakeHint& makeHint) {
@@ -63,14 +91,19 @@ std::vector<Handle> MakeHandles(const FCurve& curve, const Frame& frame) {
 
 } // namespace
 
-Figure::Figure(const Scene& scene, const PanelScene& panel, PanelTrace& curve, const Frame& frame) : look(curve.look) {
+Figure::Figure(const Scene& scene, const PanelScene& panel, const PanelCurve& curve, const Frame& frame)
+    : look(curve.look) {
     const Look& source = scene.looks[look];
-    trace(curve.trace, frame);
+    const FramedLine line(*source.curve, panel.quantity, frame);
+    between = line.strokes({ViewPolyline::BetweenKeys});
+    outside = line.strokes({ViewPolyline::BeforeKeys, ViewPolyline::AfterKeys});
+    unknown = line.strokes({ViewPolyline::Unknown});
+    jumps = line.jumps();
     findExits(frame);
-    if (curve.before) {
-        curve.before->refine(frame.valuesPerPixel());
-        before = ToLines(*curve.before, frame, {Place::Before, Place::BetweenKeys, Place::After, Place::Unknown});
-    }
+    if (source.before)
+        before = FramedLine(*source.before, panel.quantity, frame)
+                     .strokes({ViewPolyline::BeforeKeys, ViewPolyline::BetweenKeys, ViewPolyline::AfterKeys,
+                               ViewPolyline::Unknown});
     findSpans(*source.curve, frame);
     if (panel.quantity != Quantity::Value) return;
     if (source.hasHandles) handles = MakeHandles(*source.curve, frame);
@@ -81,15 +114,6 @@ Figure::Figure(const Scene& scene, const PanelScene& panel, PanelTrace& curve, c
     };
     if (source.hasDots || scene.options.selection) dots = MakeDots(*source.curve, frame, makeHint);
     if (source.hasOldDots) oldDots = MakeDots(*source.before, frame, [](const Keyframe&) { return std::string(); });
-}
-
-void Figure::trace(Trace& trace, const Frame& frame) {
-    trace.refine(frame.valuesPerPixel());
-    between = ToLines(trace, frame, {Place::BetweenKeys});
-    outside = ToLines(trace, frame, {Place::Before, Place::After});
-    unknown = ToLines(trace, frame, {Place::Unknown});
-    for (const Jump& jump : trace.jumps())
-        jumps.push_back({frame.toPixel({jump.x, jump.from}), frame.toPixel({jump.x, jump.to})});
 }
 
 void Figure::findExits(const Frame& frame) {

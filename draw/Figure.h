@@ -49,7 +49,7 @@ struct UnknownSpan {
 
 // A curve of a panel in pixels: all that is drawn of it.
 struct Figure {
-    Figure(const Scene& scene, const PanelScene& panel, PanelTrace& curve, const Frame& frame);
+    Figure(const Scene& scene, const PanelScene& panel, const PanelCurve& curve, const Frame& frame);
 
     std::size_t look;
     std::vector<Line> between;
@@ -67,7 +67,6 @@ struct Figure {
     void tellMarks(const Look& source, std::set<Mark>& marks) const;
 
 private:
-    void trace(Trace& trace, const Frame& frame);
     void findExits(const Frame& frame);
     void findSpans(const FCurve& curve, const Frame& frame);
 };

@@ -20,10 +20,6 @@ constexpr double kLegendLine = 29.0; // the line before a name, and the room bet
 constexpr double kLegendGap = 18.0;
 constexpr std::size_t kMostLegendRows = 12;
 
-double Round(double pixels) {
-    return std::round(pixels * 100.0) / 100.0;
-}
-
 double WidestLabel(const Ticks& ticks) {
     double width = 0.0;
     for (const Tick& tick : ticks.marks) width = std::max(width, EstimateTextWidth(tick.label, kTextSize));
@@ -56,13 +52,17 @@ double Sum(const std::vector<double>& numbers) {
 
 } // namespace
 
+double RoundPixel(double pixels) {
+    return std::round(pixels * 100.0) / 100.0;
+}
+
 double Frame::toX(double frame) const {
-    return Round(left + (frame - frames.low) / (frames.high - frames.low) * (right - left));
+    return RoundPixel(left + (frame - frames.low) / (frames.high - frames.low) * (right - left));
 }
 
 double Frame::toY(double value) const {
     const double fraction = (value - values.low) / (values.high - values.low);
-    return Round(std::clamp(bottom - fraction * (bottom - top), -kFarAway, kFarAway + bottom));
+    return RoundPixel(std::clamp(bottom - fraction * (bottom - top), -kFarAway, kFarAway + bottom));
 }
 
 Layout::Layout(const Scene& scene, std::size_t marksRows)

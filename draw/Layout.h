@@ -22,8 +22,10 @@ inline constexpr double kLegendRow = 21.0;
 inline constexpr double kMarksRow = 20.0;
 inline constexpr double kPanelGap = 16.0;
 
-// Pixels, y downward; frames and values to pixels within. Pixels are rounded to hundredths, so that the last bits of a
-// value do not decide about the picture.
+// To hundredths, so that the last bits of a value do not decide about the picture.
+double RoundPixel(double pixels);
+
+// Pixels, y downward; frames and values to pixels within, rounded.
 struct Frame {
     AxisRange frames;
     AxisRange values;

@@ -142,13 +142,11 @@ void Scene::chooseMarks() {
 
 void Scene::makePanel(const std::vector<std::size_t>& indices, Quantity quantity) {
     PanelScene panel{quantity, {}, {}, {-1.0, 1.0}};
-    const auto trace = [&](const FCurve& curve) {
-        return Trace(curve, quantity, frames.low, frames.high, options.width);
-    };
     for (const std::size_t index : indices) {
-        const Look& look = looks[index];
-        panel.curves.push_back(
-            {index, trace(*look.curve), look.before ? std::make_unique<Trace>(trace(*look.before)) : nullptr});
+        PanelCurve curve{index, kNoExtent};
+        for (const FCurve* shown : {looks[index].curve, looks[index].before})
+            if (shown) curve.extent.include(FindExtentToShow(*shown, quantity, frames.low, frames.high, options.width));
+        panel.curves.push_back(curve);
     }
     if (options.separate && quantity == Quantity::Value && !indices.empty())
         panel.heading = looks[indices.front()].caption;
@@ -162,15 +160,12 @@ AxisRange Scene::chooseValues(const PanelScene& panel) const {
     if (panel.quantity == Quantity::Value && IsInterval(options.values))
         return MakeAxisRange(options.values->low, options.values->high, 0.0);
     Extent extent = kNoExtent;
-    for (const PanelTrace& curve : panel.curves) {
-        extent.include(curve.trace.extent());
-        if (curve.before) extent.include(curve.before->extent());
-    }
+    for (const PanelCurve& curve : panel.curves) extent.include(curve.extent);
     if (extent.empty()) return {-1.0, 1.0};
     if (panel.quantity == Quantity::Value) {
         const double room = (extent.high - extent.low) * kRoomForHandles;
         const Extent limits = {extent.low - room, extent.high + room};
-        for (const PanelTrace& curve : panel.curves) {
+        for (const PanelCurve& curve : panel.curves) {
             const Look& look = looks[curve.look];
             if (!look.hasHandles) continue;
             ForEachHandle(*look.curve, frames, [&](const Keyframe&, const Sample& tip, bool) {

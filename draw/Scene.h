@@ -7,8 +7,8 @@
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Segment.h"
 #include "FCurveLib/Tangent.h"
+#include "draw/Extent.h"
 #include "draw/Ticks.h"
-#include "draw/Trace.h"
 
 #include <cstddef>
 #include <memory>
@@ -35,16 +35,15 @@ struct Look {
 };
 
 // A curve within a panel.
-struct PanelTrace {
+struct PanelCurve {
     std::size_t look;
-    Trace trace;
-    std::unique_ptr<Trace> before;
+    Extent extent; // that the panel should show
 };
 
 struct PanelScene {
     Quantity quantity;
     std::string heading; // empty for none
-    std::vector<PanelTrace> curves;
+    std::vector<PanelCurve> curves;
     AxisRange values;
 };
 

@@ -30,8 +30,8 @@ std::shared_ptr<FCurve> Make(const Points& keys, const char* between, const char
     return curve;
 }
 
-View::Picture Draw(const std::shared_ptr<const FCurve>& curve, const DrawOptions& options = {}) {
-    return View::Picture(DrawCurves({{curve, "curve"}}, options));
+Svg::Picture Draw(const std::shared_ptr<const FCurve>& curve, const DrawOptions& options = {}) {
+    return Svg::Picture(DrawCurves({{curve, "curve"}}, options));
 }
 
 /// Lowest and highest value within a distance of x.
@@ -47,10 +47,10 @@ std::pair<double, double> Around(const FCurve& curve, double x, double distance)
 }
 
 // Dots and lines, measured by the labels on the axes, are the curve's.
-void ExpectDrawn(const FCurve& curve, const View::Panel& panel) {
+void ExpectDrawn(const FCurve& curve, const Svg::Panel& panel) {
     const auto& [element, frames, values] = panel;
     const auto dots = element->find("g", "keys");
-    std::vector<const View::Element*> circles = dots.empty() ? dots : dots[0]->find("circle");
+    std::vector<const Svg::Element*> circles = dots.empty() ? dots : dots[0]->find("circle");
     const auto clip = element->find("rect").at(0);
     const double top = clip->number("y");
     const double bottom = top + clip->number("height");
@@ -63,8 +63,8 @@ void ExpectDrawn(const FCurve& curve, const View::Panel& panel) {
         EXPECT_NEAR(circles[next++]->number("cy"), values.toPixel(key->getY()), 0.1);
     }
     for (const char* kind : {"line", "outside", "unknown"}) {
-        for (const View::Element* path : element->find("path", kind)) {
-            for (const auto& stroke : View::ReadPath((*path)["d"])) {
+        for (const Svg::Element* path : element->find("path", kind)) {
+            for (const auto& stroke : Svg::ReadPath((*path)["d"])) {
                 for (std::size_t i = 0; i + 1 < stroke.size(); ++i) {
                     for (const double t : {0.25, 0.5, 0.75}) { // between two points, where a coarse line would be off
                         const double x = stroke[i].x + t * (stroke[i + 1].x - stroke[i].x);
@@ -81,16 +81,16 @@ void ExpectDrawn(const FCurve& curve, const View::Panel& panel) {
     }
 }
 
-std::size_t CountStrokes(const View::Picture& picture) {
+std::size_t CountStrokes(const Svg::Picture& picture) {
     std::size_t strokes = 0;
-    for (const View::Element* line : picture.panels()[0].element->find("path", "line"))
-        strokes += View::ReadPath((*line)["d"]).size();
+    for (const Svg::Element* line : picture.panels()[0].element->find("path", "line"))
+        strokes += Svg::ReadPath((*line)["d"]).size();
     return strokes;
 }
 
-double LowestPixel(const View::Panel& panel) {
+double LowestPixel(const Svg::Panel& panel) {
     double lowest = 0.0;
-    for (const auto& stroke : View::ReadPath((*panel.element->find("path", "line").at(0))["d"]))
+    for (const auto& stroke : Svg::ReadPath((*panel.element->find("path", "line").at(0))["d"]))
         for (const auto& point : stroke) lowest = std::max(lowest, point.y);
     return lowest;
 }
@@ -105,7 +105,7 @@ TEST_P(EveryDrawnExhibit, IsDrawnWhereTheLabelsSay) {
     const auto curve = GetParam().make();
     DrawOptions options;
     options.keys = DrawOptions::On;
-    const View::Picture picture = Draw(curve, options);
+    const Svg::Picture picture = Draw(curve, options);
     ASSERT_EQ(picture.panels().size(), 1U);
     ExpectDrawn(*curve, picture.panels()[0]);
 }
@@ -119,10 +119,10 @@ TEST_P(EveryDrawnExhibit, StandsEveryOption) {
     const auto check = [&] {
         const std::string svg = DrawCurves({{curve, "curve", curve}}, options);
         EXPECT_LT(svg.size(), 600000U + 400U * curve->size());
-        const View::Picture picture(svg);
+        const Svg::Picture picture(svg);
         EXPECT_EQ(picture.panels().size(), 3U);
-        for (const View::Element* path : picture.root().find("path"))
-            for (const auto& stroke : View::ReadPath((*path)["d"]))
+        for (const Svg::Element* path : picture.root().find("path"))
+            for (const auto& stroke : Svg::ReadPath((*path)["d"]))
                 for (const auto& [x, y] : stroke) ASSERT_TRUE(std::fabs(x) < 1e5 && std::fabs(y) < 1e5);
     };
     check();
@@ -166,7 +166,7 @@ TEST(DrawCurves, BreaksWhereItJumps) {
 
 TEST(DrawCurves, PolesDoNotFlattenTheRest) {
     for (const char* formula : {"1 / (x - 50.3)", "tan(x / 10)", "1 / sqrt(abs(x - 3))", "1 / (x - 20) ** 2"}) {
-        const View::Picture picture = Draw(Make({{0, 1}, {100, -1}}, formula));
+        const Svg::Picture picture = Draw(Make({{0, 1}, {100, -1}}, formula));
         EXPECT_LT(std::fabs(picture.panels()[0].values.unitsPerPixel), 0.2) << formula;
         EXPECT_THAT(picture.text(), HasSubstr("values cut off")) << formula;
     }
@@ -181,7 +181,7 @@ TEST(DrawCurves, PolesDoNotFlattenTheRest) {
 TEST(DrawCurves, UnknownExpressionsDoNotFlattenTheRest) {
     const auto curve = Make({{0, 1000}, {50, 1010}, {100, 1005}}, "linear()");
     std::next(curve->begin())->setInterpolator(InterpolatorFactory::create("dance(x"));
-    const View::Picture picture = Draw(curve);
+    const Svg::Picture picture = Draw(curve);
     EXPECT_LT(std::fabs(picture.panels()[0].values.unitsPerPixel), 0.1);
     EXPECT_EQ(picture.root().find("g", "unknown").size(), 1U);
 }
@@ -205,7 +205,7 @@ TEST(DrawCurves, DenseKeysReachTheirExtremes) {
         for (int i = 0; i < 20 * count; ++i) slowest = std::min(slowest, GetFirstDerivative(*curve, i / 20.0));
         const std::string svg = DrawCurves({{curve, "noise"}}, options);
         EXPECT_LT(svg.size(), 300000U);
-        const View::Picture picture(svg);
+        const Svg::Picture picture(svg);
         EXPECT_THAT(picture.text(), HasSubstr(std::to_string(count) + " keys"));
         EXPECT_NEAR(LowestPixel(picture.panels()[0]), picture.panels()[0].values.toPixel(lowest), 0.3);
         EXPECT_NEAR(LowestPixel(picture.panels()[1]), picture.panels()[1].values.toPixel(slowest), 0.6);
@@ -218,8 +218,8 @@ TEST(DrawCurves, LegendNamesEveryCurveOrSaysHowManyMore) {
         for (std::size_t i = 0; i < count; ++i)
             curves.push_back({Make({{0, 0}, {1, 1}}, "linear()"), "a joint with a long name " + std::to_string(i)});
         std::size_t named = 0;
-        const View::Picture picture(DrawCurves(curves));
-        for (const View::Element* text : picture.root().find("g", "legend").at(0)->find("text"))
+        const Svg::Picture picture(DrawCurves(curves));
+        for (const Svg::Element* text : picture.root().find("g", "legend").at(0)->find("text"))
             named += text->text.rfind("and ", 0) == 0 ? std::stoul(text->text.substr(4)) : 1;
         EXPECT_EQ(named, count);
         EXPECT_EQ(picture.text().find("more") == std::string::npos, count <= 24U);
@@ -229,7 +229,7 @@ TEST(DrawCurves, LegendNamesEveryCurveOrSaysHowManyMore) {
 TEST(DrawCurves, TextIsEscaped) {
     DrawOptions options;
     options.title = "<script>\"&\x01";
-    const View::Picture picture(
+    const Svg::Picture picture(
         DrawCurves({{Make({{0, 0}, {1, 1}}, "linear()"), "</text>\xFF\xC0\x80\xED\xA0\x80"}}, options));
     EXPECT_THAT(picture.text(), HasSubstr("<script>\"&\uFFFD"));
     EXPECT_THAT(picture.text(), HasSubstr("</text>\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"));

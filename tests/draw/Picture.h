@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace View {
+namespace Svg {
 
 struct Element {
     std::string name;
@@ -173,4 +173,4 @@ private:
     std::vector<Panel> m_panels;
 };
 
-} // namespace View
+} // namespace Svg

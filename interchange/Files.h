@@ -11,7 +11,7 @@ inline namespace v19 {
 namespace Interchange {
 
 // The bytes of the file; throws what FileStream throws.
-std::string readFile(const std::string& path);
+std::string ReadFile(const std::string& path);
 
 } // namespace Interchange
 

@@ -42,6 +42,7 @@ double EvalInInterior(double x, const FCurve& curve) {
     if (x >= last->getX()) return EvalSegment(last->getX(), *Read::leftSegment(*last));
     if (x < first->getX()) return EvalSegment(first->getX(), *Read::rightSegment(*first));
     // For NaN findSegment would give the leading segment.
+    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): a key in a curve has segments on both sides
     return EvalSegment(x, x >= first->getX() ? Read::findSegment(curve, x) : *Read::rightSegment(*first));
 }
 

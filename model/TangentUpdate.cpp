@@ -59,6 +59,7 @@ Segment* UnifiedNeighbour(const Tangent& tangent, Segment& segment) noexcept {
 
 // The tangent of that segment at the same key.
 Tangent& Opposite(const Tangent& tangent, Segment& neighbour) noexcept {
+    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): a segment in a curve has both
     return tangent.isInTangent() ? *Read::outTangent(neighbour) : *Read::inTangent(neighbour);
 }
 

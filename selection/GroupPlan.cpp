@@ -65,7 +65,7 @@ MoveReport GroupPlan::run() {
                 crossed.emplace_back(&curve, std::move(passing));
         }
         for (PendingChanges& change : changes) change.notify();
-        for (auto& [curve, passing] : crossed) cross(*curve, std::move(passing));
+        for (auto& [curve, passing] : crossed) cross(*curve, passing);
         m_group.m_factor = m_factor;
         const Entry& anchor = m_group.m_entries[m_group.m_anchor];
         m_report.offset = anchor.key->get() - anchor.start;
@@ -377,7 +377,7 @@ void CopyProperties(const Segment& from, Segment& to) {
 } // namespace
 
 // Observers are called at each step, and may do anything to the curve meanwhile: what is held here stays sound.
-void GroupPlan::cross(Curve& curve, std::vector<Spot> passing) {
+void GroupPlan::cross(Curve& curve, const std::vector<Spot>& passing) {
     std::vector<Traveller> travellers;
     std::vector<Entry*> entries;
     FCurve& c = *curve.curve;

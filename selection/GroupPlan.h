@@ -72,7 +72,7 @@ private:
 
     std::vector<Spot> passingOf(const Curve& curve) const;
     void move(Curve& curve, PendingChanges& changes);
-    void cross(Curve& curve, std::vector<Spot> passing);
+    void cross(Curve& curve, const std::vector<Spot>& passing);
     void scaleHandles(const Entry& entry, PendingChanges& changes) const;
 
     KeyGroup& m_group;

@@ -41,16 +41,16 @@ constexpr ValueType kTypes[] = {
     {"quath", 4, true, "wxyz"},
 };
 
-bool isLetter(char c) noexcept {
+bool IsLetter(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
-bool isDigit(char c) noexcept {
+bool IsDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
-bool isLineEnd(char c) noexcept {
+bool IsLineEnd(char c) noexcept {
     return c == '\n' || c == '\r';
 }
-bool isOneOf(std::string_view word, std::initializer_list<std::string_view> words) noexcept {
+bool IsOneOf(std::string_view word, std::initializer_list<std::string_view> words) noexcept {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
@@ -106,10 +106,10 @@ private:
     }
     std::string found() const {
         if (m_at >= m_text.size()) return "the end of the text";
-        if (isLineEnd(m_text[m_at])) return "the end of the line";
+        if (IsLineEnd(m_text[m_at])) return "the end of the line";
         std::size_t end = m_at + 1;
-        if (isLetter(m_text[m_at]))
-            while (end < m_text.size() && (isLetter(m_text[end]) || isDigit(m_text[end]))) ++end;
+        if (IsLetter(m_text[m_at]))
+            while (end < m_text.size() && (IsLetter(m_text[end]) || IsDigit(m_text[end]))) ++end;
         return Quoted(m_text.substr(m_at, end - m_at));
     }
     [[noreturn]] void refuse(const std::string& expected) const {
@@ -138,7 +138,7 @@ private:
     bool atEnd() const noexcept { return m_at >= m_text.size(); }
     bool at(char c) const noexcept { return m_at < m_text.size() && m_text[m_at] == c; }
     bool at(std::string_view text) const noexcept { return m_text.substr(m_at, text.size()) == text; }
-    bool atLineEnd() const noexcept { return atEnd() || isLineEnd(m_text[m_at]); }
+    bool atLineEnd() const noexcept { return atEnd() || IsLineEnd(m_text[m_at]); }
 
     // Past blanks and comments, and past line ends if so wished.
     void skip(bool lines) {
@@ -150,7 +150,7 @@ private:
                 const std::size_t close = m_text.find("*/", m_at + 2);
                 if (close == std::string_view::npos) refuseUnclosed("comment", m_at);
                 m_at = close + 1;
-            } else if (c != ' ' && c != '\t' && !(lines && isLineEnd(c))) {
+            } else if (c != ' ' && c != '\t' && !(lines && IsLineEnd(c))) {
                 return;
             }
         }
@@ -167,14 +167,14 @@ private:
     // Letters, digits, colons; empty where there is none.
     std::string_view word() {
         const std::size_t begin = m_at;
-        if (!atEnd() && isLetter(m_text[m_at]))
-            while (!atEnd() && (isLetter(m_text[m_at]) || isDigit(m_text[m_at]) || m_text[m_at] == ':')) ++m_at;
+        if (!atEnd() && IsLetter(m_text[m_at]))
+            while (!atEnd() && (IsLetter(m_text[m_at]) || IsDigit(m_text[m_at]) || m_text[m_at] == ':')) ++m_at;
         checkLength(m_at - begin, begin);
         return m_text.substr(begin, m_at - begin);
     }
     bool atWord(std::string_view word) const noexcept {
         const std::size_t end = m_at + word.size();
-        return at(word) && (end >= m_text.size() || (!isLetter(m_text[end]) && !isDigit(m_text[end])));
+        return at(word) && (end >= m_text.size() || (!IsLetter(m_text[end]) && !IsDigit(m_text[end])));
     }
     bool takeWord(std::string_view word) {
         if (!atWord(word)) return false;
@@ -191,7 +191,7 @@ private:
         m_at += isLong ? 3 : 1;
         std::string result;
         while (isLong ? !at(std::string_view(&m_text[begin], 3)) : !at(quote)) {
-            if (atEnd() || (!isLong && isLineEnd(m_text[m_at]))) refuseUnclosed("text in quotes", begin);
+            if (atEnd() || (!isLong && IsLineEnd(m_text[m_at]))) refuseUnclosed("text in quotes", begin);
             result += at('\\') ? escaped() : m_text[m_at++];
             if (result.size() > m_limits.text) checkLength(result.size(), begin);
         }
@@ -216,7 +216,7 @@ private:
 
     bool atNumber() const noexcept {
         return !atEnd()
-               && (isDigit(m_text[m_at]) || m_text[m_at] == '-' || m_text[m_at] == '.' || atWord("inf")
+               && (IsDigit(m_text[m_at]) || m_text[m_at] == '-' || m_text[m_at] == '.' || atWord("inf")
                    || atWord("nan"));
     }
     // May be infinite or NaN, if it is written so.
@@ -230,7 +230,7 @@ private:
         if (takeWord(negative ? "-nan" : "nan")) return std::numeric_limits<double>::quiet_NaN();
         const char* const digits = first + (negative ? 1 : 0);
         const char* const end = m_text.data() + m_text.size();
-        const bool starts = digits < end && (isDigit(*digits) || *digits == '.');
+        const bool starts = digits < end && (IsDigit(*digits) || *digits == '.');
         const std::from_chars_result result = std::from_chars(first, end, number);
         if (!starts || result.ec == std::errc::invalid_argument) refuse("a number");
         m_at += static_cast<std::size_t>(result.ptr - first);
@@ -238,8 +238,8 @@ private:
         if (result.ec == std::errc::result_out_of_range
             && !ParseNumber(m_text.substr(begin, m_at - begin), number)) // too large, or too small
             raise<BadDocument>(Quoted(m_text.substr(begin, m_at - begin)) + " is too large for a number.", begin);
-        if (!atEnd() && (isLetter(m_text[m_at]) || at('.'))) {
-            while (!atEnd() && (isLetter(m_text[m_at]) || isDigit(m_text[m_at]) || at('.'))) ++m_at;
+        if (!atEnd() && (IsLetter(m_text[m_at]) || at('.'))) {
+            while (!atEnd() && (IsLetter(m_text[m_at]) || IsDigit(m_text[m_at]) || at('.'))) ++m_at;
             raise<BadDocument>(Quoted(m_text.substr(begin, m_at - begin)) + " is not a valid number.", begin);
         }
         return number;
@@ -301,7 +301,7 @@ private:
             ++m_at;
         } else {
             ++m_at;
-            while (!atEnd() && (isLetter(m_text[m_at]) || isDigit(m_text[m_at]) || at('.') || at(':'))) ++m_at;
+            while (!atEnd() && (IsLetter(m_text[m_at]) || IsDigit(m_text[m_at]) || at('.') || at(':'))) ++m_at;
         }
     }
     // One value, on the line where it starts.
@@ -410,9 +410,9 @@ private:
             }
             const std::size_t begin = m_at;
             const std::string_view first = word();
-            if (isOneOf(first, {"def", "over", "class"})) {
+            if (IsOneOf(first, {"def", "over", "class"})) {
                 readPrim(prim);
-            } else if (isOneOf(first, {"rel", "reorder", "add", "append", "prepend", "delete"})) {
+            } else if (IsOneOf(first, {"rel", "reorder", "add", "append", "prepend", "delete"})) {
                 skipStatement('}');
             } else if (first.empty() || prim == 0) {
                 m_at = begin;
@@ -482,7 +482,7 @@ private:
     // --- attributes --------------------------------------------------------------------------------------------------
 
     void readAttribute(std::size_t prim, std::string_view type, std::size_t begin) {
-        while (isOneOf(type, {"custom", "uniform", "varying", "config"})) {
+        while (IsOneOf(type, {"custom", "uniform", "varying", "config"})) {
             skip(false);
             type = word();
         }
@@ -501,7 +501,7 @@ private:
         m_current = m_layer.prims[prim].path + '/' + std::string(name);
         skip(false);
 
-        const ValueType* const known = isArray ? nullptr : findType(type);
+        const ValueType* const known = isArray ? nullptr : FindType(type);
         if (suffix == "spline") {
             if (!known || known->components != 1 || !known->isContinuous)
                 raise<BadDocument>("A spline cannot have the type " + Quoted(type) + '.', place);
@@ -821,7 +821,7 @@ private:
 
 } // namespace
 
-const ValueType* findType(std::string_view name) {
+const ValueType* FindType(std::string_view name) {
     const auto* const found =
         std::find_if(std::begin(kTypes), std::end(kTypes), [name](const ValueType& type) { return name == type.name; });
     return found == std::end(kTypes) ? nullptr : found;
@@ -831,11 +831,11 @@ std::string Layer::pathOf(const Attribute& attribute) const {
     return prims[attribute.prim].path + '/' + attribute.name;
 }
 
-Layer parseLayer(std::string_view text) {
+Layer ParseLayer(std::string_view text) {
     return Parser(text).parse();
 }
 
-bool startsLayer(std::string_view text) noexcept {
+bool StartsLayer(std::string_view text) noexcept {
     if (text.substr(0, 3) == "\xef\xbb\xbf") text.remove_prefix(3);
     return text.substr(0, 6) == "#usda ";
 }

@@ -85,7 +85,7 @@ struct ValueType {
 };
 
 // Null for a type that holds no numbers.
-const ValueType* findType(std::string_view name);
+const ValueType* FindType(std::string_view name);
 
 struct Attribute {
     std::size_t prim = 0;
@@ -128,10 +128,10 @@ struct Layer {
 };
 
 // Throws BadDocument and TooMuch, with line and column.
-Layer parseLayer(std::string_view text);
+Layer ParseLayer(std::string_view text);
 
 // Whether the text starts as a layer does.
-bool startsLayer(std::string_view text) noexcept;
+bool StartsLayer(std::string_view text) noexcept;
 
 } // namespace Usda
 

@@ -18,7 +18,7 @@ namespace Interchange {
 
 namespace Usda {
 
-void loseAt(const std::string& curve, Loss::What what, Loss::Remedy remedy, const char* detail,
+void LoseAt(const std::string& curve, Loss::What what, Loss::Remedy remedy, const char* detail,
             std::vector<double> places) {
     Loss loss;
     loss.curve = curve;
@@ -33,7 +33,7 @@ namespace {
 
 constexpr double kMostCopies = 1e6; // of knots, by inner loops
 
-bool jumps(const SplineKnot& knot) {
+bool Jumps(const SplineKnot& knot) {
     return knot.isDual && knot.preValue != knot.value;
 }
 
@@ -71,7 +71,7 @@ private:
         if (!std::is_sorted(knots.begin(), knots.end(), before)) std::stable_sort(knots.begin(), knots.end(), before);
         const auto last = std::unique(knots.begin(), knots.end(), [this](const SplineKnot& a, const SplineKnot& b) {
             if (a.time != b.time) return false;
-            loseAt(m_track.name, Loss::Time, Loss::Dropped, "a second knot at the same time", {b.time});
+            LoseAt(m_track.name, Loss::Time, Loss::Dropped, "a second knot at the same time", {b.time});
             return true;
         });
         knots.erase(last, knots.end());
@@ -93,16 +93,16 @@ private:
             text += (text.size() > 1 ? ", " : "") + NumberText(number);
         m_track.properties.emplace_back(kLoop, text + ')');
         if (first == knots.end() || first->time != loop.start || !(loop.end > loop.start)) {
-            loseAt(m_track.name, Loss::Kind, Loss::Dropped, "an inner loop that does not start at a knot");
+            LoseAt(m_track.name, Loss::Kind, Loss::Dropped, "an inner loop that does not start at a knot");
             return;
         }
         const std::vector<SplineKnot> repeated(first, at(loop.end));
         const double copies = (before + after) * static_cast<double>(repeated.size());
         if (copies > kMostCopies) {
-            loseAt(m_track.name, Loss::Kind, Loss::Dropped, "an inner loop of too many knots");
+            LoseAt(m_track.name, Loss::Kind, Loss::Dropped, "an inner loop of too many knots");
             return;
         }
-        loseAt(m_track.name, Loss::Kind, Loss::Replaced, "an inner loop by its keys", {loop.start});
+        LoseAt(m_track.name, Loss::Kind, Loss::Replaced, "an inner loop by its keys", {loop.start});
         const double period = loop.end - loop.start;
         const double regionEnd = loop.end + after * period;
         std::vector<SplineKnot> all(knots.begin(), at(loop.start - before * period));
@@ -121,7 +121,7 @@ private:
         const auto count = static_cast<std::size_t>(std::count_if(knots.begin(), rest, [&](const SplineKnot& knot) {
             return knot.time >= loop.end && knot.time <= regionEnd;
         }));
-        if (count > 0) loseAt(m_track.name, Loss::Time, Loss::Dropped, "knots that an inner loop covers");
+        if (count > 0) LoseAt(m_track.name, Loss::Time, Loss::Dropped, "knots that an inner loop covers");
         knots = std::move(all);
     }
 
@@ -135,7 +135,7 @@ private:
         knot.x = source.time;
         knot.y = source.value;
         const bool comesHeld = !isFirst && (knots[i - 1].mode == Mode::Held || knots[i - 1].mode == Mode::None);
-        if (jumps(source)) {
+        if (Jumps(source)) {
             const bool goesHeld = !isLast && source.mode == Mode::Held;
             if (goesHeld && knots[i + 1].preValue == source.value) {
                 knot.y = source.preValue;
@@ -171,7 +171,7 @@ private:
         const double from = splitAt(left.time, left.time + 0.5 * span);
         Knot& knot = m_track.knots.back();
         if (left.mode == Mode::None)
-            loseAt(m_track.name, Loss::Kind, Loss::Replaced, "a segment without value by the value before it",
+            LoseAt(m_track.name, Loss::Kind, Loss::Replaced, "a segment without value by the value before it",
                    {left.time});
         if (left.mode == Mode::Linear) {
             knot.piece = Piece::Linear;
@@ -189,7 +189,7 @@ private:
         Knot start;
         start.x = std::min(time + Keyframe::getMinSeparation(), latest);
         if (!(start.x > time)) return 0.0; // no number between
-        loseAt(m_track.name, Loss::Time, Loss::Split, "a jump takes 0.001 frames", {time});
+        LoseAt(m_track.name, Loss::Time, Loss::Split, "a jump takes 0.001 frames", {time});
         push(start);
         return start.x - time;
     }
@@ -200,10 +200,10 @@ private:
         if (!m_spline.isHermite) {
             out = left.post.width;
             in = right.pre.width;
-            if (isRegressive({out / span, in / span})) {
-                loseAt(m_track.name, Loss::Tangents, Loss::Shortened, "tangents that are too long, as USD does",
+            if (IsRegressive({out / span, in / span})) {
+                LoseAt(m_track.name, Loss::Tangents, Loss::Shortened, "tangents that are too long, as USD does",
                        {left.time});
-                const Widths widths = asEvaluated({out / span, in / span});
+                const Widths widths = AsEvaluated({out / span, in / span});
                 out = widths.left * span;
                 in = widths.right * span;
             }
@@ -256,7 +256,7 @@ private:
         case SplineEnd::Held:
             return End::Hold;
         case SplineEnd::None:
-            loseAt(m_track.name, Loss::Ends, Loss::Replaced, "no value by the value at the end", {at});
+            LoseAt(m_track.name, Loss::Ends, Loss::Replaced, "no value by the value at the end", {at});
             return End::Hold;
         case SplineEnd::Sloped:
             setLine(isPre, end.slope);
@@ -272,9 +272,9 @@ private:
         }
         if (knots.size() < 2) return End::Hold;
         if (end.boundary && *end.boundary != (isPre ? knots.back().time : knots.front().time))
-            loseAt(m_track.name, Loss::Ends, Loss::Replaced, "a loop over a part by one over all knots", {at});
-        if (jumps(knots.front()) || jumps(knots.back()))
-            loseAt(m_track.name, Loss::Ends, Loss::Replaced, "a jump at the end of a loop", {at});
+            LoseAt(m_track.name, Loss::Ends, Loss::Replaced, "a loop over a part by one over all knots", {at});
+        if (Jumps(knots.front()) || Jumps(knots.back()))
+            LoseAt(m_track.name, Loss::Ends, Loss::Replaced, "a jump at the end of a loop", {at});
         return end.kind == SplineEnd::Repeat  ? End::CycleOffset
                : end.kind == SplineEnd::Reset ? End::Cycle
                                               : End::Mirror;
@@ -304,7 +304,7 @@ private:
 
 } // namespace
 
-Track trackOf(SplineData spline, const std::string& name) {
+Track TrackOf(SplineData spline, const std::string& name) {
     return SplineConverter(std::move(spline), name).convert();
 }
 

@@ -17,10 +17,10 @@ namespace Interchange {
 namespace Usda {
 
 // The track of this name with the spline's values everywhere; what it cannot have is reported.
-Track trackOf(SplineData spline, const std::string& name);
+Track TrackOf(SplineData spline, const std::string& name);
 
 // To the report, as a loss of the curve at these frames.
-void loseAt(const std::string& curve, Loss::What what, Loss::Remedy remedy, const char* detail,
+void LoseAt(const std::string& curve, Loss::What what, Loss::Remedy remedy, const char* detail,
             std::vector<double> places = {});
 
 } // namespace Usda

@@ -33,7 +33,7 @@ private:
 };
 
 // "usda", "USD text layer", "usda".
-const FormatType& usdaType();
+const FormatType& UsdaType();
 
 namespace Usda {
 

@@ -21,7 +21,7 @@ using namespace Usda;
 namespace {
 
 // One track for each component.
-void convertSamples(const Samples& samples, const ValueType& type, const std::string& name,
+void ConvertSamples(const Samples& samples, const ValueType& type, const std::string& name,
                     std::vector<Track>& tracks) {
     std::vector<std::size_t> order(samples.times.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
@@ -29,7 +29,7 @@ void convertSamples(const Samples& samples, const ValueType& type, const std::st
                      [&](std::size_t a, std::size_t b) { return samples.times[a] < samples.times[b]; });
     const auto last = std::unique(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
         if (samples.times[a] != samples.times[b]) return false;
-        loseAt(name, Loss::Time, Loss::Dropped, "a second sample at the same time", {samples.times[b]});
+        LoseAt(name, Loss::Time, Loss::Dropped, "a second sample at the same time", {samples.times[b]});
         return true;
     });
     order.erase(last, order.end());
@@ -40,7 +40,7 @@ void convertSamples(const Samples& samples, const ValueType& type, const std::st
         for (const std::size_t i : order) {
             if (samples.isNone[i]) {
                 if (!track.knots.empty()) track.knots.back().piece = Piece::Constant;
-                loseAt(track.name, Loss::Kind, Loss::Replaced, "no value by the value before it", {samples.times[i]});
+                LoseAt(track.name, Loss::Kind, Loss::Replaced, "no value by the value before it", {samples.times[i]});
                 continue;
             }
             Knot knot;
@@ -53,52 +53,52 @@ void convertSamples(const Samples& samples, const ValueType& type, const std::st
     }
 }
 
-void report(const Layer& layer) {
+void Report(const Layer& layer) {
     for (const Remark& remark : layer.remarks) {
         switch (remark.kind) {
         case Remark::Algorithm:
-            loseAt(remark.attribute, Loss::Kind, Loss::Replaced, "computed tangents by those that stand there",
+            LoseAt(remark.attribute, Loss::Kind, Loss::Replaced, "computed tangents by those that stand there",
                    {remark.time});
             break;
         case Remark::Width:
-            loseAt(remark.attribute, Loss::Tangents, Loss::Replaced, "a width that is negative or infinite by 0",
+            LoseAt(remark.attribute, Loss::Tangents, Loss::Replaced, "a width that is negative or infinite by 0",
                    {remark.time});
             break;
         case Remark::NotFinite:
-            loseAt(remark.attribute, Loss::Time, Loss::Dropped, "numbers that are not finite", {remark.time});
+            LoseAt(remark.attribute, Loss::Time, Loss::Dropped, "numbers that are not finite", {remark.time});
             break;
         case Remark::SkippedType:
-            loseAt(remark.attribute, Loss::Curves, Loss::Dropped, "samples of a type without numbers");
+            LoseAt(remark.attribute, Loss::Curves, Loss::Dropped, "samples of a type without numbers");
             break;
         }
     }
 }
 
-void addProperty(PropertyList& properties, const char* key, const std::optional<double>& number) {
+void AddProperty(PropertyList& properties, const char* key, const std::optional<double>& number) {
     if (number) properties.emplace_back(key, NumberText(*number));
 }
 
 } // namespace
 
-const FormatType& usdaType() {
+const FormatType& UsdaType() {
     static const FormatType type("usda", "USD text layer", "usda");
     return type;
 }
 
-UsdaReader::UsdaReader() : CurveReader(usdaType()) {}
+UsdaReader::UsdaReader() : CurveReader(UsdaType()) {}
 UsdaReader::~UsdaReader() = default;
 
 bool UsdaReader::recognises(std::string_view opening, bool) const {
-    return startsLayer(opening);
+    return StartsLayer(opening);
 }
 
 Document UsdaReader::parse(std::string_view bytes) const {
-    Layer layer = parseLayer(bytes);
-    report(layer);
+    Layer layer = ParseLayer(bytes);
+    Report(layer);
     Document document;
-    addProperty(document.properties, kFrameRate, layer.rate);
-    addProperty(document.properties, kFirstFrame, layer.start);
-    addProperty(document.properties, kLastFrame, layer.end);
+    AddProperty(document.properties, kFrameRate, layer.rate);
+    AddProperty(document.properties, kFirstFrame, layer.start);
+    AddProperty(document.properties, kLastFrame, layer.end);
     document.properties.insert(document.properties.end(), layer.customData.begin(), layer.customData.end());
 
     for (Attribute& attribute : layer.attributes) {
@@ -117,10 +117,10 @@ Document UsdaReader::parse(std::string_view bytes) const {
         if (attribute.type != "double") properties.emplace_back(kType, attribute.type);
         const std::size_t first = document.tracks.size();
         if (attribute.samples) {
-            if (attribute.spline) loseAt(name, Loss::Curves, Loss::Dropped, "a spline beside samples, which win");
-            convertSamples(*attribute.samples, *findType(attribute.type), name, document.tracks);
+            if (attribute.spline) LoseAt(name, Loss::Curves, Loss::Dropped, "a spline beside samples, which win");
+            ConvertSamples(*attribute.samples, *FindType(attribute.type), name, document.tracks);
         } else if (attribute.spline) {
-            document.tracks.push_back(trackOf(std::move(*attribute.spline), name));
+            document.tracks.push_back(TrackOf(std::move(*attribute.spline), name));
         } else if (!withoutKeys.empty()) {
             document.tracks.emplace_back().name = name;
         }
@@ -130,7 +130,7 @@ Document UsdaReader::parse(std::string_view bytes) const {
             PropertyList& all = document.tracks[i].properties;
             all.insert(all.begin(), properties.begin(), properties.end());
             if (layer.prims[attribute.prim].isInVariant)
-                loseAt(name, Loss::Properties, Loss::Replaced, "that it belongs to a variant, by its name");
+                LoseAt(name, Loss::Properties, Loss::Replaced, "that it belongs to a variant, by its name");
         }
     }
     return document;

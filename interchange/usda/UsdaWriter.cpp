@@ -34,27 +34,27 @@ namespace {
 constexpr std::size_t kDeepest = 100; // prims in each other; names with more parts become one part
 constexpr double kVertical = 1e-6;    // of the span: the width of a vertical handle
 
-bool isLetter(char c) {
+bool IsLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
-bool isDigit(char c) {
+bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
 // A name that USD takes: letters, digits and '_', where colons are allowed too, each part of that kind.
-std::string identifier(std::string_view text, bool allowsColons) {
+std::string Identifier(std::string_view text, bool allowsColons) {
     std::string result;
     for (const char c : text) {
         const bool startsPart = result.empty() || result.back() == ':';
         const bool isColon = c == ':' && allowsColons && !startsPart;
-        if (startsPart && isDigit(c)) result += '_';
-        result += isLetter(c) || isDigit(c) || isColon ? c : '_';
+        if (startsPart && IsDigit(c)) result += '_';
+        result += IsLetter(c) || IsDigit(c) || isColon ? c : '_';
     }
     if (result.empty() || result.back() == ':') result += '_';
     return result;
 }
 
-std::vector<std::string_view> split(std::string_view text) {
+std::vector<std::string_view> Split(std::string_view text) {
     std::vector<std::string_view> parts;
     for (std::size_t begin = 0; begin <= text.size();) {
         const std::size_t end = std::min(text.find('/', begin), text.size());
@@ -64,7 +64,7 @@ std::vector<std::string_view> split(std::string_view text) {
     return parts;
 }
 
-bool isUtf8(std::string_view text) {
+bool IsUtf8(std::string_view text) {
     for (std::size_t i = 0; i < text.size();) {
         const auto byte = static_cast<unsigned char>(text[i]);
         const std::size_t length = byte < 0x80 ? 1 : byte >= 0xC2 && byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
@@ -77,9 +77,9 @@ bool isUtf8(std::string_view text) {
 }
 
 // In quotes, on one line. Bytes that are no UTF-8 are escaped.
-std::string quotedText(std::string_view text) {
+std::string QuotedText(std::string_view text) {
     constexpr char digits[] = "0123456789abcdef";
-    const bool escapesAll = !isUtf8(text);
+    const bool escapesAll = !IsUtf8(text);
     std::string result = "\"";
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
@@ -99,11 +99,11 @@ std::string quotedText(std::string_view text) {
     return result + '"';
 }
 
-void appendEntry(std::string& text, const std::string& key, const std::string& value) {
-    const bool isPlain = !key.empty() && identifier(key, false) == key;
+void AppendEntry(std::string& text, const std::string& key, const std::string& value) {
+    const bool isPlain = !key.empty() && Identifier(key, false) == key;
     text += "string ";
-    text += isPlain ? key : quotedText(key);
-    text += " = " + quotedText(value);
+    text += isPlain ? key : QuotedText(key);
+    text += " = " + QuotedText(value);
 }
 
 // Where a curve goes.
@@ -118,27 +118,27 @@ struct Target {
     }
 };
 
-Target targetOf(const std::string& name) {
+Target TargetOf(const std::string& name) {
     const ChannelName parts = SplitName(name);
     Target target;
     if (parts.node.empty()) {
         target.prims.emplace_back("curves");
     } else {
-        for (const std::string_view part : split(parts.node)) {
+        for (const std::string_view part : Split(parts.node)) {
             if (target.prims.size() < kDeepest) {
-                target.prims.push_back(identifier(part, false));
+                target.prims.push_back(Identifier(part, false));
             } else {
-                target.prims.back() += identifier(part, false);
+                target.prims.back() += Identifier(part, false);
             }
         }
     }
     std::string channel = parts.channel;
     std::replace(channel.begin(), channel.end(), '/', ':');
-    target.attribute = identifier(channel, true);
+    target.attribute = Identifier(channel, true);
     return target;
 }
 
-double asFloat(double number, const std::string& type) {
+double AsFloat(double number, const std::string& type) {
     if (type != "float" && type != "half") return number;
     return static_cast<double>(static_cast<float>(number));
 }
@@ -214,7 +214,7 @@ private:
             m_text += "; post linear";
         } else if (!isLast && knot.piece == Piece::Bezier) {
             const double span = knots[i + 1].x - knot.x;
-            const Widths widths = withinTest({knot.out.handle.x / span, -knots[i + 1].in.handle.x / span});
+            const Widths widths = WithinTest({knot.out.handle.x / span, -knots[i + 1].in.handle.x / span});
             m_nextShare = widths.right;
             addTangent("; post curve", knot.out.handle.x, knot.out.handle.y, widths.left, span);
         } else {
@@ -232,7 +232,7 @@ private:
         m_text += " & ";
     }
 
-    void appendValue(double value) { AppendNumber(m_text, asFloat(value, m_type)); }
+    void appendValue(double value) { AppendNumber(m_text, AsFloat(value, m_type)); }
 
     // Width and slope of a handle that reaches this share of the span at most.
     void addTangent(const char* word, double x, double y, double share, double span) {
@@ -260,7 +260,7 @@ private:
         std::string entries;
         const auto add = [&](const std::string& name, const std::string& value) {
             entries += entries.empty() ? "; { " : "; ";
-            appendEntry(entries, name, value);
+            AppendEntry(entries, name, value);
         };
         if (key->isBreakdown()) add(kBreakdown, "1");
         if (key->isTangentsUnified()) add(kUnified, "1");
@@ -281,7 +281,7 @@ private:
 // --- samples ---------------------------------------------------------------------------------------------------------
 
 // Curves of the components of one vector, sampled where any of them has a key and at whole frames where one bends.
-std::string samplesText(const std::vector<const FCurve*>& curves, const std::string& indent, const char* lineEnd) {
+std::string SamplesText(const std::vector<const FCurve*>& curves, const std::string& indent, const char* lineEnd) {
     std::set<double> times;
     for (const FCurve* curve : curves) {
         if (!curve) continue;
@@ -349,7 +349,7 @@ public:
                 times["endTimeCode"] = value;
             } else {
                 others += "        ";
-                appendEntry(others, key, value);
+                AppendEntry(others, key, value);
                 others += '\n';
             }
         }
@@ -366,11 +366,11 @@ public:
 private:
     void add(const FCurve& curve) {
         Statement statement;
-        statement.target = targetOf(curve.getName());
+        statement.target = TargetOf(curve.getName());
         statement.type = "double";
         statement.curve = &curve;
         const std::string name = curve.getName();
-        const ValueType* const type = findType(curve.getProperty(kType));
+        const ValueType* const type = FindType(curve.getProperty(kType));
         for (auto property = curve.beginProperties(); property != curve.endProperties(); ++property) {
             const auto& [key, value] = *property;
             if (key.compare(0, 3, "fc_") != 0 && key != kType) statement.customData.emplace_back(key, value);
@@ -410,7 +410,7 @@ private:
         if (isNew) {
             statement.type = type.name;
             const ChannelName parts = SplitName(name);
-            statement.target.attribute = identifier(parts.channel.substr(0, parts.channel.size() - 2), true);
+            statement.target.attribute = Identifier(parts.channel.substr(0, parts.channel.size() - 2), true);
             statement.components.resize(type.components);
             finish(statement, name.substr(0, slash));
             m_statements.push_back(std::move(statement));
@@ -425,7 +425,7 @@ private:
     std::string body(const Statement& statement, const std::string& indent, const char* lineEnd) {
         const std::string head = statement.type + ' ' + statement.target.attribute;
         if (!statement.components.empty())
-            return head + ".timeSamples = " + samplesText(statement.components, indent, lineEnd);
+            return head + ".timeSamples = " + SamplesText(statement.components, indent, lineEnd);
         const Track track = Resolve(*statement.curve, {true, true}, m_notes);
         if (track.knots.empty()) return {};
         return head + ".spline = " + SplineText(track, statement.type, indent, lineEnd).text();
@@ -441,7 +441,7 @@ private:
         text += indent + "    customData = {" + lineEnd;
         for (const auto& [key, value] : entries) {
             text += indent + "        ";
-            appendEntry(text, key, value);
+            AppendEntry(text, key, value);
             text += lineEnd;
         }
         return text + indent + "    }" + lineEnd + indent + ')';
@@ -478,7 +478,7 @@ private:
         }
         for (const auto& [prim, below] : children) {
             if (depth == 0 || !text.empty()) text += lineEnd;
-            text.append(indent).append("def ").append(quotedText(prim)).append(lineEnd);
+            text.append(indent).append("def ").append(QuotedText(prim)).append(lineEnd);
             text.append(indent).append("{").append(lineEnd);
             std::string inner;
             appendPrims(below, depth + 1, indent + "    ", lineEnd, inner);
@@ -494,7 +494,7 @@ private:
 };
 
 // The span and the lines' rest, where that is blank.
-TextSpan wholeLines(std::string_view text, TextSpan span) {
+TextSpan WholeLines(std::string_view text, TextSpan span) {
     std::size_t begin = span.begin;
     while (begin > 0 && (text[begin - 1] == ' ' || text[begin - 1] == '\t')) --begin;
     const std::size_t end = std::min(text.find_first_not_of(" \t;", span.end), text.size());
@@ -504,7 +504,7 @@ TextSpan wholeLines(std::string_view text, TextSpan span) {
 }
 
 std::string LayerText::into(std::string_view existing) {
-    const Layer layer = parseLayer(existing);
+    const Layer layer = ParseLayer(existing);
     const bool hasReturns = existing.find("\r\n") != std::string_view::npos;
     const char* const lineEnd = hasReturns ? "\r\n" : "\n";
     std::unordered_map<std::string, std::size_t> attributes;
@@ -543,7 +543,7 @@ std::string LayerText::into(std::string_view existing) {
         const Attribute& attribute = layer.attributes[known->second];
         if (layer.prims[attribute.prim].isInVariant)
             throw NotWritable("The attribute " + Quoted(known->first) + " belongs to a variant.");
-        const ValueType* const type = findType(attribute.type);
+        const ValueType* const type = FindType(attribute.type);
         const bool isScalar = statement.components.empty();
         if (!type || (type->components == 1) != isScalar || (isScalar && !type->isContinuous))
             throw NotWritable("The attribute " + Quoted(known->first) + " has the type " + Quoted(attribute.type)
@@ -560,7 +560,7 @@ std::string LayerText::into(std::string_view existing) {
         if (first.end > 0) {
             edits.push_back({first.begin, first.end, std::move(text)});
             if (second.end > 0) {
-                const TextSpan lines = wholeLines(existing, second);
+                const TextSpan lines = WholeLines(existing, second);
                 edits.push_back({lines.begin, lines.end, ""});
             }
         } else {
@@ -579,7 +579,7 @@ std::string LayerText::into(std::string_view existing) {
         const std::string outer = index == 0 ? "" : indentAt(place);
         const std::string indent = index == 0 ? "" : outer + "    ";
         while (place > prim.body.begin && (existing[place - 1] == ' ' || existing[place - 1] == '\t')) --place;
-        const std::size_t depth = index == 0 ? 0 : split(prim.path).size();
+        const std::size_t depth = index == 0 ? 0 : Split(prim.path).size();
         std::string text;
         appendPrims(statements, depth, indent, lineEnd, text);
         const bool isOnLine = existing[place - 1] != '\n' && existing[place - 1] != '\r';
@@ -604,13 +604,13 @@ std::string LayerText::into(std::string_view existing) {
 
 } // namespace
 
-UsdaWriter::UsdaWriter() : CurveWriter(usdaType()) {}
+UsdaWriter::UsdaWriter() : CurveWriter(UsdaType()) {}
 UsdaWriter::~UsdaWriter() = default;
 
 std::string UsdaWriter::compose(const FCurveContainer& curves, Notes& notes) const {
     LayerText text(curves, notes);
     const std::string existing = Conversion::options().setting("usda.into");
-    return existing.empty() ? text.layer(curves) : text.into(readFile(existing));
+    return existing.empty() ? text.layer(curves) : text.into(ReadFile(existing));
 }
 
 } // namespace Interchange

@@ -20,7 +20,7 @@ struct Widths {
 
 // Legal are widths up to 1, and longer ones inside the ellipse a^2 + b^2 + ab - 2a - 2b + 1 <= 0, beyond which x(t)
 // turns; tested with each raised by 1e-6, as evaluators of USD do.
-inline bool isRegressive(const Widths& widths) noexcept {
+inline bool IsRegressive(const Widths& widths) noexcept {
     if (widths.left <= 1.0 && widths.right <= 1.0) return false;
     const double a = widths.left + 1e-6;
     const double b = widths.right + 1e-6;
@@ -28,8 +28,8 @@ inline bool isRegressive(const Widths& widths) noexcept {
 }
 
 // The widths by which USD evaluates: regressive ones are brought onto the ellipse in their ratio, less 1e-5.
-inline Widths asEvaluated(const Widths& widths) noexcept {
-    if (!isRegressive(widths)) return widths;
+inline Widths AsEvaluated(const Widths& widths) noexcept {
+    if (!IsRegressive(widths)) return widths;
     if (widths.left < 1e-6) return {widths.left, 1.0 - 1e-6};
     if (widths.right < 1e-6) return {1.0 - 1e-6, widths.right};
     const double k = widths.left / widths.right;
@@ -39,7 +39,7 @@ inline Widths asEvaluated(const Widths& widths) noexcept {
 }
 
 // Widths on or inside the ellipse, so little shorter where they exceed the span that USD's test passes them.
-inline Widths withinTest(const Widths& widths) noexcept {
+inline Widths WithinTest(const Widths& widths) noexcept {
     constexpr double margin = 4e-6;
     return {widths.left > 1.0 ? widths.left - margin : widths.left,
             widths.right > 1.0 ? widths.right - margin : widths.right};

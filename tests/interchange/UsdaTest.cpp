@@ -57,19 +57,19 @@ TEST(Usda, WidthsNeverRunBackwards) {
         const Usda::Widths widths{random.between(0.0, 2.0), random.between(0.0, 2.0)};
         const bool isLegal = slowest(widths.left, widths.right) >= -1e-5;
         if (std::fabs(slowest(widths.left, widths.right)) > 1e-4) {
-            EXPECT_EQ(Usda::isRegressive(widths), !isLegal) << widths.left << ' ' << widths.right;
+            EXPECT_EQ(Usda::IsRegressive(widths), !isLegal) << widths.left << ' ' << widths.right;
         }
-        const Usda::Widths shown = Usda::asEvaluated(widths);
+        const Usda::Widths shown = Usda::AsEvaluated(widths);
         EXPECT_GE(slowest(shown.left, shown.right), -5e-5);
-        if (Usda::isRegressive(widths) && widths.left > 0.05 && widths.right > 0.05) {
+        if (Usda::IsRegressive(widths) && widths.left > 0.05 && widths.right > 0.05) {
             EXPECT_NEAR(shown.left / shown.right, widths.left / widths.right, 1e-3 * widths.left / widths.right);
             EXPECT_LT(slowest(1.001 * shown.left, 1.001 * shown.right), 0.0) << "no shorter than needed";
         }
         // As long as this library allows beside a shorter one.
         const double a = std::min(widths.left, 1.0);
         const double b = 0.5 * ((2.0 - a) + std::sqrt(a * (4.0 - 3.0 * a)));
-        EXPECT_FALSE(Usda::isRegressive(Usda::withinTest({a, b}))) << a << ' ' << b;
-        EXPECT_FALSE(Usda::isRegressive(Usda::withinTest({b, a}))) << a << ' ' << b;
+        EXPECT_FALSE(Usda::IsRegressive(Usda::WithinTest({a, b}))) << a << ' ' << b;
+        EXPECT_FALSE(Usda::IsRegressive(Usda::WithinTest({b, a}))) << a << ' ' << b;
     }
 }
 

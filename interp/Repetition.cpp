@@ -14,8 +14,7 @@ inline namespace v19 {
 namespace Private {
 
 Repetition::Repetition(const FCurve& curve, const Keyframe& first, const Keyframe& last, bool leading) noexcept
-    : m_curve(&curve), m_first(&first), m_last(&last), m_begin(first.getX()), m_end(last.getX()),
-      m_span(m_end - m_begin), m_leading(leading) {}
+    : m_curve(&curve), m_first(&first), m_last(&last), m_begin(first.getX()), m_end(last.getX()), m_leading(leading) {}
 
 std::optional<Repetition> Repetition::find(const Segment& segment) noexcept {
     const bool hasLeft = Read::leftKey(segment) != nullptr;

@@ -47,7 +47,6 @@ private:
     const Keyframe* m_last;
     double m_begin; // x of the first key
     double m_end;   // x of the last key
-    double m_span;
     bool m_leading; // seen from the segment before the first key
 };
 

@@ -6,18 +6,18 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
-/// What any number of parts say about one quantity: None where there is no part, Equal where all have the same value,
+/// What any number of parts say about one quantity: None where there is no part, Same where all have the same value,
 /// Mixed where they differ. What a property panel shows: nothing, the value, or a dash.
 template<class T>
 class Examined {
 public:
-    enum State : std::uint8_t { None, Equal, Mixed };
+    enum State : std::uint8_t { None, Same, Mixed };
 
     Examined() = default;
 
     State getState() const noexcept { return m_state; }
     bool isNone() const noexcept { return m_state == None; }
-    bool isEqual() const noexcept { return m_state == Equal; }
+    bool isEqual() const noexcept { return m_state == Same; }
     bool isMixed() const noexcept { return m_state == Mixed; }
     /// The common value; T() unless isEqual().
     const T& getValue() const noexcept { return m_value; }
@@ -30,14 +30,14 @@ public:
     void include(const Value& value) {
         if (m_state == None) {
             m_value = value;
-            m_state = Equal;
-        } else if (m_state == Equal && !(m_value == value)) {
+            m_state = Same;
+        } else if (m_state == Same && !(m_value == value)) {
             setMixed();
         }
     }
     /// All the parts of another one.
     void merge(const Examined& other) {
-        if (other.m_state == Equal) {
+        if (other.m_state == Same) {
             include(other.m_value);
         } else if (other.m_state == Mixed) {
             setMixed();

@@ -113,7 +113,8 @@ Figure::Figure(const Scene& scene, const PanelScene& panel, const PanelCurve& cu
                    : std::string();
     };
     if (source.hasDots || scene.options.selection) dots = MakeDots(*source.curve, frame, makeHint);
-    if (source.hasOldDots) oldDots = MakeDots(*source.before, frame, [](const Keyframe&) { return std::string(); });
+    if (source.before && source.hasOldDots)
+        oldDots = MakeDots(*source.before, frame, [](const Keyframe&) { return std::string(); });
 }
 
 void Figure::findExits(const Frame& frame) {

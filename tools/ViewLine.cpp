@@ -149,7 +149,8 @@ private:
         m_out.points.resize(to);
         if (place == strokes.back().place) return;
         strokes.push_back({place, to, 0}); // the line goes on as another, from the same point
-        m_out.points.push_back(Pixel(m_out.points.back()));
+        const Pixel last = m_out.points.back();
+        m_out.points.push_back(last);
     }
 
     // Keeps what the contract promises where four points are too few: the first and the last, the highest and the

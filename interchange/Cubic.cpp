@@ -16,6 +16,13 @@ Vector2D<double> Between(const Vector2D<double>& a, const Vector2D<double>& b, d
 
 constexpr int kDeepest = 24;
 
+// The chord, with handles of a third.
+Cubic AsLine(const Cubic& cubic) noexcept {
+    const Vector2D<double>& a = cubic.p[0];
+    const Vector2D<double>& b = cubic.p[3];
+    return {{a, Between(a, b, 1.0 / 3.0), Between(a, b, 2.0 / 3.0), b}};
+}
+
 } // namespace
 
 Vector2D<double> PointAt(const Cubic& cubic, double t) noexcept {
@@ -127,7 +134,16 @@ Distance SplitToThirds(const Cubic& cubic, double tolerance, double minWidth, st
     Distance largest;
     for (const Cubic& part : parts) {
         pieces.push_back(IsThirds(part) ? part : AsThirds(part, mostSlope));
-        const Distance off = MeasureDistance(part, pieces.back());
+        Distance off = MeasureDistance(part, pieces.back());
+        if (off.y > tolerance) {
+            // Too narrow to be cut, beside a place where the curve is vertical: its slope would lead far away.
+            const Cubic line = AsLine(part);
+            const Distance lineOff = MeasureDistance(part, line);
+            if (!(off.y <= lineOff.y)) {
+                pieces.back() = line;
+                off = lineOff;
+            }
+        }
         if (off.y > largest.y) largest = off;
     }
     return largest;

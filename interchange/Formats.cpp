@@ -4,6 +4,7 @@
 #include "interchange/CsvFormat.h"
 #include "interchange/EasingFormats.h"
 #include "interchange/MayaFormat.h"
+#include "interchange/gltf/GltfFormat.h"
 #include "interchange/usda/UsdaFormat.h"
 
 namespace VEM_FN::FCurveLib {
@@ -46,7 +47,11 @@ struct AllFormats {
     LottieWriter lottieWriter;
     MayaReader mayaReader;
     MayaWriter mayaWriter;
+    GltfReader gltfReader{Gltf::Shape::Text};
+    GltfReader glbReader{Gltf::Shape::Binary};
     UsdaReader usdaReader;
+    GltfWriter gltfWriter{Gltf::Shape::Text};
+    GltfWriter glbWriter{Gltf::Shape::Binary};
     UsdaWriter usdaWriter;
 };
 

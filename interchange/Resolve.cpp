@@ -139,7 +139,40 @@ void SeparateJumps(Track& track) {
     track.knots = std::move(knots);
 }
 
+bool Holds(const Segment& segment, double from, double to, double value) {
+    constexpr int kPlaces = 64;
+    for (int i = 1; i < kPlaces; ++i)
+        if (EvalSegment(from + (to - from) * i / kPlaces, segment) != value) return false;
+    return true;
+}
+
 } // namespace
+
+void BakeEnds(const FCurve& curve, double from, double to, Track& track) {
+    std::vector<Knot>& knots = track.knots;
+    if (knots.empty()) return;
+    const double tolerance = ToleranceOf(curve);
+    const Segment& leading = *curve.begin();
+    const Segment& trailing = *std::prev(curve.end());
+    if (to > knots.back().x && !Holds(trailing, knots.back().x, to, knots.back().y)) {
+        const Stretch stretch = Fitted(trailing, knots.back().x, to, tolerance);
+        Knot& joint = knots.back();
+        joint.y = stretch.knots.front().y;
+        joint.piece = stretch.knots.front().piece;
+        joint.out = stretch.knots.front().out;
+        knots.insert(knots.end(), stretch.knots.begin() + 1, stretch.knots.end());
+        knots.push_back(KnotAt(to, stretch.end, Piece::Constant));
+        knots.back().in.handle = stretch.in;
+        track.trailing = {};
+    }
+    if (from < knots.front().x && !Holds(leading, from, knots.front().x, knots.front().before)) {
+        const Stretch stretch = Fitted(leading, from, knots.front().x, tolerance);
+        knots.front().before = stretch.end;
+        knots.front().in.handle = stretch.in;
+        knots.insert(knots.begin(), stretch.knots.begin(), stretch.knots.end());
+        track.leading = {};
+    }
+}
 
 const Notes::Hint* Notes::find(const FCurve& curve, double from, double to) const {
     const auto found = m_hints.find(&curve);

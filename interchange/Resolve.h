@@ -55,6 +55,10 @@ struct Abilities {
 // within the tolerance of the conversion. Where a format has no jumps, one takes the 0.001 frames before its key.
 Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes);
 
+// Continues the track from the frame `from` and up to the frame `to`, where the curve does not hold its ends there: for
+// formats that know nothing else outside the keys. Fitted within the tolerance of the conversion.
+void BakeEnds(const FCurve& curve, double from, double to, Track& track);
+
 // Height of the curve's range of values between its keys; never 0: what the tolerance and equality are shares of.
 double RangeOf(const FCurve& curve);
 // What the conversion's tolerance is in the curve's unit.

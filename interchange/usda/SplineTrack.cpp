@@ -50,6 +50,7 @@ public:
         if (m_spline.loop) unroll();
         m_track.knots.reserve(knots.size());
         const std::size_t count = knots.size();
+        findHoldingNext();
         for (std::size_t i = 0; i < count; ++i) {
             addKnot(i);
             addCustomData(knots[i]);
@@ -125,6 +126,19 @@ private:
         knots = std::move(all);
     }
 
+    // Which knots hold, from there on, the value that the next key will have: constant_next().
+    void findHoldingNext() {
+        const std::vector<SplineKnot>& knots = m_spline.knots;
+        m_holdsNext.resize(knots.size());
+        double next = 0.0; // of the next key, where it comes after a held piece
+        for (std::size_t i = knots.size(); i-- > 0;) {
+            const SplineKnot& knot = knots[i];
+            const bool isLast = i + 1 == knots.size();
+            m_holdsNext[i] = !isLast && Jumps(knot) && knot.mode == Mode::Held && next == knot.value;
+            next = m_holdsNext[i] ? knot.preValue : knot.value;
+        }
+    }
+
     // A knot where the spline jumps becomes one key where a piece can say it, else two.
     void addKnot(std::size_t i) {
         const std::vector<SplineKnot>& knots = m_spline.knots;
@@ -137,7 +151,7 @@ private:
         const bool comesHeld = !isFirst && (knots[i - 1].mode == Mode::Held || knots[i - 1].mode == Mode::None);
         if (Jumps(source)) {
             const bool goesHeld = !isLast && source.mode == Mode::Held;
-            if (goesHeld && knots[i + 1].preValue == source.value) {
+            if (m_holdsNext[i]) {
                 knot.y = source.preValue;
                 knot.piece = Piece::ConstantNext;
             } else if (comesHeld) {
@@ -298,8 +312,9 @@ private:
 
     SplineData m_spline;
     Track m_track;
-    bool m_isSplit = false; // the last knot's value is the one from the left; the other one follows
-    Side m_in;              // of the piece that was shaped last, for the knot to come
+    std::vector<bool> m_holdsNext; // by knot
+    bool m_isSplit = false;        // the last knot's value is the one from the left; the other one follows
+    Side m_in;                     // of the piece that was shaped last, for the knot to come
 };
 
 } // namespace

@@ -218,5 +218,6 @@ TEST_P(Pages, TellWhatSurvives) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Interchange, Pages,
-                         testing::Values("css_easings", "csv", "hchan", "hClip", "lottie", "maya_anim", "text", "usda"),
+                         testing::Values("css_easings", "csv", "glb", "gltf", "hchan", "hClip", "lottie", "maya_anim",
+                                         "text", "usda"),
                          [](const auto& format) { return std::string(format.param); });

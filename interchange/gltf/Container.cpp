@@ -63,11 +63,10 @@ std::string ToBase64(std::string_view bytes) {
 }
 
 std::optional<std::string> FromBase64(std::string_view text) {
-    static const std::array<signed char, 256> values = [] {
-        std::array<signed char, 256> table{};
+    static const std::array<int, 256> values = [] {
+        std::array<int, 256> table{};
         table.fill(-1);
-        for (std::size_t i = 0; i < 64; ++i)
-            table[static_cast<unsigned char>(kDigits[i])] = static_cast<signed char>(i);
+        for (std::size_t i = 0; i < 64; ++i) table[static_cast<unsigned char>(kDigits[i])] = static_cast<int>(i);
         return table;
     }();
     for (int i = 0; i < 2 && !text.empty() && text.back() == '='; ++i) text.remove_suffix(1);

@@ -10,6 +10,10 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         $<$<BOOL:${FCURVELIB_WERROR}>:-Werror>)
 endif()
 
+if(EMSCRIPTEN)
+    target_compile_options(FCurveLibFlags INTERFACE "SHELL:-include ${CMAKE_CURRENT_LIST_DIR}/EmscriptenCharconv.h")
+endif()
+
 if(FCURVELIB_SANITIZE)
     list(JOIN FCURVELIB_SANITIZE "," sanitizers)
     target_compile_options(FCurveLibFlags INTERFACE

@@ -23,10 +23,16 @@ python_needs=("python pass|python3" "python import numpy|python3-numpy"
 python_test_needs=("python import pytest|python3-pytest" "python import hypothesis|python3-hypothesis"
                    "python import mypy|mypy")
 picture_needs=("rsvg-convert|librsvg2-bin")
+wasm_needs=("em++|emscripten" "dpkg-source|dpkg-dev" "node|nodejs")
 bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
 test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
             "clang++|clang" "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3"
             "node|nodejs" "npm|npm")
+
+# What all parts of a WebAssembly program are compiled and linked with: the exceptions and the SIMD of today's browsers.
+wasm_flags="-fwasm-exceptions -msimd128"
+# Emscripten's tools want Debian's Node modules, whatever node the machine has.
+export NODE_PATH=/usr/share/nodejs${NODE_PATH:+:$NODE_PATH}
 
 # need CHECK|PACKAGE...: returns at once when everything is there, else installs the packages with apt-get.
 need() {

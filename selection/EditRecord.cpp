@@ -62,7 +62,8 @@ constexpr Recorder::Carrier kOfBlock[] = {Recorder::OfSegment, Recorder::OfKey, 
 struct EditRecord::Index {
     struct PropertyHash {
         std::size_t operator()(const std::pair<void*, std::uint32_t>& property) const noexcept {
-            return std::hash<void*>()(property.first) ^ (property.second * std::size_t{0x9e3779b97f4a7c15});
+            return std::hash<void*>()(property.first)
+                   ^ static_cast<std::size_t>(property.second * std::uint64_t{0x9e3779b97f4a7c15});
         }
     };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <unordered_set>
 #include <utility>
@@ -20,7 +21,8 @@ namespace Gltf {
 namespace {
 
 constexpr std::size_t kMostElements = std::size_t{1} << 24U;
-constexpr std::size_t kMostBytes = std::size_t{1} << 53U; // whole numbers of JSON are exact up to here
+// Whole numbers of JSON are exact up to 2^53.
+constexpr auto kMostBytes = static_cast<std::size_t>(std::min<std::uint64_t>(std::uint64_t{1} << 53U, SIZE_MAX));
 constexpr std::size_t kMostStride = 252;
 constexpr std::size_t kNumbersPerByte = 2; // that accessors without bytes may state, besides FormatLimits::runs
 

@@ -44,24 +44,12 @@ struct CombineResult {
 ///     OffsetCurve    x -> curve(x - offset.x) + offset.y     later, higher
 ///
 /// The result has keys from the first to the last of the curves' keys (of by's alone for RetimeCurve), and the name and
-/// properties of the first curve. A curve without keys counts with its values. All its parts are new; the given curves
-/// are only read, and may be one and the same.
+/// properties of the first curve; its parts are all new. The given curves may be one and the same. Exact wherever a
+/// constant, linear or Bezier segment has these values; elsewhere fitted to within the tolerance, in the unit of y (not
+/// below 2^-30 of the values' range). The report says which; docs/combining.md has the rules.
 ///
-/// Wherever the values are those of a constant, linear or Bezier segment, the result is that segment: sums with lines
-/// and constants, sums of segments whose handles are alike in x (handles of a third, say), blends by a constant weight,
-/// or by a linear one of what differs by a line or a parabola, anything along a straight stretch of `by`, and straight
-/// stretches along anything. Elsewhere smooth Bezier keys with handles of a third are fitted, as FitCurve does, to
-/// within the tolerance, in the unit of y. One that is negative, NaN or below 2^-30 of the values' range there counts
-/// as that.
-///
-/// Where the result jumps and does not step, the 0.001 frames before the key hold their first value: that counts as
-/// fitted, and into the error. Keys of the curves that are less than 0.001 frames after another are left out.
-///
-/// The tolerance is not held, and the report says so, where a formula turns faster than 256 keys between two of the
-/// given keys could follow, and in the frames before a jump.
-///
-/// OffsetCurve carries kinds, tangent types, flags and properties over, as TransformCurve does, and fits only what has
-/// no image there. It refuses offsets that are not finite: then the curve is a copy, not within tolerance.
+/// OffsetCurve carries kinds, tangent types, flags and properties over, as TransformCurve does. It refuses offsets that
+/// are not finite: then the curve is a copy, not within tolerance.
 ///
 /// Near linear in the number of keys. Whatever a host's interpolator throws passes through.
 /// @{

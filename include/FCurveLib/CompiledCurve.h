@@ -19,14 +19,9 @@ inline namespace v19 {
 /// use one object, or copies of it. A key takes at most 80 bytes, and each curve some 250 more; segments with a host's
 /// own interpolator, or with a formula that calls others, take more.
 ///
-/// Values are FCurve::eval's to 1e-12 of the curve's range, and each x belongs to the same segment; NaN, infinities,
-/// curves without keys and with one are as there. Every kind of segment is compiled. A host's own interpolator is
-/// cloned and asked with a copy of its segment, from which keys, tangents and properties can be read, but neither
-/// neighbours nor the curve.
-///
-/// The same bits come out on every processor and with every C library, for single values and for many at once, except
-/// where formulas or hosts' interpolators compute: these may call what C libraries round differently. The solver uses
-/// + - * / and the square root alone.
+/// Values are FCurve::eval's to 1e-12 of the curve's range, every kind of segment included. The same bits come out on
+/// every processor and with every C library, except where formulas or hosts' interpolators compute. docs/playback.md
+/// tells how, and what a host's interpolator gets to see.
 class FCURVELIB_API CompiledCurve {
 public:
     /// \name Make

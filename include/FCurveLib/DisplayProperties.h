@@ -10,32 +10,13 @@ inline namespace v19 {
 /// What an editor remembers of a curve's display, kept in the curve's own properties, so that it travels with the curve
 /// through copies, and what the display looks like through files, too.
 ///
-/// | key             | meaning                                   | stored                        | absent       | files
-/// |
-/// |-----------------|-------------------------------------------|-------------------------------|--------------|-------|
-/// | "fc_sel"        | selected (any part)                       | "1"                           | not selected | no |
-/// | "fc_vis"        | the curve is hidden                       | "1"                           | visible      | yes |
-/// | "fc_edit"       | the curve cannot be edited                | "1"                           | editable     | no |
-/// | "fc_lock"       | the curve, or key, is locked              | "1"                           | unlocked     | yes |
-/// | "fc_vel"        | the first derivative is displayed         | "1"                           | off          | yes |
-/// | "fc_acc"        | the second derivative is displayed        | "1"                           | off          | yes |
-/// | "fc_disc"       | discontinuities are displayed             | "1"                           | off          | yes |
-/// | "fc_grid"       | grid: x, y, width, height                 | four numbers, a space between | no grid      | yes |
-/// | "fc_scal"       | scale of the displayed tangent handles    | one number                    | 1            | yes |
-/// | "fc_tnm"        | reserved                                  | -                             | -            | no |
-/// | "fc_isUnified"  | the key's tangents are unified            | "1"                           | -            | flag
-/// |
-///
-/// Files keep what says "yes" in the formats that have display settings (docs/formats/README.md), each as a setting of
-/// its own; a key's lock likewise. Selection, editability and all other properties that begin with "fc_" stay out of
-/// files: what was saved comes back editable and not selected. "fc_isUnified" is understood where a file has it as a
-/// key's property; the library itself keeps Keyframe::isTangentsUnified() and writes that.
-///
-/// "fc_vis" and "fc_edit" deliberately store the exception, so that a curve without properties is visible and editable.
-/// Any text but the empty one counts as set.
+/// Flags are set where the property has any text but the empty one: "fc_sel" (selected), "fc_vis" (hidden), "fc_edit"
+/// (cannot be edited), "fc_lock" (also of a key), "fc_vel" and "fc_acc" (the derivatives are displayed), "fc_disc". The
+/// grid is "fc_grid", the scale "fc_scal". "fc_vis" and "fc_edit" deliberately store the exception, so that a curve
+/// without properties is visible and editable. What files keep of them: docs/selection.md.
 ///
 /// The setters go through setProperty: a change is told to the curve's observers, an equal value is not. Numbers are
-/// stored with six significant digits. They are written and read in the C locale whatever the global one is.
+/// stored with six significant digits, in the C locale whatever the global one is.
 
 /// \name Flags
 /// @{

@@ -18,18 +18,12 @@ inline namespace v19 {
 ///     drag.step();
 ///     drag.end();                            // the button goes up; drag.cancel() on Escape
 ///
-/// The group notes the state of each part before its first change, so cancel() puts everything back to the last bit,
-/// and an UndoStack of the container gets one step. Parts that come back are the same objects.
+/// cancel() puts everything back to the last bit, with the same objects, and an UndoStack of the container gets one
+/// step. Views that listen to summaries (EditObserver) need no calls to the curves' observers; Quiet holds them back.
 ///
-/// The calls to FCurveObserver, ContainerObserver and SelectionObserver stay as they are. Views that listen to
-/// summaries (EditObserver) do not need those of the curves; with Quiet they are held back.
-///
-/// Groups nest: an inner one joins the outer one when it ends, and tells no summaries; cancelled, it puts back what was
-/// edited since its beginning. Groups that are still open inside one that ends, end with it. A curve that is exchanged
-/// with one of the container's (FCurve::swap) belongs to the edit, too; other curves outside of it do not.
-///
-/// Costs a few dozen nanoseconds for each edit and some 200 bytes for each touched key while it is open; nothing per
-/// key of the container.
+/// Groups nest: docs/editing.md tells how. A curve that is exchanged with one of the container's (FCurve::swap) belongs
+/// to the edit, too. Costs a few dozen nanoseconds for each edit and some 200 bytes for each touched key while it is
+/// open; nothing per key of the container.
 class FCURVELIB_API EditGroup {
 public:
     enum Options : std::uint32_t {

@@ -17,21 +17,13 @@ class SafeFileSave;
 ///
 /// It is not a Stream; FileStream makes one of it.
 ///
-/// **What is held back.** Written bytes gather in a buffer of 64 KiB and go to the system when it is full, at flush(),
-/// setPosition(), the first read after them, and destruction. The buffer is the File's own and the handle has none: the
-/// C library throws away what its buffer holds when a write fails or a signal interrupts it, and here every byte is
-/// known to be taken or not. Interrupted calls are repeated, short ones continued. Reads and writes may follow each
-/// other in any order.
+/// Written bytes gather in 64 KiB and go to the system when these are full, at flush(), setPosition(), the first read
+/// after them, and destruction. Interrupted calls are repeated, short ones continued; reads and writes may follow each
+/// other in any order. Positions are signed 32-bit; docs/streams.md tells what longer files do.
 ///
-/// **Writes never fail aloud.** writeData() does not raise when the system takes no more bytes (disk full, quota, limit
-/// on the file's length), deliberate: the failure is remembered instead. From then on the File writes nothing further,
-/// so that the file holds an unbroken beginning of what was written; positions go on counting; flush() returns false;
-/// and setPosition() and readData(), which have to flush, raise the base Exception. Who needs to know asks flush() at
-/// the end; SafeFileSave does.
-///
-/// **Limits.** Positions are signed 32-bit. In a file longer than 2^31-1 bytes getSize() and setPosition() raise the
-/// base Exception; its first 2^31-1 bytes can be read in order. A write that would pass that length raises EndOfFile
-/// and writes nothing.
+/// writeData() does not raise when the system takes no more bytes, deliberate: the failure is remembered instead. From
+/// then on nothing further is written, flush() returns false, and setPosition() and readData() raise the base
+/// Exception. Who needs to know asks flush() at the end; SafeFileSave does.
 ///
 /// One File must not be used by two threads at once; separate ones are independent. A null path counts as empty.
 class FCURVELIB_API File {

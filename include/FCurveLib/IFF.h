@@ -1,37 +1,18 @@
 #pragma once
 
 /// \file
-/// Chunks: typed, sized blocks of bytes that nest.
+/// Chunks: typed, sized blocks of bytes that nest. docs/streams.md has an example of each direction.
 ///
 ///     offset  bytes  content
 ///     0       4      type, the four bytes of an IFFType in order
-///     4       4      size of the payload, unsigned, in the policy's byte order
+///     4       4      size of the payload alone, unsigned, in the policy's byte order
 ///     8       size   payload, which may be a row of chunks itself
 ///
-/// The size counts the payload alone. Deliberate: an odd payload is not padded to an even length, the next chunk starts
-/// right after it.
-///
-/// Written in one pass, on any stream that goes back to patch the size (all of the library's do):
-///
-///     BinaryIO<LittleEndianBinaryPolicy> io;
-///     IFFWriter outer(stream, io, "Crvs");
-///     IFFWriter inner(stream, io, "Name");
-///     stream.writeData(name, length);
-///     inner.patchSize();                    // the inner one first
-///     outer.patchSize();
-///
-/// and read by structure, whatever the types:
-///
-///     IFFReader outer(stream, io);
-///     while (stream.getPosition() < outer.getPayloadEnd()) {
-///         IFFReader inner(stream, io);
-///         if (inner.getPayloadEnd() > outer.getPayloadEnd()) ...  // broken: no child is longer than its parent
-///         if (inner.getIFFType() == "Name") { ...; if (!inner.validateSize()) ... } else { inner.skip(); }
-///     }
+/// Deliberate: an odd payload is not padded to an even length, the next chunk starts right after it.
 ///
 /// Nothing here judges types or sizes: that is the format's task. Sums are made in 64 bits, so no size from a file can
-/// wrap around. On a FileStream each patch is a seek, which flushes: a writer of many small chunks composes them in a
-/// MemoryStream first.
+/// wrap around. Chunks are written in one pass, on any stream that goes back to patch the size (all of the library's
+/// do).
 
 #include "FCurveLib/BinaryIO.h"
 #include "FCurveLib/Stream.h"

@@ -34,25 +34,11 @@ struct KeyframeInsertion {
 
 /// \name Insert a key and keep the curve's shape
 ///
-///     o---                        o--                 --o
-///          ~~~~~            =>       ~~ --o-- ~~
-///                ---o                                        the handles of the cut are those of the same curve
-///
-/// The two halves of a segment:
-///  - bezier: bezier, with the handles of de Casteljau's cut.
-///  - spline, ease, match and their variants: bezier, likewise: these kinds cannot draw a part of themselves. A match
-///    that ends beside its key, because its neighbour does, stays a match at that end; one that does so at both ends
-///    changes its shape.
-///  - linear, constant, constant_next: the same kind.
-///  - Anything else: the same interpolator on both sides.
-///
-/// The segment before the first key and the one after the last can be cut as well.
-///
-/// The new key has unified tangents where its segment was Bezier-shaped. A tangent keeps its type if that type still
-/// gives the handle which keeps the shape, else it becomes Fixed; it becomes weighted if the handle has not the length
-/// of an unweighted one. That goes for the segment's own tangents and for those of the keys next to it. A neighbouring
-/// spline segment, whose shape depends on the next key but one, becomes bezier too. Everything else keeps its identity
-/// and its bits.
+/// Both halves of a Bezier-shaped segment become bezier, with the handles of de Casteljau's cut; all other kinds stand
+/// on both sides. The segment before the first key and the one after the last can be cut as well. The new key has
+/// unified tangents where its segment was Bezier-shaped. Tangents that would give another handle become Fixed, and
+/// weighted where they have to; a neighbouring spline becomes bezier too. Everything else keeps its identity and its
+/// bits. docs/editing.md has the kinds that cannot keep their shape.
 /// @{
 
 /// What an insertion would do; tries it on a copy. Time: that of 2 000 evaluations, 8 000 for a curve that repeats

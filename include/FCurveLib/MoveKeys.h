@@ -41,20 +41,12 @@ struct MoveReport {
 /// From where the keys stood when the group was made, as one rigid whole over all its curves: where one key is held
 /// back all are, and distances between keys of the group never change, or change all by one factor.
 ///
-///     o  . g . g  .  o      Stop:    g g stops before o
-///          ------>          Cross:   g g ends on both sides of o
-///                           Ripple:  o goes along
+/// What stands outside the group stops it, is passed, or shifts along (MoveOptions); breakdown keys keep their
+/// proportion of the way, automatic tangents follow, keys that others have put closer than 0.001 keep that distance.
+/// docs/editing.md has the details, also which keys are new objects afterwards.
 ///
-///  - Breakdown keys outside the group that lie beside keys of the group keep their proportion of the way, as when a
-///    single key is set; they do not hold the group back before they are 0.001 apart. Where keys cross, they stay.
-///  - Automatic tangents follow. Fixed ones keep their slope when keys move; when keys are scaled, theirs is scaled, so
-///    that the curve between keys of the group keeps its shape.
-///  - Keys keep their identity, except keys that pass another one: those leave the curve and come in again as new ones
-///    with all that belonged to them, properties, tangents and the segment that starts there; the group then refers to
-///    the new ones. The interpolators before the first and after the last key stay at the ends.
-///  - Keys that others have put closer than 0.001 keep that distance.
-///  - Observers hear what they hear of Keyframe::set, and of insertSegment and removeSegment where keys pass others. A
-///    curve in which no key passes another is complete before the first observer is called.
+/// Observers hear what they hear of Keyframe::set, and of insertSegment and removeSegment where keys pass others. A
+/// curve in which no key passes another is complete before the first observer is called.
 ///
 /// Arguments that are not finite, and factors of time of 0 and less, change nothing. Time: n log n in the number of
 /// keys that move (a little more where keys cross, to find room).

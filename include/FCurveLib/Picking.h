@@ -34,11 +34,9 @@ struct PickOptions {
 /// and for an invalid view, a negative radius and NaN. Of parts at the same distance that of the later curve wins, as
 /// it is drawn above the others; within one curve the earlier one.
 ///
-///  - Hidden curves (IsVisible) are passed over; locked ones are not.
-///  - Parts outside the view are found, too, as far as the radius reaches from the point.
-///  - Handles are those that shape the curve (HitRecordIterator walks the same), at keys in view and the next key on
-///    either side. They have the length that an editor shows (GetTangentScale), and are made with the flag true.
-///  - Lines are those of ViewLine.
+/// Hidden curves (IsVisible) are passed over, locked ones are not. Parts outside the view are found, too, as far as the
+/// radius reaches. Handles are those that HitRecordIterator walks, at keys in view and the next key on either side, as
+/// long as an editor shows them (GetTangentScale), and made with the flag true. Lines are those of ViewLine.
 ///
 /// Nothing is edited or locked; any number of threads may pick. A curve costs a look-up, its keys within the radius
 /// some 50 ns each, and its line between these.

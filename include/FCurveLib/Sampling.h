@@ -14,9 +14,6 @@ inline namespace v19 {
 /// Every function empties the caller's vector first, then fills it with ascending x. The values are those of
 /// FCurve::eval.
 ///
-///     SampleCurve:          start, start + step, start + step + step, ... up to end
-///     SampleCurveInterior:  the keyed range, widened to whole multiples of step
-///
 /// The abscissae are a running sum, not start + i * step, so the rounding of the sum decides whether a sample falls
 /// exactly on the end: from 0 to 1 by 0.1 gives 11 samples, the last at 0.9999999999999999.
 ///
@@ -24,8 +21,8 @@ inline namespace v19 {
 /// (no more than half the distance between neighbouring doubles there); from start > end and from NaN; and from a range
 /// that would give more than 2^31 - 1 samples. An infinite step gives the first sample only.
 ///
-/// Linear in the number of samples; memory is allocated once, for that number (std::bad_alloc if there is none). Any
-/// number of threads may sample a curve that nobody edits.
+/// Linear in the number of samples; memory is allocated once, for that number. Any number of threads may sample a curve
+/// that nobody edits.
 /// @{
 
 /// From start up to and including end.

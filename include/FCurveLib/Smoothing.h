@@ -29,17 +29,8 @@ enum SmoothFilter : std::uint32_t {
 /// and its neighbours, with weights scaled to a sum of one. The results become keys joined by linear segments; nothing
 /// else is inserted. A sample within 1e-07 frames of a key at an end of the range moves that key.
 ///
-///     before   ---o~~~~~~~~/\/\/\~~~~~~~o---
-///     after    ---o~~~~~~~~x-x-x-x~~~~~~~o---        x smoothed keys
-///
-/// Outside the range all keys, interpolators, handles, flags and properties stay, to the last bit. The segment before
-/// the range now ends at the first result and the one after it starts at the last, so these two change their shape.
-/// Where the range cuts a segment, the rest keeps its shape but for that end, as under BakeCurve. A segment with a
-/// value of its own (a formula, a number) does not follow: at the start of the range the curve then steps to the first
-/// result.
-///
-/// The point at the end of the range is filtered like the others, unless that makes a jump: where the curve goes on
-/// from a value of its own (a formula, a number, constant_next, cycle), the point takes that value instead.
+/// Outside the range everything stays, to the last bit; the segments that the range cuts lead to its ends now. The
+/// point at the end is filtered like the others, unless that makes a jump. docs/smoothing.md has both in detail.
 ///
 /// Observers are told as by BakeCurve. Nothing changes where start is not below end, for a width below 0, an unknown
 /// filter, or where sampling (under the rules of SampleCurve) gives no two points. A width of 0 bakes. Time: the number

@@ -13,16 +13,11 @@ inline namespace v19 {
 /// outside of groups becomes a step of its own, without a name, when the next group opens or something is undone.
 ///
 /// A step holds what the edit touched, never whole curves: up to 300 bytes for each key that was moved or removed, 100
-/// for one that was added, 16 for each property. Undoing gives positions, handles, flags, interpolators, names,
-/// properties (the selection with them) and the order of curves back to the last bit. Parts and curves that come back
-/// are the same objects, so whoever still holds one, or an iterator to it, finds it in its curve again; references and
-/// iterators to the other parts stay valid throughout. A removed part that its holder edited comes back as it was when
-/// it was removed.
+/// for one that was added, 16 for each property. Everything comes back to the last bit and as the same objects, the
+/// selection too; references and iterators to the other parts stay valid throughout.
 ///
-/// Observers hear of an undo what the setters would tell: segmentAdded and segmentRemoved, then each part that changed;
-/// curveChanged alone for a curve that was assigned, cleared or swapped; the observers of the Selection it was made
-/// with what became selected or not. EditObservers hear of it as an edit of one step. All is complete before the first
-/// call. What observers edit then is a new edit, and ends what could be redone: isRestoring() lets them hold back.
+/// Observers hear of an undo what the setters would tell, once all is complete (docs/editing.md). What they edit then
+/// is a new edit, and ends what could be redone: isRestoring() lets them hold back.
 ///
 /// For one container one stack; a second one stays empty. It shares the ownership of the container.
 class FCURVELIB_API UndoStack {

@@ -53,18 +53,10 @@ struct ViewPolyline {
 ///     ViewLine(*curve, {0, 240, -10, 10, 1920, 400}, line);
 ///     for (const auto& stroke : line.strokes) draw(&line.points[stroke.first], stroke.count);
 ///
-///  - The line is within a quarter of a pixel of the curve, with at most 4 points a pixel column. Where that is too
-///  few,
-///    the line reaches from the lowest to the highest value that the curve has in the column, extremes between two
-///    pixels included, and begins and ends where the curve enters and leaves it.
-///  - Where the curve jumps by more than a quarter of a pixel, the line has a gap, and where it has no finite value. A
-///    gap closes where that takes more than 4 points a column, or keys stand closer than a quarter of a pixel.
-///  - A stroke ends where the place changes; the next one then begins with the same point.
-///  - What is more than 16 pixels above or below the view is left out.
-///
-/// Formulas and hosts' interpolators are looked at every tenth of a frame, but 2 to 16 times a pixel, and more closely
-/// where they bend; what they do between two looks is not seen. So are derivatives; a vertical slope counts as
-/// infinite.
+/// Within a quarter of a pixel of the curve, with at most 4 points a pixel column; where these are too few, from the
+/// lowest to the highest value in the column. It has a gap where the curve jumps or has no finite value, and a new
+/// stroke, from the same point, where the place changes. docs/editing.md has the exceptions: jumps too close to show,
+/// formulas between two looks.
 ///
 /// Empties the output first; an invalid view gives no stroke. Linear in the keys in view, at most some 50 ns each, and
 /// in the view's width. Writes nothing but the output: any number of threads may look at a curve that nobody edits.

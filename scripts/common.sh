@@ -24,6 +24,8 @@ python_test_needs=("python import pytest|python3-pytest" "python import hypothes
                    "python import mypy|mypy")
 picture_needs=("rsvg-convert|librsvg2-bin")
 wasm_needs=("em++|emscripten" "dpkg-source|dpkg-dev" "node|nodejs")
+editor_needs=("npm|npm")
+editor_test_needs=("chromium|chromium")
 bench_needs=("<benchmark/benchmark.h>|libbenchmark-dev" "python3|python3")
 test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-config|pkg-config" "git|git"
             "clang++|clang" "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3"

@@ -4,6 +4,7 @@
 /// Everything.
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
+#include "FCurveLib/AxisTicks.h"
 #include "FCurveLib/Baking.h"
 #include "FCurveLib/Bezier.h"
 #include "FCurveLib/BezierInterpBase.h"
@@ -18,6 +19,7 @@
 #include "FCurveLib/ContainerInterface.h"
 #include "FCurveLib/ContainerObserver.h"
 #include "FCurveLib/CopyKeys.h"
+#include "FCurveLib/CurveColours.h"
 #include "FCurveLib/CurveOverview.h"
 #include "FCurveLib/CurveView.h"
 #include "FCurveLib/Cycle.h"

@@ -1,0 +1,402 @@
+#include "Session.h"
+
+#include <FCurveLib/ClipText.h>
+#include <FCurveLib/CopyKeys.h>
+#include <FCurveLib/DefaultFallbackParser.h>
+#include <FCurveLib/DisplayProperties.h>
+#include <FCurveLib/IndexLookup.h>
+#include <FCurveLib/InsertBezierKeyframe.h>
+#include <FCurveLib/Interpolator.h>
+#include <FCurveLib/InterpolatorFactory.h>
+#include <FCurveLib/Keys.h>
+#include <FCurveLib/Segment.h>
+#include <FCurveLib/SetKey.h>
+#include <FCurveLib/UnknownExpression.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace editor {
+
+namespace {
+
+MoveOptions::Others othersOf(const std::string& name) {
+    if (name == "cross") return MoveOptions::Cross;
+    return name == "ripple" ? MoveOptions::Ripple : MoveOptions::Stop;
+}
+
+constexpr std::pair<const char*, Tangent::Type> kTypes[] = {{"fixed", Tangent::Fixed},
+                                                            {"flat", Tangent::Flat},
+                                                            {"linear", Tangent::Linear},
+                                                            {"smooth", Tangent::Smooth},
+                                                            {"clamped", Tangent::Clamped},
+                                                            {"plateau", Tangent::Plateau},
+                                                            {"continued", Tangent::SmoothContinued}};
+
+std::uint8_t typeOf(const std::string& name) {
+    for (const auto& [text, type] : kTypes)
+        if (name == text) return type;
+    throw Refusal("There is no tangent type \"" + name + "\".");
+}
+
+// An interpolator that nobody understands is refused: the page says why, and the old one stays.
+std::shared_ptr<Interpolator> interpolatorOf(const std::string& text) {
+    auto interpolator = InterpolatorFactory::create(text.c_str());
+    if (std::dynamic_pointer_cast<UnknownExpression>(interpolator))
+        throw Refusal("\"" + text + "\" is not a valid formula.");
+    return interpolator;
+}
+
+} // namespace
+
+// {"what": "keys" | "scale" | "handle", "x", "y", "others", "frameStep", "valueStep"}. For "handle", x and y are the
+// pixels where it was grabbed; for "scale", the point in frames and values that stays.
+Json Session::dragBegin(const Json& arguments) {
+    if (m_drag) dragEnd(Json::object());
+    dropPreview();
+    const std::string what = Get(arguments, "what", std::string("keys"));
+    Drag drag;
+    drag.options.others = othersOf(Get(arguments, "others", std::string("stop")));
+    drag.options.frameStep = Get(arguments, "frameStep", 0.0);
+    drag.options.valueStep = Get(arguments, "valueStep", 0.0);
+    if (what == "handle") {
+        const HitRecord hit = pickAt(GetNumber(arguments, "x"), GetNumber(arguments, "y"), 8.0, false);
+        drag.what = Drag::Handle;
+        drag.handle = hit.getTangent();
+        drag.curve = hit.getCurve();
+        if (!drag.handle) throw Refusal("There is no handle here.");
+        const auto key = drag.handle->getOwningKeyframe();
+        if (!key || !IsEditableKey(*key)) throw Refusal("The key of this handle is locked.");
+    } else {
+        drag.what = what == "scale" ? Drag::Scale : Drag::Keys;
+        drag.keys = KeyGroup(editableKeys());
+        if (drag.keys.empty()) throw Refusal("No key is selected.");
+        if (drag.what == Drag::Scale) drag.start = {GetNumber(arguments, "x"), GetNumber(arguments, "y")};
+    }
+    const char* const name = drag.what == Drag::Handle  ? "Move handle"
+                             : drag.what == Drag::Scale ? "Scale keys"
+                                                        : "Move keys";
+    drag.group = std::make_unique<EditGroup>(m_selection, name);
+    m_drag = std::move(drag);
+    return {{"anchor", {m_drag->keys.getAnchor().x, m_drag->keys.getAnchor().y}}};
+}
+
+// For keys, {"x", "y"} is the whole way since dragBegin; for scaling, the factors; for a handle, its tip in pixels.
+Json Session::dragTo(const Json& arguments) {
+    if (!m_drag) throw Refusal("Nothing is being dragged.");
+    Drag& drag = *m_drag;
+    const Vector2D<double> to(GetNumber(arguments, "x"), GetNumber(arguments, "y"));
+    drag.options.frameStep = Get(arguments, "frameStep", drag.options.frameStep);
+    drag.options.valueStep = Get(arguments, "valueStep", drag.options.valueStep);
+    Json result = Json::object();
+    if (drag.what == Drag::Handle) {
+        Tangent& handle = *drag.handle;
+        if (handle.getType() != Tangent::Fixed) handle.setType(Tangent::Fixed);
+        const auto key = handle.getOwningKeyframe();
+        if (key && drag.curve) {
+            const Vector2D<double> tip = viewOf(*drag.curve, m_view).toPoint(to);
+            const double scale = GetTangentScale(*drag.curve);
+            const double factor = scale > 0.0 ? 1.0 / scale : 1.0;
+            handle.set((tip.x - key->getX()) * factor, (tip.y - key->getY()) * factor);
+        }
+    } else {
+        const MoveReport report = drag.what == Drag::Scale ? ScaleKeys(drag.keys, drag.start, to, drag.options)
+                                                           : MoveKeys(drag.keys, to, drag.options);
+        if (report.renewed > 0) m_isSelectedStale = true;
+        result = {{"x", report.offset.x}, {"y", report.offset.y}, {"limited", report.isLimited}};
+    }
+    drag.group->step();
+    return result;
+}
+
+Json Session::dragEnd(const Json&) {
+    if (!m_drag) return Json::object();
+    const std::unique_ptr<EditGroup> group = std::move(m_drag->group);
+    m_drag.reset();
+    m_isSelectedStale = true;
+    group->end();
+    return Json::object();
+}
+
+Json Session::dragCancel(const Json&) {
+    if (!m_drag) return Json::object();
+    const std::unique_ptr<EditGroup> group = std::move(m_drag->group);
+    m_drag.reset();
+    m_isSelectedStale = true;
+    group->cancel();
+    return Json::object();
+}
+
+// {"x", "y", "others"}: by the keyboard; strokes that follow each other are one step.
+Json Session::nudge(const Json& arguments) {
+    KeyGroup keys(editableKeys());
+    if (keys.empty()) throw Refusal("No key is selected.");
+    MoveOptions options;
+    options.others = othersOf(Get(arguments, "others", std::string("stop")));
+    EditGroup group(m_selection, "Nudge keys", EditGroup::Merge);
+    MoveKeys(keys, {GetNumber(arguments, "x"), GetNumber(arguments, "y")}, options);
+    group.end();
+    return Json::object();
+}
+
+// {"x", "y", "pivotX", "pivotY"}: factors, about a point.
+Json Session::scale(const Json& arguments) {
+    KeyGroup keys(editableKeys());
+    if (keys.empty()) throw Refusal("No key is selected.");
+    const double x = GetNumber(arguments, "x");
+    if (!(x > 0.0)) throw Refusal("Time can only be scaled by more than 0.");
+    MoveOptions options;
+    options.others = othersOf(Get(arguments, "others", std::string("stop")));
+    EditGroup group(m_selection, "Scale keys");
+    ScaleKeys(keys, {GetNumber(arguments, "pivotX"), GetNumber(arguments, "pivotY")}, {x, GetNumber(arguments, "y")},
+              options);
+    group.end();
+    return Json::object();
+}
+
+// {"curve", "frame", "value"}: keeps the shape where the curve has keys and no value is given.
+Json Session::addKey(const Json& arguments) {
+    FCurve* curve = arguments.contains("curve") ? &curveAt(arguments) : activeCurve();
+    if (!curve) throw Refusal("There is no curve to add a key to.");
+    if (IsLocked(*curve)) throw Refusal("The curve is locked.");
+    const double frame = GetNumber(arguments, "frame");
+    EditGroup group(m_selection, "Add key");
+    std::shared_ptr<Keyframe> key;
+    if (arguments.contains("value")) {
+        key = SetKey(*curve, frame, GetNumber(arguments, "value")).key;
+    } else {
+        const auto position = InsertBezierKeyframe(*curve, frame);
+        if (position != curve->end()) key = position->getLeftKey();
+    }
+    if (!key) throw Refusal("No key can stand here: another one is too near, or the curve has no value.");
+    clearSelection();
+    m_selection.select(*key);
+    group.end();
+    m_active = curve->getShared();
+    return {{"x", key->getX()}, {"y", key->getY()}};
+}
+
+Json Session::removeKeys(const Json& arguments) {
+    const auto keys = editableKeys();
+    if (keys.empty()) {
+        if (Get(arguments, "quiet", false)) return Json::object();
+        throw Refusal("No key is selected.");
+    }
+    EditGroup group(m_selection, Get(arguments, "quiet", false) ? "Cut keys" : "Delete keys");
+    for (const auto& key : keys) {
+        const auto curve = key->getOwningCurve();
+        const int index = curve ? GetKeyframeIndex(*curve, *key) : -1;
+        if (index >= 0) curve->removeSegment(GetIndexedSegmentIterator(*curve, index + 1));
+    }
+    group.end();
+    return {{"keys", keys.size()}};
+}
+
+// {"type", "side": "in" | "out" | "both"}: of the selected keys, and the selected handles. A segment whose kind has no
+// tangents becomes bezier() first, as otherwise nothing would be seen.
+Json Session::tangentType(const Json& arguments) {
+    const std::string name = Get(arguments, "type", std::string());
+    const std::string side = Get(arguments, "side", std::string("both"));
+    const bool isStepped = name == "stepped";
+    const std::uint8_t type = isStepped ? std::uint8_t{Tangent::Fixed} : typeOf(name);
+    std::vector<std::shared_ptr<Tangent>> tangents;
+    for (const HitRecord& part : selected()) {
+        if (const auto key = part.getKeyframe()) {
+            if (!IsEditableKey(*key)) continue;
+            if (side != "out") tangents.push_back(key->getInTangent());
+            if (side != "in") tangents.push_back(key->getOutTangent());
+        } else if (const auto tangent = part.getTangent()) {
+            const auto owner = tangent->getOwningKeyframe();
+            if (owner && IsEditableKey(*owner)) tangents.push_back(tangent);
+        }
+    }
+    if (tangents.empty()) throw Refusal("Select keys or handles first.");
+    EditGroup group(m_selection, "Set tangents");
+    for (const auto& tangent : tangents) {
+        const auto segment = tangent->getOwningSegment();
+        if (!segment) continue;
+        const auto present = segment->getInterpolator();
+        const bool isInside = segment->getLeftKey() && segment->getRightKey();
+        if (isStepped) {
+            if (!tangent->isInTangent()) segment->setInterpolator(InterpolatorFactory::create("constant()"));
+            continue;
+        }
+        if (isInside && (!present || !present->usesTangents()))
+            segment->setInterpolator(InterpolatorFactory::create("bezier()"));
+        tangent->setType(type);
+    }
+    group.end();
+    return {{"handles", tangents.size()}};
+}
+
+// {"flag": "weighted" | "weightLocked", "on"}: of the selected handles, and those of the selected keys.
+Json Session::tangentFlag(const Json& arguments) {
+    const std::string flag = Get(arguments, "flag", std::string());
+    const bool on = Get(arguments, "on", true);
+    const auto set = [&](Tangent& tangent) {
+        const auto key = tangent.getOwningKeyframe();
+        if (!key || !IsEditableKey(*key)) return;
+        if (flag == "weighted")
+            tangent.setWeighted(on);
+        else if (flag == "weightLocked")
+            tangent.setWeightLocked(on);
+        else
+            throw Refusal("Handles have no flag \"" + flag + "\".");
+    };
+    const std::vector<HitRecord> parts = selected();
+    EditGroup group(m_selection, flag == "weighted" ? "Set weighted" : "Lock weights");
+    for (const HitRecord& part : parts) {
+        if (const auto key = part.getKeyframe()) {
+            set(*key->getInTangent());
+            set(*key->getOutTangent());
+        } else if (const auto tangent = part.getTangent()) {
+            set(*tangent);
+        }
+    }
+    group.end();
+    return Json::object();
+}
+
+// {"flag": "breakdown" | "unified" | "locked", "on"}: of the selected keys, and those of the selected handles. Locks
+// can be taken off what is locked.
+Json Session::keyFlag(const Json& arguments) {
+    const std::string flag = Get(arguments, "flag", std::string());
+    const bool on = Get(arguments, "on", true);
+    const std::vector<HitRecord> parts = selected();
+    EditGroup group(m_selection, flag == "breakdown" ? "Set breakdown"
+                                 : flag == "unified" ? "Unify tangents"
+                                                     : "Lock keys");
+    for (const HitRecord& part : parts) {
+        auto key = part.getKeyframe();
+        if (const auto tangent = part.getTangent()) key = tangent->getOwningKeyframe();
+        if (!key) continue;
+        if (flag == "locked")
+            SetLocked(*key, on);
+        else if (!IsEditableKey(*key))
+            continue;
+        else if (flag == "breakdown")
+            key->setBreakdown(on);
+        else if (flag == "unified")
+            key->setTangentsUnified(on);
+        else
+            throw Refusal("Keys have no flag \"" + flag + "\".");
+    }
+    group.end();
+    return Json::object();
+}
+
+// {"where": "segments" | "before" | "after", "text"}: of the segments that are selected or start at selected keys; of
+// the ends of the curves concerned.
+Json Session::interpolator(const Json& arguments) {
+    const std::string where = Get(arguments, "where", std::string("segments"));
+    const std::string text = Get(arguments, "text", std::string());
+    const auto chosen = interpolatorOf(text);
+    std::vector<std::shared_ptr<Segment>> segments;
+    if (where == "segments") {
+        for (const HitRecord& part : selected()) {
+            auto segment = part.getSegment();
+            if (const auto key = part.getKeyframe(); key && IsEditableKey(*key)) segment = key->getRightSegment();
+            const auto curve = segment ? segment->getOwningCurve() : nullptr;
+            // The end after the last key has a menu of its own.
+            const bool isInside = segment && (segment->getRightKey() || part.getType() == HitRecord::SEGMENT);
+            if (curve && !IsLocked(*curve) && isInside) segments.push_back(segment);
+        }
+        if (segments.empty()) throw Refusal("Select a segment, or the key where it starts.");
+    } else {
+        for (const auto& curve : targetCurves()) {
+            auto it = where == "before" ? curve->begin() : std::prev(curve->end());
+            segments.push_back(it->getShared());
+        }
+        if (segments.empty()) throw Refusal("There is no curve that is not locked.");
+    }
+    EditGroup group(m_selection, "Set interpolator");
+    for (const auto& segment : segments) segment->setInterpolator(chosen);
+    group.end();
+    return {{"segments", segments.size()}};
+}
+
+// {"text"}: {} where it can be used, else {"message", "position"}, in characters of UTF-16 as the page counts them.
+Json Session::checkFormula(const Json& arguments) {
+    const std::string text = Get(arguments, "text", std::string());
+    for (auto it = InterpolatorFactory::begin(); it != InterpolatorFactory::end(); ++it)
+        if (it->first == text) return Json::object();
+    try {
+        DefaultFallbackParser().parseOrThrow(text.c_str());
+        return Json::object();
+    } catch (const DefaultFallbackParser::ParseError& error) {
+        if (!std::dynamic_pointer_cast<UnknownExpression>(InterpolatorFactory::create(text.c_str())))
+            return Json::object();
+        std::size_t position = 0;
+        for (std::size_t i = 0; i < error.getPosition() && i < text.size(); ++i) {
+            const auto byte = static_cast<unsigned char>(text[i]);
+            if ((byte & 0xC0U) != 0x80U) position += byte >= 0xF0U ? 2 : 1;
+        }
+        return {{"message", error.getMessage()}, {"position", position}};
+    }
+}
+
+Json Session::copy(const Json&) {
+    const KeyClip clip = CopyKeys(m_selection);
+    if (clip.empty()) throw Refusal("No key is selected.");
+    return {{"text", ToUtf8(ClipToText(clip).c_str())}, {"keys", clip.size()}};
+}
+
+Json Session::cut(const Json&) {
+    Json result = copy(Json::object());
+    removeKeys({{"quiet", true}});
+    return result;
+}
+
+// {"text", "frame", "mode": "insert" | "replace" | "ripple"}: onto curves of the same names; a clip of one curve whose
+// name is not here goes to the active curve.
+Json Session::paste(const Json& arguments) {
+    const KeyClip clip = ClipFromText(Get(arguments, "text", std::string()));
+    if (clip.empty()) throw Refusal("There are no keys in what was copied.");
+    PasteOptions options;
+    const std::string mode = Get(arguments, "mode", std::string("insert"));
+    options.mode = mode == "replace"  ? PasteOptions::Replace
+                   : mode == "ripple" ? PasteOptions::Ripple
+                                      : PasteOptions::Insert;
+    if (arguments.contains("frame")) options.frame = GetNumber(arguments, "frame");
+    EditGroup group(m_selection, "Paste keys");
+    PasteReport report;
+    FCurve* const active = activeCurve();
+    const auto names = [&](const FCurve& source) {
+        return std::any_of(m_curves->begin(), m_curves->end(),
+                           [&](const FCurve& curve) { return std::string(curve.getName()) == source.getName(); });
+    };
+    if (clip.getCurves().size() == 1 && active
+        && (std::string(active->getName()) != clip.getCurves().begin()->getName())
+        && (arguments.contains("frame") || !names(*clip.getCurves().begin()))) {
+        if (IsLocked(*active)) throw Refusal("The curve is locked.");
+        options.match = PasteOptions::ByOrder;
+        report = PasteKeys(clip, {active->getShared()}, options);
+    } else {
+        std::vector<std::shared_ptr<FCurve>> open;
+        for (FCurve& curve : *m_curves)
+            if (!IsLocked(curve)) open.push_back(curve.getShared());
+        report = PasteKeys(clip, open, options);
+    }
+    if (report.keys.empty()) throw Refusal("No curve here has the name of a copied one, or it is locked.");
+    clearSelection();
+    for (const auto& key : report.keys) m_selection.select(*key);
+    group.end();
+    Json unmatched = Json::array();
+    for (const std::string& name : report.unmatched) unmatched.push_back(ToUtf8(name.c_str()));
+    return {{"keys", report.keys.size()}, {"removed", report.removed}, {"unmatched", unmatched}};
+}
+
+Json Session::undo(const Json&) {
+    dropPreview();
+    if (m_drag) return dragCancel(Json::object());
+    return {{"done", m_undo.undo()}};
+}
+
+Json Session::redo(const Json&) {
+    dropPreview();
+    if (m_drag) return dragCancel(Json::object());
+    return {{"done", m_undo.redo()}};
+}
+
+} // namespace editor

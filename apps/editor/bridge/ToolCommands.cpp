@@ -1,0 +1,146 @@
+#include "Session.h"
+
+#include <FCurveLib/Baking.h>
+#include <FCurveLib/Diff.h>
+#include <FCurveLib/DisplayProperties.h>
+#include <FCurveLib/Fitting.h>
+#include <FCurveLib/Keys.h>
+#include <FCurveLib/Sampling.h>
+#include <FCurveLib/Segment.h>
+#include <FCurveLib/SelectionOperations.h>
+#include <FCurveLib/Smoothing.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace editor {
+
+namespace {
+
+struct Stretch {
+    double start = 0.0;
+    double end = 0.0;
+    bool isWhole = true;
+};
+
+// From the first selected key to the last, where there are two; else all of it.
+Stretch stretchOf(const FCurve& curve, const Selection& selection) {
+    Stretch stretch;
+    const auto keys = Keys(curve);
+    if (keys.empty()) return stretch;
+    stretch = {keys.front().getX(), keys.back().getX(), true};
+    double low = stretch.end;
+    double high = stretch.start;
+    for (const auto key : keys) {
+        if (!selection.isSelected(key.getKeyframe())) continue;
+        low = std::min(low, key.getX());
+        high = std::max(high, key.getX());
+    }
+    if (low < high) stretch = {low, high, low == stretch.start && high == stretch.end};
+    return stretch;
+}
+
+double stepOf(const Json& arguments) {
+    const double step = Get(arguments, "step", 1.0);
+    if (!(step >= 0.01 && step <= 1e6)) throw Refusal("The step must be 0.01 frames or more.");
+    return step;
+}
+
+// What the tool says of its own error; none where it does not.
+void run(FCurve& curve, const Stretch& stretch, const Json& arguments) {
+    const std::string tool = Get(arguments, "tool", std::string());
+    if (!(stretch.start < stretch.end)) throw Refusal("A curve needs two keys for this.");
+    const double tolerance = Get(arguments, "tolerance", 0.01);
+    FitOptions options;
+    if (Get(arguments, "weighted", false)) options.handles = FitOptions::Weighted;
+    if (tool == "bake" || tool == "smooth" || tool == "fit") {
+        const double samples = (stretch.end - stretch.start) / stepOf(arguments);
+        if (samples > 1e6) throw Refusal("That would make more than a million keys.");
+    }
+    if (tool == "bake") {
+        BakeCurve(curve, stretch.start, stretch.end, stepOf(arguments));
+    } else if (tool == "smooth") {
+        const int width = Get(arguments, "width", 2);
+        if (width < 0 || width > 1000) throw Refusal("The width must be 0 to 1000.");
+        const auto filter = static_cast<SmoothFilter>(Get(arguments, "filter", 2U));
+        SmoothCurve(curve, stretch.start, stretch.end, stepOf(arguments), width, filter);
+    } else if (tool == "fit") {
+        // Through samples and not through the keys: what comes out need not keep any of them.
+        BakeCurve(curve, stretch.start, stretch.end, stepOf(arguments));
+        ReduceCurve(curve, stretch.start, stretch.end, tolerance, options);
+    } else if (tool == "reduce") {
+        ReduceCurve(curve, stretch.start, stretch.end, tolerance, options);
+    } else {
+        throw Refusal("There is no tool \"" + tool + "\".");
+    }
+}
+
+void deselectAll(const std::shared_ptr<FCurve>& curve) {
+    const auto alone = FCurveContainer::create();
+    alone->addCurve(curve);
+    Selection selection(alone);
+    DeselectCurveCompletely(selection, *curve); // selected keys would stay when keys are reduced
+}
+
+} // namespace
+
+// {"tool": "bake" | "smooth" | "fit" | "reduce", "step", "tolerance", "weighted", "width", "filter"}: draws what would
+// become of the curves, and tells by how much they would change.
+Json Session::preview(const Json& arguments) {
+    dropPreview();
+    const auto curves = targetCurves();
+    if (curves.empty()) throw Refusal("There is no curve that is not locked.");
+    std::size_t before = 0;
+    std::size_t after = 0;
+    double error = 0.0;
+    double errorAt = 0.0;
+    std::vector<std::pair<int, std::shared_ptr<FCurve>>> results;
+    for (const auto& curve : curves) {
+        const auto copy = FCurve::createCopy(*curve);
+        const Stretch stretch = stretchOf(*curve, m_selection);
+        deselectAll(copy);
+        run(*copy, stretch, arguments);
+        DiffOptions options;
+        options.properties = false;
+        const CurveDifference difference = Diff(*curve, *copy, options);
+        if (difference.largest > error || before == 0) {
+            error = difference.largest;
+            errorAt = difference.x;
+        }
+        before += curve->size() - 1;
+        after += copy->size() - 1;
+        results.emplace_back(indexOf(*curve), copy);
+    }
+    m_preview = std::move(results);
+    ++m_revision;
+    return {{"curves", curves.size()},
+            {"keysBefore", before},
+            {"keysAfter", after},
+            {"error", error},
+            {"errorAt", errorAt}};
+}
+
+Json Session::apply(const Json& arguments) {
+    dropPreview();
+    const auto curves = targetCurves();
+    if (curves.empty()) throw Refusal("There is no curve that is not locked.");
+    std::string name = Get(arguments, "tool", std::string()) + " curves";
+    name[0] = static_cast<char>(name[0] - 'a' + 'A');
+    EditGroup group(m_selection, name.c_str());
+    for (const auto& curve : curves) {
+        const Stretch stretch = stretchOf(*curve, m_selection);
+        deselectAll(curve);
+        run(*curve, stretch, arguments);
+    }
+    m_isSelectedStale = true;
+    group.end();
+    return {{"curves", curves.size()}};
+}
+
+Json Session::endPreview(const Json&) {
+    dropPreview();
+    ++m_revision;
+    return Json::object();
+}
+
+} // namespace editor

@@ -1,0 +1,154 @@
+// What all parts of the page share: the document, the view, the settings, and the one loop that draws.
+
+import { type Arguments, type Bridge, type Pick, type State, Refusal, type View } from "./bridge";
+
+export interface Settings {
+    snap: boolean;
+    velocity: boolean;
+    others: "stop" | "cross" | "ripple";
+    scaling: boolean;
+    fps: number;
+}
+
+type Listener = () => void;
+
+export class App {
+    readonly view: View = { left: -5, right: 105, bottom: -1.2, top: 1.2, width: 100, height: 100 };
+    readonly settings: Settings = { snap: true, velocity: false, others: "stop", scaling: false, fps: 24 };
+    state: State;
+    frame = 0;
+    playing = false;
+    /** The marquee, in pixels of the plot. */
+    marquee: { x0: number; y0: number; x1: number; y1: number } | null = null;
+    hover: Pick | null = null;
+    private revision = -1;
+    private isWaiting = false;
+    private readonly changed: Listener[] = [];
+    private readonly steps: Listener[] = [];
+    private readonly drawn: Listener[] = [];
+
+    constructor(readonly bridge: Bridge) {
+        this.state = bridge.call<State>("state");
+    }
+
+    /** Called when the document or its selection changed. */
+    onChange(listener: Listener): void {
+        this.changed.push(listener);
+    }
+
+    /** Called before each picture, for what moves with it. */
+    onStep(listener: Listener): void {
+        this.steps.push(listener);
+    }
+
+    /** Called for each picture. */
+    onDraw(listener: Listener): void {
+        this.drawn.push(listener);
+    }
+
+    /** A command; a refusal is shown near the curves, and gives null. */
+    run<T = object>(command: string, values: Arguments = {}): T | null {
+        try {
+            this.bridge.setView(this.view);
+            const result = this.bridge.call<T>(command, values);
+            this.redraw();
+            return result;
+        } catch (error) {
+            if (!(error instanceof Refusal)) throw error;
+            this.redraw();
+            this.tell(error.message, true);
+            return null;
+        }
+    }
+
+    redraw(): void {
+        if (this.isWaiting) return;
+        this.isWaiting = true;
+        requestAnimationFrame(() => this.drawNow());
+    }
+
+    drawNow(): void {
+        for (const listener of this.steps) listener();
+        this.isWaiting = false;
+        if (this.bridge.revision !== this.revision) {
+            this.revision = this.bridge.revision;
+            this.state = this.bridge.call<State>("state");
+            for (const listener of this.changed) listener();
+        }
+        for (const listener of this.drawn) listener();
+    }
+
+    private timer = 0;
+
+    /** A message above the curves; errors are read out at once and stay longer. */
+    tell(message: string, isError = false): void {
+        const box = element("message");
+        box.textContent = message;
+        box.classList.toggle("error", isError);
+        box.hidden = message === "";
+        window.clearTimeout(this.timer);
+        if (message) this.timer = window.setTimeout(() => (box.hidden = true), isError ? 12000 : 5000);
+    }
+
+    /** Shows a box of frames and values with some room around it. */
+    frameBox(what: "all" | "selected"): void {
+        const box = this.run<{ left: number; right: number; bottom: number; top: number } | null>("frame", { what });
+        if (!box) return;
+        let { left, right, bottom, top } = box;
+        if (right - left < 1e-3) [left, right] = [left - 5, right + 5];
+        const magnitude = Math.max(Math.abs(bottom), Math.abs(top));
+        if (top - bottom < 1e-9 * magnitude + 1e-12) [bottom, top] = [bottom - 1, top + 1];
+        const [x, y] = [(right - left) * 0.06, (top - bottom) * 0.12];
+        Object.assign(this.view, { left: left - x, right: right + x, bottom: bottom - y, top: top + y });
+        this.redraw();
+    }
+
+    /** Zooms about a point of the plot, in pixels; factors above 1 show more. */
+    zoom(x: number, y: number, factorX: number, factorY: number): void {
+        const view = this.view;
+        const frame = view.left + (x / view.width) * (view.right - view.left);
+        const value = view.top - (y / view.height) * (view.top - view.bottom);
+        const spanX = (view.right - view.left) * factorX;
+        const spanY = (view.top - view.bottom) * factorY;
+        if (spanX > Math.max(1e-6, Math.abs(frame) * 1e-10) && spanX < 1e9) {
+            view.left = frame - (x / view.width) * spanX;
+            view.right = view.left + spanX;
+        }
+        if (spanY > Math.max(1e-12, Math.abs(value) * 1e-10) && spanY < 1e12) {
+            view.top = value + (y / view.height) * spanY;
+            view.bottom = view.top - spanY;
+        }
+        this.redraw();
+    }
+
+    pan(x: number, y: number): void {
+        const view = this.view;
+        const frames = (x / view.width) * (view.right - view.left);
+        const values = (y / view.height) * (view.top - view.bottom);
+        view.left -= frames;
+        view.right -= frames;
+        view.top += values;
+        view.bottom += values;
+        this.redraw();
+    }
+
+    toFrame(x: number): number {
+        return this.view.left + (x / this.view.width) * (this.view.right - this.view.left);
+    }
+
+    toValue(y: number): number {
+        return this.view.top - (y / this.view.height) * (this.view.top - this.view.bottom);
+    }
+}
+
+export function element<T extends HTMLElement = HTMLElement>(id: string): T {
+    const found = document.getElementById(id);
+    if (!found) throw new Error(`The page has no element ${id}.`);
+    return found as T;
+}
+
+/** As few digits as tell a number to about seven places. */
+export function format(value: number): string {
+    if (!Number.isFinite(value)) return String(value);
+    return String(Number(value.toPrecision(7)));
+}

@@ -1,0 +1,295 @@
+// The picture: grid, axes, curves, keys, handles, cursor. All points come from the library in pixels of the plot.
+
+import { type App, element, format } from "./app";
+import type { View } from "./bridge";
+
+export const gutter = { left: 58, bottom: 26, top: 8, right: 10 };
+
+interface Ticks {
+    marks: [number, string][];
+    exponent: number;
+}
+
+interface Theme {
+    ground: string;
+    grid: string;
+    zero: string;
+    text: string;
+    handle: string;
+    selected: string;
+    cursor: string;
+    outside: string;
+    isDark: boolean;
+}
+
+export class Picture {
+    readonly canvas = element<HTMLCanvasElement>("plot");
+    private readonly context = this.canvas.getContext("2d")!;
+    private theme = this.readTheme();
+    private readonly shades = new Map<string, string>();
+    /** Of the last picture: how long the library took, and the drawing. */
+    readonly cost = { library: 0, canvas: 0 };
+
+    constructor(private readonly app: App) {
+        new ResizeObserver(() => this.resize()).observe(this.canvas.parentElement!);
+        matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
+            this.theme = this.readTheme();
+            this.shades.clear();
+            app.redraw();
+        });
+        this.resize();
+        app.onDraw(() => this.draw());
+    }
+
+    /** The height of the velocity panel; 0 without one. */
+    get panel(): number {
+        return this.app.settings.velocity ? Math.round(this.canvas.clientHeight * 0.28) : 0;
+    }
+
+    resize(): void {
+        const { clientWidth, clientHeight } = this.canvas.parentElement!;
+        const ratio = window.devicePixelRatio || 1;
+        this.canvas.style.width = `${clientWidth}px`;
+        this.canvas.style.height = `${clientHeight}px`;
+        this.canvas.width = Math.max(1, Math.round(clientWidth * ratio));
+        this.canvas.height = Math.max(1, Math.round(clientHeight * ratio));
+        this.layout();
+        this.app.redraw();
+    }
+
+    layout(): void {
+        const { clientWidth, clientHeight } = this.canvas.parentElement!;
+        this.app.view.width = Math.max(50, clientWidth - gutter.left - gutter.right);
+        this.app.view.height = Math.max(50, clientHeight - gutter.top - gutter.bottom - this.panel);
+    }
+
+    private readTheme(): Theme {
+        const style = getComputedStyle(document.documentElement);
+        const colour = (name: string) => style.getPropertyValue(`--${name}`).trim();
+        return {
+            ground: colour("plot"), grid: colour("grid"), zero: colour("zero"), text: colour("faint"),
+            handle: colour("handle"), selected: colour("accent"), cursor: colour("cursor"), outside: colour("outside"),
+            isDark: matchMedia("(prefers-color-scheme: dark)").matches,
+        };
+    }
+
+    /** The tool's colours are made for a light ground; on a dark one the dark ones are mixed with white. */
+    shade(colour: string): string {
+        if (!this.theme.isDark) return colour;
+        let shade = this.shades.get(colour);
+        if (shade === undefined) {
+            const parts = [1, 3, 5].map((at) => parseInt(colour.slice(at, at + 2), 16));
+            const light = (0.3 * parts[0]! + 0.59 * parts[1]! + 0.11 * parts[2]!) / 255;
+            const mix = Math.max(0, 0.62 - light) * 1.1;
+            shade = `rgb(${parts.map((part) => Math.round(part + (255 - part) * mix)).join(" ")})`;
+            this.shades.set(colour, shade);
+        }
+        return shade;
+    }
+
+    private draw(): void {
+        this.layout();
+        const { app, context: pen } = this;
+        const { view } = app;
+        const ratio = window.devicePixelRatio || 1;
+        pen.setTransform(ratio, 0, 0, ratio, 0, 0);
+        pen.fillStyle = this.theme.ground;
+        pen.fillRect(0, 0, this.canvas.width, this.canvas.height);
+
+        this.cost.library = 0;
+        const began = performance.now();
+        this.drawPlot(view, gutter.top, 0);
+        if (app.settings.velocity) {
+            const range = app.bridge.call<{ low: number; high: number }>("velocityRange");
+            const room = (range.high - range.low) * 0.1;
+            const below: View = { ...view, bottom: range.low - room, top: range.high + room, height: this.panel - 14 };
+            this.drawPlot(below, gutter.top + view.height + 14, 1);
+        }
+        this.drawFrames(view);
+        this.cost.canvas = performance.now() - began - this.cost.library;
+    }
+
+    private ticks(low: number, high: number, most: number): Ticks {
+        return this.app.bridge.call<Ticks>("axis", { low, high, most });
+    }
+
+    private drawFrames(view: View): void {
+        const pen = this.context;
+        const bottom = this.canvas.clientHeight - gutter.bottom;
+        const ticks = this.ticks(view.left, view.right, Math.max(2, Math.floor(view.width / 80)));
+        pen.font = "12px system-ui, sans-serif";
+        pen.fillStyle = this.theme.text;
+        pen.textAlign = "center";
+        pen.textBaseline = "top";
+        for (const [frame, label] of ticks.marks) {
+            const x = gutter.left + ((frame - view.left) / (view.right - view.left)) * view.width;
+            pen.fillText(label, x, bottom + 6);
+        }
+        const x = gutter.left + ((this.app.frame - view.left) / (view.right - view.left)) * view.width;
+        if (x < gutter.left - 1 || x > gutter.left + view.width + 1) return;
+        pen.strokeStyle = this.theme.cursor;
+        pen.lineWidth = 1.5;
+        pen.beginPath();
+        pen.moveTo(x, gutter.top);
+        pen.lineTo(x, bottom);
+        pen.stroke();
+        const label = format(Math.round(this.app.frame * 100) / 100);
+        const width = pen.measureText(label).width + 10;
+        pen.fillStyle = this.theme.cursor;
+        pen.beginPath();
+        pen.roundRect(x - width / 2, bottom + 3, width, 18, 4);
+        pen.fill();
+        pen.fillStyle = this.theme.ground;
+        pen.fillText(label, x, bottom + 6);
+    }
+
+    private drawPlot(view: View, top: number, quantity: number): void {
+        const pen = this.context;
+        const toX = (frame: number) => ((frame - view.left) / (view.right - view.left)) * view.width;
+        const toY = (value: number) => ((view.top - value) / (view.top - view.bottom)) * view.height;
+        pen.save();
+        pen.translate(gutter.left, top);
+
+        pen.lineWidth = 1;
+        const across = this.ticks(view.left, view.right, Math.max(2, Math.floor(view.width / 80)));
+        const isShared = !this.app.state.separate || quantity > 0;
+        const up = this.ticks(view.bottom, view.top, Math.max(2, Math.floor(view.height / 44)));
+        const line = (x0: number, y0: number, x1: number, y1: number, isZero: boolean) => {
+            pen.strokeStyle = isZero ? this.theme.zero : this.theme.grid;
+            pen.beginPath();
+            pen.moveTo(x0, y0);
+            pen.lineTo(x1, y1);
+            pen.stroke();
+        };
+        for (const [frame] of across.marks) {
+            const x = Math.round(toX(frame)) + 0.5;
+            line(x, 0, x, view.height, frame === 0);
+        }
+        pen.font = "12px system-ui, sans-serif";
+        pen.textAlign = "right";
+        pen.textBaseline = "middle";
+        for (const [value, label] of up.marks) {
+            const y = Math.round(toY(value)) + 0.5;
+            line(0, y, view.width, y, value === 0);
+            pen.fillStyle = this.theme.text;
+            if (y > 6 && y < view.height - 4) pen.fillText(isShared ? label : `${Math.round(value * 100)} %`, -8, y);
+        }
+        pen.textAlign = "left";
+        pen.textBaseline = "top";
+        if (up.exponent !== 0 && isShared) pen.fillText(`×10^${up.exponent}`, 4, 2);
+        if (quantity > 0) pen.fillText("velocity, a frame", 6, 4);
+        pen.strokeStyle = this.theme.zero;
+        pen.strokeRect(0.5, 0.5, view.width - 1, view.height - 1);
+
+        pen.beginPath();
+        pen.rect(0, 0, view.width, view.height);
+        pen.clip();
+        const began = performance.now();
+        if (quantity === 0) this.app.bridge.setView(view);
+        const numbers = this.app.bridge.draw(view, quantity);
+        this.cost.library += performance.now() - began;
+        this.drawCurves(numbers);
+        const marquee = this.app.marquee;
+        if (marquee && quantity === 0) {
+            pen.fillStyle = this.theme.selected;
+            pen.globalAlpha = 0.12;
+            pen.fillRect(marquee.x0, marquee.y0, marquee.x1 - marquee.x0, marquee.y1 - marquee.y0);
+            pen.globalAlpha = 1;
+            pen.strokeStyle = this.theme.selected;
+            pen.lineWidth = 1;
+            pen.strokeRect(marquee.x0, marquee.y0, marquee.x1 - marquee.x0, marquee.y1 - marquee.y0);
+        }
+        pen.restore();
+    }
+
+    private drawCurves(numbers: Float64Array): void {
+        const { context: pen, theme, app } = this;
+        let at = 0;
+        const next = () => numbers[at++]!;
+        while (at < numbers.length) {
+            const curve = next();
+            const isPreview = next() === 1;
+            const isSelected = next() === 1;
+            const state = app.state.curves[curve];
+            const colour = this.shade(state?.colour ?? "#444444");
+            const isLocked = state?.locked ?? false;
+            for (let strokes = next(); strokes > 0; --strokes) {
+                const place = next();
+                pen.strokeStyle = place === 3 ? theme.outside : isPreview ? theme.selected : colour;
+                pen.lineWidth = isPreview ? 2.5 : isSelected || curve === app.state.active ? 2.2 : 1.3;
+                pen.globalAlpha = place === 1 ? (isLocked ? 0.55 : 1) : 0.6;
+                pen.setLineDash(isPreview ? [6, 3] : place === 1 ? [] : [5, 4]);
+                const count = next();
+                // Where the line goes up and down in every column, a thin one covers the same pixels much faster.
+                if (count > 2 * app.view.width) pen.lineWidth = Math.min(pen.lineWidth, 1 / (window.devicePixelRatio || 1));
+                pen.beginPath();
+                pen.moveTo(next(), next());
+                for (let i = 1; i < count; ++i) pen.lineTo(next(), next());
+                pen.stroke();
+            }
+            pen.strokeStyle = colour;
+            pen.lineWidth = 1;
+            pen.setLineDash([1.5, 3]);
+            for (let jumps = next(); jumps > 0; --jumps) {
+                const x = next();
+                pen.beginPath();
+                pen.moveTo(x, next());
+                pen.lineTo(x, next());
+                pen.stroke();
+            }
+            pen.setLineDash([]);
+            pen.globalAlpha = 1;
+            const keys = next();
+            const firstKey = at;
+            at += keys * 3;
+            for (let handles = next(); handles > 0; --handles) {
+                const [x, y, tipX, tipY] = [next(), next(), next(), next()];
+                const isChosen = next() === 1;
+                pen.strokeStyle = isChosen ? theme.selected : theme.handle;
+                pen.fillStyle = isChosen ? theme.selected : theme.ground;
+                pen.lineWidth = 1;
+                pen.beginPath();
+                pen.moveTo(x, y);
+                pen.lineTo(tipX, tipY);
+                pen.stroke();
+                pen.beginPath();
+                pen.arc(tipX, tipY, 3.2, 0, 7);
+                pen.fill();
+                pen.stroke();
+            }
+            for (let i = 0; i < keys; ++i) {
+                const flags = numbers[firstKey + 3 * i + 2]!;
+                this.drawKey(numbers[firstKey + 3 * i]!, numbers[firstKey + 3 * i + 1]!, flags, colour);
+            }
+        }
+    }
+
+    private drawKey(x: number, y: number, flags: number, colour: string): void {
+        const { context: pen, theme } = this;
+        const isChosen = (flags & 1) !== 0;
+        pen.fillStyle = isChosen ? theme.selected : colour;
+        pen.strokeStyle = theme.ground;
+        pen.lineWidth = 1;
+        pen.beginPath();
+        const size = isChosen ? 5 : 4;
+        if (flags & 2) {
+            pen.moveTo(x, y - size - 1);
+            pen.lineTo(x + size + 1, y);
+            pen.lineTo(x, y + size + 1);
+            pen.lineTo(x - size - 1, y);
+            pen.closePath();
+        } else {
+            pen.rect(x - size, y - size, 2 * size, 2 * size);
+        }
+        pen.fill();
+        pen.stroke();
+        if (flags & 4) {
+            pen.strokeStyle = isChosen ? theme.selected : colour;
+            pen.lineWidth = 2;
+            pen.beginPath();
+            pen.moveTo(x - 7, y + 9);
+            pen.lineTo(x + 7, y + 9);
+            pen.stroke();
+        }
+    }
+}

@@ -1,0 +1,159 @@
+// Puts the page together.
+
+import { App, element } from "./app";
+import { Bridge } from "./bridge";
+import { Picture } from "./draw";
+import { Files } from "./files";
+import { listen } from "./keyboard";
+import { InterpolatorMenu } from "./menu";
+import { CurveList, KeyTable, Playback, PropertyPanel, Tools } from "./panels";
+import { Pointer } from "./pointer";
+import { measure } from "./measure";
+
+async function start(): Promise<void> {
+    const bridge = await Bridge.load();
+    const app = new App(bridge);
+    const picture = new Picture(app);
+    const menu = new InterpolatorMenu(app);
+    const pointer = new Pointer(app, picture, (x, y) => menu.open(x, y));
+    const properties = new PropertyPanel(app);
+    new CurveList(app, picture);
+    new KeyTable(app);
+    const tools = new Tools(app);
+    const playback = new Playback(app, picture);
+    const files = new Files(app);
+
+    const press = (id: string, isOn: boolean) => element(id).setAttribute("aria-pressed", String(isOn));
+    const { settings } = app;
+    const actions: Record<string, () => void> = {
+        undo: () => app.run("undo"),
+        redo: () => app.run("redo"),
+        delete: () => app.run("removeKeys"),
+        "frame-all": () => app.frameBox("all"),
+        "frame-selected": () => app.frameBox("selected"),
+        snap: () => press("snap", (settings.snap = !settings.snap)),
+        scaling: () => press("scaling", (settings.scaling = !settings.scaling)),
+        velocity: () => press("velocity", (settings.velocity = !settings.velocity)),
+        separate: () => {
+            app.run("options", { separate: !app.state.separate });
+            app.drawNow();
+            press("separate", app.state.separate);
+            app.frameBox("all");
+        },
+        interpolator: () => {
+            const box = element("interpolator").getBoundingClientRect();
+            menu.open(box.left, box.bottom + 4);
+        },
+        help: () => element<HTMLDialogElement>("help-dialog").showModal(),
+    };
+    const act = (name: string) => {
+        actions[name]!();
+        app.redraw();
+    };
+    for (const name of Object.keys(actions)) element(name).addEventListener("click", () => act(name));
+    element<HTMLSelectElement>("others").addEventListener("change", (event) => {
+        settings.others = (event.target as HTMLSelectElement).value as typeof settings.others;
+    });
+    for (const button of document.querySelectorAll<HTMLButtonElement>("[data-tangent]"))
+        button.addEventListener("click", () => app.run("tangentType", { type: button.dataset["tangent"] }));
+    element("help-close").addEventListener("click", () => element<HTMLDialogElement>("help-dialog").close());
+    app.onChange(() => {
+        const { canUndo, canRedo, undo, redo } = app.state;
+        for (const [id, can, name] of [["undo", canUndo, undo], ["redo", canRedo, redo]] as const) {
+            element<HTMLButtonElement>(id).disabled = !can;
+            element(id).title = can && name ? `${id === "undo" ? "Undo" : "Redo"}: ${name}` : "";
+        }
+    });
+
+    const nudge = (x: number, y: number, event: KeyboardEvent) => {
+        if (app.state.selectedKeys === 0) {
+            app.pan(-x * app.view.width * 0.05, y * app.view.height * 0.05);
+            return;
+        }
+        const times = event.shiftKey ? 10 : 1;
+        // A value step is a tenth of the finest label of the axis.
+        const span = (app.view.top - app.view.bottom) / 10;
+        const step = 10 ** Math.floor(Math.log10(span)) / 10;
+        app.run("nudge", { x: x * times, y: y * times * step, others: settings.others });
+    };
+    const stepKey = (by: number) => {
+        const key = app.run<{ x: number } | null>("stepKey", { by });
+        if (!key) return;
+        app.frame = key.x;
+        const { view } = app;
+        if (key.x < view.left || key.x > view.right)
+            app.pan(((view.left + view.right) / 2 - key.x) / (view.right - view.left) * view.width, 0);
+    };
+    const moveTime = (by: number) => (app.frame = Math.round(app.frame) + by);
+    const centre = (factor: number) => app.zoom(app.view.width / 2, app.view.height / 2, factor, factor);
+    const tangent = (type: string) => () => app.run("tangentType", { type });
+    listen(app, [
+        ["Look", [
+            { keys: ["A", "Home"], what: "Frame all", run: () => act("frame-all") },
+            { keys: ["F"], what: "Frame the selection", run: () => act("frame-selected") },
+            { keys: ["+", "="], what: "Zoom in", run: () => centre(0.8) },
+            { keys: ["-"], what: "Zoom out", run: () => centre(1.25) },
+            { keys: ["N"], what: "Separate scales", run: () => act("separate") },
+            { keys: ["V"], what: "Velocity panel", run: () => act("velocity") },
+            { keys: ["Alt+Left"], what: "One frame back", run: () => moveTime(-1) },
+            { keys: ["Alt+Right"], what: "One frame on", run: () => moveTime(1) },
+            { keys: ["Space"], what: "Play or stop", run: () => playback.toggle() },
+        ]],
+        ["Select", [
+            { keys: ["Ctrl+A"], what: "All keys", run: () => app.run("selectAll") },
+            { keys: ["Escape"], what: "Cancel a drag or a preview; else select nothing", run: () => {
+                if (!pointer.cancel() && !menu.close() && !tools.end()) app.run("selectNone");
+            } },
+            { keys: [","], what: "The key before", run: () => stepKey(-1) },
+            { keys: ["."], what: "The next key", run: () => stepKey(1) },
+        ]],
+        ["Keys", [
+            { keys: ["Left", "Shift+Left"], what: "Move by a frame; with Shift by ten", run: (e) => nudge(-1, 0, e) },
+            { keys: ["Right", "Shift+Right"], what: "Move by a frame; with Shift by ten", run: (e) => nudge(1, 0, e) },
+            { keys: ["Up", "Shift+Up"], what: "Raise a little; with Shift ten times as much", run: (e) => nudge(0, 1, e) },
+            { keys: ["Down", "Shift+Down"], what: "Lower a little; with Shift ten times as much", run: (e) => nudge(0, -1, e) },
+            { keys: ["K"], what: "Add a key at the cursor, without changing the shape", run: () => app.run("addKey", { frame: app.frame }) },
+            { keys: ["Delete"], what: "Delete", run: () => act("delete") },
+            { keys: ["S"], what: "Snap to whole frames", run: () => act("snap") },
+            { keys: ["T"], what: "Drags scale instead of move", run: () => act("scaling") },
+            { keys: ["B"], what: "Breakdown", run: () => properties.toggle("breakdown") },
+            { keys: ["L"], what: "Lock or unlock", run: () => properties.toggle("locked") },
+            { keys: ["I"], what: "Interpolator menu", run: () => act("interpolator") },
+        ]],
+        ["Handles", [
+            { keys: ["1"], what: "Smooth", run: tangent("smooth") },
+            { keys: ["2"], what: "Clamped", run: tangent("clamped") },
+            { keys: ["3"], what: "Plateau", run: tangent("plateau") },
+            { keys: ["4"], what: "Linear", run: tangent("linear") },
+            { keys: ["5"], what: "Flat", run: tangent("flat") },
+            { keys: ["6"], what: "Fixed", run: tangent("fixed") },
+            { keys: ["7"], what: "Stepped", run: tangent("stepped") },
+            { keys: ["U"], what: "Unify or break", run: () => properties.toggle("unified") },
+            { keys: ["W"], what: "Weighted", run: () => properties.toggle("weighted") },
+            { keys: ["Shift+W"], what: "Lock the weight", run: () => properties.toggle("weightLocked") },
+        ]],
+        ["Document", [
+            { keys: ["Ctrl+Z"], what: "Undo", run: () => act("undo") },
+            { keys: ["Ctrl+Shift+Z", "Ctrl+Y"], what: "Redo", run: () => act("redo") },
+            { keys: ["Ctrl+O"], what: "Open", run: () => files.choose(false) },
+            { keys: ["Ctrl+S"], what: "Save", run: () => files.save() },
+            { keys: ["?"], what: "This help", run: () => act("help") },
+        ]],
+    ]);
+    // For the tests and the curious: all that the page knows.
+    Object.assign(window, { editor: { app, bridge, picture } });
+    const address = new URLSearchParams(location.search);
+    if (address.has("measure")) {
+        await measure(app, picture, Number(address.get("measure")) || 100000);
+    } else {
+        await files.start(address.get("example"));
+    }
+    element("loading").remove();
+    document.body.dataset["ready"] = "yes";
+}
+
+start().catch((error: unknown) => {
+    const box = element("loading");
+    box.textContent = `The editor could not start: ${error instanceof Error ? error.message : String(error)}`;
+    box.setAttribute("role", "alert");
+});

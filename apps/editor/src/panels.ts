@@ -1,0 +1,549 @@
+// The panels beside the curves: list, properties, table of keys, tools, playback.
+
+import { type App, element, format } from "./app";
+import type { Examined, Properties, Rows, Tangents } from "./bridge";
+import type { Picture } from "./draw";
+
+const typeNames = ["Fixed", "Flat", "Linear", "Smooth", "Smooth, continued", "Clamped", "Plateau"];
+
+function make<K extends keyof HTMLElementTagNameMap>(tag: K, attributes: Record<string, string> = {},
+    text = ""): HTMLElementTagNameMap[K] {
+    const made = document.createElement(tag);
+    for (const [name, value] of Object.entries(attributes)) made.setAttribute(name, value);
+    if (text) made.textContent = text;
+    return made;
+}
+
+/** A number as people type it; null for what is none. */
+export function parse(text: string): number | null {
+    const number = Number(text.trim().replace(",", "."));
+    return text.trim() !== "" && Number.isFinite(number) ? number : null;
+}
+
+/** The list of curves: shown or not, locked, colour, name, order. */
+export class CurveList {
+    private readonly list = element("curves");
+    private readonly search = element<HTMLInputElement>("search");
+    private shown = "";
+
+    constructor(private readonly app: App, private readonly picture: Picture) {
+        this.search.addEventListener("input", () => this.show());
+        element("add-curve").addEventListener("click", () => {
+            app.run("addCurve", { name: `curve ${app.state.curves.length + 1}` });
+        });
+        app.onChange(() => this.show());
+        matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.show(true));
+        this.show();
+    }
+
+    private show(always = false): void {
+        const { curves, active } = this.app.state;
+        const wanted = this.search.value.trim().toLowerCase();
+        // Rebuilt only when it changed, so that the focus stays where it is during drags.
+        const text = JSON.stringify([curves, active, wanted]);
+        if ((text === this.shown && !always) || this.list.querySelector("input[type=text]")) return;
+        this.shown = text;
+        const focused = document.activeElement instanceof HTMLElement ? document.activeElement.id : "";
+        const rows = curves.map((curve, index) => [curve, index] as const)
+            .filter(([curve]) => curve.name.toLowerCase().includes(wanted))
+            .slice(0, 2000)
+            .map(([, index]) => this.row(index));
+        this.list.replaceChildren(...rows);
+        element("no-curves").hidden = rows.length > 0;
+        element("no-curves").textContent = curves.length === 0
+            ? "No curves yet. Open a file, drop one here, or add a curve." : "No curve has this in its name.";
+        if (focused) document.getElementById(focused)?.focus();
+    }
+
+    private row(index: number): HTMLLIElement {
+        const { app } = this;
+        const curve = app.state.curves[index]!;
+        const row = make("li", { draggable: "true", "data-curve": String(index) });
+        if (index === app.state.active) row.classList.add("active");
+        if (curve.selected) row.classList.add("selected");
+        const toggle = (field: "visible" | "locked", label: string, on: string, off: string) => {
+            const button = make("button", {
+                type: "button", class: "icon", id: `${field}-${index}`, "aria-pressed": String(curve[field]),
+                "aria-label": `${label} ${curve.name}`, title: label,
+            });
+            button.innerHTML = `<svg viewBox="0 0 16 16" aria-hidden="true"><path d="${curve[field] ? on : off}"/></svg>`;
+            button.addEventListener("click", () => app.run("setCurve", { curve: index, [field]: !curve[field] }));
+            return button;
+        };
+        const eye = "M1.5 8C4 4 12 4 14.5 8C12 12 4 12 1.5 8ZM8 6a2 2 0 1 0 .01 0Z";
+        const lock = "M3.5 7.5H12.5V13.5H3.5ZM5.5 7.5V5a2.5 2.5 0 0 1 5 0V7.5";
+        const open = "M3.5 7.5H12.5V13.5H3.5ZM5.5 7.5V4a2.5 2.5 0 0 1 5 -1";
+        const colour = make("span", { class: "swatch" });
+        colour.style.background = this.picture.shade(curve.colour);
+        const name = make("button", {
+            type: "button", class: "name", id: `curve-${index}`, title: `${curve.keys} keys. Double-click or F2 to rename.`,
+            ...(index === app.state.active ? { "aria-current": "true" } : {}),
+        }, curve.name || "(no name)");
+        const value = make("span", { class: "value", "data-value": String(index) });
+        name.addEventListener("click", (event) => {
+            app.run("selectCurve", { curve: index, mode: event.shiftKey || event.ctrlKey ? "toggle" : "set" });
+        });
+        name.addEventListener("dblclick", () => this.rename(row, index));
+        name.addEventListener("keydown", (event) => {
+            if (event.key === "F2") this.rename(row, index);
+            else if (event.key === "Delete") app.run("removeCurve", { curve: index });
+            else if (event.altKey && event.key === "ArrowUp" && index > 0) this.reorder(index, index - 1);
+            else if (event.altKey && event.key === "ArrowDown") this.reorder(index, index + 1);
+            else return;
+            event.preventDefault();
+            event.stopPropagation();
+        });
+        row.addEventListener("dragstart", (event) => {
+            event.dataTransfer?.setData("application/x-curve", String(index));
+        });
+        row.addEventListener("dragover", (event) => {
+            if (!event.dataTransfer?.types.includes("application/x-curve")) return;
+            event.preventDefault();
+            row.classList.add("target");
+        });
+        row.addEventListener("dragleave", () => row.classList.remove("target"));
+        row.addEventListener("drop", (event) => {
+            const from = event.dataTransfer?.getData("application/x-curve");
+            if (!from) return;
+            event.preventDefault();
+            event.stopPropagation();
+            row.classList.remove("target");
+            this.reorder(Number(from), index);
+        });
+        row.append(toggle("visible", "Show", eye, "M1.5 8C4 12 12 12 14.5 8"), colour, name, value,
+            toggle("locked", "Lock", lock, open));
+        return row;
+    }
+
+    private reorder(from: number, to: number): void {
+        const last = this.app.state.curves.length - 1;
+        this.app.run("moveCurve", { curve: from, to: Math.min(to, last) });
+        this.app.drawNow();
+        document.getElementById(`curve-${Math.min(to, last)}`)?.focus();
+    }
+
+    private rename(row: HTMLElement, index: number): void {
+        const old = this.app.state.curves[index]!.name;
+        const field = make("input", { type: "text", "aria-label": "New name", value: old });
+        row.querySelector(".name")!.replaceWith(field);
+        field.select();
+        let isOver = false;
+        const finish = (name: string) => {
+            if (isOver) return;
+            isOver = true;
+            field.remove();
+            if (name !== old) this.app.run("setCurve", { curve: index, name });
+            this.show(true);
+            document.getElementById(`curve-${index}`)?.focus();
+        };
+        field.addEventListener("keydown", (event) => {
+            event.stopPropagation();
+            if (event.key === "Enter") finish(field.value);
+            if (event.key === "Escape") finish(old);
+        });
+        field.addEventListener("blur", () => finish(field.value));
+    }
+}
+
+/** What is selected, from the library's examiner: fields show mixed values as mixed, and can be typed into. */
+export class PropertyPanel {
+    private last: Properties | null = null;
+
+    constructor(private readonly app: App) {
+        const set = (id: string, send: (number: number, isRelative: boolean) => void) => {
+            const field = element<HTMLInputElement>(id);
+            const commit = () => {
+                if (!field.dataset["typed"]) return;
+                delete field.dataset["typed"];
+                const relative = /^[+-]=/.test(field.value.trim());
+                const sign = field.value.trim().startsWith("-=") ? -1 : 1;
+                const number = parse(relative ? field.value.trim().slice(2) : field.value);
+                field.setAttribute("aria-invalid", String(number === null));
+                if (number === null) app.tell(`"${field.value}" is not a number.`, true);
+                else send(relative ? sign * number : number, relative);
+                this.last = null;
+                this.show();
+            };
+            field.addEventListener("input", () => (field.dataset["typed"] = "yes"));
+            field.addEventListener("change", commit);
+            field.addEventListener("keydown", (event) => {
+                if (event.key === "Enter") commit();
+                if (event.key === "Escape") {
+                    delete field.dataset["typed"];
+                    field.blur();
+                    this.last = null;
+                    this.show();
+                }
+            });
+        };
+        set("key-x", (value, relative) => app.run("setProperty", { field: "x", value, relative }));
+        set("key-y", (value, relative) => app.run("setProperty", { field: "y", value, relative }));
+        for (const side of ["in", "out"]) {
+            const which = () => (this.last?.tangents ? {} : { side });
+            set(`${side}-angle`, (value) => app.run("setProperty", { field: "angle", value: (value * Math.PI) / 180, ...which() }));
+            set(`${side}-weight`, (value) => app.run("setProperty", { field: "weight", value, ...which() }));
+            const type = element<HTMLSelectElement>(`${side}-type`);
+            typeNames.forEach((name, index) => type.append(make("option", { value: String(index) }, name)));
+            type.addEventListener("change", () => {
+                const names = ["fixed", "flat", "linear", "smooth", "continued", "clamped", "plateau"];
+                app.run("tangentType", { type: names[Number(type.value)]!, side });
+            });
+        }
+        for (const flag of ["breakdown", "unified", "locked"]) {
+            element(`key-${flag}`).addEventListener("click", () => this.toggle(flag));
+        }
+        for (const flag of ["weighted", "weightLocked"]) {
+            element(`handle-${flag}`).addEventListener("click", () => this.toggle(flag));
+        }
+        app.onChange(() => {
+            this.last = null;
+            this.show();
+        });
+        this.show();
+        this.formula();
+    }
+
+    /** Switches a flag of the selected parts: on, where not all have it. */
+    toggle(flag: string): void {
+        const properties = this.app.bridge.call<Properties>("properties");
+        if (flag === "weighted" || flag === "weightLocked") {
+            const sides = properties.tangents ? [properties.tangents] : [properties.in, properties.out];
+            const isOn = sides.every((side) => side?.[flag]?.value === true);
+            this.app.run("tangentFlag", { flag, on: !isOn });
+        } else {
+            const isOn = properties.keys[flag as "breakdown" | "unified" | "locked"]?.value === true;
+            this.app.run("keyFlag", { flag, on: !isOn });
+        }
+    }
+
+    private show(): void {
+        const properties = (this.last ??= this.app.bridge.call<Properties>("properties"));
+        const { keys } = properties;
+        const fill = (id: string, examined: Examined<number> | undefined, scale = 1) => {
+            const field = element<HTMLInputElement>(id);
+            if (field.dataset["typed"]) return;
+            field.disabled = !examined;
+            field.placeholder = examined?.mixed ? "mixed" : "";
+            field.value = examined?.value === undefined ? "" : format(examined.value * scale);
+        };
+        const press = (id: string, ...examined: (Examined<boolean> | undefined)[]) => {
+            const isNone = examined.every((each) => !each);
+            const isOn = examined.every((each) => each?.value === true);
+            const isOff = examined.every((each) => !each || each.value === false);
+            const button = element<HTMLButtonElement>(id);
+            button.disabled = isNone;
+            button.setAttribute("aria-pressed", isNone || isOff ? "false" : isOn ? "true" : "mixed");
+        };
+        fill("key-x", keys.x);
+        fill("key-y", keys.y);
+        press("key-breakdown", keys.breakdown);
+        press("key-unified", keys.unified);
+        press("key-locked", keys.locked);
+        const sides: [string, Tangents | undefined][] = properties.tangents
+            ? [["in", undefined], ["out", properties.tangents]] : [["in", properties.in], ["out", properties.out]];
+        element("out-title").textContent = properties.tangents ? "Selected handles" : "Out handle";
+        element("in-row").hidden = properties.tangents !== undefined;
+        for (const [side, tangents] of sides) {
+            const type = element<HTMLSelectElement>(`${side}-type`);
+            type.disabled = !tangents?.type;
+            type.value = tangents?.type?.value === undefined ? "" : String(tangents.type.value);
+            fill(`${side}-angle`, tangents?.angle, 180 / Math.PI);
+            fill(`${side}-weight`, tangents?.weight);
+        }
+        const all = properties.tangents ? [properties.tangents] : [properties.in, properties.out];
+        press("handle-weighted", ...all.map((each) => each?.weighted));
+        press("handle-weightLocked", ...all.map((each) => each?.weightLocked));
+        const { state } = this.app;
+        element("selection").textContent = state.selectedKeys + state.selectedHandles + state.selectedSegments === 0
+            ? "Nothing is selected."
+            : [[state.selectedKeys, "key"], [state.selectedHandles, "handle"], [state.selectedSegments, "segment"]]
+                .filter(([count]) => count !== 0)
+                .map(([count, what]) => `${count} ${what}${count === 1 ? "" : "s"}`).join(", ") + " selected";
+        this.showFormula();
+    }
+
+    private showFormula(): void {
+        const field = element<HTMLInputElement>("formula");
+        if (field.dataset["typed"] || !this.last) return;
+        const where = element<HTMLSelectElement>("formula-where").value;
+        const examined = where === "before" ? this.last.before : where === "after" ? this.last.after : this.last.expression;
+        field.disabled = !examined;
+        field.placeholder = examined?.mixed ? "mixed" : examined ? "" : "select a key or a segment";
+        field.value = examined?.value ?? "";
+        this.check();
+    }
+
+    /** The parser's message, with a mark under the character that it is about. */
+    private check(): boolean {
+        const field = element<HTMLInputElement>("formula");
+        const box = element("formula-error");
+        const found = field.value === "" ? {}
+            : this.app.bridge.call<{ message?: string; position?: number }>("checkFormula", { text: field.value });
+        box.hidden = found.message === undefined;
+        field.setAttribute("aria-invalid", String(!box.hidden));
+        if (found.message === undefined) return true;
+        box.textContent = `${" ".repeat(found.position ?? 0)}^\n${found.message}`;
+        return false;
+    }
+
+    private formula(): void {
+        const field = element<HTMLInputElement>("formula");
+        const where = element<HTMLSelectElement>("formula-where");
+        where.addEventListener("change", () => {
+            delete field.dataset["typed"];
+            this.showFormula();
+        });
+        field.addEventListener("input", () => {
+            field.dataset["typed"] = "yes";
+            this.check();
+        });
+        const commit = () => {
+            if (!field.dataset["typed"] || !this.check() || field.value === "") return;
+            delete field.dataset["typed"];
+            this.app.run("interpolator", { where: where.value, text: field.value });
+        };
+        field.addEventListener("change", commit);
+        field.addEventListener("keydown", (event) => {
+            if (event.key === "Enter") commit();
+            if (event.key !== "Escape") return;
+            delete field.dataset["typed"];
+            field.blur();
+            this.showFormula();
+        });
+        field.addEventListener("scroll", () => (element("formula-error").style.marginLeft = `${-field.scrollLeft}px`));
+    }
+}
+
+/** The active curve's keys; as many rows as fit are made. */
+export class KeyTable {
+    private readonly box = element("table-box");
+    private readonly body = element("rows");
+    private readonly rowHeight = 26;
+
+    constructor(private readonly app: App) {
+        this.box.addEventListener("scroll", () => this.show());
+        new ResizeObserver(() => this.show()).observe(this.box);
+        app.onChange(() => this.show());
+        this.show();
+    }
+
+    private show(): void {
+        if (this.body.contains(document.activeElement) && this.body.querySelector("[data-typed]")) return;
+        const { active, curves } = this.app.state;
+        const title = element("table-title");
+        title.textContent = active >= 0 ? `Keys of ${curves[active]!.name || "(no name)"}` : "Keys";
+        if (active < 0) {
+            this.body.replaceChildren();
+            return;
+        }
+        const first = Math.max(0, Math.floor(this.box.scrollTop / this.rowHeight) - 2);
+        const count = Math.ceil(this.box.clientHeight / this.rowHeight) + 4;
+        const table = this.app.bridge.call<Rows>("rows", { curve: active, first, count });
+        const focus = document.activeElement instanceof HTMLInputElement ? document.activeElement.id : "";
+        const spacer = (rows: number) => {
+            const row = make("tr", { "aria-hidden": "true" });
+            row.style.height = `${Math.max(0, rows) * this.rowHeight}px`;
+            return row;
+        };
+        const rows = table.rows.map((key, i) => {
+            const number = table.first + i;
+            const row = make("tr", { class: key.selected ? "selected" : "" });
+            const label = make("button", { type: "button", class: "name", "aria-label": `Select key ${number + 1}` }, String(number + 1));
+            label.addEventListener("click", (event) => {
+                this.app.run("selectKey", { curve: active, key: number, mode: event.shiftKey || event.ctrlKey ? "add" : "set" });
+            });
+            const cells: HTMLElement[] = [label];
+            for (const name of ["x", "y"] as const) {
+                const field = make("input", {
+                    type: "text", inputmode: "decimal", id: `cell-${number}-${name}`, value: format(key[name]),
+                    "aria-label": `${name === "x" ? "Frame" : "Value"} of key ${number + 1}`,
+                });
+                const commit = () => {
+                    if (!field.dataset["typed"]) return;
+                    const value = parse(field.value);
+                    delete field.dataset["typed"];
+                    if (value === null) this.app.tell(`"${field.value}" is not a number.`, true);
+                    else this.app.run("setRow", { curve: active, key: number, field: name, value });
+                    this.app.drawNow();
+                    this.show();
+                };
+                field.addEventListener("input", () => (field.dataset["typed"] = "yes"));
+                field.addEventListener("change", commit);
+                field.addEventListener("keydown", (event) => {
+                    const by = event.key === "ArrowDown" || event.key === "Enter" ? 1 : event.key === "ArrowUp" ? -1 : 0;
+                    if (event.key === "Escape") {
+                        delete field.dataset["typed"];
+                        field.value = format(key[name]);
+                    }
+                    if (by === 0) return;
+                    event.preventDefault();
+                    commit();
+                    const next = document.getElementById(`cell-${number + by}-${name}`) as HTMLInputElement | null;
+                    next?.focus();
+                    next?.select();
+                });
+                cells.push(field);
+            }
+            cells.push(make("span", { title: `${typeNames[key.in]} in, ${typeNames[key.out]} out` }, key.kind));
+            for (const cell of cells) {
+                const td = make("td");
+                td.append(cell);
+                row.append(td);
+            }
+            return row;
+        });
+        this.body.replaceChildren(spacer(table.first), ...rows, spacer(table.size - table.first - table.rows.length));
+        if (focus) document.getElementById(focus)?.focus();
+    }
+}
+
+/** Bake, smooth, fit, reduce: what would become of the curves is drawn before anything changes. */
+export class Tools {
+    private isShown = false;
+    private isOwn = false; // the change that is heard is the preview's own
+
+    constructor(private readonly app: App) {
+        const form = element<HTMLFormElement>("tools");
+        const tool = element<HTMLSelectElement>("tool");
+        const fit = () => {
+            const used: Record<string, string[]> = {
+                bake: ["step"], smooth: ["step", "width", "filter"], fit: ["step", "tolerance", "weighted"],
+                reduce: ["tolerance", "weighted"],
+            };
+            for (const name of ["step", "width", "filter", "tolerance", "weighted"])
+                element(`tool-${name}-row`).hidden = !used[tool.value]!.includes(name);
+        };
+        fit();
+        form.addEventListener("input", () => {
+            fit();
+            if (this.isShown) this.preview();
+        });
+        form.addEventListener("submit", (event) => {
+            event.preventDefault();
+            const values = this.values();
+            const done = values && app.run<{ curves: number }>("apply", values);
+            if (done) {
+                this.end();
+                app.tell(`Done: ${done.curves} curve${done.curves === 1 ? "" : "s"}.`);
+            }
+        });
+        element("tool-preview").addEventListener("click", () => (this.isShown ? this.end() : this.preview()));
+        app.onChange(() => {
+            if (this.isShown && !this.isOwn) this.preview();
+            this.isOwn = false;
+        });
+    }
+
+    private values(): Record<string, string | number | boolean> | null {
+        const number = (id: string) => parse(element<HTMLInputElement>(id).value);
+        const [step, width, tolerance] = [number("tool-step"), number("tool-width"), number("tool-tolerance")];
+        if (step === null || width === null || tolerance === null) {
+            element("tool-result").textContent = "One of the fields is not a number.";
+            return null;
+        }
+        return {
+            tool: element<HTMLSelectElement>("tool").value, step, width: Math.round(width), tolerance,
+            filter: Number(element<HTMLSelectElement>("tool-filter").value),
+            weighted: element<HTMLInputElement>("tool-weighted").checked,
+        };
+    }
+
+    private preview(): void {
+        const values = this.values();
+        if (!values) return;
+        const found = this.app.run<{ keysBefore: number; keysAfter: number; error: number; errorAt: number }>("preview", values);
+        this.isShown = found !== null;
+        this.isOwn = true;
+        element("tool-preview").setAttribute("aria-pressed", String(this.isShown));
+        element("tool-result").textContent = found
+            ? `${found.keysBefore} keys become ${found.keysAfter}. Largest change ${format(found.error)}`
+                + (found.error > 0 ? `, at frame ${format(found.errorAt)}.` : ".")
+            : "";
+    }
+
+    end(): boolean {
+        if (!this.isShown) return false;
+        this.isShown = false;
+        this.app.run("endPreview");
+        element("tool-preview").setAttribute("aria-pressed", "false");
+        element("tool-result").textContent = "";
+        return true;
+    }
+}
+
+/** The cursor in time, playing, and a ball at the height of the active curve's value. */
+export class Playback {
+    private readonly ball = element<HTMLCanvasElement>("ball");
+    private began = 0;
+    private from = 0;
+
+    constructor(private readonly app: App, private readonly picture: Picture) {
+        element("play").addEventListener("click", () => this.toggle());
+        const frame = element<HTMLInputElement>("frame");
+        frame.addEventListener("change", () => {
+            const value = parse(frame.value);
+            if (value !== null) app.frame = value;
+            app.redraw();
+        });
+        const fps = element<HTMLInputElement>("fps");
+        fps.addEventListener("change", () => {
+            const value = parse(fps.value);
+            if (value !== null && value > 0 && value <= 1000) app.settings.fps = value;
+            fps.value = format(app.settings.fps);
+        });
+        app.onDraw(() => this.show());
+    }
+
+    toggle(): void {
+        const { app } = this;
+        app.playing = !app.playing;
+        element("play").setAttribute("aria-pressed", String(app.playing));
+        this.began = performance.now();
+        this.from = app.frame;
+        const step = () => {
+            if (!app.playing) return;
+            const [first, last] = this.range();
+            const frames = ((performance.now() - this.began) / 1000) * app.settings.fps;
+            app.frame = first + ((((this.from - first + frames) % (last - first)) + (last - first)) % (last - first));
+            app.redraw();
+            requestAnimationFrame(step);
+        };
+        step();
+    }
+
+    /** What is played: the frames in view. */
+    private range(): [number, number] {
+        const { left, right } = this.app.view;
+        return [left, right];
+    }
+
+    private show(): void {
+        const { app } = this;
+        const field = element<HTMLInputElement>("frame");
+        if (document.activeElement !== field) field.value = format(Math.round(app.frame * 1000) / 1000);
+        const values = app.bridge.values(app.frame);
+        for (const cell of document.querySelectorAll<HTMLElement>("#curves [data-value]"))
+            cell.textContent = format(Number((values[Number(cell.dataset["value"])] ?? 0).toPrecision(5)));
+        const value = values[app.state.active] ?? 0;
+
+        const ratio = devicePixelRatio || 1;
+        const { clientWidth: width, clientHeight: height } = this.ball;
+        if (width === 0) return;
+        if (this.ball.width !== Math.round(width * ratio)) {
+            this.ball.width = Math.round(width * ratio);
+            this.ball.height = Math.round(height * ratio);
+        }
+        const pen = this.ball.getContext("2d")!;
+        pen.setTransform(ratio, 0, 0, ratio, 0, 0);
+        pen.clearRect(0, 0, width, height);
+        const { bottom, top } = app.view;
+        const part = app.state.separate ? 0.5 : (value - bottom) / (top - bottom);
+        const y = Math.min(height - 9, Math.max(9, height - 9 - part * (height - 18)));
+        const curve = app.state.curves[app.state.active];
+        if (!curve) return;
+        pen.fillStyle = this.picture.shade(curve.colour);
+        pen.beginPath();
+        pen.arc(width / 2, y, 8, 0, 7);
+        pen.fill();
+    }
+}

@@ -1,0 +1,179 @@
+#include "apps/editor/bridge/Session.h" // internal: the browser's side of the bridge is tested in apps/editor/tests
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using editor::Json;
+
+std::string load(const std::string& name) {
+    std::ifstream file(std::string(FCURVELIB_SOURCE_DIR) + "/examples/data/" + name, std::ios::binary);
+    std::stringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+struct EditorTest : testing::Test {
+    editor::Session session;
+
+    EditorTest() {
+        session.setView({0.0, 100.0, -10.0, 10.0, 1000.0, 400.0});
+        open("ball.fcrvx", load("ball.fcrvx"));
+    }
+    Json call(const std::string& command, const Json& arguments = Json::object()) {
+        return Json::parse(session.call(command, arguments.dump()));
+    }
+    Json open(const std::string& name, const std::string& bytes) {
+        session.setInput(bytes);
+        return call("open", {{"name", name}});
+    }
+    std::string document(const std::string& format = "xml") {
+        EXPECT_FALSE(call("save", {{"format", format}}).contains("error")) << format;
+        return session.output();
+    }
+    Json row(int key, int curve = 0) {
+        return call("rows", {{"curve", curve}, {"first", key}, {"count", 1}})["rows"][0];
+    }
+};
+
+TEST_F(EditorTest, ADragIsOneStepAndUndoTakesItBackToTheLastBit) {
+    const std::string before = document();
+    call("selectKey", {{"curve", 0}, {"key", 2}});
+    const double x = row(2)["x"];
+    call("dragBegin", {{"what", "keys"}, {"frameStep", 1.0}});
+    for (int i = 1; i <= 20; ++i) call("dragTo", {{"x", i * 0.1}, {"y", i * 0.05}});
+    call("dragEnd");
+    EXPECT_EQ(double{row(2)["x"]}, std::round(x + 2.0));
+    EXPECT_EQ(call("state")["undo"], "Move keys");
+    call("undo");
+    EXPECT_EQ(document(), before);
+    call("redo");
+    EXPECT_EQ(double{row(2)["x"]}, std::round(x + 2.0));
+}
+
+TEST_F(EditorTest, LockedKeysAndCurvesStay) {
+    call("selectAll");
+    call("keyFlag", {{"flag", "locked"}});
+    const std::string before = document();
+    EXPECT_TRUE(call("dragBegin").contains("error"));
+    EXPECT_TRUE(call("removeKeys").contains("error"));
+    call("tangentType", {{"type", "flat"}});
+    call("setProperty", {{"field", "y"}, {"value", 3}});
+    EXPECT_TRUE(call("setRow", {{"curve", 0}, {"key", 0}, {"field", "y"}, {"value", 3}}).contains("error"));
+    EXPECT_EQ(document(), before);
+}
+
+// With separate scales each curve fills the view, and a pick must look where it is drawn.
+TEST_F(EditorTest, PicksWhatIsDrawnOnEitherKindOfScale) {
+    for (const bool separate : {false, true}) {
+        call("options", {{"separate", separate}});
+        const Json box = call("frame");
+        session.setView({double{box["left"]} - 5, double{box["right"]} + 5, double{box["bottom"]} - 0.1,
+                         double{box["top"]} + 0.1, 1000.0, 400.0});
+        const std::vector<double> numbers =
+            session.draw({double{box["left"]} - 5, double{box["right"]} + 5, double{box["bottom"]} - 0.1,
+                          double{box["top"]} + 0.1, 1000.0, 400.0},
+                         editor::ViewPolyline::Value);
+        std::size_t at = 0;
+        const auto next = [&] { return numbers.at(at++); };
+        std::size_t picked = 0;
+        while (at < numbers.size()) {
+            const double curve = next();
+            at += 2;
+            for (auto strokes = static_cast<int>(next()); strokes > 0; --strokes) {
+                next();
+                at += 2 * static_cast<std::size_t>(next());
+            }
+            at += 3 * static_cast<std::size_t>(next());
+            for (auto keys = static_cast<int>(next()); keys > 0; --keys, ++at) {
+                const double x = next();
+                const double y = next();
+                const Json hit = call("pick", {{"x", x}, {"y", y}, {"radius", 0.5}, {"mode", "look"}});
+                EXPECT_EQ(hit["type"], "key") << hit;
+                picked += hit["curve"] == curve ? 1U : 0U;
+            }
+            at += 5 * static_cast<std::size_t>(next());
+        }
+        EXPECT_GE(picked, 25U) << separate; // of 31 keys; some lie on keys of the other curve
+    }
+}
+
+TEST_F(EditorTest, CopiedKeysComeBackWhereTheCursorIs) {
+    call("selectKey", {{"curve", 0}, {"key", 0}});
+    call("selectKey", {{"curve", 0}, {"key", 1}, {"mode", "add"}});
+    const Json clip = call("copy");
+    const Json pasted = call("paste", {{"text", clip["text"]}, {"frame", 200}});
+    EXPECT_EQ(pasted["keys"], 2);
+    EXPECT_EQ(call("state")["selectedKeys"], 2);
+    const double size = call("rows", {{"curve", 0}, {"first", 0}, {"count", 0}})["size"];
+    EXPECT_EQ(double{row(static_cast<int>(size) - 2)["x"]}, 200.0);
+}
+
+TEST_F(EditorTest, APreviewChangesNothingAndTellsWhatApplyingDoes) {
+    for (const char* tool : {"bake", "smooth", "fit", "reduce"}) {
+        const Json arguments = {{"tool", tool}, {"step", 1}, {"tolerance", 0.05}};
+        const std::string before = document();
+        call("selectCurve", {{"curve", 0}});
+        const Json preview = call("preview", arguments);
+        EXPECT_EQ(document(), before) << tool;
+        EXPECT_FALSE(call("apply", arguments).contains("error"));
+        EXPECT_EQ(call("state")["curves"][0]["keys"], preview["keysAfter"]) << tool;
+        EXPECT_NE(document(), before) << tool;
+        call("undo");
+        EXPECT_EQ(document(), before) << tool;
+    }
+}
+
+TEST_F(EditorTest, SaysWhereAFormulaIsWrong) {
+    const Json error = call("checkFormula", {{"text", "\xC3\xA4 + 1"}});
+    EXPECT_EQ(error["position"], 0);
+    EXPECT_EQ(call("checkFormula", {{"text", "sin(x) + * 2"}})["position"], 9);
+    for (const char* good : {"sin(x)", "bezier()", "3.5", "cycle()"})
+        EXPECT_TRUE(call("checkFormula", {{"text", good}}).empty()) << good;
+}
+
+// Whatever a page may send: an answer comes, and the document is as it was or as an edit leaves it.
+TEST_F(EditorTest, RefusesWrongCallsAndBrokenFilesWithoutLosingAnything) {
+    const std::string before = document();
+    for (const char* bytes : {"", "nonsense", "<?xml version=\"1.0\"?><fcurves", "fcurvetext 1.0\ncurve {", "[1, 2"})
+        EXPECT_TRUE(open("broken.fcrvx", bytes).contains("error")) << bytes;
+    const Json wrong[] = {Json(nullptr),
+                          Json::array({1}),
+                          {{"curve", -1}},
+                          {{"curve", 99}},
+                          {{"curve", "first"}},
+                          {{"x", "1"}},
+                          {{"x", nullptr}},
+                          {{"text", 5}},
+                          {{"tool", "bake"}, {"step", 1e-9}},
+                          {{"what", "handle"}, {"x", 1e9}, {"y", 1e9}}};
+    for (const char* command :
+         {"setCurve", "removeCurve", "moveCurve", "rows", "setRow", "setProperty", "nudge", "scale", "addKey", "dragTo",
+          "dragBegin", "marquee", "pick", "selectKey", "stepKey", "axis", "paste", "preview", "no such command"})
+        for (const Json& arguments : wrong) EXPECT_NO_THROW(call(command, arguments)) << command << arguments;
+    EXPECT_TRUE(Json::parse(session.call("nudge", "{not json")).contains("error"));
+    while (call("undo")["done"] == true) {
+    }
+    open("ball.fcrvx", load("ball.fcrvx"));
+    EXPECT_EQ(document(), before);
+}
+
+TEST_F(EditorTest, WhatIsSavedOpensAgain) {
+    const Json formats = call("formats")["write"];
+    EXPECT_GE(formats.size(), 10U);
+    for (const Json& format : formats) {
+        const std::string name = format["name"];
+        const std::string bytes = document(name);
+        const Json opened = open("saved." + std::string(format["extension"]), bytes);
+        EXPECT_FALSE(opened.contains("error")) << name << ": " << opened;
+        call("undo");
+    }
+}
+
+} // namespace

@@ -30,9 +30,7 @@ bool Tell(const char* what, const CombineReport& report) {
 void Save(const std::string& path, const std::vector<std::shared_ptr<FCurve>>& curves) {
     const auto container = FCurveContainer::create();
     for (const auto& curve : curves) container->addCurve(curve);
-    SafeFileSave save(path.c_str());
-    WriteCurves(*container, *save.getStream(), "xml");
-    save.finish();
+    SaveCurves(path.c_str(), *container, "xml");
 }
 
 } // namespace

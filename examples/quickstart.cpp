@@ -22,13 +22,10 @@ int main() {
 
     const auto shot = FCurveContainer::create();
     shot->addCurve(curve);
-    SafeFileSave save("shot.fcrvx");
-    WriteCurves(*shot, *save.getStream(), "xml");
-    save.finish(); // without it, or when writing fails, an older file stays what it was
+    SaveCurves("shot.fcrvx", *shot); // when that fails, an older file stays what it was
 
     const auto loaded = FCurveContainer::create();
-    FileStream in("shot.fcrvx", FileStream::Read, 0);
-    const FormatType format = ReadCurves(in, *loaded); // recognised by content
+    const FormatType format = LoadCurves("shot.fcrvx", *loaded); // recognised by content
     std::printf("%zu curve read from %s: %g at frame 6\n", loaded->size(), format.getTitle(),
                 loaded->begin()->eval(6.0));
 }

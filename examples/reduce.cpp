@@ -50,9 +50,7 @@ int Reduce(const char* in, const char* out, double percent) {
         both->addCurve(baked);
         both->addCurve(fit.curve);
     }
-    SafeFileSave save(out);
-    WriteCurves(*both, *save.getStream(), "xml");
-    save.finish();
+    SaveCurves(out, *both, "xml");
     return 0;
 }
 

@@ -1,10 +1,10 @@
 #include "FCurveLib/ClipText.h"
 
 #include "FCurveLib/ContainerInterface.h"
+#include "FCurveLib/CurveEmitter.h"
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/MemoryStream.h"
 #include "FCurveLib/TextFormat.h"
-#include "formats/CurveEmitter.h"
 #include "formats/text/TextComposer.h"
 
 #include <cstddef>
@@ -15,7 +15,7 @@ inline namespace v19 {
 
 std::string ClipToText(const KeyClip& clip) {
     Private::TextComposer composer;
-    Private::EmitContainer(clip.getCurves(), composer);
+    EmitCurves(clip.getCurves(), composer);
     return composer.takeText();
 }
 

@@ -1,4 +1,4 @@
-#include "formats/CurveEmitter.h"
+#include "FCurveLib/CurveEmitter.h"
 
 #include "FCurveLib/DisplayProperties.h"
 #include "FCurveLib/FCurve.h"
@@ -6,6 +6,7 @@
 #include "FCurveLib/FormatInterface.h"
 #include "FCurveLib/InterpolatorFactory.h"
 #include "FCurveLib/Rectangle.h"
+#include "formats/EmitKeys.h"
 #include "model/Read.h"
 
 #include <string>
@@ -80,7 +81,7 @@ void EmitDisplay(const FCurve& curve, FormatInterface& target) {
 
 } // namespace
 
-bool EmitCurve(const FCurve& curve, FormatInterface& target) {
+bool EmitCurve(const FCurve& curve, FormatInterface& target, const std::function<void()>& afterKey) {
     if (!target.startCurve(curve.getName())) return true;
     EmitDisplay(curve, target);
     EmitProperties(curve, target, &FormatInterface::curveProperty);
@@ -89,24 +90,34 @@ bool EmitCurve(const FCurve& curve, FormatInterface& target) {
     std::string expression; // one buffer for all segments
     for (const Segment& segment : curve) {
         EmitSegment(segment, target, expression);
-        if (const Keyframe* const key = Read::rightKey(segment)) EmitKeyframe(*key, target);
+        const Keyframe* const key = Read::rightKey(segment);
+        if (!key) continue;
+        EmitKeyframe(*key, target);
+        if (afterKey) afterKey();
     }
     target.finishSegmentContainer();
     return target.finishCurve();
 }
 
-void EmitContainer(const FCurveContainer& container, FormatInterface& target) {
+void EmitCurves(const FCurveContainer& container, FormatInterface& target, const std::function<void()>& afterKey) {
     target.startCurveContainer();
     for (auto property = container.beginProperties(); property != container.endProperties(); ++property) {
         target.containerProperty(property->first.c_str(), property->second.c_str());
     }
     for (const FCurve& curve : container) {
-        if (!EmitCurve(curve, target)) break;
+        if (!EmitCurve(curve, target, afterKey)) break;
     }
     target.finishCurveContainer();
 }
 
 } // namespace Private
+
+bool EmitCurve(const FCurve& curve, FormatInterface& target) {
+    return Private::EmitCurve(curve, target, {});
+}
+void EmitCurves(const FCurveContainer& container, FormatInterface& target) {
+    Private::EmitCurves(container, target, {});
+}
 
 } // namespace v19
 } // namespace VEM_FN::FCurveLib

@@ -1,7 +1,5 @@
 #include "FCurveLib/detail/DocumentWriter.h"
 
-#include "formats/PartCollector.h"
-
 #include <algorithm>
 
 namespace VEM_FN::FCurveLib {
@@ -19,16 +17,16 @@ void DocumentWriter::newStream(Stream* stream) {
         return;
     }
     const auto known = std::find_if(m_documents.begin(), m_documents.end(),
-                                    [stream](const auto& document) { return &document->stream() == stream; });
+                                    [stream](const Linked& document) { return document.stream == stream; });
     if (known == m_documents.end()) {
-        m_documents.push_back(newDocument(*stream));
+        m_documents.push_back({stream, createDocument(*stream)});
     } else {
         m_documents.erase(known + 1, m_documents.end());
     }
 }
 
 FormatInterface& DocumentWriter::document() noexcept {
-    return m_documents.empty() ? m_nobody : *m_documents.back();
+    return m_documents.empty() ? m_nobody : *m_documents.back().calls;
 }
 
 void DocumentWriter::startCurveContainer() {

@@ -2,8 +2,10 @@
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
 #include "FCurveLib/BinaryFormat.h"
+#include "FCurveLib/CurveFiles.h"
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/File.h"
+#include "FCurveLib/FileError.h"
 #include "FCurveLib/FormatExceptions.h"
 #include "FCurveLib/MemoryStream.h"
 #include "FCurveLib/SafeFileSave.h"
@@ -102,7 +104,11 @@ void ExceptionFormatter::LibraryFormatter::format(std::ostream& out) const {
               error.column());
     }
     // files
-    catch (const File::FileDoesntExist&) {
+    catch (const FileError& error) {
+        write(Printable(error.message()).c_str());
+    } catch (const Cancelled&) {
+        write("Cancelled.");
+    } catch (const File::FileDoesntExist&) {
         write("No such file or folder.");
     } catch (const File::FileExists&) {
         write("The file already exists.");

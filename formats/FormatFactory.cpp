@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
+#include <string>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -34,6 +36,24 @@ template<class T>
 T* FindNewest(const char* name) {
     const auto found = FindNode<T>(name);
     return found == SimpleListNode<T>::end() ? nullptr : &*found;
+}
+
+// After the last point of the last name, which is not its first letter; in small letters.
+std::string ExtensionOf(const char* path) {
+    std::string extension = std::filesystem::path(OrEmpty(path)).extension().string();
+    for (char& letter : extension)
+        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
+    return extension;
+}
+
+template<class T>
+T* FindByExtension(const char* path) {
+    const std::string extension = ExtensionOf(path);
+    if (extension.size() < 2) return nullptr;
+    for (auto format = BeginNodes<T>(); format != SimpleListNode<T>::end(); ++format)
+        if (extension == ExtensionOf((std::string("_.") + format->getFormatType().getExtension()).c_str()))
+            return &*format;
+    return nullptr;
 }
 
 bool Recognises(Reader& reader, Stream& stream, Stream& header) {
@@ -77,6 +97,13 @@ Reader* FormatFactory::getReader(Stream& stream) {
     }
     stream.setPosition(0);
     return found;
+}
+
+Reader* FormatFactory::getReaderByExtension(const char* path) {
+    return FindByExtension<Reader>(path);
+}
+Writer* FormatFactory::getWriterByExtension(const char* path) {
+    return FindByExtension<Writer>(path);
 }
 
 FormatFactory::ReaderTypeIterator FormatFactory::beginReaderTypes() {

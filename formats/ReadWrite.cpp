@@ -1,13 +1,13 @@
 #include "FCurveLib/ReadWrite.h"
 
 #include "FCurveLib/ContainerInterface.h"
+#include "FCurveLib/CurveEmitter.h"
 #include "FCurveLib/FCurve.h"
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/FCurveFormatInterface.h"
 #include "FCurveLib/FormatExceptions.h"
 #include "FCurveLib/FormatFactory.h"
 #include "FCurveLib/MemoryStream.h"
-#include "formats/CurveEmitter.h"
 
 #include <limits>
 
@@ -31,14 +31,23 @@ void ReadWith(Stream& stream, Reader& reader, FCurve& target) {
     target.swap(*curve);
 }
 
+// On a document of its own, so that threads may write one format at a time; through the writer where it has none.
+template<class Emit>
+void WriteWith(Stream& stream, Writer& writer, const Emit& emit) {
+    if (const auto document = writer.createDocument(stream)) {
+        emit(*document);
+    } else {
+        const Writer::StreamLink link(writer, stream);
+        emit(writer);
+    }
+}
+
 void WriteWith(const FCurve& curve, Stream& stream, Writer& writer) {
-    const Writer::StreamLink link(writer, stream);
-    Private::EmitCurve(curve, writer);
+    WriteWith(stream, writer, [&](FormatInterface& target) { EmitCurve(curve, target); });
 }
 
 void WriteAllWith(const FCurveContainer& container, Stream& stream, Writer& writer) {
-    const Writer::StreamLink link(writer, stream);
-    Private::EmitContainer(container, writer);
+    WriteWith(stream, writer, [&](FormatInterface& target) { EmitCurves(container, target); });
 }
 
 // Returns whether the container's observers missed something.

@@ -11,6 +11,10 @@ Writer::Writer(const FormatType& type) : Writer(type, Private::RegisterFormats()
 Writer::Writer(const FormatType& type, Private::Registered) : m_type(type) {}
 Writer::~Writer() = default;
 
+std::unique_ptr<FormatInterface> Writer::createDocument(Stream&) const {
+    return nullptr;
+}
+
 void Writer::newStream(Stream*) {}
 
 void Writer::setStream(Stream* stream) {

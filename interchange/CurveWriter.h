@@ -4,57 +4,23 @@
 // of them at once; and where a report is wanted, reads that back and compares.
 
 #include <FCurveLib/FCurveContainer.h>
-#include <FCurveLib/Writer.h>
+#include <FCurveLib/detail/DocumentWriter.h>
 
 #include "interchange/Resolve.h"
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 namespace Interchange {
 
-class CurveWriter : public Writer {
+class CurveWriter : public Private::DocumentWriter {
 public:
     ~CurveWriter() override;
 
-    void startCurveContainer() final;
-    void finishCurveContainer() final;
-    void containerProperty(const char* key, const char* value) final;
-    bool startCurve(const char* name) final;
-    bool finishCurve() final;
-    void curveVisible(bool visible) final;
-    void curveLocked(bool locked) final;
-    void curveShowVelocity(bool show) final;
-    void curveShowAcceleration(bool show) final;
-    void curveShowDiscontinuities(bool show) final;
-    void curveGrid(double x, double y, double width, double height) final;
-    void curveTangentScale(double scale) final;
-    void curveProperty(const char* key, const char* value) final;
-    void startSegmentContainer() final;
-    void finishSegmentContainer() final;
-    void startSegment(const char* expression) final;
-    void finishSegment() final;
-    void segmentProperty(const char* key, const char* value) final;
-    void startInTangent() final;
-    void finishInTangent() final;
-    void startOutTangent() final;
-    void finishOutTangent() final;
-    void tangentVector(double x, double y) final;
-    void tangentType(unsigned char type) final;
-    void tangentWeightLocked(bool locked) final;
-    void tangentWeighted(bool weighted) final;
-    void tangentProperty(const char* key, const char* value) final;
-    void startKeyframe() final;
-    void finishKeyframe() final;
-    void keyframePosition(double x, double y) final;
-    void keyframeTangentsUnified(bool unified) final;
-    void keyframeBreakdown(bool breakdown) final;
-    void keyframeLocked(bool locked) final;
-    void keyframeProperty(const char* key, const char* value) final;
+    std::unique_ptr<FormatInterface> createDocument(Stream& stream) const final;
 
 protected:
     explicit CurveWriter(const FormatType& type);
@@ -64,13 +30,7 @@ protected:
     virtual std::string compose(const FCurveContainer& curves, Notes& notes) const = 0;
 
 private:
-    struct Draft; // of one document
-
-    void newStream(Stream* stream) final;
-    FormatInterface& draft() const noexcept;
-    void finish();
-
-    std::vector<std::unique_ptr<Draft>> m_drafts; // by stream, as links nest
+    class Draft; // of one document
 };
 
 } // namespace Interchange

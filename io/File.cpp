@@ -12,6 +12,7 @@ namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 using Private::fileCalls;
+using Private::Repeat;
 
 namespace {
 
@@ -29,16 +30,6 @@ constexpr unsigned kKnownFlags = File::Create | File::Exclusive | File::Truncate
     default:
         throw File::CantOpen();
     }
-}
-
-// Calls until no signal interrupts it.
-template<class Call>
-int Repeat(Call call) {
-    int result = 0;
-    do {
-        result = call();
-    } while (result == -1 && errno == EINTR);
-    return result;
 }
 
 // Empties the file behind the descriptor. The access is what it was opened for.

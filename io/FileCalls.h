@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 
@@ -30,7 +31,32 @@ struct FileCalls {
     int (*statusOfHandle)(std::FILE* handle, struct stat* status);           // fstat
     int (*removePath)(const char* path);                                     // unlink
     int (*renamePath)(const char* from, const char* to);                     // rename
+
+    // In a folder that is open, by descriptors. What the system reads and writes may be less than what was asked for.
+    int (*openIn)(int folder, const char* path, int flags, mode_t permissions);       // openat
+    int (*statusIn)(int folder, const char* name, struct stat* status);               // fstatat, not of a link's target
+    ssize_t (*linkIn)(int folder, const char* name, char* target, std::size_t size);  // readlinkat
+    int (*mayWriteIn)(int folder, const char* name);                                  // faccessat
+    int (*removeIn)(int folder, const char* name);                                    // unlinkat
+    int (*renameIn)(int folder, const char* from, const char* to);                    // renameat
+    int (*statusOf)(int descriptor, struct stat* status);                             // fstat
+    int (*changeOwner)(int descriptor, uid_t owner, gid_t group);                     // fchown
+    int (*changeMode)(int descriptor, mode_t mode);                                   // fchmod
+    int (*copyAccessList)(const char* from, int to);                                  // see FileCalls.cpp
+    ssize_t (*readBytes)(int descriptor, void* bytes, std::size_t count);             // read
+    ssize_t (*readBytesAt)(int descriptor, void* bytes, std::size_t count, off_t at); // pread
+    ssize_t (*writeBytes)(int descriptor, const void* bytes, std::size_t count);      // write
+    ssize_t (*writeBytesAt)(int descriptor, const void* bytes, std::size_t count, off_t at); // pwrite
+    int (*syncDescriptor)(int descriptor);                                                   // fsync
 };
+
+// Calls until no signal interrupts it.
+template<class Call>
+auto Repeat(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) result = call();
+    return result;
+}
 
 // Changed by tests only, and never while a file is in use.
 extern FileCalls fileCalls;

@@ -259,7 +259,7 @@ private:
 BinaryWriter::BinaryWriter() : DocumentWriter(GetFormatType()) {}
 BinaryWriter::~BinaryWriter() = default;
 
-std::unique_ptr<Private::PartCollector> BinaryWriter::newDocument(Stream& stream) const {
+std::unique_ptr<FormatInterface> BinaryWriter::createDocument(Stream& stream) const {
     return std::make_unique<Document>(stream);
 }
 

@@ -197,7 +197,7 @@ private:
 XMLWriter::XMLWriter() : DocumentWriter(GetFormatType()) {}
 XMLWriter::~XMLWriter() = default;
 
-std::unique_ptr<Private::PartCollector> XMLWriter::newDocument(Stream& stream) const {
+std::unique_ptr<FormatInterface> XMLWriter::createDocument(Stream& stream) const {
     return std::make_unique<Document>(stream);
 }
 

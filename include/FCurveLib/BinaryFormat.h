@@ -172,8 +172,7 @@ public:
     BinaryWriter();
     ~BinaryWriter() override;
 
-private:
-    std::unique_ptr<Private::PartCollector> newDocument(Stream& stream) const override;
+    std::unique_ptr<FormatInterface> createDocument(Stream& stream) const override;
 };
 
 } // namespace BinaryFormat

@@ -33,6 +33,14 @@ public:
     static Reader* getReader(Stream& stream);
     /// @}
 
+    /// \name By file name
+    /// The newest whose extension is that of the path, in letters of either case; null where the path has none. For
+    /// what is about to be written, and for what the content does not tell.
+    /// @{
+    static Reader* getReaderByExtension(const char* path);
+    static Writer* getWriterByExtension(const char* path);
+    /// @}
+
     /// \name All formats
     /// Iterators over the FormatType of every reader or writer, in the order in which they are asked. find gives the
     /// first of that name, or the end.

@@ -74,6 +74,10 @@ class ArrayStream;
 class Stream_streambuf;
 class Stream_iostream;
 class SafeFileSave;
+class FileReplacement;
+class FileError;
+class LoadError;
+class SaveError;
 class DynamicBinaryPolicy;
 class LittleEndianBinaryPolicy;
 class BigEndianBinaryPolicy;
@@ -99,6 +103,9 @@ template<class T>
 class FCURVELIB_API SimpleListNode;
 class Reader;
 class Writer;
+struct SaveOptions;
+struct LoadOptions;
+class Cancelled;
 class ExceptionFormatter;
 namespace TovConversion {
 class TovKey;

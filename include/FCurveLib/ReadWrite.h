@@ -11,7 +11,7 @@ inline namespace v19 {
 
 /// \file
 /// Reads and writes curves. The format of a single curve is always named; that of a container is recognised from its
-/// content. File-name extensions decide nothing.
+/// content. File-name extensions decide nothing. Files are loaded and saved by CurveFiles.h.
 ///
 /// Every function raises UnknownFormat when there is no reader or writer of that name; errors in the data are
 /// FormatErrors (each format nests its own), errors of the stream those of the stream. Null names count as empty.
@@ -35,7 +35,8 @@ FCURVELIB_API void ReadFCurveFromString(const std::string& data, const char* for
 /// @}
 
 /// \name Write
-/// At the stream's position. What was written before an exception stays in the stream.
+/// At the stream's position. What was written before an exception stays in the stream. Any number of threads may write
+/// at a time, each to a stream of its own, in every format whose writer has createDocument(): all of this library's.
 /// @{
 FCURVELIB_API void WriteCurve(const FCurve& curve, Stream& stream, const char* format);
 FCURVELIB_API void WriteCurve(const FCurve& curve, Stream& stream, const FormatType& format);

@@ -22,11 +22,11 @@ inline namespace v19 {
 /// target.
 ///
 /// finish() waits until the bytes are on the device, closes the file, deletes the old target (deliberate: before the
-/// rename, also where renaming would replace it at once) and renames. docs/streams.md tells what survives which
+/// rename, also where renaming would replace it at once) and renames. docs/saving.md tells what survives which
 /// failure, two savers at once included. One object must not be used by two threads at once.
 class FCURVELIB_API SafeFileSave {
 public:
-    /// The written file could not be made the target: docs/streams.md tells what is where.
+    /// The written file could not be made the target: docs/saving.md tells what is where.
     class FCURVELIB_API CantFinish : public Exception {
     public:
         const char* what() const noexcept override;

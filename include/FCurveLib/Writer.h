@@ -6,6 +6,8 @@
 #include "FCurveLib/Forward.h"
 #include "FCurveLib/SimpleListNode.h"
 
+#include <memory>
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -15,8 +17,10 @@ struct Registered;
 
 /// Writes one file format: turns the calls of a FormatInterface into bytes on its current stream.
 ///
-/// A writer is found by FormatFactory for as long as it lives. It holds the current stream, so no two threads may use
-/// one writer at once; without a stream it writes nothing. Between documents it keeps nothing else.
+/// A writer is found by FormatFactory for as long as it lives. It holds the current stream, so no two threads may link
+/// streams to one writer at once; without a stream it writes nothing. Between documents it keeps nothing else.
+/// createDocument() gives what writes without it: WriteCurve, WriteCurves and SaveCurves use that, so that any number
+/// of threads may write one format at a time.
 class FCURVELIB_API Writer : public FormatInterface, public SimpleListNode<Writer> {
 public:
     ~Writer() override;
@@ -24,6 +28,11 @@ public:
     const FormatType& getFormatType() const noexcept { return m_type; }
     /// Null while none is linked.
     Stream* getStream() const noexcept { return m_stream; }
+
+    /// An object that writes this format on the stream, apart from the writer's current one and from all other objects;
+    /// one document after another, as the calls say. Writer and stream must outlive it. Null where the format can only
+    /// be written through a link, which is the default: a host's writer overrides it to be used by several threads.
+    virtual std::unique_ptr<FormatInterface> createDocument(Stream& stream) const;
 
     /// Makes a stream the writer's current one while it lives, and the one before it current again at its end. Links
     /// nest. Both must outlive the link.

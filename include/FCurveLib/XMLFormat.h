@@ -144,8 +144,7 @@ public:
     XMLWriter();
     ~XMLWriter() override;
 
-private:
-    std::unique_ptr<Private::PartCollector> newDocument(Stream& stream) const override;
+    std::unique_ptr<FormatInterface> createDocument(Stream& stream) const override;
 };
 
 } // namespace XMLFormat

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <new>
 #include <set>
 #include <sstream>
@@ -132,6 +133,9 @@ TEST(LibraryFormatter, HasAMessageForEveryExceptionOfTheLibraryAndForNoOther) {
     EXPECT_EQ(textOf(File::WriteError(), messages), "File::WriteError");
     EXPECT_EQ(textOf(File::EndOfFile(), messages), "File::EndOfFile");
     EXPECT_EQ(textOf(SafeFileSave::CantFinish(), messages), "SafeFileSave::CantFinish");
+    EXPECT_EQ(textOf(LoadError(ENOENT, "a"), messages), "LoadError");
+    EXPECT_EQ(textOf(SaveError(EACCES, "a", SaveError::Old, "a.tmp\n", SaveError::New), messages), "SaveError");
+    EXPECT_EQ(textOf(Cancelled(), messages), "Cancelled");
     EXPECT_EQ(textOf(Stream::StreamException(), messages), "Stream::StreamException");
     EXPECT_EQ(textOf(MemoryStream::EndOfBuffer(), messages), "MemoryStream::EndOfBuffer");
     EXPECT_EQ(textOf(ArrayStreamAdaptor::EndOfBuffer(), messages), "ArrayStreamAdaptor::EndOfBuffer");

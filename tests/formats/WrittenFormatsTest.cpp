@@ -185,6 +185,32 @@ TEST_P(EveryWrittenFormat, OneReaderServesManyThreads) {
     EXPECT_EQ(results, std::vector<std::string>(4, expected));
 }
 
+TEST_P(EveryWrittenFormat, ManyThreadsWriteAtATime) {
+    std::vector<std::shared_ptr<FCurve>> curves;
+    for (unsigned seed = 1; seed <= 4; ++seed) curves.push_back(RandomCurve(seed).make());
+    std::vector<std::thread> threads;
+    std::vector<std::string> results(curves.size());
+    for (std::size_t i = 0; i < curves.size(); ++i) {
+        threads.emplace_back([&, this, i] {
+            for (int round = 0; round < 20; ++round) WriteFCurveToString(*curves[i], m_name, results[i]);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (std::size_t i = 0; i < curves.size(); ++i) EXPECT_EQ(results[i], written(*curves[i]));
+
+    // Two documents of one writer take turns.
+    MemoryStream streams[2];
+    const std::unique_ptr<FormatInterface> documents[] = {m_writer.createDocument(streams[0]),
+                                                          m_writer.createDocument(streams[1])};
+    for (const auto& document : documents) document->startCurveContainer();
+    for (const auto& curve : curves)
+        for (const auto& document : documents) EmitCurve(*curve, *document);
+    for (const auto& document : documents) document->finishCurveContainer();
+    const auto container = FCurveContainer::create();
+    for (const auto& curve : curves) container->addCurve(curve);
+    for (const MemoryStream& stream : streams) EXPECT_EQ(BytesOf(stream), written(*container));
+}
+
 // Each call after each beginning that leads to another place in a document: what is out of order is refused, and
 // whatever is written can be read.
 TEST_P(EveryWrittenFormat, RefusesEveryCallThatIsOutOfOrder) {

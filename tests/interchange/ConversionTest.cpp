@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
+#include <vector>
 
 using namespace VEM_FN::FCurveLib;
 using namespace VEM_FN::FCurveLib::Interchange;
@@ -24,6 +26,41 @@ TEST(Conversion, HoldsInItsThreadWhileItLives) {
         EXPECT_EQ(Conversion::options().setting("a.b"), "c");
     }
     EXPECT_EQ(Conversion::options().tolerance, 1e-4);
+}
+
+TEST(Conversion, ManyThreadsWriteEveryFormatAtATime) {
+    RegisterFormats();
+    const auto container = FCurveContainer::create();
+    for (const char* name : {"ball/translateX", "ball/translateY"}) {
+        const auto curve = FCurve::create();
+        curve->setName(name);
+        for (const double x : {0.0, 12.0, 24.0})
+            curve->insertSegment(*Keyframe::create(x, x * x), InterpolatorFactory::create("linear()"));
+        container->addCurve(curve);
+    }
+    for (auto type = FormatFactory::beginWriterTypes(); type != FormatFactory::endWriterTypes(); ++type) {
+        SCOPED_TRACE(type->getFormatName());
+        const auto write = [&] {
+            MemoryStream stream;
+            try {
+                WriteCurves(*container, stream, type->getFormatName());
+            } catch (const FormatError& error) {
+                return std::string(error.message());
+            }
+            return std::string(stream.getData(), static_cast<std::size_t>(stream.getSize()));
+        };
+        const std::string alone = write();
+        std::vector<std::thread> threads;
+        std::vector<std::string> results(4);
+        for (std::string& result : results)
+            threads.emplace_back([&] {
+                for (int round = 0; round < 5; ++round) result = write();
+            });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(results, std::vector<std::string>(4, alone));
+        MemoryStream stream;
+        EXPECT_NE(FormatFactory::getWriter(*type)->createDocument(stream), nullptr);
+    }
 }
 
 TEST(ConversionReport, JoinsPlacesAndSpeaks) {

@@ -1,7 +1,9 @@
 // Every call of the C library behind the files fails at its first, second, ... use, for as long as there is a next one.
 // This program compiles the sources of the streams itself, in order to reach the table of those calls.
 
+#include "FCurveLib/FileReplacement.h"
 #include "FCurveLib/FileStream.h"
+#include "FCurveLib/LoadFile.h"
 #include "FCurveLib/SafeFileSave.h"
 #include "io/FileCalls.h" // internal: calls that fail
 #include "support/TempFolder.h"
@@ -13,6 +15,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -67,9 +70,12 @@ struct Instead<Member> {
     static inline const char* name = nullptr;
 
     static Result call(Arguments... arguments) {
-        if (!fault.isDue(name)) return (kReal.*Member)(arguments...);
+        if (!fault.isDue(name)) {
+            if (std::strncmp(name, "sync", 4) == 0) return Result(); // nothing here is about the power
+            return (kReal.*Member)(arguments...);
+        }
         if (fault.way == Way::Kill) ::raise(SIGKILL);
-        if constexpr (std::is_same_v<Result, std::size_t>) {
+        if constexpr (sizeof(Result) == sizeof(ssize_t) && sizeof...(Arguments) >= 3) {
             if (fault.way == Way::Short || (fault.way == Way::Fills && fault.uses == fault.use)) {
                 return transferHalf(arguments...);
             }
@@ -87,6 +93,13 @@ struct Instead<Member> {
     template<class Buffer>
     static std::size_t transferHalf(Buffer buffer, std::size_t count, std::FILE* handle) {
         return (kReal.*Member)(buffer, (count + 1) / 2, handle);
+    }
+    template<class Buffer, class... At>
+    static ssize_t transferHalf(int descriptor, Buffer buffer, std::size_t count, At... at) {
+        return (kReal.*Member)(descriptor, buffer, (count + 1) / 2, at...);
+    }
+    static ssize_t transferHalf(int folder, const char* name, char* target, std::size_t size) {
+        return (kReal.*Member)(folder, name, target, size); // of a link, all or nothing
     }
 };
 
@@ -115,11 +128,28 @@ const char* const kCalls[] = {
     instead<&FileCalls::statusOfHandle>("statusOfHandle"),
     instead<&FileCalls::removePath>("removePath"),
     instead<&FileCalls::renamePath>("renamePath"),
+    instead<&FileCalls::openIn>("openIn"),
+    instead<&FileCalls::statusIn>("statusIn"),
+    instead<&FileCalls::linkIn>("linkIn"),
+    instead<&FileCalls::mayWriteIn>("mayWriteIn"),
+    instead<&FileCalls::removeIn>("removeIn"),
+    instead<&FileCalls::renameIn>("renameIn"),
+    instead<&FileCalls::statusOf>("statusOf"),
+    instead<&FileCalls::changeOwner>("changeOwner"),
+    instead<&FileCalls::changeMode>("changeMode"),
+    instead<&FileCalls::copyAccessList>("copyAccessList"),
+    instead<&FileCalls::readBytes>("readBytes"),
+    instead<&FileCalls::readBytesAt>("readBytesAt"),
+    instead<&FileCalls::writeBytes>("writeBytes"),
+    instead<&FileCalls::writeBytesAt>("writeBytesAt"),
+    instead<&FileCalls::syncDescriptor>("syncDescriptor"),
 };
 
 // Interrupted, these are simply called again.
 bool isRepeated(const std::string& call) {
-    static const char* const repeated[] = {"openPath", "openTemporary", "changeSize", "read", "write", "flush", "sync"};
+    static const char* const repeated[] = {"openPath",   "openTemporary", "changeSize",    "read",      "write",
+                                           "flush",      "sync",          "openIn",        "readBytes", "readBytesAt",
+                                           "writeBytes", "writeBytesAt",  "syncDescriptor"};
     return std::find(std::begin(repeated), std::end(repeated), call) != std::end(repeated);
 }
 
@@ -143,11 +173,12 @@ protected:
     TempFolder m_folder;
     std::string m_path = m_folder.file("file");
     std::string m_working = m_path + ".tmp";
+    std::string m_link = m_folder.file("link");
 
     // Lets every call fail at every use, in every way. prepare() makes the folder, work() is what may fail,
     // judge() looks at what is left; each is done anew for each failure.
     void failEverywhere(const std::function<void()>& prepare, const std::function<void()>& work,
-                        const std::function<void(const std::string& outcome)>& judge) {
+                        const std::function<void(const std::string& outcome)>& judge, int least = 20) {
         // No system interrupts for ever.
         const std::pair<Way, int> ways[] = {{Way::Once, ENOSPC}, {Way::Once, EACCES},  {Way::Once, EIO},
                                             {Way::Once, EINTR},  {Way::Stays, ENOSPC}, {Way::Stays, EACCES},
@@ -155,7 +186,7 @@ protected:
         int failures = 0;
         for (const char* const call : kCalls) {
             for (const auto& [way, error] : ways) {
-                const bool transfers = std::strcmp(call, "read") == 0 || std::strcmp(call, "write") == 0;
+                const bool transfers = std::strncmp(call, "read", 4) == 0 || std::strncmp(call, "write", 5) == 0;
                 if ((way == Way::Short || way == Way::Fills) && !transfers) continue;
                 m_call = call;
                 bool again = true;
@@ -179,7 +210,7 @@ protected:
                 }
             }
         }
-        EXPECT_GT(failures, 20) << "the work does not use what should fail";
+        EXPECT_GT(failures, least) << "the work does not use what should fail";
     }
 
     void clear() {
@@ -351,9 +382,179 @@ TEST_F(FileFaults, ASaveKeepsTheOldTargetOrInstallsTheNewOne) {
         });
 }
 
+// What a replacement says and leaves, whatever fails.
+TEST_F(FileFaults, AReplacementLeavesTheOldFileOrTheNewOneAndSaysWhich) {
+    const auto replace = [this] {
+        FileReplacement file(m_link.c_str());
+        writeText(file.getStream());
+        char byte;
+        file.getStream().setPosition(70000);
+        file.getStream().readData(&byte, 1);
+        file.finish();
+    };
+    for (const bool existed : {true, false}) {
+        std::shared_ptr<SaveError> error;
+        failEverywhere(
+            [&] {
+                if (existed) writeWholeFile(m_path, "old");
+                fs::create_symlink("file", m_link);
+                error = nullptr;
+            },
+            [&] {
+                try {
+                    replace();
+                } catch (const SaveError& raised) {
+                    error = std::make_shared<SaveError>(raised);
+                    throw;
+                }
+            },
+            [&](const std::string& outcome) {
+                const bool there = fs::exists(m_path);
+                const std::string found = there ? readWholeFile(m_path) : "";
+                EXPECT_TRUE(found == kText || (existed ? found == "old" : !there)) << "neither old nor new";
+                EXPECT_TRUE(fs::is_symlink(m_link));
+                if (!error) {
+                    EXPECT_EQ(outcome, "");
+                    EXPECT_TRUE(found == kText);
+                    EXPECT_FALSE(fs::exists(m_working));
+                    return;
+                }
+                EXPECT_TRUE(error->path() == m_path || error->path() == m_link);
+                const SaveError::Content content = !there           ? SaveError::Nothing
+                                                   : found == kText ? SaveError::New
+                                                                    : SaveError::Old;
+                if (!asksStatus() && m_call != "statusIn") {
+                    EXPECT_EQ(error->content(), content);
+                }
+                EXPECT_EQ(error->workingPath(), fs::exists(m_working) ? m_working : "");
+                if (fs::exists(m_working)) {
+                    const std::string left = readWholeFile(m_working);
+                    EXPECT_TRUE(error->workingContent() == SaveError::New ? left == kText
+                                                                          : left == kText.substr(0, left.size()));
+                }
+            });
+        // What is abandoned leaves nothing, where it can be found and removed.
+        failEverywhere(
+            [&] {
+                if (existed) writeWholeFile(m_path, "old");
+            },
+            [this] { writeText(FileReplacement(m_path.c_str()).getStream()); },
+            [&](const std::string& outcome) {
+                EXPECT_EQ(fs::exists(m_path), existed);
+                const bool stays = outcome.empty() && (m_call == "statusIn" || m_call == "removeIn");
+                EXPECT_TRUE(!fs::exists(m_working) || stays || m_call == "writeBytesAt");
+            });
+    }
+}
+
+TEST_F(FileFaults, AReplacementCarriesTheSystemsError) {
+    const struct {
+        const char* call;
+        int use;
+        int error;
+        SaveError::Content content;
+        SaveError::Content working;
+        const char* message; // "%" is the working file
+    } rows[] = {
+        {"mayWriteIn", 1, EACCES, SaveError::Old, SaveError::Nothing,
+         "The file cannot be written: Permission denied. It is unchanged."},
+        {"openIn", 2, EROFS, SaveError::Old, SaveError::Nothing,
+         "The file cannot be written: Read-only file system. It is unchanged."},
+        {"writeBytesAt", 2, ENOSPC, SaveError::Old, SaveError::Nothing,
+         "The file cannot be written: No space left on device. It is unchanged."},
+        {"changeMode", 1, EIO, SaveError::Old, SaveError::Nothing,
+         "The file cannot be written: Input/output error. It is unchanged."},
+        {"syncDescriptor", 1, EIO, SaveError::Old, SaveError::Nothing,
+         "The file cannot be written: Input/output error. It is unchanged."},
+        {"renameIn", 1, EBUSY, SaveError::Old, SaveError::New,
+         "The file cannot be written: Device or resource busy. It is unchanged. What was to be written is in %."},
+        {"syncDescriptor", 2, EIO, SaveError::New, SaveError::Nothing,
+         "The file was written, but may not outlast a loss of power: Input/output error."},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.message);
+        clear();
+        writeWholeFile(m_path, "old");
+        fault = Fault{row.call, row.use, Way::Once, row.error};
+        try {
+            FileReplacement file(m_path.c_str());
+            writeText(file.getStream());
+            file.finish();
+            ADD_FAILURE();
+        } catch (const SaveError& error) {
+            EXPECT_EQ(error.code(), row.error);
+            EXPECT_EQ(error.content(), row.content);
+            EXPECT_EQ(error.workingContent(), row.working);
+            std::string message = row.message;
+            if (message.find('%') != std::string::npos) message.replace(message.find('%'), 1, m_working);
+            EXPECT_EQ(error.message(), message);
+        }
+        fault = Fault();
+        EXPECT_TRUE(readWholeFile(m_path) == (row.content == SaveError::New ? kText : "old")
+                    || row.content == SaveError::Nothing);
+    }
+    // It says the same again, and no file system has to have everything.
+    writeWholeFile(m_path, "old");
+    FileReplacement file(m_path.c_str());
+    fault = Fault{"writeBytesAt", 1, Way::Once, ENOSPC};
+    EXPECT_THROW(writeText(file.getStream()), SaveError);
+    fault = Fault();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_THROW(file.getStream().writeData("x", 1), SaveError);
+        EXPECT_THROW(file.finish(), SaveError);
+    }
+    EXPECT_EQ(names(), std::vector<std::string>{"file"});
+    for (const auto& [call, error] :
+         {std::pair("syncDescriptor", EINVAL), std::pair("changeMode", ENOTSUP), std::pair("changeMode", EPERM)}) {
+        fault = Fault{call, 1, Way::Stays, error};
+        EXPECT_EQ(outcomeOf([this] { FileReplacement(m_path.c_str()).finish(); }), "") << call;
+        fault = Fault();
+    }
+}
+
+// Where owner, group or access list cannot be kept, no group gets what only another one had.
+TEST_F(FileFaults, PermissionsThatCannotBeKeptShrink) {
+    const struct {
+        const char* call;
+        int use;
+        mode_t before;
+        mode_t after;
+    } rows[] = {{"changeOwner", 99, 06751, 06751},
+                {"changeOwner", 1, 06751, 0711}, // neither owner nor group
+                {"changeOwner", 1, 0640, 0600},
+                {"copyAccessList", 1, 0664, 0644}};
+    for (const auto& row : rows) {
+        clear();
+        writeWholeFile(m_path, "old");
+        if (::chown(m_path.c_str(), 1234, 1234) != 0) GTEST_SKIP() << "takes an administrator";
+        ASSERT_EQ(::chmod(m_path.c_str(), row.before), 0);
+        fault = Fault{row.call, row.use, Way::Stays, EPERM};
+        EXPECT_EQ(outcomeOf([this] { FileReplacement(m_path.c_str()).finish(); }), "");
+        fault = Fault();
+        struct stat status {};
+        ASSERT_EQ(::stat(m_path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, row.after) << std::oct << row.before;
+    }
+}
+
+TEST_F(FileFaults, LoadingGivesAllBytesOrRaises) {
+    MemoryStream bytes;
+    failEverywhere([this] { writeWholeFile(m_path, kText); }, [&] { bytes = LoadFile(m_path.c_str()); },
+                   [&](const std::string& outcome) {
+                       if (outcome.empty()) {
+                           EXPECT_TRUE(std::string(bytes.getData(), static_cast<std::size_t>(bytes.getSize()))
+                                       == kText);
+                       } else {
+                           EXPECT_EQ(outcome, "LoadError");
+                       }
+                   },
+                   10);
+}
+
 // Kills a save in place of each of its calls, one after another.
 TEST_F(FileFaults, AKilledSaveLeavesWhatTheHeaderSays) {
-    for (const bool existed : {true, false}) {
+    for (const auto& [existed, replaces] :
+         {std::pair(true, false), std::pair(false, false), std::pair(true, true), std::pair(false, true)}) {
         bool killed = true;
         int kills = 0;
         int missing = 0;
@@ -364,7 +565,13 @@ TEST_F(FileFaults, AKilledSaveLeavesWhatTheHeaderSays) {
             ASSERT_NE(saver, -1);
             if (saver == 0) {
                 fault = Fault{nullptr, use, Way::Kill, 0};
-                save();
+                if (replaces) {
+                    FileReplacement file(m_path.c_str());
+                    writeText(file.getStream());
+                    file.finish();
+                } else {
+                    save();
+                }
                 ::_exit(0);
             }
             int status = 0;
@@ -376,6 +583,10 @@ TEST_F(FileFaults, AKilledSaveLeavesWhatTheHeaderSays) {
             if (!killed) {
                 EXPECT_TRUE(found == kText);
                 EXPECT_FALSE(fs::exists(m_working));
+            } else if (replaces) {
+                const bool there = fs::exists(m_path);
+                EXPECT_TRUE(found == kText || (existed ? found == "old" : !there));
+                missing += existed && !there;
             } else if (!existed) {
                 EXPECT_TRUE(found == kText.substr(0, found.size()));
             } else if (fs::exists(m_path)) {
@@ -386,6 +597,6 @@ TEST_F(FileFaults, AKilledSaveLeavesWhatTheHeaderSays) {
             }
         }
         EXPECT_GE(kills, 10);
-        EXPECT_EQ(missing, existed ? 1 : 0) << "there is one moment without a target";
+        EXPECT_EQ(missing, existed && !replaces ? 1 : 0) << "there is one moment without a target, and none here";
     }
 }

@@ -12,13 +12,13 @@ inline namespace v19 {
 
 namespace Private {
 
-class PartCollector;
-
-/// Machinery of the library's writers: hands each call to the document on the current stream. Without a stream calls do
-/// nothing.
+/// Machinery of writers that write by createDocument(), which is what they implement: hands each call to the document
+/// on the current stream. Without a stream calls do nothing.
 class FCURVELIB_API DocumentWriter : public Writer {
 public:
     ~DocumentWriter() override;
+
+    std::unique_ptr<FormatInterface> createDocument(Stream& stream) const override = 0;
 
     void startCurveContainer() override;
     void finishCurveContainer() override;
@@ -63,12 +63,15 @@ protected:
     explicit DocumentWriter(const FormatType& type);
 
 private:
-    virtual std::unique_ptr<PartCollector> newDocument(Stream& stream) const = 0;
-
     void newStream(Stream* stream) override;
     FormatInterface& document() noexcept;
 
-    std::vector<std::unique_ptr<PartCollector>> m_documents; // of the linked streams; the last one is the current
+    struct Linked {
+        Stream* stream;
+        std::unique_ptr<FormatInterface> calls;
+    };
+
+    std::vector<Linked> m_documents; // of the linked streams; the last one is the current
     FormatInterface m_nobody;
 };
 

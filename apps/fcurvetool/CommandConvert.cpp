@@ -1,8 +1,8 @@
 #include "Commands.h"
 #include "EditCommand.h"
+#include "Files.h"
 #include "Input.h"
 #include "Losses.h"
-#include "Output.h"
 #include "Progress.h"
 #include "Warnings.h"
 #include "WriteDocument.h"
@@ -38,9 +38,7 @@ void Convert(const ConvertOptions& options) {
     }
     losses.writeReport();
     warnings.settle();
-    Output file(output);
-    file.write(bytes);
-    file.finish();
+    WriteFile(output, bytes);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "Failure.h"
+#include "Files.h"
 #include "Input.h"
-#include "Output.h"
 #include "Table.h"
 #include "Text.h"
 #include "Warnings.h"
@@ -61,9 +61,7 @@ public:
     /// Failure where something differs.
     void finish() {
         if (!m_options.isQuiet) {
-            Output output("-");
-            output.write(m_table.text());
-            output.finish();
+            Print(m_table.text());
         }
         if (m_count == 0) return;
         throw Failure(m_first + (m_count > 1 ? ", and " + std::to_string(m_count - 1) + " more" : ""));

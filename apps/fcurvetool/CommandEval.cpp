@@ -1,9 +1,9 @@
 #include "Columns.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "Files.h"
 #include "FrameRange.h"
 #include "Input.h"
-#include "Output.h"
 #include "Table.h"
 #include "Text.h"
 #include "Warnings.h"
@@ -51,9 +51,7 @@ void Evaluate(EvalOptions& options) {
             table.addRow(cells);
         }
     }
-    Output output("-");
-    output.write(table.text());
-    output.finish();
+    Print(table.text());
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "Commands.h"
-#include "Output.h"
+#include "Files.h"
 #include "Table.h"
 #include "WriteDocument.h"
 
@@ -36,9 +36,7 @@ void AddFormats(CLI::App& app) {
                           std::string(format.isRead ? "read" : "") + (format.isRead && format.isWritten ? ", " : "")
                               + (format.isWritten ? "write" : "")});
         }
-        Output output("-");
-        output.write(table.text());
-        output.finish();
+        Print(table.text());
     });
 }
 

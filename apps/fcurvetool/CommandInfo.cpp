@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "Failure.h"
+#include "Files.h"
 #include "Input.h"
-#include "Output.h"
 #include "Table.h"
 #include "Text.h"
 #include "Warnings.h"
@@ -107,9 +107,9 @@ std::string ListFlags(const FCurve& curve) {
     return text;
 }
 
-void Describe(const Document& document, Output& output) {
-    output.write(document.name + ": " + document.format.getTitle() + ", " + std::to_string(document.curves->size())
-                 + (document.curves->size() == 1 ? " curve\n" : " curves\n"));
+void PrintTable(const Document& document) {
+    Print(document.name + ": " + document.format.getTitle() + ", " + std::to_string(document.curves->size())
+          + (document.curves->size() == 1 ? " curve\n" : " curves\n"));
     if (document.curves->empty()) return;
     Table table;
     table.addColumn("#", Table::Align::Right);
@@ -130,7 +130,7 @@ void Describe(const Document& document, Output& output) {
                       orNone(!extent.empty(), extent.high), ExpressionOf(*curve.begin()), ExpressionOf(trailing),
                       ListInterpolators(curve), ListFlags(curve)});
     }
-    output.write(table.text());
+    Print(table.text());
 }
 
 /// A number, or null for none.
@@ -195,7 +195,6 @@ void AddInfo(CLI::App& app) {
         "and highest value between them; interpolators before the first key, after the last key and between\n"
         "the keys, these with the number of segments.");
     command->callback([options] {
-        Output output("-");
         Warnings warnings(options->isStrict);
         std::size_t described = 0;
         std::string failures;
@@ -209,14 +208,13 @@ void AddInfo(CLI::App& app) {
                     json.push_back(Describe(document));
                     continue;
                 }
-                if (described++ > 0) output.write("\n");
-                Describe(document, output);
+                if (described++ > 0) Print("\n");
+                PrintTable(document);
             } catch (const Failure& failure) { // the other files are described all the same
                 failures += (failures.empty() ? "" : "\nfcurvetool: ") + std::string(failure.what());
             }
         }
-        if (options->isJson) output.write(JsonText(json));
-        output.finish();
+        if (options->isJson) Print(JsonText(json));
         if (!failures.empty()) throw Failure(failures);
     });
 }

@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "Failure.h"
+#include "Files.h"
 #include "Input.h"
-#include "Output.h"
 #include "Progress.h"
 #include "Text.h"
 #include "Warnings.h"
@@ -59,9 +59,7 @@ void Merge(const MergeCommand& options) {
         bytes = FormatDocument(*merged, target, ToPrintable(options.output), warnings);
     }
     warnings.settle();
-    Output file(options.output);
-    file.write(bytes);
-    file.finish();
+    WriteFile(options.output, bytes);
 }
 
 } // namespace

@@ -2,14 +2,15 @@
 #include "Commands.h"
 #include "EditCommand.h"
 #include "Failure.h"
+#include "Files.h"
 #include "FrameRange.h"
 #include "Input.h"
-#include "Output.h"
 #include "Progress.h"
 #include "Text.h"
 #include "Warnings.h"
 
 #include <CLI/CLI.hpp>
+#include <FCurveLib/FileReplacement.h>
 #include <FCurveLib/Keyframe.h>
 #include <FCurveLib/Segment.h>
 
@@ -66,7 +67,9 @@ void Sample(const SampleOptions& options) {
     warnings.addUnknownExpressions(curves);
     warnings.settle();
     Progress progress("sampling");
-    Output output(options.output);
+    std::optional<VEM_FN::FCurveLib::FileReplacement> file;
+    if (options.output != "-") file.emplace(options.output.c_str());
+    const auto write = [&file](const std::string& rows) { file ? Append(file->getStream(), rows) : Print(rows); };
     std::string text = "frame";
     for (const std::string& name : ColumnNames(curves, options.columns)) text += ',' + Quote(name);
     text += '\n';
@@ -77,13 +80,13 @@ void Sample(const SampleOptions& options) {
         for (const std::string& cell : cells) text += ',' + cell;
         text += '\n';
         if (text.size() > 65536) {
-            output.write(text);
+            write(text);
             text.clear();
             progress.set(static_cast<double>(i) / static_cast<double>(frames.size()));
         }
     }
-    output.write(text);
-    output.finish();
+    write(text);
+    if (file) file->finish();
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "Commands.h"
 #include "Failure.h"
-#include "Output.h"
+#include "Files.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
@@ -162,12 +162,6 @@ std::string Manual(const CLI::App& app) {
         text += ManualOptions(*command);
     }
     return text;
-}
-
-void Print(const std::string& text) {
-    Output output("-");
-    output.write(text);
-    output.finish();
 }
 
 } // namespace

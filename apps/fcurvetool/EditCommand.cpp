@@ -1,7 +1,7 @@
 #include "EditCommand.h"
 
 #include "Failure.h"
-#include "Output.h"
+#include "Files.h"
 #include "Picture.h"
 #include "Progress.h"
 #include "Text.h"
@@ -91,9 +91,7 @@ void Run(const EditOptions& options, const char* word, const WarningEdit& edit) 
     }
     warnings.settle();
     if (!options.picture.empty()) WritePicture(picture, options.picture);
-    Output file(output);
-    file.write(bytes);
-    file.finish();
+    WriteFile(output, bytes);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "FitOption.h"
 
 #include "Failure.h"
+#include "Files.h"
 #include "Input.h"
-#include "Output.h"
 #include "Table.h"
 #include "Text.h"
 
@@ -65,9 +65,7 @@ void FitReports::print(const std::string& curvesOutput) const {
         std::fputs(table.text().c_str(), stderr);
         return;
     }
-    Output output("-");
-    output.write(table.text());
-    output.finish();
+    Print(table.text());
 }
 
 } // namespace fcurvetool

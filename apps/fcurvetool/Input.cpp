@@ -5,14 +5,14 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
-#include <FCurveLib/ContainerInterface.h>
+#include <FCurveLib/CurveFiles.h>
 #include <FCurveLib/Exception.h>
 #include <FCurveLib/ExceptionFormatter.h>
 #include <FCurveLib/FormatExceptions.h>
 #include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/HoudiniChanFormat.h>
 #include <FCurveLib/Keyframe.h>
-#include <FCurveLib/Reader.h>
+#include <FCurveLib/MemoryStream.h>
 #include <FCurveLib/Segment.h>
 #include <FCurveLib/Transform.h>
 
@@ -35,14 +35,6 @@ using namespace VEM_FN::FCurveLib;
 using HoudiniChanFormat::HoudiniChanReader;
 
 namespace {
-
-/// The reader of the files that are called like this one; null if there is none.
-Reader* FindReaderByExtension(const std::string& path) {
-    const std::string extension = LowerCase(std::filesystem::path(path).extension().string());
-    for (auto it = FormatFactory::beginReaderTypes(); it != FormatFactory::endReaderTypes(); ++it)
-        if (extension == "." + LowerCase(it->getExtension())) return FormatFactory::getReader(it->getFormatName());
-    return nullptr;
-}
 
 std::string PrintableName(const std::string& path) {
     return path == "-" ? "<stdin>" : ToPrintable(path);
@@ -106,6 +98,32 @@ const char* roleOf(const FCurve& curve) {
     return curve.getProperty("hchan_role");
 }
 
+MemoryStream LoadStandardInput() {
+    MemoryStream bytes;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), stdin);
+        if (count == 0) break;
+        if (count > static_cast<std::size_t>(std::numeric_limits<int>::max() - bytes.getSize()))
+            throw LoadError(EFBIG, "<stdin>");
+        bytes.writeData(piece.data(), static_cast<int>(count));
+    }
+    if (std::ferror(stdin) != 0) throw LoadError(errno, "<stdin>");
+    return bytes;
+}
+
+bool IsEmptyFile(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) && std::filesystem::file_size(path, error) == 0;
+}
+
+FormatType LoadDocument(const std::string& path, FCurveContainer& curves, const LoadOptions& options) {
+    if (path != "-") return LoadCurves(path.c_str(), curves, options);
+    MemoryStream bytes = LoadStandardInput();
+    if (bytes.getSize() == 0) throw Failure("<stdin>: empty");
+    return LoadCurves(bytes, curves, options);
+}
+
 } // namespace
 
 std::vector<std::size_t> FindCurves(const std::vector<NamedCurve>& curves, const std::string& wanted) {
@@ -164,64 +182,32 @@ std::string DescribeException(const std::string& name) {
     return text.str();
 }
 
-// Not through the library's file stream: the file may be a pipe, and readers go back and forth.
-MemoryStream LoadFile(const std::string& path) {
-    const std::string name = PrintableName(path);
-    struct Closer {
-        void operator()(std::FILE* file) const {
-            if (file != stdin) std::fclose(file);
-        }
-    };
-    const std::unique_ptr<std::FILE, Closer> file(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));
-    const auto fail = [&name](int error) {
-        throw Failure(name + ": cannot be read: " + std::generic_category().message(error));
-    };
-    if (!file) fail(errno);
-    MemoryStream bytes;
-    std::array<char, 65536> piece;
-    for (;;) {
-        const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get());
-        if (count == 0) break;
-        if (count > static_cast<std::size_t>(std::numeric_limits<int>::max() - bytes.getSize()))
-            throw Failure(name + ": longer than 2 GiB");
-        bytes.writeData(piece.data(), static_cast<int>(count));
-    }
-    if (std::ferror(file.get()) != 0) fail(errno);
-    bytes.setPosition(0);
-    return bytes;
-}
-
 Document ReadDocument(const std::string& path, const InputOptions& options) {
     Document document{PrintableName(path), {}, FCurveContainer::create()};
-    Reader* forced = nullptr;
-    if (!options.format.empty()) {
-        forced = FormatFactory::getReader(options.format.c_str());
-        if (!forced)
-            throw UsageError("--format: unknown format \"" + ToPrintable(options.format) + "\" (the tool reads "
-                             + ReadableFormats() + ")");
-    }
+    if (!options.format.empty() && !FormatFactory::getReader(options.format.c_str()))
+        throw UsageError("--format: unknown format \"" + ToPrintable(options.format) + "\" (the tool reads "
+                         + ReadableFormats() + ")");
     const auto frameColumn = ParseFrameColumn(options);
-    const Progress progress("reading " + document.name);
-    MemoryStream bytes = LoadFile(path);
-    if (bytes.getSize() == 0) throw Failure(document.name + ": empty");
-    // Content decides. Where it tells nothing, because the file is broken near its start, the reader for files of
-    // that name can at least say what is wrong.
-    Reader* reader = forced ? forced : FormatFactory::getReader(bytes);
-    if (!reader) reader = FindReaderByExtension(path);
-    if (!reader) throw Failure(document.name + ": not in a known format (" + ReadableFormats() + ")");
-    auto* const chanReader = dynamic_cast<HoudiniChanReader*>(reader);
-    if (chanReader)
-        chanReader->setFrameColumn(frameColumn.value_or(HoudiniChanReader::Auto));
-    else if (frameColumn)
-        throw UsageError("--frame-column and --fps are for .chan files; " + document.name + " is "
-                         + reader->getFormatType().getTitle());
+    const char* const chan = HoudiniChanFormat::GetFormatType().getFormatName();
+    if (auto* const reader = dynamic_cast<HoudiniChanReader*>(FormatFactory::getReader(chan)))
+        reader->setFrameColumn(frameColumn.value_or(HoudiniChanReader::Auto));
+    Progress progress("reading " + document.name);
+    LoadOptions load;
+    load.format = options.format;
+    load.progress = [&progress](double share) { progress.set(share); };
     try {
-        ContainerInterface target(*document.curves);
-        reader->readCurves(bytes, target);
-        document.format = reader->getFormatType();
+        if (IsEmptyFile(path)) throw Failure(document.name + ": empty");
+        document.format = LoadDocument(path, *document.curves, load);
+    } catch (const LoadError& error) {
+        throw Failure(document.name + ": cannot be read: " + error.text());
+    } catch (const UnknownFormat&) {
+        throw Failure(document.name + ": not in a known format (" + ReadableFormats() + ")");
     } catch (const Exception&) {
         throw Failure(DescribeException(document.name));
     }
+    if (frameColumn && std::string(document.format.getFormatName()) != chan)
+        throw UsageError("--frame-column and --fps are for .chan files; " + document.name + " is "
+                         + document.format.getTitle());
     if (options.fps)
         for (FCurve& curve : *document.curves) TurnIntoFrames(curve, *options.fps);
     return document;

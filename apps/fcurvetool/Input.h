@@ -4,7 +4,6 @@
 
 #include <FCurveLib/FCurveContainer.h>
 #include <FCurveLib/FormatType.h>
-#include <FCurveLib/MemoryStream.h>
 
 #include <cstddef>
 #include <memory>
@@ -45,9 +44,6 @@ std::string DescribeException(const std::string& name);
 
 /// Reads a file, or standard input for "-", as the options say. Failure says file, line and column of what is wrong.
 Document ReadDocument(const std::string& path, const InputOptions& options);
-
-/// All bytes of a file, or of standard input for "-".
-VEM_FN::FCurveLib::MemoryStream LoadFile(const std::string& path);
 
 /// The curve's name, printable, and after it the role that a channel file gives it: "chan0 (tx)". Empty where the
 /// curve has neither.

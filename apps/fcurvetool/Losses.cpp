@@ -1,7 +1,7 @@
 #include "Losses.h"
 
 #include "Failure.h"
-#include "Output.h"
+#include "Files.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
@@ -61,9 +61,7 @@ void Losses::tell(const std::string& file, Warnings& warnings) const {
 
 void Losses::writeReport() const {
     if (m_file.empty()) return;
-    Output output(m_file);
-    output.write(ToJson(m_report));
-    output.finish();
+    WriteFile(m_file, ToJson(m_report));
 }
 
 } // namespace fcurvetool

@@ -1,11 +1,12 @@
 #include "Picture.h"
 
 #include "Failure.h"
+#include "Files.h"
 #include "Input.h"
-#include "Output.h"
 #include "Text.h"
 
 #include <FCurveLib/FormatFactory.h>
+#include <FCurveLib/LoadFile.h>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -43,7 +44,7 @@ bool HasConverter() {
 bool HoldsCurves(const std::string& path) {
     std::error_code ignored;
     if (path == "-" || !fs::is_regular_file(path, ignored)) return false;
-    MemoryStream bytes = LoadFile(path);
+    MemoryStream bytes = LoadFile(path.c_str());
     return bytes.getSize() > 0 && FormatFactory::getReader(bytes);
 }
 
@@ -102,9 +103,7 @@ void CheckPicture(const std::string& path, const std::vector<std::string>& curve
 }
 
 void WritePicture(const std::string& svg, const std::string& path) {
-    Output output(path);
-    output.write(ExtensionOf(path) == ".png" ? ConvertToPng(svg) : svg);
-    output.finish();
+    WriteFile(path, ExtensionOf(path) == ".png" ? ConvertToPng(svg) : svg);
 }
 
 } // namespace fcurvetool

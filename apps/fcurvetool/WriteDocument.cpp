@@ -111,9 +111,11 @@ std::string ChooseFormat(const std::string& asked, const std::string& output, co
         if (CanWrite(asked)) return asked;
         throw UsageError("--to: \"" + ToPrintable(asked) + "\" cannot be written; choose from " + WritableFormats());
     }
-    const std::string extension = LowerCase(std::filesystem::path(output).extension().string());
-    for (const FormatType& type : GetWritableFormats())
-        if (extension == "." + LowerCase(type.getExtension())) return type.getFormatName();
+    if (const Writer* const writer = FormatFactory::getWriterByExtension(output.c_str()))
+        return writer->getFormatType().getFormatName();
+    const FormatType& old = OldFormat::GetFormatType();
+    if (LowerCase(std::filesystem::path(output).extension().string()) == std::string(".") + old.getExtension())
+        return old.getFormatName();
     if (CanWrite(fallback)) return fallback;
     throw UsageError("--to is required for this OUTPUT: " + WritableFormats());
 }

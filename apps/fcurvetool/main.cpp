@@ -1,9 +1,11 @@
 #include "Commands.h"
 #include "Failure.h"
+#include "Files.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveInterchange/Formats.h>
+#include <FCurveLib/FileError.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -105,6 +107,10 @@ int Run(int argc, char** argv) {
         return Complain(error.what() + helpHint(), kBadUsage);
     } catch (const fcurvetool::Failure& error) {
         return Complain(error.what(), kBadInput);
+    } catch (const VEM_FN::FCurveLib::LoadError& error) {
+        return Complain(fcurvetool::Describe(error), kBadInput);
+    } catch (const VEM_FN::FCurveLib::SaveError& error) {
+        return Complain(fcurvetool::Describe(error), kBadInput);
     } catch (const std::bad_alloc&) {
         return Complain("out of memory", kBadInput);
     }

@@ -193,7 +193,7 @@ sample mismatched.fcrvx => mismatched.fcrvx:4:28:
 convert --format hchan - out.fcrvx <word.chan => <stdin>:2:3:
 plot ball.fcrvx --curve nobody => ball.fcrvx: no curve "nobody" (it has height, squash)
 plot ball.fcrvx --select height:99 => --select: height has no key 99
-plot ball.fcrvx -o nowhere/ball.svg => nowhere/ball.svg: cannot be written: there is no such folder
+plot ball.fcrvx -o nowhere/ball.svg => nowhere/ball.svg: cannot be written: No such file or directory
 sample ball.fcrvx --curve nobody -o slide.fcrvx => ball.fcrvx: no curve
 )");
     // Warnings tell file, curve and text, and do not stop the work unless they are to.
@@ -222,7 +222,9 @@ sample ball.fcrvx --curve nobody -o slide.fcrvx => ball.fcrvx: no curve
 TEST_F(Tool, FullDeviceEndsWithOne) {
     if (!std::filesystem::is_character_file("/dev/full")) GTEST_SKIP() << "no device that is always full";
     expectComplaints(1, "sample ball.fcrvx >/dev/full => <stdout>: cannot be written: No space left\n"
-                        "plot ball.fcrvx -o /dev/full => /dev/full: cannot be written: No space left\n");
+                        "plot ball.fcrvx -o /dev/full => /dev/full: cannot be written: No space left\n"
+                        "sample ball.fcrvx -o . => .: cannot be written: Is a directory\n"
+                        "convert ball.fcrvx /dev/full --to xml => /dev/full: cannot be written: No space left\n");
 }
 
 TEST_F(Tool, InfoFindsExtremaBetweenKeysAndHoldsStrangeNames) {

@@ -16,20 +16,13 @@ inline namespace v19 {
 ///     file.getStream().writeData(text.data(), size);
 ///     file.finish();                                  // without it, the old file stays
 ///
-/// The bytes go to a working file beside the path: its name and ".tmp", or ".tmp2", ".tmp3", the first that is free;
-/// a name too long for that is cut. finish() waits until the device has them, renames the working file over the old one
-/// and waits for the folder. docs/saving.md tells what is where after which failure.
+/// The bytes go to a working file beside the path, which finish() puts on the device and renames over the old file.
+/// Permissions are kept, owner and group where the system allows it; of a symbolic link the file that it leads to is
+/// replaced, and one that may not be written is not. Pipes and devices are written straight, in order. docs/saving.md
+/// tells what is where after which failure.
 ///
-/// **What is kept.** The old file's permissions with its access list; its owner and group where the system allows that
-/// (where it does not, no group gets more than everybody had). A symbolic link stays, and the file that it leads to is
-/// replaced, or made where there is none. Other hard links keep the old file. A file that may not be written is not
-/// replaced, although its folder would allow it. A new file gets what the process's umask leaves it.
-///
-/// **Pipes and devices** are written straight, and only in order: nothing can be taken back. Opening a pipe waits for
-/// its reader; SIGPIPE is the host's business.
-///
-/// The current directory may change meanwhile. Two replacements of one file work in files of their own, and the one
-/// that finishes last is the file. One object must not be used by two threads at once.
+/// Opening a pipe waits for its reader; SIGPIPE is the host's business. The current directory may change meanwhile. One
+/// object must not be used by two threads at once; of two replacements of one file, the last to finish is the file.
 class FCURVELIB_API FileReplacement {
 public:
     /// Opens the working file. Raises SaveError, and nothing has been made then. A null path counts as empty.

@@ -124,7 +124,8 @@ void FileReplacement::Work::locate(const std::string& to) {
         const std::size_t slash = rest.rfind('/');
         const std::string folder = slash == std::string::npos ? "" : rest.substr(0, slash + 1);
         m_name = rest.substr(folder.size());
-        here = folder[0] == '/' ? folder : here + folder;
+        if (folder[0] == '/') here.clear();
+        here += folder;
         path = here + m_name;
         if (rest.empty()) fail(ENOENT);
         if (m_name.empty() || m_name == "." || m_name == "..") fail(EISDIR);

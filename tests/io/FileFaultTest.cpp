@@ -98,8 +98,8 @@ struct Instead<Member> {
     static ssize_t transferHalf(int descriptor, Buffer buffer, std::size_t count, At... at) {
         return (kReal.*Member)(descriptor, buffer, (count + 1) / 2, at...);
     }
-    static ssize_t transferHalf(int folder, const char* name, char* target, std::size_t size) {
-        return (kReal.*Member)(folder, name, target, size); // of a link, all or nothing
+    static ssize_t transferHalf(int folder, const char* link, char* target, std::size_t size) {
+        return (kReal.*Member)(folder, link, target, size); // of a link, all or nothing
     }
 };
 

@@ -42,35 +42,48 @@ public:
     bool hasRuns() const noexcept { return m_marked; }
 
     Fit run() {
+        std::vector<Deviation> verdicts; // of the pieces
+        std::vector<bool> failed;
         for (int round = 0;; ++round) {
             setSlopes();
-            const double tolerance = std::max(0.0, m_tolerance * headroom() - m_rounding);
-            m_fit.pieces = FitPieces(m_fit.sites, m_fit.keys, {tolerance, m_problem.weighted});
-            m_fit.worst = {0.0, m_fit.sites.front().x};
-            m_fit.within = true;
+            const FitRules rules{std::max(0.0, m_tolerance * headroom() - m_rounding), m_problem.weighted};
+            m_fit.pieces = round == 0 ? FitPieces(m_fit.sites, m_fit.keys, rules)
+                                      : FitPiecesAgain(m_fit.sites, m_fit.keys, rules, m_fit.pieces, failed);
+            const std::vector<Deviation> earlier = std::move(verdicts);
+            verdicts.assign(m_fit.pieces.size(), {});
+            failed.assign(m_fit.pieces.size(), false);
             m_newSites.clear();
             m_newKeys.clear();
             bool again = false;
-            for (const FitPiece& piece : m_fit.pieces) {
+            for (std::size_t i = 0; i < m_fit.pieces.size(); ++i) {
+                const FitPiece& piece = m_fit.pieces[i];
                 if (piece.kept) continue;
-                Deviation deviation = m_judge.judge(piece.args, m_tolerance);
-                if (!(deviation.bound <= m_tolerance)) {
-                    if (mend(piece, deviation.at, round < roundsOfSites)) {
-                        again = true;
-                        continue;
-                    }
-                    m_fit.within = false;
-                    deviation = m_judge.judge(piece.args, std::numeric_limits<double>::infinity());
+                if (piece.earlier < earlier.size()) {
+                    verdicts[i] = earlier[piece.earlier];
+                    continue;
                 }
-                if (deviation.bound > m_fit.worst.bound) m_fit.worst = deviation;
+                verdicts[i] = m_judge.judge(piece.args, m_tolerance);
+                if (verdicts[i].bound <= m_tolerance) continue;
+                failed[i] = mend(piece, verdicts[i].at, round < roundsOfSites);
+                again = again || failed[i];
+                if (!failed[i]) verdicts[i] = m_judge.judge(piece.args, std::numeric_limits<double>::infinity());
             }
-            if (!again) return std::move(m_fit);
+            if (!again) return finish(verdicts);
             addNew();
         }
     }
 
 private:
     static constexpr int roundsOfSites = 5;
+
+    Fit finish(const std::vector<Deviation>& verdicts) {
+        m_fit.worst = {0.0, m_fit.sites.front().x};
+        for (const Deviation& verdict : verdicts) {
+            m_fit.within = m_fit.within && verdict.bound <= m_tolerance;
+            if (verdict.bound > m_fit.worst.bound) m_fit.worst = verdict;
+        }
+        return std::move(m_fit);
+    }
 
     // Between sites the curve may be a little farther off than at them.
     double headroom() const { return std::isnan(m_judge.valueAt(m_fit.sites.front().x)) ? 1.0 : 0.997; }
@@ -123,6 +136,7 @@ private:
                    byX);
 
         std::vector<FitKey> keys;
+        std::vector<std::size_t> places; // where the keys are now
         std::size_t site = 0, newKey = 0;
         const auto find = [&](double x) {
             while (sites[site].x < x) ++site;
@@ -136,8 +150,13 @@ private:
                 added.corner = !m_problem.smooth;
                 keys.push_back(added);
             }
+            places.push_back(keys.size());
             keys.push_back(key);
             keys.back().site = find(x);
+        }
+        for (FitPiece& piece : m_fit.pieces) {
+            piece.from = places[piece.from];
+            piece.to = places[piece.to];
         }
         m_fit.sites = std::move(sites);
         m_fit.keys = std::move(keys);

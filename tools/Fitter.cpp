@@ -16,6 +16,7 @@ namespace Private {
 namespace {
 
 constexpr double kThird = 1.0 / 3.0;
+constexpr double kAnySlope = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t kBreadth = 4; // places that the search goes on from
 
 // Rises over the whole piece that its two end slopes would make.
@@ -254,6 +255,28 @@ private:
     std::array<std::array<double, 5>, 4> m_sums{}; // the upper triangle, and the right side
 };
 
+// How often a function that passes one interval after the other has to turn, at least.
+struct Turns {
+    int count = 0;
+
+    void pass(double low, double high) noexcept {
+        const bool falls = high < m_reached.low;
+        const bool rises = low > m_reached.high;
+        if (falls || rises) {
+            if (m_goes != 0) ++count;
+            m_goes = falls ? -1 : 1;
+            m_reached = falls ? Interval{-HUGE_VAL, high} : Interval{low, HUGE_VAL};
+        } else {
+            if (m_goes >= 0) m_reached.low = std::max(m_reached.low, low);
+            if (m_goes <= 0) m_reached.high = std::min(m_reached.high, high);
+        }
+    }
+
+private:
+    int m_goes = 0;
+    Interval m_reached{-HUGE_VAL, HUGE_VAL}; // what it can have without turning
+};
+
 // One stretch between two keys, in units of its own: t from 0 to 1, heights above its left key.
 class Stretch {
 public:
@@ -299,18 +322,18 @@ public:
         return {(ra * bb - rb * ab) / det, (rb * aa - ra * ab) / det};
     }
 
-    // A cubic that meets both keys meets the line through them at one place between, at most.
+    // Whether a cubic through both keys may pass all strips. A line meets it three times at most: a line through one of
+    // the keys twice elsewhere, so that seen from a key the slope of the line to the point turns once at most; and the
+    // cubic itself turns twice at most.
     bool mayFit(double tolerance) const noexcept {
-        bool crossed = false;
-        double side = 0.0;
+        Turns height, fromLeft, fromRight;
         for (std::size_t k = 0; k < size(); ++k) {
-            const double off = m_sites[m_first + k].y - m_left.y - place(k) * m_rise;
-            if (!(std::abs(off) > tolerance)) continue;
-            if (side * off < 0.0) {
-                if (crossed) return false;
-                crossed = true;
-            }
-            side = off;
+            const double y = m_sites[m_first + k].y - m_left.y, x = place(k);
+            const double left = 1.0 / x, right = 1.0 / (1.0 - x);
+            fromLeft.pass((y - tolerance) * left, (y + tolerance) * left);
+            fromRight.pass((m_rise - y - tolerance) * right, (m_rise - y + tolerance) * right);
+            height.pass(y - tolerance, y + tolerance);
+            if (fromLeft.count > 1 || fromRight.count > 1 || height.count > 2) return false;
         }
         return true;
     }
@@ -420,19 +443,62 @@ public:
         : m_sites(sites), m_keys(keys), m_rules(rules) {}
 
     std::vector<FitPiece> run() {
+        std::vector<FitPiece> result;
         m_nodes.push_back({0, none, ownSlopes(0), {}, FitSpan::Free, 0});
-        std::vector<std::size_t> starts{0};
-        for (std::size_t from = 0; from + 1 < m_keys.size();) {
-            std::size_t to = from + 1;
-            while (!m_keys[to].must) ++to;
-            starts = m_keys[from].after == FitSpan::Free ? cross(starts, to) : step(starts, to);
-            from = to;
+        appendPieces(search([](const std::vector<std::size_t>&) { return none; }), kAnySlope, result);
+        return result;
+    }
+
+    // Around each failed piece: from a little before it to where the earlier pieces can go on.
+    std::vector<FitPiece> runAgain(const std::vector<FitPiece>& earlier, const std::vector<bool>& failed) {
+        std::vector<FitPiece> result;
+        std::size_t done = 0; // earlier pieces
+        const auto keepUpTo = [&](std::size_t end) {
+            for (; done < end; ++done) {
+                result.push_back(earlier[done]);
+                result.back().earlier = done;
+            }
+        };
+        for (;;) {
+            const auto bad = static_cast<std::size_t>(
+                std::find(failed.begin() + static_cast<std::ptrdiff_t>(done), failed.end(), true) - failed.begin());
+            if (bad == earlier.size()) break;
+            std::size_t first = bad - std::min(beside, bad - done);
+            while (first > done && !isJoint(earlier[first])) --first;
+            keepUpTo(first);
+            const std::size_t key = earlier[first].from;
+            Interval slopes = ownSlopes(key);
+            if (first > 0 && !m_keys[key].corner) slopes.low = slopes.high = startSlope(earlier[first]);
+            m_nodes.assign(1, {key, none, slopes, {}, FitSpan::Free, 0});
+
+            int waited = 0;
+            const std::size_t end = search([&](const std::vector<std::size_t>& level) {
+                // Behind the farthest place of a level there may be less to come.
+                const bool any = m_nodes[level.front()].key > earlier[bad].to && ++waited > wait;
+                for (const std::size_t place : level) {
+                    if (const std::size_t next = continuation(place, earlier, failed, bad); next != none) {
+                        done = next;
+                        return place;
+                    }
+                    if (!any) break;
+                }
+                return none;
+            });
+            double slope = kAnySlope;
+            if (m_nodes[end].key + 1 == m_keys.size())
+                done = earlier.size();
+            else if (!m_keys[m_nodes[end].key].corner)
+                slope = startSlope(earlier[done]);
+            appendPieces(end, slope, result);
         }
-        return pieces(starts.front());
+        keepUpTo(earlier.size());
+        return result;
     }
 
 private:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    static constexpr std::size_t beside = 2; // pieces next to failed ones that are searched again
+    static constexpr int wait = 4;           // levels
 
     // A key that can be reached, and the slopes that it can have then.
     struct Node {
@@ -455,6 +521,41 @@ private:
         return slopes.low <= slope && slope <= slopes.high;
     }
 
+    static double startSlope(const FitPiece& piece) noexcept { return piece.args.outY / piece.args.outX; }
+    bool isJoint(const FitPiece& after) const noexcept { return m_keys[after.from].corner || !after.kept; }
+
+    // The earlier piece beyond a failed one with which it can go on from a place.
+    std::size_t continuation(std::size_t place, const std::vector<FitPiece>& earlier, const std::vector<bool>& failed,
+                             std::size_t bad) const noexcept {
+        const Node& node = m_nodes[place];
+        const auto begin = earlier.begin() + static_cast<std::ptrdiff_t>(bad) + 1;
+        const auto it = std::lower_bound(begin, earlier.end(), node.key,
+                                         [](const FitPiece& piece, std::size_t key) { return piece.from < key; });
+        if (it == earlier.end() || it->from != node.key || !isJoint(*it)) return none;
+        const auto next = static_cast<std::size_t>(it - earlier.begin());
+        for (std::size_t i = next; i < earlier.size() && i <= next + beside; ++i)
+            if (failed[i]) return none;
+        return m_keys[node.key].corner || holds(node.slopes, startSlope(*it)) ? next : none;
+    }
+
+    // From the only node, in as few pieces as are found, to the place that `stop` chooses from a level, else to the
+    // end.
+    template<typename Stop>
+    std::size_t search(const Stop& stop) {
+        std::vector<std::size_t> level{0};
+        for (std::size_t to = m_nodes.front().key;;) {
+            if (const std::size_t from = m_nodes[level.front()].key; from == to) {
+                if (to + 1 == m_keys.size()) return level.front();
+                do ++to;
+                while (!m_keys[to].must);
+                level = m_keys[from].after == FitSpan::Free ? nextLevel(level, to) : step(level, to);
+            } else {
+                level = nextLevel(level, to);
+            }
+            if (const std::size_t place = stop(level); place != none) return place;
+        }
+    }
+
     // Over a span that is not searched.
     std::vector<std::size_t> step(const std::vector<std::size_t>& starts, std::size_t to) {
         const std::size_t from = m_nodes[starts.front()].key;
@@ -471,29 +572,33 @@ private:
         return {m_nodes.size() - 1};
     }
 
-    // From keys that must stand to the next one, in as few pieces as are found.
-    std::vector<std::size_t> cross(std::vector<std::size_t> level, std::size_t to) {
-        for (;;) {
-            std::vector<Node> reached;
-            std::size_t best = 0;
-            m_tried.clear();
-            for (const std::size_t from : level) expand(from, to, best, reached);
-            std::sort(reached.begin(), reached.end(), [](const Node& a, const Node& b) {
-                return std::tie(b.key, b.kept, a.parent) < std::tie(a.key, a.kept, b.parent);
-            });
-            level.clear();
-            const bool arrived = reached.front().key == to;
-            for (Node& node : reached) {
-                if (level.size() == kBreadth || (arrived && node.key != to)) break;
-                const auto same = std::count_if(level.begin(), level.end(),
-                                                [&](std::size_t other) { return m_nodes[other].key == node.key; });
-                if (same >= (m_keys[node.key].corner ? 1 : 2)) continue;
-                if (!narrowSlopes(node)) continue;
-                m_nodes.push_back(node);
-                level.push_back(m_nodes.size() - 1);
-            }
-            if (arrived && !level.empty()) return level;
+    // The best places that one more piece reaches, the farthest first. The limit is the next key that must stand; once
+    // it is reached, all are there.
+    std::vector<std::size_t> nextLevel(const std::vector<std::size_t>& starts, std::size_t limit) {
+        std::vector<Node> reached;
+        std::size_t best = 0;
+        m_tried.clear();
+        for (const std::size_t from : starts) expand(from, limit, best, reached);
+        std::sort(reached.begin(), reached.end(), [](const Node& a, const Node& b) {
+            return std::tie(b.key, b.kept, a.parent) < std::tie(a.key, a.kept, b.parent);
+        });
+        std::vector<std::size_t> level;
+        for (Node& node : reached) {
+            const bool arrived = !level.empty() && m_nodes[level.front()].key == limit;
+            if (level.size() == kBreadth || (arrived && node.key != limit)) break;
+            const auto same = std::count_if(level.begin(), level.end(),
+                                            [&](std::size_t other) { return m_nodes[other].key == node.key; });
+            if (same >= (m_keys[node.key].corner ? 1 : 2)) continue;
+            if (!narrowSlopes(node)) continue;
+            m_nodes.push_back(node);
+            level.push_back(m_nodes.size() - 1);
         }
+        if (level.empty()) { // rounding left none of them
+            const Node& start = m_nodes[starts.front()];
+            m_nodes.push_back({start.key + 1, starts.front(), ownSlopes(start.key + 1), {}, FitSpan::Free, start.kept});
+            level.push_back(m_nodes.size() - 1);
+        }
+        return level;
     }
 
     // Finds keys that can be reached from one: the farthest, and a few that are less far. From the first place of a
@@ -588,9 +693,9 @@ private:
         return true;
     }
 
-    std::vector<FitPiece> pieces(std::size_t last) {
-        std::vector<FitPiece> result;
-        std::optional<double> slope; // that the piece has to end with
+    // The pieces up to a node; the last one is to end with the slope.
+    void appendPieces(std::size_t last, double slope, std::vector<FitPiece>& result) {
+        const auto before = static_cast<std::ptrdiff_t>(result.size());
         for (std::size_t i = last; m_nodes[i].parent != none; i = m_nodes[i].parent) {
             const Node& node = m_nodes[i];
             const Node& start = m_nodes[node.parent];
@@ -599,7 +704,7 @@ private:
             if (node.piece == FitSpan::Straight) {
                 const double line = stretch.rise() / stretch.width();
                 piece.args = stretch.args({}, {stretch.rise(), stretch.rise()});
-                slope = holds(start.slopes, line) ? std::optional(line) : std::nullopt;
+                slope = holds(start.slopes, line) ? line : kAnySlope;
             } else if (node.piece == FitSpan::Free) {
                 const Rises rises = choose(stretch, start, node, slope);
                 piece.args = stretch.args(node.lengths, rises);
@@ -607,16 +712,15 @@ private:
             } else if (const double kept = m_keys[start.key].keptOut; holds(start.slopes, kept)) {
                 slope = kept;
             } else {
-                slope.reset();
+                slope = kAnySlope;
             }
-            if (m_keys[start.key].corner) slope.reset();
+            if (m_keys[start.key].corner) slope = kAnySlope;
             result.push_back(piece);
         }
-        std::reverse(result.begin(), result.end());
-        return result;
+        std::reverse(result.begin() + before, result.end());
     }
 
-    Rises choose(const Stretch& stretch, const Node& start, const Node& node, std::optional<double> endSlope) {
+    Rises choose(const Stretch& stretch, const Node& start, const Node& node, double endSlope) {
         const double width = stretch.width();
         const auto [a, b] = boundsOf(stretch, start, node.key);
         const Rises own{std::clamp(m_keys[start.key].slope * width, a.low, a.high), m_keys[node.key].slope * width};
@@ -629,8 +733,8 @@ private:
             const Rises best = stretch.leastSquares(m_rows, own, {});
             return {std::clamp(best.a, a.low, a.high), std::clamp(best.b, b.low, b.high)};
         }
-        if (!endSlope) return polygon.towards(stretch.leastSquares(m_rows, own, {}));
-        double end = *endSlope * width;
+        if (std::isnan(endSlope)) return polygon.towards(stretch.leastSquares(m_rows, own, {}));
+        double end = endSlope * width;
         const Interval range = polygon.slice(end);
         const double best = stretch.leastSquares(m_rows, own, end).a;
         const double margin = 1e-3 * (range.high - range.low);
@@ -657,6 +761,12 @@ std::vector<FitPiece> FitPieces(const std::vector<FitSite>& sites, const std::ve
                                 const FitRules& rules) {
     if (keys.size() < 2) return {};
     return Search(sites, keys, rules).run();
+}
+
+std::vector<FitPiece> FitPiecesAgain(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys,
+                                     const FitRules& rules, const std::vector<FitPiece>& earlier,
+                                     const std::vector<bool>& failed) {
+    return Search(sites, keys, rules).runAgain(earlier, failed);
 }
 
 } // namespace Private

@@ -43,6 +43,7 @@ struct FitPiece {
     std::size_t to;
     bool kept;
     BezierArgs args;
+    std::size_t earlier = static_cast<std::size_t>(-1); // its index before, where it stayed as it was
 };
 
 struct FitRules {
@@ -61,6 +62,12 @@ struct FitRules {
 // end backwards, inside the polygons, as near as can be to the best in the sense of least squares.
 std::vector<FitPiece> FitPieces(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys,
                                 const FitRules& rules);
+
+// As above, but only around those of earlier pieces that failed: the others stay as long as their neighbours can meet
+// them. Time near linear in the number of the failed ones, but for copying the others.
+std::vector<FitPiece> FitPiecesAgain(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys,
+                                     const FitRules& rules, const std::vector<FitPiece>& earlier,
+                                     const std::vector<bool>& failed);
 
 } // namespace Private
 } // namespace v19

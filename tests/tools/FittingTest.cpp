@@ -338,6 +338,24 @@ TEST(ReduceCurve, StaysWithinTheToleranceWhateverTheCurve) {
     EXPECT_LT(after, before * 3 / 4);
 }
 
+// Between the samples much fails at first, and what is found there again has to meet the rest.
+TEST(ReduceCurve, JoinsWhatItSearchesAgain) {
+    for (const unsigned seed : {0U, 1U, 2U, 5U, 6U, 7U})
+        for (const FitOptions& options : AllOptions()) {
+            SCOPED_TRACE(testing::Message() << seed << ", handles " << options.handles << ", keys " << options.keys);
+            const Samples samples = RandomSignal(seed, 150);
+            const auto curve = CurveThrough(samples, Linear::create());
+            ReduceCurve(*curve, -kInfinity, kInfinity, 0.02 * RangeOf(samples), options);
+            ASSERT_EQ(KeyFault(*curve, options), "");
+            if (options.keys == FitOptions::Broken || options.keepExtremes) continue;
+            for (auto it = std::next(curve->begin(), 2); it->getRightKey(); ++it) {
+                const auto uses = [](const Segment& segment) { return segment.getInterpolator()->usesTangents(); };
+                const auto key = it->getLeftKey();
+                EXPECT_TRUE(key->isTangentsUnified() || !uses(*it) || !uses(*key->getLeftSegment())) << key->getX();
+            }
+        }
+}
+
 TEST(ReduceCurve, KeepsWhatHasToStay) {
     const struct {
         const char* what;

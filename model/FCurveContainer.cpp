@@ -93,16 +93,27 @@ FCurveContainer::iterator FCurveContainer::moveCurve(iterator position, FCurveCo
 
 void FCurveContainer::replaceCurves(std::size_t first, std::size_t count,
                                     const std::vector<std::shared_ptr<FCurve>>& curves) {
+    List added; // what takes memory comes first
+    try {
+        for (const auto& curve : curves) {
+            if (m_positions.count(curve.get()) > 0) continue;
+            added.push_back(curve);
+            m_positions.emplace(curve.get(), std::prev(added.end()));
+        }
+    } catch (...) {
+        for (const auto& curve : added) m_positions.erase(curve.get());
+        throw;
+    }
     auto place = std::next(m_curves.begin(), static_cast<std::ptrdiff_t>(first));
     const auto rest = std::next(place, static_cast<std::ptrdiff_t>(count));
     for (const auto& curve : curves) {
-        const auto [entry, isNew] = m_positions.try_emplace(curve.get());
-        if (isNew)
-            entry->second = m_curves.insert(place, curve);
-        else if (entry->second == place)
+        const List::iterator entry = m_positions.find(curve.get())->second;
+        if (!added.empty() && entry == added.begin())
+            m_curves.splice(place, added, entry);
+        else if (entry == place)
             ++place;
         else
-            m_curves.splice(place, m_curves, entry->second);
+            m_curves.splice(place, m_curves, entry);
     }
     while (place != rest) {
         m_positions.erase(place->get());

@@ -3,6 +3,7 @@
 #include "selection/EditHub.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -77,14 +78,21 @@ bool EditHistory::move(bool undo) {
         hub.tellEnded(EditSummary{kind, "", {}, false});
         return false;
     }
-    to.push_back(std::move(from.back()));
-    from.pop_back();
+    to.splice(to.end(), from, std::prev(from.end()));
     Step& step = to.back();
     EditHub::Restoration restoration(hub, kind, *step.record);
+    try {
+        restoration.run();
+    } catch (...) {
+        from.splice(from.end(), to, std::prev(to.end()));
+        restoration.tellNothing();
+        throw;
+    }
     m_kept -= step.bytes;
     step.bytes = step.record->bytes(*m_curves);
     m_kept += step.bytes;
     hold();
+    restoration.summarize();
     restoration.tellChanges(true);
     restoration.tellSummary();
     return true;

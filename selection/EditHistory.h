@@ -5,7 +5,7 @@
 #include "selection/EditRecord.h"
 
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <memory>
 
 namespace VEM_FN::FCurveLib {
@@ -43,7 +43,7 @@ public:
         std::size_t bytes = 0;
         bool merges = false;
     };
-    using Steps = std::deque<Step>;
+    using Steps = std::list<Step>;
     const Steps& done() const noexcept { return m_done; }
     const Steps& undone() const noexcept { return m_undone; }
 

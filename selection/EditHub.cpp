@@ -271,6 +271,19 @@ void EditHub::cancel(const std::shared_ptr<Frame>& frame) {
     m_watch.settle(); // before parts that came and went are forgotten
     frame->record->close(m_container);
     Restoration restoration(*this, EditSummary::Cancel, *frame->record);
+    try {
+        restoration.run();
+    } catch (...) { // the group stays open
+        try {
+            frame->record->reopen(EditRecord::curvesOf(m_container));
+        } catch (...) {
+            frame->isOpen = false;
+            m_frames.pop_back();
+            if (m_history) m_history->clear();
+        }
+        throw;
+    }
+    restoration.summarize();
     frame->isOpen = false;
     m_frames.pop_back();
     restoration.tellChanges(!quiet || !m_frames.empty());
@@ -279,19 +292,41 @@ void EditHub::cancel(const std::shared_ptr<Frame>& frame) {
 
 // --- restoring -------------------------------------------------------------------------------------------------------
 
-EditHub::Restoration::Restoration(EditHub& hub, EditSummary::Kind kind, EditRecord& record)
-    : m_container(hub.m_container.getShared()), m_hub(hub) {
-    const Restored<bool> restoring(hub.m_isRestoring, true);
-    const bool watches = hub.isQuiet() || !hub.m_observers.empty();
-    if (watches) record.watch(hub.m_watch);
-    record.exchange(hub.m_container, m_changes);
-    for (FCurve& curve : hub.m_container) hub.joined(curve);
-    if (watches) hub.m_watch.settle();
-    if (hub.m_frames.size() > 1) return;
-    m_summary = hub.m_watch.takeStep(hub.m_container);
-    hub.m_watch.takeAll(hub.m_container);
-    m_summary.kind = kind;
-    m_summary.name = record.name();
+EditHub::Restoration::Restoration(EditHub& hub, EditSummary::Kind kind, EditRecord& record) noexcept
+    : m_container(hub.m_container.getShared()), m_hub(hub), m_record(record), m_kind(kind) {}
+
+void EditHub::Restoration::run() {
+    const Restored<bool> restoring(m_hub.m_isRestoring, true);
+    try {
+        if (m_hub.isQuiet() || !m_hub.m_observers.empty()) m_record.watch(m_hub.m_watch);
+        m_record.eachCurve([&](FCurve& curve) { m_hub.joined(curve); });
+        m_record.exchange(m_hub.m_container, m_changes);
+    } catch (...) {
+        if (m_hub.m_frames.empty()) m_hub.m_watch = EditWatch();
+        throw;
+    }
+}
+
+void EditHub::Restoration::summarize() {
+    EditWatch& watch = m_hub.m_watch;
+    watch.settle();
+    if (m_hub.m_frames.size() > 1) return;
+    try {
+        m_summary = watch.takeStep(m_hub.m_container);
+        watch.takeAll(m_hub.m_container);
+        m_summary.kind = m_kind;
+        m_summary.name = m_record.name();
+    } catch (...) {
+        if (m_hub.m_frames.empty()) watch = EditWatch();
+        throw;
+    }
+}
+
+void EditHub::Restoration::tellNothing() noexcept {
+    try {
+        m_hub.tellEnded(EditSummary{m_kind, "", {}, false});
+    } catch (...) { // what there was to tell has been thrown already
+    }
 }
 
 void EditHub::Restoration::tellChanges(bool parts) {

@@ -58,7 +58,12 @@ public:
     // Brings a record's state back at once; tells of it when asked.
     class Restoration {
     public:
-        Restoration(EditHub& hub, EditSummary::Kind kind, EditRecord& record);
+        Restoration(EditHub& hub, EditSummary::Kind kind, EditRecord& record) noexcept;
+        // What it throws leaves all as it was.
+        void run();
+        void summarize();
+        // That it came to nothing.
+        void tellNothing() noexcept;
         // To the observers of curves and selections, part by part or, in a hurry, curve by curve.
         void tellChanges(bool parts);
         void tellSummary();
@@ -66,6 +71,8 @@ public:
     private:
         std::shared_ptr<FCurveContainer> m_container;
         EditHub& m_hub;
+        EditRecord& m_record;
+        const EditSummary::Kind m_kind;
         EditSummary m_summary; // of an inner group none
         EditChanges m_changes;
     };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <unordered_set>
 
 namespace VEM_FN::FCurveLib {
@@ -31,6 +32,13 @@ bool IsSameBits(const Vector2D<double>& a, const Vector2D<double>& b) noexcept {
 template<class Entry>
 void MakeRoom(std::vector<Entry>& entries) {
     if (entries.size() == entries.capacity()) entries.reserve(2 * entries.size() + 1);
+}
+
+// For properties: whatever else it may come to hold.
+void MakeRoom(PropertyMap&) noexcept {}
+template<class Box>
+auto MakeRoom(Box& box) -> decltype(box.need(), void()) {
+    box.need();
 }
 
 // The part of a block that carries the property, given to the call.
@@ -365,139 +373,186 @@ void EditRecord::destroyed(FCurve& curve) {
 
 // --- bringing back ---------------------------------------------------------------------------------------------------
 
+// What exchange() is about to do, with all the memory that it takes.
+struct EditRecord::Plan {
+    struct Move { // of a block that is to stand elsewhere
+        std::shared_ptr<Block> block;
+        FCurve* from;
+        FCurve* to;
+    };
+    struct Map { // all properties that a part is to have
+        void* place;
+        Recorder::Carrier carrier;
+        PropertyMap properties;
+    };
+    std::vector<Move> moves;
+    std::vector<std::uint32_t> owners; // the curves that the blocks are in now, by number
+    std::vector<Map> maps;
+    std::vector<PropertyRecord> properties; // that are recorded afterwards
+    Curves curves;                          // that those to come replace
+    std::unique_ptr<char[]> room;           // given back for the way back
+};
+
 void EditRecord::exchange(FCurveContainer& container, EditChanges& changes) {
-    open(false);
-    exchangeBlocks(changes);
-    for (auto& [number, name] : m_names) {
-        FCurve* const curve = m_curves[number];
-        if (!curve) continue;
-        Recording::name(*curve);
-        Raw::swapName(*curve, name);
-        changes.renamed(*curve);
+    const std::size_t texts = m_texts.size();
+    Plan plan;
+    try {
+        open(false);
+        planBlocks(plan, changes);
+        planProperties(plan, changes);
+        for (const auto& entry : m_names)
+            if (FCurve* const curve = m_curves[entry.first]) {
+                Recording::name(*curve);
+                changes.renamed(*curve);
+            }
+        if (m_contents) {
+            auto place = std::next(container.begin(), static_cast<std::ptrdiff_t>(m_contents->first));
+            for (std::size_t i = 0; i < m_contents->count; ++i, ++place) plan.curves.push_back(place->getShared());
+            changes.container();
+        }
+        exchangeBlocks(plan, container);
+    } catch (...) {
+        m_texts.erase(m_texts.begin() + static_cast<std::ptrdiff_t>(texts), m_texts.end());
+        m_index.reset();
+        throw;
     }
+
+    // Nothing fails from here on.
+    for (std::size_t i = 0; i < m_blocks.size(); ++i) m_blocks[i].was = plan.owners[i];
+    for (Plan::Map& map : plan.maps)
+        WithPart(map.place, map.carrier, [&](auto& part) { Raw::stored(part).swap(map.properties); });
+    m_properties.swap(plan.properties);
+    for (auto& [number, name] : m_names)
+        if (FCurve* const curve = m_curves[number]) Raw::swapName(*curve, name);
     if (m_contents) {
-        Curves& curves = m_contents->curves;
-        Curves now;
-        auto place = std::next(container.begin(), static_cast<std::ptrdiff_t>(m_contents->first));
-        for (std::size_t i = 0; i < m_contents->count; ++i, ++place) now.push_back(place->getShared());
-        Raw::replaceCurves(container, m_contents->first, m_contents->count, curves);
-        m_contents->count = curves.size();
-        curves = std::move(now);
-        changes.container();
+        m_contents->count = m_contents->curves.size();
+        m_contents->curves.swap(plan.curves);
     }
     m_index.reset();
     releaseProperties();
 }
 
-void EditRecord::exchangeBlocks(EditChanges& changes) {
-    struct Move {
-        BlockRecord* record;
-        FCurve* from;
-        FCurve* to;
-        std::shared_ptr<Block> linked; // once it is in a chain again, that holds it
-    };
-    std::vector<Move> moves;
-    std::unordered_set<const void*> leaving;
-    std::vector<const Block*> entering;
-
-    // Whatever is to stand elsewhere is taken out first: then nothing can be in the way of anything.
+void EditRecord::planBlocks(Plan& plan, EditChanges& changes) {
     for (BlockRecord& record : m_blocks) {
         Block& block = *record.block;
         FCurve* const from = ownerOf(block);
         FCurve* const to = curveAt(record.was);
-        if (from == to && (!from || block.isLeading() || block.key.getX() == record.position.x)) continue;
-        moves.push_back({&record, from, to, nullptr});
-        if (from && !to) {
-            leaving.insert(&block);
-            Recording::remove(*from, block);
-        } else if (from) {
+        plan.owners.push_back(from ? numberOf(*from) : none);
+        if (from == to) {
+            if (!from) continue;
             Recording::touch(&block);
+            changes.changed(*to, record.block, record); // which of two states comes first makes no difference
+            if (block.isLeading() || block.key.getX() == record.position.x) continue;
+        } else if (block.isLeading()) {
+            if (from) changes.replaced(*from);
+            if (to) changes.replaced(*to);
         } else {
-            entering.push_back(&block);
-            Recording::add(*to, block);
+            if (from) changes.removed(*from, record.block);
+            if (to) changes.added(*to, record.block);
         }
-        if (from && block.isLeading() && to != from) changes.replaced(*from);
-        if (to && block.isLeading() && to != from) changes.replaced(*to);
+        if (from && !to)
+            Recording::remove(*from, block);
+        else if (from != to && to)
+            from ? Recording::touch(&block) : Recording::add(*to, block);
+        plan.moves.push_back({record.block, from, to});
     }
-    // While a block is in no curve, the record has all of its properties; while it is in one, what differs.
-    m_properties.erase(std::remove_if(m_properties.begin(), m_properties.end(),
-                                      [&](const PropertyRecord& r) { return leaving.count(r.place) > 0; }),
-                       m_properties.end());
-    for (const void* block : leaving) {
-        for (const Recorder::Carrier carrier : kOfBlock)
-            for (const auto& [key, value] : propertiesOf(const_cast<void*>(block), carrier))
-                m_properties.push_back({const_cast<void*>(block), numberOf(value), numberOf(key) * 8 + carrier});
-    }
-
-    for (const Move& move : moves)
-        if (move.from && !move.record->block->isLeading()) Raw::unlink(*move.record->block);
-
-    for (BlockRecord& record : m_blocks) {
-        Block& block = *record.block;
-        BlockShape before(block);
-        if (FCurve* const to = curveAt(record.was)) {
-            const bool stays = ownerOf(block) == to;
-            if (stays) Recording::touch(&block);
-            Raw::setShape(block, record);
-            if (stays) changes.changed(*to, record.block, before);
-        }
-        static_cast<BlockShape&>(record) = std::move(before);
-    }
-
-    for (const Move& move : moves) {
-        const std::shared_ptr<Block>& block = move.record->block;
-        if (block->isLeading() && move.from != move.to) {
-            if (move.to)
-                Raw::setLeading(*move.to, block);
-            else
-                Raw::leave(*block);
-        }
-    }
-    for (const Move& move : moves) {
-        const std::shared_ptr<Block>& block = move.record->block;
-        if (!block->isLeading() && move.to) {
-            const SegmentMap::Place place = Raw::locate(*move.to, block->key.getX());
-            if (!place.isAt) Raw::link(*move.to, place, block);
-        }
-        if (!block->isLeading() && move.from != move.to) {
-            if (move.from) changes.removed(*move.from, block);
-            if (move.to) changes.added(*move.to, block);
-        }
-        if (!block->isLeading() && move.from == move.to) changes.changed(*move.to, block, *move.record);
-        move.record->was = move.from ? numberOf(*move.from) : none;
-    }
-    exchangeProperties(entering, changes);
+    // More than a curve's index can need for as many entries, from which others had been taken.
+    constexpr std::size_t most = 4096;
+    plan.room.reset(new char[most * (1 + plan.moves.size() / 32)]);
 }
 
-void EditRecord::exchangeProperties(const std::vector<const Block*>& entering, EditChanges& changes) {
-    std::unordered_set<const void*> entered(entering.begin(), entering.end());
-    for (const Block* block : entering)
-        for (const Recorder::Carrier carrier : kOfBlock)
-            WithPart(const_cast<Block*>(block), carrier, [](auto& part) { Raw::setProperties(part, {}); });
-
-    std::unordered_map<const void*, std::shared_ptr<Block>> owners;
-    for (PropertyRecord& record : m_properties) {
+// While a block is in no curve, the record has all of its properties; while it is in one, those that differ.
+void EditRecord::planProperties(Plan& plan, EditChanges& changes) {
+    std::unordered_map<const void*, const Plan::Move*> movesOf;
+    for (const Plan::Move& move : plan.moves) movesOf.emplace(move.block.get(), &move);
+    std::map<std::pair<void*, Recorder::Carrier>, std::size_t> places;
+    const auto mapOf = [&](void* place, Recorder::Carrier carrier, bool empty) -> PropertyMap& {
+        const auto [entry, isNew] = places.try_emplace({place, carrier}, plan.maps.size());
+        if (isNew) plan.maps.push_back({place, carrier, empty ? PropertyMap() : propertiesOf(place, carrier)});
+        return plan.maps[entry->second].properties;
+    };
+    for (const Plan::Move& move : plan.moves) {
+        Block* const block = move.block.get();
+        for (const Recorder::Carrier carrier : kOfBlock) {
+            if (!move.from) mapOf(block, carrier, true);
+            if (move.from && !move.to)
+                for (const auto& [key, value] : propertiesOf(block, carrier))
+                    plan.properties.push_back({block, numberOf(value), numberOf(key) * 8 + carrier});
+        }
+    }
+    for (const PropertyRecord& record : m_properties) {
         const Recorder::Carrier carrier = record.carrier();
-        const bool isPartOfBlock = carrier > Recorder::OfCurve;
-        auto* const block = isPartOfBlock ? static_cast<Block*>(record.place) : nullptr;
-        if (block && !ownerOf(*block)) continue; // complete, and kept for its return
-        const std::string key = m_texts[record.key / 8];
+        auto* const block = carrier > Recorder::OfCurve ? static_cast<Block*>(record.place) : nullptr;
+        const auto moved = movesOf.find(record.place);
+        const Plan::Move* const move = moved == movesOf.end() ? nullptr : moved->second;
+        if (move && !move->to) continue; // recorded anew above
+        const std::string key = m_texts[record.key / 8], value = m_texts[record.value];
+        if (move && !move->from) { // comes back with what it had
+            mapOf(block, carrier, true).set(key.c_str(), value.c_str());
+            continue;
+        }
+        if (block && !ownerOf(*block)) { // kept for its return
+            plan.properties.push_back(record);
+            continue;
+        }
         const std::string before = propertiesOf(record.place, carrier).get(key.c_str());
-        const std::string value = m_texts[record.value];
-        WithPart(record.place, carrier, [&](auto& part) { Raw::setProperty(part, key.c_str(), value.c_str()); });
-        record.value = numberOf(before);
-        if (value == before || entered.count(record.place) > 0) continue;
+        plan.properties.push_back({record.place, numberOf(before), record.key});
+        if (value == before) continue;
+        WithPart(record.place, carrier, [&](auto& part) { Recording::property(part, key.c_str()); });
+        mapOf(record.place, carrier, false).set(key.c_str(), value.c_str());
         if (carrier == Recorder::OfContainer)
             changes.container();
         else if (carrier == Recorder::OfCurve)
             changes.property(*static_cast<FCurve*>(record.place), nullptr, carrier, key, before);
         else
-            changes.property(*ownerOf(*block), block->self.lock(), carrier, key, before);
+            changes.property(move ? *move->to : *ownerOf(*block), block->self.lock(), carrier, key, before);
     }
-    // Of blocks that came back everything is as it was: nothing differs any more.
-    m_properties.erase(std::remove_if(m_properties.begin(), m_properties.end(),
-                                      [&](const PropertyRecord& r) { return entered.count(r.place) > 0; }),
-                       m_properties.end());
+    for (const Plan::Map& map : plan.maps)
+        WithPart(map.place, map.carrier, [](auto& part) { MakeRoom(Raw::stored(part)); });
+}
+
+// The places and shapes of blocks, and the list of curves. All, or what throws leaves nothing of it.
+void EditRecord::exchangeBlocks(Plan& plan, FCurveContainer& container) {
+    const auto& moves = plan.moves;
+    // Whatever is to stand elsewhere is taken out first: then nothing can be in the way of anything.
+    const auto takeOut = [&] {
+        for (const Plan::Move& move : moves)
+            if (!move.block->isLeading() && ownerOf(*move.block)) Raw::unlink(*move.block);
+    };
+    const auto exchangeShapes = [&] {
+        for (BlockRecord& record : m_blocks) {
+            BlockShape before(*record.block);
+            if (curveAt(record.was)) Raw::setShape(*record.block, record);
+            static_cast<BlockShape&>(record) = std::move(before);
+        }
+    };
+    const auto putIn = [&](FCurve* Plan::Move::*where) {
+        for (const Plan::Move& move : moves) {
+            if (!move.block->isLeading() || move.from == move.to) continue;
+            if (FCurve* const curve = move.*where)
+                Raw::setLeading(*curve, move.block);
+            else
+                Raw::leave(*move.block);
+        }
+        for (const Plan::Move& move : moves) {
+            FCurve* const curve = move.*where;
+            if (move.block->isLeading() || !curve) continue;
+            const SegmentMap::Place place = Raw::locate(*curve, move.block->key.getX());
+            if (!place.isAt) Raw::link(*curve, place, move.block);
+        }
+    };
+    takeOut();
+    exchangeShapes();
+    try {
+        putIn(&Plan::Move::to);
+        if (m_contents) Raw::replaceCurves(container, m_contents->first, m_contents->count, m_contents->curves);
+    } catch (...) {
+        plan.room.reset();
+        takeOut();
+        exchangeShapes();
+        putIn(&Plan::Move::from);
+        throw;
+    }
 }
 
 void EditRecord::watch(EditWatch& watch) const {

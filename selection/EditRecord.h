@@ -56,8 +56,15 @@ public:
     using Curves = std::vector<std::shared_ptr<FCurve>>;
     Curves reopen(Curves after);
     static Curves curvesOf(FCurveContainer& container);
-    // Brings the recorded state back, and takes the present one in its place. Closed.
+    // Brings the recorded state back, and takes the present one in its place; std::bad_alloc leaves both as they were.
+    // Closed.
     void exchange(FCurveContainer& container, EditChanges& changes);
+    // Calls with each curve that exchange() may bring into the container.
+    template<class Call>
+    void eachCurve(const Call& call) const {
+        if (!m_contents) return;
+        for (const auto& curve : m_contents->curves) call(*curve);
+    }
     // Tells what exchange() is about to change.
     void watch(EditWatch& watch) const;
 
@@ -102,8 +109,10 @@ private:
     bool isUnchanged(const PropertyRecord& record) const noexcept;
     void open(bool everything);
     void releaseProperties() noexcept;
-    void exchangeBlocks(EditChanges& changes);
-    void exchangeProperties(const std::vector<const Block*>& entering, EditChanges& changes);
+    struct Plan;
+    void planBlocks(Plan& plan, EditChanges& changes);
+    void planProperties(Plan& plan, EditChanges& changes);
+    void exchangeBlocks(Plan& plan, FCurveContainer& container);
 
     std::string m_name;
     std::vector<FCurve*> m_curves; // null once destroyed

@@ -38,7 +38,8 @@ public:
     /// \name Undo and redo
     /// Return false, and change nothing, where there is nothing to do or a group of the container is open. Linear in
     /// the number of parts that the edit touched, besides the logarithm for finding their places. An exception of an
-    /// observer passes through; the undoing is complete then.
+    /// observer passes through; the undoing is complete then. Where memory runs out (std::bad_alloc) it is complete, or
+    /// nothing has changed: undoSize() tells.
     /// @{
     bool undo();
     bool redo();

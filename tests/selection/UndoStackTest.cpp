@@ -178,4 +178,43 @@ TEST(UndoStack, KeepsWhatWasTouchedWithinItsBytes) {
     EXPECT_EQ(stack.getBytes(), 0U);
 }
 
+TEST(UndoStack, DoesAllOrNothingWhenMemoryRunsOut) {
+    Document document(300);
+    FCurveContainer& curves = *document.curves;
+    const auto other = Keys(5), third = Keys(3), assigned = Keys(4);
+    curves.addCurve(other);
+    curves.addCurve(third);
+    UndoStack stack(document.selection);
+    Summaries view;
+    EditGroup::subscribe(curves, view);
+    const Remembered before(curves);
+    {
+        EditGroup group(curves, "everything");
+        for (int i = 100; i < 110; ++i) document.curve->removeSegment(document.curve->findSegment(i));
+        for (int i = 0; i < 200; ++i) document.curve->insertSegment(*Keyframe::create(120.5 + i / 256.0, i), nullptr);
+        KeyAt(*document.curve, 20)->setX(20.75);
+        document.selection.select(*KeyAt(*document.curve, 30));
+        KeyAt(*document.curve, 31)->setProperty("a long name of a property", "and a value as long as that");
+        document.curve->setName("a name that is too long to be kept in the object itself");
+        *other = *assigned;
+        curves.setProperty("scene", "another scene");
+        curves.removeCurve(--curves.end());
+        curves.addCurve(Keys(2));
+    }
+    const Remembered after(curves);
+    for (const bool undo : {true, false, true})
+        for (long others = 0;; ++others) {
+            const bool failed = runsOutOfMemory(others, [&] { undo ? stack.undo() : stack.redo(); });
+            const bool isUndone = stack.redoSize() == 1;
+            ASSERT_EQ(stack.undoSize(), isUndone ? 0U : 1U);
+            ASSERT_EQ((isUndone ? before : after).differenceTo(curves), "") << others << (undo ? " undo" : " redo");
+            for (FCurve& curve : curves) ASSERT_EQ(Fault(curve), "") << others;
+            if (!failed) {
+                ASSERT_GT(others, 100);
+                break;
+            }
+            if (isUndone == undo) undo ? stack.redo() : stack.undo(); // complete, but somebody was not told
+        }
+}
+
 } // namespace

@@ -100,14 +100,6 @@ const PlaybackInterpolator& InterpolatorOf(const PlaybackCurve& curve, const Pie
     return curve.interpolators[static_cast<std::size_t>(piece.y0)];
 }
 
-inline void Prefetch(const void* memory) noexcept {
-#if defined(__GNUC__)
-    __builtin_prefetch(memory);
-#else
-    (void)memory;
-#endif
-}
-
 // Values of up to Gathered::capacity pairs of curve and x. Each step asks for the memory that the next one reads, for
 // all pairs: in a scene of many curves, what is waited for is memory.
 template<class CurveAt, class XAt>
@@ -117,6 +109,7 @@ void EvalScattered(const LaneSet& lanes, std::size_t count, const CurveAt& curve
     for (std::size_t i = 0; i < count; ++i) {
         guesses[i] = curveAt(i).guess(xAt(i));
         Prefetch(curveAt(i).pieces + guesses[i]);
+        Prefetch(curveAt(i).pieces + guesses[i] + 1);
     }
     Gathered gathered;
     for (std::size_t i = 0; i < count; ++i) {

@@ -1,6 +1,7 @@
 #include "FCurveLib/Sampling.h"
 
-#include "tools/CurveWalk.h"
+#include "model/Read.h"
+#include "tools/ManyValues.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,32 +35,33 @@ std::size_t CountSamples(double start, double end, double step) noexcept {
     return static_cast<std::size_t>(moves) + 1;
 }
 
-template<class Value>
-void SampleRunningSum(double start, double end, double step, const Value& value, Points& out) {
+// The abscissae; every y is 0.
+void SetAbscissae(double start, double end, double step, Points& out) {
     out.clear();
     const std::size_t count = CountSamples(start, end, step);
     if (count == 0) return;
     out.reserve(count);
     // deliberate: accumulated, not start + i * step, so that drift decides about the last sample
-    for (double x = start; x <= end; x += step) out.push_back({x, value(x)});
+    for (double x = start; x <= end; x += step) out.push_back({x, 0.0});
 }
 
 } // namespace
 
 void SampleCurve(const FCurve& curve, double start, double end, double step, Points& out) {
-    Private::CurveWalk walk(curve);
-    SampleRunningSum(
-        start, end, step, [&](double x) { return walk.eval(x); }, out);
+    SetAbscissae(start, end, step, out);
+    Private::EvalPoints(curve, out.data(), out.size());
 }
 
 void SampleCurveExtrapolated(const FCurve& curve, double start, double end, double step, double margin, Points& out) {
-    Private::CurveWalk walk(curve);
-    const double ys = walk.eval(start);
-    const double ye = walk.eval(end);
-    SampleRunningSum(
-        start - margin, end + margin, step,
-        [&](double x) { return x < start || x > end ? (x - start) * ((ye - ys) / (end - start)) + ys : walk.eval(x); },
-        out);
+    SetAbscissae(start - margin, end + margin, step, out);
+    const double ys = curve.eval(start);
+    const double ye = curve.eval(end);
+    const auto chord = [&](Vector2D<double>& point) { point.y = (point.x - start) * ((ye - ys) / (end - start)) + ys; };
+    const auto inside = std::find_if(out.begin(), out.end(), [&](const auto& point) { return !(point.x < start); });
+    const auto after = std::find_if(inside, out.end(), [&](const auto& point) { return point.x > end; });
+    std::for_each(out.begin(), inside, chord);
+    Private::EvalPoints(curve, out.data() + (inside - out.begin()), static_cast<std::size_t>(after - inside));
+    std::for_each(after, out.end(), chord);
 }
 
 void SampleCurveInterior(const FCurve& curve, double step, Points& out) {

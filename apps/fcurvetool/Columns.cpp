@@ -3,7 +3,6 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
-#include <FCurveLib/Evaluation.h>
 
 namespace fcurvetool {
 
@@ -22,15 +21,20 @@ std::vector<std::string> ColumnNames(const std::vector<NamedCurve>& curves, cons
     return names;
 }
 
-void EvaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
+std::vector<FrameValues> ValuesOf(const std::vector<NamedCurve>& curves, std::int64_t frames) {
+    std::vector<FrameValues> values;
+    values.reserve(curves.size());
+    for (const NamedCurve& named : curves) values.emplace_back(*named.curve, frames);
+    return values;
+}
+
+void EvaluateColumns(std::vector<FrameValues>& curves, const ColumnOptions& options, double frame,
                      std::vector<std::string>& cells) {
-    namespace fc = VEM_FN::FCurveLib;
     cells.clear();
-    for (const NamedCurve& named : curves) {
-        const fc::FCurve& curve = *named.curve;
-        cells.push_back(ToText(curve.eval(frame)));
-        if (options.velocity) cells.push_back(ToText(fc::GetFirstDerivative(curve, frame)));
-        if (options.acceleration) cells.push_back(ToText(fc::GetSecondDerivative(curve, frame)));
+    for (FrameValues& curve : curves) {
+        cells.push_back(ToText(curve.value(frame)));
+        if (options.velocity) cells.push_back(ToText(curve.velocity(frame)));
+        if (options.acceleration) cells.push_back(ToText(curve.acceleration(frame)));
     }
 }
 

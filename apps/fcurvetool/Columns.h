@@ -1,7 +1,9 @@
 #pragma once
 
+#include "FrameValues.h"
 #include "NamedCurve.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -21,8 +23,11 @@ void AddColumnOptions(CLI::App& command, ColumnOptions& options);
 
 std::vector<std::string> ColumnNames(const std::vector<NamedCurve>& curves, const ColumnOptions& options);
 
+/// The curves as EvaluateColumns wants them, for so many frames.
+std::vector<FrameValues> ValuesOf(const std::vector<NamedCurve>& curves, std::int64_t frames);
+
 /// The numbers of the columns at a frame, in shortest exact text.
-void EvaluateColumns(const std::vector<NamedCurve>& curves, const ColumnOptions& options, double frame,
+void EvaluateColumns(std::vector<FrameValues>& curves, const ColumnOptions& options, double frame,
                      std::vector<std::string>& cells);
 
 } // namespace fcurvetool

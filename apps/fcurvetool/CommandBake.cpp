@@ -2,6 +2,7 @@
 #include "EditCommand.h"
 #include "Failure.h"
 #include "FrameRange.h"
+#include "FrameValues.h"
 
 #include <CLI/CLI.hpp>
 #include <FCurveLib/Baking.h>
@@ -46,7 +47,8 @@ void Bake(const BakeOptions& options) {
         const FrameRange frames = FrameRange::ofMultiples(first, last, options.step);
         std::vector<Vector2D<double>> samples;
         samples.reserve(static_cast<std::size_t>(frames.size()));
-        for (std::int64_t i = 0; i < frames.size(); ++i) samples.emplace_back(frames[i], curve.eval(frames[i]));
+        FrameValues values(curve, frames.size());
+        for (std::int64_t i = 0; i < frames.size(); ++i) samples.emplace_back(frames[i], values.value(frames[i]));
         BakeSamples(curve, std::move(samples));
         return {};
     });

@@ -43,10 +43,11 @@ void Evaluate(EvalOptions& options) {
     Table table;
     table.addColumn("frame", Table::Align::Right);
     for (std::string& name : ColumnNames(curves, options.columns)) table.addColumn(name, Table::Align::Right);
+    std::vector<FrameValues> values = ValuesOf(curves, rows);
     std::vector<std::string> cells;
     for (const FrameRange& range : ranges) {
         for (std::int64_t i = 0; i < range.size(); ++i) {
-            EvaluateColumns(curves, options.columns, range[i], cells);
+            EvaluateColumns(values, options.columns, range[i], cells);
             cells.insert(cells.begin(), ToText(range[i]));
             table.addRow(cells);
         }

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "FitOption.h"
 #include "FrameRange.h"
+#include "FrameValues.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
@@ -40,8 +41,9 @@ std::vector<Vector2D<double>> SamplesOf(const FCurve& curve, std::optional<doubl
     const double last = std::prev(curve.end())->getLeftKey()->getX();
     LimitSamples(first, last, *step, isUnlimited);
     const FrameRange frames(first, last, *step);
-    for (std::int64_t i = 0; i < frames.size(); ++i) samples.emplace_back(frames[i], curve.eval(frames[i]));
-    if (samples.back().x < last) samples.emplace_back(last, curve.eval(last));
+    FrameValues values(curve, frames.size());
+    for (std::int64_t i = 0; i < frames.size(); ++i) samples.emplace_back(frames[i], values.value(frames[i]));
+    if (samples.back().x < last) samples.emplace_back(last, values.value(last));
     return samples;
 }
 

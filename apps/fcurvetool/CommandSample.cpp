@@ -73,9 +73,10 @@ void Sample(const SampleOptions& options) {
     std::string text = "frame";
     for (const std::string& name : ColumnNames(curves, options.columns)) text += ',' + Quote(name);
     text += '\n';
+    std::vector<FrameValues> values = ValuesOf(curves, frames.size());
     std::vector<std::string> cells;
     for (std::int64_t i = 0; i < frames.size(); ++i) {
-        EvaluateColumns(curves, options.columns, frames[i], cells);
+        EvaluateColumns(values, options.columns, frames[i], cells);
         text += ToText(frames[i]);
         for (const std::string& cell : cells) text += ',' + cell;
         text += '\n';

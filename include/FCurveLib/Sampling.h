@@ -11,8 +11,8 @@ inline namespace v19 {
 
 /// \name Sampling: a curve as evenly spaced points (x in frames, y)
 ///
-/// Every function empties the caller's vector first, then fills it with ascending x. The values are those of
-/// FCurve::eval.
+/// Every function empties the caller's vector first, then fills it with ascending x. The values are FCurve::eval's; of
+/// 256 samples and more they may be CompiledCurve's, which are the same to 1e-12 of the curve's range.
 ///
 /// The abscissae are a running sum, not start + i * step, so the rounding of the sum decides whether a sample falls
 /// exactly on the end: from 0 to 1 by 0.1 gives 11 samples, the last at 0.9999999999999999.

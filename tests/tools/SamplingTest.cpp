@@ -1,4 +1,5 @@
 #include "support/Basics.h"
+#include "support/Museum.h"
 #include "support/Recorder.h"
 
 using namespace Test;
@@ -76,6 +77,37 @@ TEST(Sampling, WidensTheInteriorToTheGrid) {
         SampleCurveInterior(*two, step, points);
         EXPECT_TRUE(points.empty()) << step;
     }
+}
+
+// Constant while it sees the curve that it belongs to.
+class SeesItsCurve : public Interpolator {
+public:
+    SeesItsCurve() { setExpression("sees its curve"); }
+    double eval(double, const Segment& segment) const override { return segment.getOwningCurve() ? 1.0 : 0.0; }
+    std::shared_ptr<Interpolator> clone() override { return std::make_shared<SeesItsCurve>(); }
+};
+
+TEST(Sampling, CompilesForManySamplesWhatIsTheLibrarysOwn) {
+    const auto areSame = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
+    Points points;
+    std::size_t compiledValues = 0;
+    for (const Exhibit& exhibit : Museum()) {
+        const auto curve = exhibit.make();
+        const CompiledCurve compiled(*curve);
+        SampleCurve(*curve, -20.0, 40.0, 1.0 / 32.0, points);
+        ASSERT_EQ(points.size(), 1921U);
+        for (const auto& [x, y] : points) {
+            const bool isModels = areSame(y, curve->eval(x));
+            ASSERT_TRUE(isModels || areSame(y, compiled.eval(x))) << exhibit.name << " at " << x;
+            compiledValues += isModels ? 0 : 1;
+        }
+    }
+    EXPECT_GT(compiledValues, 0U);
+
+    const auto curve = CurveThrough({{0, 0}, {10, 5}});
+    std::next(curve->begin())->setInterpolator(std::make_shared<SeesItsCurve>());
+    SampleCurve(*curve, 0.5, 9.5, 0.001, points);
+    EXPECT_TRUE(std::all_of(points.begin(), points.end(), [](const auto& point) { return point.y == 1.0; }));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-// What Highway has to offer; there only with FCURVELIB_SIMD.
+// What Highway has to offer, or in its place VectorLanes.cpp; there only with FCURVELIB_SIMD.
 
 #include "playback/Lanes.h"
 

@@ -67,3 +67,12 @@ guest-static/consumer
 stage guest-static static
 consume_by_cmake static
 consume_by_pkg_config static --static
+
+echo "== guest, static, without Highway: the same bits"
+cmake -S "$here/guest" -B guest-scalar -DFCURVELIB_SOURCE="$source_dir" -DBUILD_SHARED_LIBS=OFF -DFCURVELIB_SIMD=OFF
+cmake --build guest-scalar --parallel 2
+guest-scalar/consumer
+"$CXX" -std=c++17 -ffp-contract=off -DFCURVELIB_STATIC -I"$source_dir/include" -I"$source_dir" -I"$source_dir/tests" \
+    "$source_dir/tests/playback/bits.cpp" "$source_dir/tests/support/Museum.cpp" \
+    "$(find guest-scalar -name libFCurveLib.a)" -lexpat -o scalar_bits
+./scalar_bits "$source_dir/tests/golden/playback_bits.txt"

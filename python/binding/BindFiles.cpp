@@ -1,40 +1,29 @@
 #include "Binding.h"
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
-#include "FCurveLib/ContainerInterface.h"
-#include "FCurveLib/FileStream.h"
-#include "FCurveLib/FormatExceptions.h"
+#include "FCurveLib/CurveFiles.h"
 #include "FCurveLib/FormatFactory.h"
 #include "FCurveLib/MemoryStream.h"
 #include "FCurveLib/ReadWrite.h"
-#include "FCurveLib/Reader.h"
-#include "FCurveLib/SafeFileSave.h"
 
-#include <algorithm>
+#include <functional>
 #include <limits>
 
 namespace FCurvePython {
 
 namespace {
 
-// (container, name of the format). The curves before an error are dropped with the container.
-py::tuple Read(const py::buffer& data, const Text& file, py::handle format) {
+ContainerPtr Read(const py::buffer& data, const Text& file, py::handle format) {
     const py::buffer_info bytes = data.request();
     if (bytes.itemsize != 1 || bytes.ndim != 1 || bytes.strides[0] != 1) throw py::type_error("Expected bytes");
     if (bytes.size > std::numeric_limits<int>::max()) throw py::value_error("A document has at most 2147483647 bytes");
     ContainerPtr container = FCurveContainer::create();
     try {
         ArrayStreamAdaptor stream(static_cast<const char*>(bytes.ptr), static_cast<int>(bytes.size));
-        if (format.is_none()) {
-            const FormatType type = ReadCurves(stream, *container);
-            return py::make_tuple(container, ToPython(type.getFormatName()));
-        }
-        const Text name = ToText(format);
-        Reader* const reader = FormatFactory::getReader(name.c_str());
-        if (!reader) throw UnknownFormat();
-        ContainerInterface target(*container);
-        reader->readCurves(stream, target);
-        return py::make_tuple(container, ToPython(name.bytes));
+        LoadOptions options;
+        if (!format.is_none()) options.format = ToText(format).bytes;
+        LoadCurves(stream, *container, options);
+        return container;
     } catch (const Exception&) {
         RaiseHandled(file.bytes.empty() ? nullptr : file.c_str());
     }
@@ -53,15 +42,39 @@ py::bytes Write(const FCurveContainer& container, const Text& format, const Text
     }
 }
 
-void Save(const FCurveContainer& container, const Text& path, const Text& format) {
+// None, or what hears of the share that is done; what it raises ends the work.
+std::function<void(double)> ToProgress(const py::object& progress) {
+    if (progress.is_none()) return {};
+    return [progress](double share) { progress(share); };
+}
+
+ContainerPtr Load(const Text& path, py::handle format, const py::object& progress) {
+    ContainerPtr container = FCurveContainer::create();
     try {
-        if (!FormatFactory::getWriter(format.c_str())) throw UnknownFormat();
-        SafeFileSave file(path.c_str());
-        WriteCurves(container, *file.getStream(), format.c_str());
-        file.finish();
+        LoadOptions options;
+        if (!format.is_none()) options.format = ToText(format).bytes;
+        options.progress = ToProgress(progress);
+        LoadCurves(path.c_str(), *container, options);
+        return container;
     } catch (const Exception&) {
         RaiseHandled(path.c_str());
     }
+}
+
+void Save(const FCurveContainer& container, const Text& path, const Text& format, const py::object& progress) {
+    try {
+        SaveOptions options;
+        options.progress = ToProgress(progress);
+        SaveCurves(path.c_str(), container, format.c_str(), options);
+    } catch (const Exception&) {
+        RaiseHandled(path.c_str());
+    }
+}
+
+// The name of the format of such files; None where none is written.
+py::object FormatOf(const Text& path) {
+    const Writer* const writer = FormatFactory::getWriterByExtension(path.c_str());
+    return writer ? py::object(ToPython(writer->getFormatType().getFormatName())) : py::none();
 }
 
 // (name, title, extension, whether it is read, whether it is written), by name.
@@ -86,7 +99,9 @@ py::list Formats() {
 void BindFiles(py::module_& module) {
     module.def("_read", &Read, py::arg("data"), py::arg("file"), py::arg("format"));
     module.def("_write", &Write, py::arg("container"), py::arg("format"), py::arg("file"));
-    module.def("_save", &Save, py::arg("container"), py::arg("path"), py::arg("format"));
+    module.def("_load", &Load, py::arg("path"), py::arg("format"), py::arg("progress"));
+    module.def("_save", &Save, py::arg("container"), py::arg("path"), py::arg("format"), py::arg("progress"));
+    module.def("_format_of", &FormatOf, py::arg("path"));
     module.def("_formats", &Formats);
     module.def("_curve_from_state", &CurveFromState, py::arg("state"));
 }

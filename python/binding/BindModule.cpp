@@ -42,5 +42,6 @@ PYBIND11_MODULE(_core, module) {
     BindDrawing(module);
     BindObservers(module, curve);
     BindConversion(module);
+    BindGestures(module);
     BindGroups(module, curve);
 }

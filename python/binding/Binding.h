@@ -174,6 +174,7 @@ void BindPlayback(py::module_& module, CurveClass& curve, ContainerClass& contai
 void BindDrawing(py::module_& module);
 void BindObservers(py::module_& module, CurveClass& curve);
 void BindConversion(py::module_& module);
+void BindGestures(py::module_& module);
 void BindGroups(py::module_& module, CurveClass& curve);
 
 } // namespace FCurvePython

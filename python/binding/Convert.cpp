@@ -3,10 +3,10 @@
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/DrawCurves.h"
 #include "FCurveLib/ExceptionFormatter.h"
-#include "FCurveLib/File.h"
+#include "FCurveLib/FileError.h"
 #include "FCurveLib/FormatExceptions.h"
-#include "FCurveLib/SafeFileSave.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -89,6 +89,14 @@ py::str KindOf(const std::exception& error) {
     throw py::error_already_set();
 }
 
+[[noreturn]] void RaiseFileError(const FileError& error, const char* file, const py::object& workingFile) {
+    const int code = error.code();
+    const char* const name = code == ENOENT                    ? "FileMissingError"
+                             : code == EACCES || code == EPERM ? "FileAccessError"
+                                                               : "FileError";
+    Raise(name, py::make_tuple(MessageOf(file), ToPython(error.path()), code, ToPython(error.text()), workingFile));
+}
+
 py::object OrNone(std::uint64_t position) {
     return position ? py::object(py::int_(position)) : py::none();
 }
@@ -107,14 +115,11 @@ void RaiseHandled(const char* file) {
                                             ToPython(error.message()), KindOf(error)));
     } catch (const DefaultFallbackParser::ParseError& error) {
         Raise("FormulaError", py::make_tuple(ToPython(error.getMessage()), error.getPosition(), KindOf(error)));
-    } catch (const File::FileDoesntExist&) {
-        Raise("FileMissingError", py::make_tuple(MessageOf(file), name));
-    } catch (const File::AccessError&) {
-        Raise("FileAccessError", py::make_tuple(MessageOf(file), name));
-    } catch (const File::FileException&) {
-        Raise("FileError", py::make_tuple(MessageOf(file), name));
-    } catch (const SafeFileSave::CantFinish&) {
-        Raise("FileError", py::make_tuple(MessageOf(file), name));
+    } catch (const SaveError& error) {
+        const bool isWhole = error.workingContent() == SaveError::New;
+        RaiseFileError(error, file, isWhole ? py::object(ToPython(error.workingPath())) : py::none());
+    } catch (const FileError& error) {
+        RaiseFileError(error, file, py::none());
     } catch (const BadPictureSize&) {
         Raise("PictureSizeError", py::make_tuple(MessageOf(file)));
     } catch (const Exception&) {

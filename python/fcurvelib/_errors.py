@@ -47,19 +47,27 @@ class FormulaError(Error, ValueError):
 
 
 class FileError(Error, OSError):
-    """A file cannot be read or written. file is its name."""
+    """A file cannot be read or written. file is its name; errno and strerror are the system's.
 
-    def __init__(self, text: str, file: Optional[str] = None) -> None:
+    working_file is None, or, where the new file could not be put in the old one's place, the file beside it that has
+    all that was to be saved.
+    """
+
+    def __init__(self, text: str, file: Optional[str] = None, code: Optional[int] = None, words: Optional[str] = None,
+                 working_file: Optional[str] = None) -> None:
         super().__init__(text)
         self.message = text
         self.file = file
         self.filename = file
+        self.errno = code  # type: ignore[assignment]
+        self.strerror = words  # type: ignore[assignment]
+        self.working_file = working_file
 
     def __str__(self) -> str:
         return self.message
 
     def __reduce__(self):  # type: ignore[no-untyped-def]
-        return type(self), (self.message, self.file)
+        return type(self), (self.message, self.file, self.errno, self.strerror, self.working_file)
 
 
 class FileMissingError(FileError, FileNotFoundError):

@@ -3,14 +3,13 @@
 from __future__ import annotations
 
 import os
-import pathlib
-from collections.abc import Iterable, Mapping
+from collections.abc import Callable, Iterable, Mapping
 from typing import Any, NamedTuple, Optional, Union
 
 from . import _core
-from ._errors import FileAccessError, FileError, FileMissingError
 
-Path = Union[str, "os.PathLike[str]"]
+Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
+Progress = Optional[Callable[[float], Any]]
 Curves = Union[_core.Curve, _core.Container, Iterable[_core.Curve]]
 
 
@@ -33,31 +32,22 @@ def _is_file_object(target: Any, method: str) -> bool:
     return not isinstance(target, (str, os.PathLike)) and hasattr(target, method)
 
 
-def _raise(error: OSError, file: str) -> None:
-    kind: type[FileError] = FileError
-    if isinstance(error, FileNotFoundError):
-        kind = FileMissingError
-    elif isinstance(error, PermissionError):
-        kind = FileAccessError
-    raise kind(f"{file}: {error.strerror or error}", file) from error
+def _path(path: Path) -> str:
+    return os.fsdecode(os.fspath(path))
 
 
-def load(source: Any, format: Optional[str] = None) -> _core.Container:
+def load(source: Any, format: Optional[str] = None, *, progress: Progress = None) -> _core.Container:
     """The curves of a file: a path, or a file object (opened in binary or in text mode).
 
     The format is recognised by the content; name it to read as that one alone. Raises FormatError with line and column
-    for a document that is wrong, FileError for a file that cannot be read.
+    for a document that is wrong, FileError for a file that cannot be read. progress(share) hears, of a path, of the
+    share that is done, rising to 1; what it raises ends the work.
     """
     if _is_file_object(source, "read"):
         data = source.read()
         name = getattr(source, "name", "")
         return _read(data, name if isinstance(name, str) else "", format)
-    file = os.fspath(source)
-    try:
-        data = pathlib.Path(file).read_bytes()
-    except OSError as error:
-        _raise(error, file)
-    return _read(data, file, format)
+    return _core._load(_path(source), format, progress)
 
 
 def loads(data: Union[str, bytes, bytearray, memoryview], format: Optional[str] = None) -> _core.Container:
@@ -68,7 +58,7 @@ def loads(data: Union[str, bytes, bytearray, memoryview], format: Optional[str] 
 def _read(data: Any, file: str, format: Optional[str]) -> _core.Container:
     if isinstance(data, str):
         data = data.encode("utf-8", "surrogateescape")
-    return _core._read(data, file, format)[0]
+    return _core._read(data, file, format)
 
 
 def _container(curves: Curves) -> _core.Container:
@@ -78,28 +68,27 @@ def _container(curves: Curves) -> _core.Container:
 
 
 def _format_for(file: str) -> str:
-    extension = os.path.splitext(file)[1][1:].lower()
-    written = [known for known in formats() if known.writable]
-    for known in written:
-        if known.extension.lower() == extension and extension:
-            return known.name
-    extensions = ", ".join("." + known.extension for known in written)
+    format = _core._format_of(file)
+    if format is not None:
+        return format
+    extensions = ", ".join("." + known.extension for known in formats() if known.writable)
     raise ValueError(f"{file}: no format that is written has this extension; there are {extensions}. "
                      "Name another one by its format")
 
 
-def save(curves: Curves, target: Any, format: Optional[str] = None) -> None:
+def save(curves: Curves, target: Any, format: Optional[str] = None, *, progress: Progress = None) -> None:
     """Writes a container, a curve or several curves to a path or a binary file object.
 
     The format is that of the path's extension (.fcrvx, .fcrvb) unless it is named; "xml" for a file object. A file that
-    is there is replaced when the new one is whole, not before.
+    is there is replaced when the new one is whole, not before; it keeps its permissions, and a link goes on leading to
+    it. progress as in load: the old file stays when it raises. FileError says what the system refused.
     """
     container = _container(curves)
     if _is_file_object(target, "write"):
         target.write(_core._write(container, format or "xml", ""))
         return
-    file = os.fspath(target)
-    _core._save(container, file, format or _format_for(file))
+    file = _path(target)
+    _core._save(container, file, format or _format_for(file), progress)
 
 
 def dumps(curves: Curves, format: str = "xml") -> bytes:

@@ -6,7 +6,7 @@ import atexit
 import contextlib
 import inspect
 import weakref
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Iterable, Iterator
 from typing import Any, NamedTuple, Optional, Union
 
 from . import _core
@@ -146,6 +146,22 @@ def drag(curve: _core.Curve) -> Iterator[_core.Curve]:
             curve.notify()
         finally:
             _core._set_change_type("ordinary")
+
+
+def edit(curves: Union[_core.Curve, _core.Container, Iterable[_core.Curve]], name: str = "", *,
+         quiet: bool = False) -> _core.Gesture:
+    """One gesture of any edits, for a `with` block: an exception that leaves it, or cancel(), puts everything back.
+
+    Of a curve, of several, or of a container, whose list of curves belongs to it then. What comes back are the same
+    objects: keys that are held are in their curve again. Gestures nest. name is for the undo menu of a host.
+
+    Observers hear of each edit as always; of a quiet gesture they hear, at the end, one 'curve' of each changed curve;
+    with step() calls inside 'begin', 'step' for each of them and 'end', as in a drag.
+    """
+    if isinstance(curves, _core.Curve):
+        curves = (curves,)
+    container = curves if isinstance(curves, _core.Container) else _core.Container(curves)
+    return _core.Gesture(container, name, quiet)
 
 
 @atexit.register

@@ -47,6 +47,7 @@ def complete() -> None:
         setattr(_core.Curve, name, function)
     for cls in (_core.Curve, _core.Container):
         setattr(cls, "on_change", _observers.observe)
+        setattr(cls, "edit", _observers.edit)
         setattr(cls, "_repr_svg_", _picture)
     _complete(_core.Report, Sequence, "index count __iter__ __contains__ __reversed__")
     for view in (_core.Keys, _core.Segments, _core.Interpolators):

@@ -1,5 +1,6 @@
 """Observers and interpolators that are written in Python, and whatever goes first."""
 
+import contextlib
 import gc
 import math
 import pickle
@@ -11,6 +12,9 @@ import weakref
 import fcurvelib as fc
 import numpy as np
 import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+from strategies import curves
 
 
 def heard(changes):
@@ -44,6 +48,64 @@ def test_observers_hear_each_edit_once(ball):
     subscription.cancel()
     ball.clear()
     assert heard(changes) == ["step", "end"] and not subscription.active
+
+
+@given(curves(), st.data())
+def test_a_gesture_that_fails_never_happened(curve, data):
+    before, keys = curve.copy(), list(curve.keys)
+    edits = [lambda: curve.add_key(data.draw(st.floats(-50, 50)), 3), lambda: curve.keys.__delitem__(0),
+             lambda: setattr(curve.keys[-1], "position", (data.draw(st.floats(-50, 50)), 7)), lambda: curve.bake(),
+             lambda: setattr(curve, "interpolators", "linear"), lambda: setattr(curve, "name", "other"),
+             lambda: curve.reduce(0.1), lambda: curve.properties.update(a="1"), lambda: curve.clear(),
+             lambda: setattr(curve.keys[0].out_tangent, "type", "flat"), lambda: curve.transform((2, 3), (1, 0))]
+    with pytest.raises(ZeroDivisionError):
+        with curve.edit("Many"):
+            for edit in data.draw(st.lists(st.sampled_from(edits), max_size=6)):
+                with contextlib.suppress(IndexError, ValueError):
+                    edit()
+            1 / 0
+    assert curve == before and all(a is b for a, b in zip(curve.keys, keys)) and len(curve.keys) == len(keys)
+
+
+def test_gestures_end_step_nest_and_tell(ball):
+    changes, other = [], fc.Curve("b", [(0, 1)])
+    subscription = ball.on_change(changes.append)
+    with ball.edit(quiet=True) as gesture:
+        for y in (1, 2):
+            ball.keys[1].y = y
+            ball.keys[2].y = y
+            gesture.step()
+        assert gesture.open
+    assert heard(changes) == ["begin", "step", "step", "end"]
+    assert ball.keys[1].y == 2 and not gesture.open
+    changes.clear()
+    with ball.edit(quiet=True):
+        ball.keys[0].y = 5
+    assert heard(changes) == ["curve"]
+    subscription.cancel()
+
+    container = fc.Container([ball])
+    with container.edit() as outer:
+        with fc.edit([ball, other]) as inner:
+            ball.keys[0].y = other.keys[0].y = 9
+            inner.cancel()
+            assert (ball.keys[0].y, other.keys[0].y) == (5, 1)
+        container.add(other)
+        del container["height"]
+        ball.keys[0].y = 7
+        outer.cancel()
+        ball.keys[1].y = 8  # no longer belongs to it
+    assert list(container) == ["height"] and (ball.keys[0].y, ball.keys[1].y) == (5, 8)
+    with pytest.raises(RuntimeError):
+        outer.step()
+    with outer:
+        with pytest.raises(RuntimeError):
+            outer.__enter__()
+    abandoned = fc.edit([fc.Curve("c", [(0, 1)]), ball]).__enter__()  # keeps its curves, and ends with its last reference
+    ball.keys[0].y = 3
+    del abandoned
+    gc.collect()
+    assert ball.keys[0].y == 3
 
 
 def test_observers_are_weak_unless_asked():

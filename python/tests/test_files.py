@@ -1,6 +1,8 @@
 """Loading and saving: paths, bytes, file objects, and what is wrong with them."""
 
+import errno
 import io
+import os
 import pickle
 
 import fcurvelib as fc
@@ -52,8 +54,10 @@ def test_a_wrong_document_tells_file_line_and_column(tmp_path):
 def test_what_cannot_be_read_or_written_leaves_old_files(tmp_path, ball):
     file = tmp_path / "old.fcrvx"
     file.write_text("old")
-    with pytest.raises(fc.UnknownFormatError):
+    with pytest.raises(fc.FormatError, match="old.fcrvx:1:"):  # as its name says what it should be
         fc.load(file)
+    with pytest.raises(fc.UnknownFormatError):
+        fc.loads("old")
     with pytest.raises(fc.FormatError):
         fc.load(file, format="xml")
     with pytest.raises(fc.UnknownFormatError):
@@ -75,3 +79,28 @@ def test_what_cannot_be_read_or_written_leaves_old_files(tmp_path, ball):
         fc.save(fc.Curve(), tmp_path / "no" / "folder.fcrvx")
     with pytest.raises(fc.FileError):
         fc.load(tmp_path)
+    with pytest.raises(fc.FileError) as raised:
+        fc.save(fc.Curve(), "/dev/full", format="xml")
+    assert (raised.value.errno, raised.value.working_file) == (errno.ENOSPC, None)
+    assert raised.value.strerror in str(raised.value)
+
+
+def test_saving_keeps_links_and_permissions_and_can_be_ended(tmp_path, ball):
+    file, link = tmp_path / "a.fcrvx", tmp_path / "link.fcrvx"
+    fc.save(ball, file)
+    file.chmod(0o640)
+    link.symlink_to("a.fcrvx")
+    shares = []
+    fc.save([ball, fc.Curve("b")], os.fsencode(link), progress=shares.append)
+    assert shares == sorted(shares) and shares[-1] == 1
+    assert link.is_symlink() and file.stat().st_mode & 0o777 == 0o640 and list(fc.load(file)) == ["height", "b"]
+
+    def end(share):
+        raise KeyboardInterrupt
+
+    with pytest.raises(KeyboardInterrupt):
+        fc.save(fc.Curve(), link, progress=end)
+    with pytest.raises(KeyboardInterrupt):
+        fc.load(link, progress=end)
+    assert list(fc.load(link, progress=shares.append)) == ["height", "b"] and shares[-1] == 1
+    assert sorted(it.name for it in tmp_path.iterdir()) == ["a.fcrvx", "link.fcrvx"]

@@ -3,9 +3,21 @@
 # tests of threads under ThreadSanitizer. Builds library, tool and examples with Clang too, and links a consumer there.
 # Installs what is missing first. Fails when any step fails.
 #
-#     scripts/test.sh --quick     the tests as released alone, without those of style, package
-#                                 and Python
+#     scripts/test.sh --quick     the tests as released alone, without those of style, package,
+#                                 Python and editor
+#     scripts/test.sh --editor    the graph editor alone, in a browser
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+test_editor() {
+    need "${editor_test_needs[@]}"
+    scripts/editor.sh --build
+    say "editor: test in a browser"
+    node apps/editor/tests/run.mjs out/editor
+}
+if [ "${1-}" = --editor ]; then
+    test_editor
+    exit
+fi
 
 need "${build_needs[@]}" "${tool_needs[@]}" "${bench_needs[@]}" "${test_needs[@]}"
 
@@ -23,7 +35,7 @@ more=("-DPython_EXECUTABLE=$python")
 if [ "${1-}" = --quick ]; then
     more=(-DFCURVELIB_CHECKS=OFF -DFCURVELIB_BENCH=OFF -DFCURVELIB_PYTHON=OFF)
     run_tree release
-    say "The tests passed. Left out: sanitizers, Clang, style, package, Python."
+    say "The tests passed. Left out: sanitizers, Clang, style, package, Python, editor."
     exit
 fi
 
@@ -40,4 +52,5 @@ build/clang/consumer
 
 run_tree asan-ubsan
 run_tree tsan --target thread_tests
+test_editor
 say "All tests passed."

@@ -46,8 +46,8 @@ TEST_F(EditorTest, ADragIsOneStepAndUndoTakesItBackToTheLastBit) {
     const std::string before = document();
     call("selectKey", {{"curve", 0}, {"key", 2}});
     const double x = row(2)["x"];
-    call("dragBegin", {{"what", "keys"}, {"frameStep", 1.0}});
-    for (int i = 1; i <= 20; ++i) call("dragTo", {{"x", i * 0.1}, {"y", i * 0.05}});
+    call("dragBegin", {{"what", "keys"}, {"x", 100}, {"y", 100}, {"frameStep", 1.0}}); // 10 pixels a frame
+    for (int i = 1; i <= 20; ++i) call("dragTo", {{"x", 100 + i}, {"y", 100 + i}});
     call("dragEnd");
     EXPECT_EQ(double{row(2)["x"]}, std::round(x + 2.0));
     EXPECT_EQ(call("state")["undo"], "Move keys");
@@ -104,6 +104,22 @@ TEST_F(EditorTest, PicksWhatIsDrawnOnEitherKindOfScale) {
     }
 }
 
+// A key follows the pointer whatever the scale: here, 40 pixels of 400 are a tenth of what is shown.
+TEST_F(EditorTest, DragsOnTheCurvesOwnScale) {
+    call("options", {{"separate", true}});
+    session.setView({0.0, 100.0, 0.0, 1.0, 1000.0, 400.0});
+    for (const int curve : {0, 1}) {
+        const Json state = call("state")["curves"][static_cast<std::size_t>(curve)];
+        const double range = double{state["top"]} - double{state["bottom"]};
+        const double y = row(2, curve)["y"];
+        call("selectKey", {{"curve", curve}, {"key", 2}});
+        call("dragBegin", {{"what", "keys"}, {"x", 500}, {"y", 200}, {"curve", curve}});
+        call("dragTo", {{"x", 500}, {"y", 240}});
+        call("dragEnd");
+        EXPECT_NEAR(double{row(2, curve)["y"]}, y - 0.1 * range, 1e-12 * range);
+    }
+}
+
 TEST_F(EditorTest, CopiedKeysComeBackWhereTheCursorIs) {
     call("selectKey", {{"curve", 0}, {"key", 0}});
     call("selectKey", {{"curve", 0}, {"key", 1}, {"mode", "add"}});
@@ -122,6 +138,7 @@ TEST_F(EditorTest, APreviewChangesNothingAndTellsWhatApplyingDoes) {
         call("selectCurve", {{"curve", 0}});
         const Json preview = call("preview", arguments);
         EXPECT_EQ(document(), before) << tool;
+        EXPECT_GT(preview["difference"], 0.0) << tool << preview;
         EXPECT_FALSE(call("apply", arguments).contains("error"));
         EXPECT_EQ(call("state")["curves"][0]["keys"], preview["keysAfter"]) << tool;
         EXPECT_NE(document(), before) << tool;

@@ -50,18 +50,20 @@ std::shared_ptr<Interpolator> interpolatorOf(const std::string& text) {
 
 } // namespace
 
-// {"what": "keys" | "scale" | "handle", "x", "y", "others", "frameStep", "valueStep"}. For "handle", x and y are the
-// pixels where it was grabbed; for "scale", the point in frames and values that stays.
+// {"what": "keys" | "scale" | "handle", "x", "y", "curve", "others", "frameStep", "valueStep"}: x and y are the pixels
+// where it was grabbed, the curve is the one to whose scale they belong. Scaling leaves the corner of the selection
+// where it is that is farthest from there.
 Json Session::dragBegin(const Json& arguments) {
     if (m_drag) dragEnd(Json::object());
     dropPreview();
     const std::string what = Get(arguments, "what", std::string("keys"));
+    const Vector2D<double> pixel(Get(arguments, "x", 0.0), Get(arguments, "y", 0.0));
     Drag drag;
     drag.options.others = othersOf(Get(arguments, "others", std::string("stop")));
     drag.options.frameStep = Get(arguments, "frameStep", 0.0);
     drag.options.valueStep = Get(arguments, "valueStep", 0.0);
     if (what == "handle") {
-        const HitRecord hit = pickAt(GetNumber(arguments, "x"), GetNumber(arguments, "y"), 8.0, false);
+        const HitRecord hit = pickAt(pixel.x, pixel.y, 8.0, false);
         drag.what = Drag::Handle;
         drag.handle = hit.getTangent();
         drag.curve = hit.getCurve();
@@ -70,39 +72,57 @@ Json Session::dragBegin(const Json& arguments) {
         if (!key || !IsEditableKey(*key)) throw Refusal("The key of this handle is locked.");
     } else {
         drag.what = what == "scale" ? Drag::Scale : Drag::Keys;
-        drag.keys = KeyGroup(editableKeys());
-        if (drag.keys.empty()) throw Refusal("No key is selected.");
-        if (drag.what == Drag::Scale) drag.start = {GetNumber(arguments, "x"), GetNumber(arguments, "y")};
+        const auto keys = editableKeys();
+        if (keys.empty()) throw Refusal("No key is selected.");
+        drag.curve = arguments.contains("curve") ? curveAt(arguments).getShared() : keys.front()->getOwningCurve();
+        drag.start = viewOf(*drag.curve, m_view).toPoint(pixel);
+        double left = drag.start.x;
+        double right = drag.start.x;
+        double bottom = drag.start.y;
+        double top = drag.start.y;
+        for (const auto& key : keys) {
+            left = std::min(left, key->getX());
+            right = std::max(right, key->getX());
+            bottom = std::min(bottom, key->getY());
+            top = std::max(top, key->getY());
+        }
+        drag.pivot = {drag.start.x - left > right - drag.start.x ? left : right,
+                      drag.start.y - bottom > top - drag.start.y ? bottom : top};
+        drag.keys = KeyGroup(keys);
     }
     const char* const name = drag.what == Drag::Handle  ? "Move handle"
                              : drag.what == Drag::Scale ? "Scale keys"
                                                         : "Move keys";
     drag.group = std::make_unique<EditGroup>(m_selection, name);
     m_drag = std::move(drag);
-    return {{"anchor", {m_drag->keys.getAnchor().x, m_drag->keys.getAnchor().y}}};
+    return Json::object();
 }
 
-// For keys, {"x", "y"} is the whole way since dragBegin; for scaling, the factors; for a handle, its tip in pixels.
+// {"x", "y"}: where the pointer is, in pixels.
 Json Session::dragTo(const Json& arguments) {
     if (!m_drag) throw Refusal("Nothing is being dragged.");
     Drag& drag = *m_drag;
-    const Vector2D<double> to(GetNumber(arguments, "x"), GetNumber(arguments, "y"));
-    drag.options.frameStep = Get(arguments, "frameStep", drag.options.frameStep);
-    drag.options.valueStep = Get(arguments, "valueStep", drag.options.valueStep);
+    const Vector2D<double> to =
+        viewOf(*drag.curve, m_view).toPoint({GetNumber(arguments, "x"), GetNumber(arguments, "y")});
     Json result = Json::object();
     if (drag.what == Drag::Handle) {
         Tangent& handle = *drag.handle;
         if (handle.getType() != Tangent::Fixed) handle.setType(Tangent::Fixed);
-        const auto key = handle.getOwningKeyframe();
-        if (key && drag.curve) {
-            const Vector2D<double> tip = viewOf(*drag.curve, m_view).toPoint(to);
+        if (const auto key = handle.getOwningKeyframe()) {
             const double scale = GetTangentScale(*drag.curve);
             const double factor = scale > 0.0 ? 1.0 / scale : 1.0;
-            handle.set((tip.x - key->getX()) * factor, (tip.y - key->getY()) * factor);
+            handle.set((to.x - key->getX()) * factor, (to.y - key->getY()) * factor);
         }
     } else {
-        const MoveReport report = drag.what == Drag::Scale ? ScaleKeys(drag.keys, drag.start, to, drag.options)
-                                                           : MoveKeys(drag.keys, to, drag.options);
+        const auto part = [](double from, double there, double pivot) {
+            return std::fabs(from - pivot) > 1e-9 ? (there - pivot) / (from - pivot) : 1.0;
+        };
+        const MoveReport report = drag.what == Drag::Scale
+                                      ? ScaleKeys(drag.keys, drag.pivot,
+                                                  {std::max(0.001, part(drag.start.x, to.x, drag.pivot.x)),
+                                                   part(drag.start.y, to.y, drag.pivot.y)},
+                                                  drag.options)
+                                      : MoveKeys(drag.keys, {to.x - drag.start.x, to.y - drag.start.y}, drag.options);
         if (report.renewed > 0) m_isSelectedStale = true;
         result = {{"x", report.offset.x}, {"y", report.offset.y}, {"limited", report.isLimited}};
     }
@@ -128,14 +148,17 @@ Json Session::dragCancel(const Json&) {
     return Json::object();
 }
 
-// {"x", "y", "others"}: by the keyboard; strokes that follow each other are one step.
+// {"x", "y", "others"}: by the keyboard, in frames and in what the view shows of values; strokes that follow each other
+// are one step.
 Json Session::nudge(const Json& arguments) {
     KeyGroup keys(editableKeys());
     if (keys.empty()) throw Refusal("No key is selected.");
     MoveOptions options;
     options.others = othersOf(Get(arguments, "others", std::string("stop")));
     EditGroup group(m_selection, "Nudge keys", EditGroup::Merge);
-    MoveKeys(keys, {GetNumber(arguments, "x"), GetNumber(arguments, "y")}, options);
+    const CurveView view = viewOf(*activeCurve(), m_view);
+    const double unit = (view.top - view.bottom) / (m_view.top - m_view.bottom);
+    MoveKeys(keys, {GetNumber(arguments, "x"), GetNumber(arguments, "y") * unit}, options);
     group.end();
     return Json::object();
 }
@@ -155,7 +178,7 @@ Json Session::scale(const Json& arguments) {
     return Json::object();
 }
 
-// {"curve", "frame", "value"}: keeps the shape where the curve has keys and no value is given.
+// {"curve", "frame", "y"}: at the height of a pixel; keeps the shape where none is given.
 Json Session::addKey(const Json& arguments) {
     FCurve* curve = arguments.contains("curve") ? &curveAt(arguments) : activeCurve();
     if (!curve) throw Refusal("There is no curve to add a key to.");
@@ -163,8 +186,8 @@ Json Session::addKey(const Json& arguments) {
     const double frame = GetNumber(arguments, "frame");
     EditGroup group(m_selection, "Add key");
     std::shared_ptr<Keyframe> key;
-    if (arguments.contains("value")) {
-        key = SetKey(*curve, frame, GetNumber(arguments, "value")).key;
+    if (arguments.contains("y")) {
+        key = SetKey(*curve, frame, viewOf(*curve, m_view).toValue(GetNumber(arguments, "y"))).key;
     } else {
         const auto position = InsertBezierKeyframe(*curve, frame);
         if (position != curve->end()) key = position->getLeftKey();

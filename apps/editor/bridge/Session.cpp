@@ -373,7 +373,10 @@ Json Session::state(const Json&) {
     const FCurve* const active = activeCurve();
     std::size_t index = 0;
     for (const FCurve& curve : *m_curves) {
+        const CurveView own = viewOf(curve, m_view);
         curves.push_back({{"name", curve.getName()},
+                          {"bottom", own.bottom},
+                          {"top", own.top},
                           {"colour", colours[index++]},
                           {"visible", IsVisible(curve)},
                           {"locked", IsLocked(curve)},

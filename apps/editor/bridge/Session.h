@@ -91,8 +91,9 @@ private:
         KeyGroup keys;
         MoveOptions options;
         std::shared_ptr<Tangent> handle;
-        std::shared_ptr<FCurve> curve;
-        Vector2D<double> start; // of the handle's tip, or of the scaling's pivot
+        std::shared_ptr<FCurve> curve; // whose scale the pixels have
+        Vector2D<double> start;        // where the pointer was
+        Vector2D<double> pivot;        // of scaling
     };
 
     struct Frame { // of a curve's own scale

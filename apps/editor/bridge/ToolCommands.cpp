@@ -116,8 +116,8 @@ Json Session::preview(const Json& arguments) {
     return {{"curves", curves.size()},
             {"keysBefore", before},
             {"keysAfter", after},
-            {"error", error},
-            {"errorAt", errorAt}};
+            {"difference", error},
+            {"differenceAt", errorAt}};
 }
 
 Json Session::apply(const Json& arguments) {

@@ -1,6 +1,6 @@
 // What all parts of the page share: the document, the view, the settings, and the one loop that draws.
 
-import { type Arguments, type Bridge, type Pick, type State, Refusal, type View } from "./bridge";
+import { type Arguments, type Bridge, type State, Refusal, type View } from "./bridge";
 
 export interface Settings {
     snap: boolean;
@@ -20,7 +20,8 @@ export class App {
     playing = false;
     /** The marquee, in pixels of the plot. */
     marquee: { x0: number; y0: number; x1: number; y1: number } | null = null;
-    hover: Pick | null = null;
+    /** While a paste is none that was asked for. */
+    ignoresPaste = false;
     private revision = -1;
     private isWaiting = false;
     private readonly changed: Listener[] = [];
@@ -134,10 +135,6 @@ export class App {
 
     toFrame(x: number): number {
         return this.view.left + (x / this.view.width) * (this.view.right - this.view.left);
-    }
-
-    toValue(y: number): number {
-        return this.view.top - (y / this.view.height) * (this.view.top - this.view.bottom);
     }
 }
 

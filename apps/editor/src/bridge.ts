@@ -20,6 +20,9 @@ export class Refusal extends Error {}
 export interface CurveState {
     name: string;
     colour: string;
+    /** The values at the edges of the view. */
+    bottom: number;
+    top: number;
     visible: boolean;
     locked: boolean;
     velocity: boolean;

@@ -153,7 +153,8 @@ export class Picture {
         pen.lineWidth = 1;
         const across = this.ticks(view.left, view.right, Math.max(2, Math.floor(view.width / 80)));
         const isShared = !this.app.state.separate || quantity > 0;
-        const up = this.ticks(view.bottom, view.top, Math.max(2, Math.floor(view.height / 44)));
+        const unit = isShared ? 1 : 100; // scales of their own are in per cent of each curve's range
+        const up = this.ticks(view.bottom * unit, view.top * unit, Math.max(2, Math.floor(view.height / 44)));
         const line = (x0: number, y0: number, x1: number, y1: number, isZero: boolean) => {
             pen.strokeStyle = isZero ? this.theme.zero : this.theme.grid;
             pen.beginPath();
@@ -169,15 +170,15 @@ export class Picture {
         pen.textAlign = "right";
         pen.textBaseline = "middle";
         for (const [value, label] of up.marks) {
-            const y = Math.round(toY(value)) + 0.5;
+            const y = Math.round(toY(value / unit)) + 0.5;
             line(0, y, view.width, y, value === 0);
             pen.fillStyle = this.theme.text;
-            if (y > 6 && y < view.height - 4) pen.fillText(isShared ? label : `${Math.round(value * 100)} %`, -8, y);
+            if (y > 6 && y < view.height - 4) pen.fillText(isShared ? label : `${label} %`, -8, y);
         }
         pen.textAlign = "left";
         pen.textBaseline = "top";
         if (up.exponent !== 0 && isShared) pen.fillText(`×10^${up.exponent}`, 4, 2);
-        if (quantity > 0) pen.fillText("velocity, a frame", 6, 4);
+        if (quantity > 0) pen.fillText("velocity, per frame", 6, 4);
         pen.strokeStyle = this.theme.zero;
         pen.strokeRect(0.5, 0.5, view.width - 1, view.height - 1);
 
@@ -257,21 +258,22 @@ export class Picture {
                 pen.fill();
                 pen.stroke();
             }
+            const size = keys * 14 > app.view.width ? 2.5 : 4;
             for (let i = 0; i < keys; ++i) {
                 const flags = numbers[firstKey + 3 * i + 2]!;
-                this.drawKey(numbers[firstKey + 3 * i]!, numbers[firstKey + 3 * i + 1]!, flags, colour);
+                this.drawKey(numbers[firstKey + 3 * i]!, numbers[firstKey + 3 * i + 1]!, flags, colour, size);
             }
         }
     }
 
-    private drawKey(x: number, y: number, flags: number, colour: string): void {
+    private drawKey(x: number, y: number, flags: number, colour: string, plain: number): void {
         const { context: pen, theme } = this;
         const isChosen = (flags & 1) !== 0;
         pen.fillStyle = isChosen ? theme.selected : colour;
         pen.strokeStyle = theme.ground;
         pen.lineWidth = 1;
         pen.beginPath();
-        const size = isChosen ? 5 : 4;
+        const size = isChosen ? plain + 1 : plain;
         if (flags & 2) {
             pen.moveTo(x, y - size - 1);
             pen.lineTo(x + size + 1, y);

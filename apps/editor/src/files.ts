@@ -256,7 +256,7 @@ export class Files {
             });
         }
         document.addEventListener("paste", (event) => {
-            if (isText()) return;
+            if (isText() || app.ignoresPaste) return;
             event.preventDefault();
             const files = [...(event.clipboardData?.files ?? [])];
             if (files.length > 0) void this.take(files);

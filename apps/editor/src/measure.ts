@@ -13,14 +13,15 @@ export async function measure(app: App, picture: Picture, keys: number): Promise
         Object.assign(app.view, { left, right, bottom: -25, top: 25 });
         app.run("selectKey", { curve: 0, key: Math.floor(keys / 2) });
         app.drawNow();
-        app.run("dragBegin", { what: "keys" });
+        const { width, height } = app.view;
+        app.run("dragBegin", { what: "keys", x: width / 2, y: height / 2 });
         const work: number[] = [];
         const library: number[] = [];
         const began = performance.now();
         for (let i = 0; i < pictures; ++i) {
             await new Promise(requestAnimationFrame);
             const start = performance.now();
-            app.run("dragTo", { x: 0.4 * Math.sin(i / 10), y: 8 * Math.sin(i / 20) });
+            app.run("dragTo", { x: width / 2 + 2 * Math.sin(i / 10), y: height * (0.5 + 0.3 * Math.sin(i / 20)) });
             const edited = performance.now();
             app.drawNow();
             work.push(performance.now() - start);

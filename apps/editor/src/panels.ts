@@ -451,13 +451,13 @@ export class Tools {
     private preview(): void {
         const values = this.values();
         if (!values) return;
-        const found = this.app.run<{ keysBefore: number; keysAfter: number; error: number; errorAt: number }>("preview", values);
+        const found = this.app.run<{ keysBefore: number; keysAfter: number; difference: number; differenceAt: number }>("preview", values);
         this.isShown = found !== null;
         this.isOwn = true;
         element("tool-preview").setAttribute("aria-pressed", String(this.isShown));
         element("tool-result").textContent = found
-            ? `${found.keysBefore} keys become ${found.keysAfter}. Largest change ${format(found.error)}`
-                + (found.error > 0 ? `, at frame ${format(found.errorAt)}.` : ".")
+            ? `${found.keysBefore} keys become ${found.keysAfter}. Largest change ${format(found.difference)}`
+                + (found.difference > 0 ? `, at frame ${format(found.differenceAt)}.` : ".")
             : "";
     }
 
@@ -536,11 +536,10 @@ export class Playback {
         const pen = this.ball.getContext("2d")!;
         pen.setTransform(ratio, 0, 0, ratio, 0, 0);
         pen.clearRect(0, 0, width, height);
-        const { bottom, top } = app.view;
-        const part = app.state.separate ? 0.5 : (value - bottom) / (top - bottom);
-        const y = Math.min(height - 9, Math.max(9, height - 9 - part * (height - 18)));
         const curve = app.state.curves[app.state.active];
         if (!curve) return;
+        const { bottom, top } = app.state.separate ? curve : app.view;
+        const y = Math.min(height - 9, Math.max(9, height - 9 - ((value - bottom) / (top - bottom)) * (height - 18)));
         pen.fillStyle = this.picture.shade(curve.colour);
         pen.beginPath();
         pen.arc(width / 2, y, 8, 0, 7);

@@ -8,9 +8,7 @@ type Gesture =
     | { kind: "pan" }
     | { kind: "marquee"; mode: "set" | "add" | "remove" }
     | { kind: "press"; pick: Pick }
-    | { kind: "keys" }
-    | { kind: "scale"; pivotX: number; pivotY: number }
-    | { kind: "handle"; keyX: number; keyY: number }
+    | { kind: "drag" }
     | { kind: "time" }
     | { kind: "pinch"; distanceX: number; distanceY: number; x: number; y: number };
 
@@ -34,6 +32,11 @@ export class Pointer {
         canvas.addEventListener("pointercancel", (event) => this.up(event));
         canvas.addEventListener("dblclick", (event) => this.twice(event));
         canvas.addEventListener("contextmenu", (event) => this.context(event));
+        // Some systems paste on a click of the middle button, which pans here.
+        canvas.addEventListener("auxclick", (event) => {
+            app.ignoresPaste = event.button === 1;
+            window.setTimeout(() => (app.ignoresPaste = false));
+        });
         canvas.addEventListener("keydown", (event) => (this.space ||= event.code === "Space"));
         window.addEventListener("keyup", (event) => (this.space &&= event.code !== "Space"));
         app.onStep(() => this.step());
@@ -47,7 +50,7 @@ export class Pointer {
     cancel(): boolean {
         if (!this.gesture) return false;
         this.pending = null;
-        if (["keys", "scale", "handle"].includes(this.gesture.kind)) this.app.run("dragCancel");
+        if (this.gesture.kind === "drag") this.app.run("dragCancel");
         this.gesture = null;
         this.app.marquee = null;
         this.app.redraw();
@@ -175,26 +178,16 @@ export class Pointer {
         const steps = { frameStep: settings.snap ? 1 : 0, others: settings.others };
         if (pick.type === "handle") {
             const begun = app.run("dragBegin", { what: "handle", x: this.start.x, y: this.start.y });
-            this.gesture = begun ? { kind: "handle", keyX: this.start.x, keyY: this.start.y } : null;
+            this.gesture = begun ? { kind: "drag" } : null;
             return begun !== null;
         }
         if (app.state.selectedKeys === 0 && pick.type !== "key") {
             this.gesture = null;
             return false;
         }
-        if (settings.scaling && pick.type === "key") {
-            // About the corner of the selection that is farthest from the pointer.
-            const box = app.run<{ left: number; right: number; bottom: number; top: number }>("frame", { what: "selected" });
-            if (box && box.right > box.left) {
-                const pivotX = Math.abs(pick.x! - box.left) > Math.abs(pick.x! - box.right) ? box.left : box.right;
-                const pivotY = Math.abs(pick.y! - box.bottom) > Math.abs(pick.y! - box.top) ? box.bottom : box.top;
-                const begun = app.run("dragBegin", { what: "scale", x: pivotX, y: pivotY, ...steps });
-                this.gesture = begun ? { kind: "scale", pivotX, pivotY } : null;
-                return begun !== null;
-            }
-        }
-        const begun = app.run("dragBegin", { what: "keys", ...steps });
-        this.gesture = begun ? { kind: "keys" } : null;
+        const what = settings.scaling && pick.type === "key" ? "scale" : "keys";
+        const begun = app.run("dragBegin", { what, x: this.start.x, y: this.start.y, curve: pick.curve, ...steps });
+        this.gesture = begun ? { kind: "drag" } : null;
         return begun !== null;
     }
 
@@ -204,27 +197,11 @@ export class Pointer {
         if (!pending || !gesture) return;
         this.pending = null;
         let { x, y } = pending;
-        if (gesture.kind === "handle") {
-            if (pending.shift) y = Math.abs(y - this.start.y) > Math.abs(x - this.start.x) ? y : this.start.y;
-            if (pending.shift && y !== this.start.y) x = this.start.x;
-            app.run("dragTo", { x, y });
-        } else {
-            if (pending.shift) {
-                if (Math.abs(x - this.start.x) > Math.abs(y - this.start.y)) y = this.start.y;
-                else x = this.start.x;
-            }
-            if (gesture.kind === "scale") {
-                const { pivotX, pivotY } = gesture;
-                const part = (from: number, to: number, pivot: number) =>
-                    Math.abs(from - pivot) < 1e-9 ? 1 : (to - pivot) / (from - pivot);
-                const factorX = Math.max(0.001, part(app.toFrame(this.start.x), app.toFrame(x), pivotX));
-                app.run("dragTo", { x: factorX, y: part(app.toValue(this.start.y), app.toValue(y), pivotY) });
-            } else {
-                app.run("dragTo", {
-                    x: app.toFrame(x) - app.toFrame(this.start.x), y: app.toValue(y) - app.toValue(this.start.y),
-                });
-            }
+        if (pending.shift) {
+            if (Math.abs(x - this.start.x) > Math.abs(y - this.start.y)) y = this.start.y;
+            else x = this.start.x;
         }
+        app.run("dragTo", { x, y });
     }
 
     private up(event: PointerEvent): void {
@@ -239,7 +216,7 @@ export class Pointer {
             } else {
                 app.run("marquee", { x0: this.start.x, y0: this.start.y, x1: x, y1: y, mode: gesture.mode });
             }
-        } else if (gesture.kind === "keys" || gesture.kind === "scale" || gesture.kind === "handle") {
+        } else if (gesture.kind === "drag") {
             this.step();
             app.run("dragEnd");
         }
@@ -256,7 +233,7 @@ export class Pointer {
         if (pick.type === "key" || pick.type === "handle") return;
         const frame = app.settings.snap ? Math.round(app.toFrame(x)) : app.toFrame(x);
         if (pick.type === "curve") app.run("addKey", { curve: pick.curve, frame });
-        else if (app.state.active >= 0) app.run("addKey", { curve: app.state.active, frame, value: app.toValue(y) });
+        else if (app.state.active >= 0) app.run("addKey", { curve: app.state.active, frame, y });
     }
 
     private context(event: MouseEvent): void {

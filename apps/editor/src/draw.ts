@@ -121,11 +121,13 @@ export class Picture {
         pen.fillStyle = this.theme.text;
         pen.textAlign = "center";
         pen.textBaseline = "top";
-        for (const [frame, label] of ticks.marks) {
-            const x = gutter.left + ((frame - view.left) / (view.right - view.left)) * view.width;
-            pen.fillText(label, x, bottom + 6);
-        }
         const x = gutter.left + ((this.app.frame - view.left) / (view.right - view.left)) * view.width;
+        const current = format(Math.round(this.app.frame * 100) / 100);
+        const width = pen.measureText(current).width + 10;
+        for (const [frame, label] of ticks.marks) {
+            const at = gutter.left + ((frame - view.left) / (view.right - view.left)) * view.width;
+            if (Math.abs(at - x) > (width + pen.measureText(label).width) / 2) pen.fillText(label, at, bottom + 6);
+        }
         if (x < gutter.left - 1 || x > gutter.left + view.width + 1) return;
         pen.strokeStyle = this.theme.cursor;
         pen.lineWidth = 1.5;
@@ -133,14 +135,12 @@ export class Picture {
         pen.moveTo(x, gutter.top);
         pen.lineTo(x, bottom);
         pen.stroke();
-        const label = format(Math.round(this.app.frame * 100) / 100);
-        const width = pen.measureText(label).width + 10;
         pen.fillStyle = this.theme.cursor;
         pen.beginPath();
         pen.roundRect(x - width / 2, bottom + 3, width, 18, 4);
         pen.fill();
         pen.fillStyle = this.theme.ground;
-        pen.fillText(label, x, bottom + 6);
+        pen.fillText(current, x, bottom + 6);
     }
 
     private drawPlot(view: View, top: number, quantity: number): void {

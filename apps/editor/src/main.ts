@@ -108,10 +108,10 @@ async function start(): Promise<void> {
             { keys: ["."], what: "The next key", run: () => stepKey(1) },
         ]],
         ["Keys", [
-            { keys: ["Left", "Shift+Left"], what: "Move by a frame; with Shift by ten", run: (e) => nudge(-1, 0, e) },
-            { keys: ["Right", "Shift+Right"], what: "Move by a frame; with Shift by ten", run: (e) => nudge(1, 0, e) },
-            { keys: ["Up", "Shift+Up"], what: "Raise a little; with Shift ten times as much", run: (e) => nudge(0, 1, e) },
-            { keys: ["Down", "Shift+Down"], what: "Lower a little; with Shift ten times as much", run: (e) => nudge(0, -1, e) },
+            { keys: ["Left", "Shift+Left"], what: "A frame back; with Shift ten", run: (e) => nudge(-1, 0, e) },
+            { keys: ["Right", "Shift+Right"], what: "A frame on; with Shift ten", run: (e) => nudge(1, 0, e) },
+            { keys: ["Up", "Shift+Up"], what: "Raise; with Shift ten times as much", run: (e) => nudge(0, 1, e) },
+            { keys: ["Down", "Shift+Down"], what: "Lower; with Shift ten times as much", run: (e) => nudge(0, -1, e) },
             { keys: ["K"], what: "Add a key at the cursor, without changing the shape", run: () => app.run("addKey", { frame: app.frame }) },
             { keys: ["Delete"], what: "Delete", run: () => act("delete") },
             { keys: ["S"], what: "Snap to whole frames", run: () => act("snap") },
@@ -130,7 +130,7 @@ async function start(): Promise<void> {
             { keys: ["7"], what: "Stepped", run: tangent("stepped") },
             { keys: ["U"], what: "Unify or break", run: () => properties.toggle("unified") },
             { keys: ["W"], what: "Weighted", run: () => properties.toggle("weighted") },
-            { keys: ["Shift+W"], what: "Lock the weight", run: () => properties.toggle("weightLocked") },
+            { keys: ["Shift+W"], what: "Lock the length", run: () => properties.toggle("weightLocked") },
         ]],
         ["Document", [
             { keys: ["Ctrl+Z"], what: "Undo", run: () => act("undo") },

@@ -42,8 +42,7 @@ void PendingChanges::handleChanged(Tangent& tangent) {
     const std::size_t few = m_count < m_few.size() ? m_count : m_few.size();
     for (std::size_t i = 0; i < few; ++i)
         if (same(m_few[i])) return;
-    for (std::size_t i = m_more.size(), looks = 0; i > 0 && looks < 8; --i, ++looks)
-        if (same(m_more[i - 1])) return;
+    if (m_count >= m_few.size() && !m_tangents.insert(&tangent).second) return;
     add({nullptr, tangent.getShared()});
 }
 

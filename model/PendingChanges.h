@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -35,6 +36,7 @@ private:
     ObserverSet<FCurveObserver>* m_silent = nullptr;
     std::array<Change, 8> m_few; // the usual drag of one key needs no allocation
     std::vector<Change> m_more;
+    std::unordered_set<const Tangent*> m_tangents; // in m_more
     std::size_t m_count = 0;
 };
 

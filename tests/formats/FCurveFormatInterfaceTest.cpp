@@ -60,6 +60,7 @@ TEST(FCurveFormatInterface, OddOrdersLeadToTheNearestCurve) {
         {"0 (5 50) 5 (5 55) 6", "0 (5 50) 6"},
         {"(1 10) 1 (2 20) (3 30)", "constant() (1 10) 1 (2 20) constant() (3 30) constant()"},
         {"0 1", "1"},
+        {"(1 10) 1 2", "constant() (1 10) 2"},
         {"startCurve null, curveProperty null null, startSegment null, finishSegment, segmentProperty null null, "
          "keyframeProperty null null",
          ""},

@@ -21,6 +21,9 @@ TEST(Repetition, WithoutAnythingToRepeatIsConstant) {
         EXPECT_EQ(MakeCurve({}, kind)->eval(3), 0.0);
         const auto single = MakeCurve({{2, 5, {}, {}, kind}}, kind);
         for (const double x : {-7.0, 2.0, 7.0}) EXPECT_EQ(single->eval(x), 5.0);
+        const auto empty = Lines({{0, 0}, {1, 1}}, kind);
+        std::next(empty->begin())->setInterpolator(nullptr);
+        EXPECT_EQ(GetFirstDerivative(*empty, 5.5), 0.0);
     }
 }
 

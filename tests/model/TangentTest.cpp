@@ -64,6 +64,13 @@ TEST(Tangent, PlateauNeverRisesAboveItsSegment) {
     ExpectHandle(key->getOutTangent(), 1, 1);
     KeyAt(*curve, 0)->setY(-11); // slope 2 would reach height 2
     ExpectHandle(key->getOutTangent(), 1, 0);
+    key->getInTangent()->setType(Tangent::Plateau);
+    for (const auto& [before, after] : {std::pair(0, 1), {0, -1}, {1, 0}, {-1, 0}}) {
+        KeyAt(*curve, 0)->setY(before);
+        KeyAt(*curve, 2)->setY(after);
+        ExpectHandle(key->getOutTangent(), 1, 0, "beside a key of the same height");
+        ExpectHandle(key->getInTangent(), -1, 0, "likewise");
+    }
 }
 
 TEST(Tangent, UnweightedHandlesReachAThirdAndKeepTheirSlope) {
@@ -97,6 +104,10 @@ TEST(Tangent, UnweightedHandlesReachAThirdAndKeepTheirSlope) {
     out->set(0, 3);
     KeyAt(*curve, 0)->setTangentsUnified(true);
     ExpectHandle(end, 0, -1, "turned to the vertical with its own length");
+    KeyAt(*curve, 0)->setTangentsUnified(false);
+    end->set(0, 0);
+    KeyAt(*curve, 0)->setTangentsUnified(true);
+    ExpectHandle(end, 0, -1, "and 1 long where it had none");
 }
 
 TEST(Tangent, WeightedHandlesStayAsSet) {

@@ -261,6 +261,25 @@ TEST(MoveKeys, NothingForWhatIsNotFinite) {
     EXPECT_EQ(MoveKeys(none, {1, 1}).keys, 0U);
 }
 
+// However often an edit of many keys comes by a handle.
+TEST(ScaleKeys, TellsOfEachTangentOnce) {
+    const auto curve = FCurve::create();
+    for (int x = 0; x < 100; ++x) addKey(*curve, x, 0.0, bent());
+    for (Segment& segment : *curve) {
+        segment.getOutTangent()->setAngle(0.5);
+        if (segment.getLeftKey()) segment.getLeftKey()->setTangentsUnified(true);
+    }
+    struct : FCurveObserver {
+        std::map<const Tangent*, int> calls;
+        void tangentIntrinsicChanged(Tangent& tangent, TangentIntrinsicType) override { ++calls[&tangent]; }
+    } observer;
+    curve->subscribe(observer);
+    KeyGroup group(*curve);
+    ScaleKeys(group, {0, 0}, {2, 3});
+    EXPECT_GE(observer.calls.size(), 99U);
+    for (const auto& [tangent, calls] : observer.calls) EXPECT_EQ(calls, 1);
+}
+
 TEST(MoveKeys, KeysThatPassOthersTakeEverythingAlong) {
     const auto curve = CurveThrough({{0, 0}, {10, 1}, {20, 2}}, bent());
     (--curve->end())->setInterpolator(InterpolatorFactory::create("cycle()"));

@@ -55,6 +55,18 @@ TEST_F(SelectionExaminerTest, OutlivesAndIsOutlived) {
     container->clear();
 }
 
+TEST_F(SelectionExaminerTest, FindsPartsThatComeBackSelected) {
+    SelectCurveCompletely(*selection, *curve);
+    UndoStack stack(container);
+    const std::size_t tangents = examiner.getTangents().count;
+    curve->removeSegment(std::next(curve->begin(), 2));
+    EXPECT_EQ(examiner.getSegments().count, 3U);
+    stack.undo();
+    EXPECT_EQ(examiner.getSegments().count, 4U);
+    EXPECT_EQ(examiner.getKeyframes().count, 3U);
+    EXPECT_EQ(examiner.getTangents().count, tangents);
+}
+
 // More parts than HostTest.cpp's curves have.
 TEST_F(SelectionExaminerTest, FindsTheOneOfThousandsThatDiffers) {
     *curve = *makeCurve("a", 3000, straight());
@@ -109,6 +121,11 @@ TEST(SelectionExaminer, WalksOnlyWhatChangedAsAWhole) {
     EXPECT_EQ(looksOf([&] { curve.removeSegment(std::next(curve.begin(), 1000)); }), 0);
     EXPECT_EQ(looksOf([&] { addKey(curve, 1009.0, 0.0, kind); }), 0);
     EXPECT_EQ(looksOf([&] { SetVisible(curve, false); }), 0);
+    const auto editMany = [&](int edits) {
+        for (int i = 0; i < edits; ++i) keyOf(curve, i).setY(edits);
+    };
+    EXPECT_EQ(looksOf([&] { editMany(500); }), 0);
+    EXPECT_GE(looksOf([&] { editMany(600); }), 2000) << "one walk costs less";
     const int oneCurve = looksOf([&] { curve.notifyChanged(); });
     EXPECT_GE(oneCurve, 2000);
     EXPECT_LE(oneCurve, 5000);

@@ -197,7 +197,8 @@ TEST(MoveKeys, BreakdownKeysKeepTheirProportion) {
     EXPECT_NEAR(KeyAt(*curve, 3)->getX() - KeyAt(*curve, 2)->getX(), 0.001, 1e-12);
     EXPECT_NEAR(KeyAt(*curve, 4)->getX() - KeyAt(*curve, 3)->getX(), 0.0015, 1e-12);
     MoveKeys(group, {0, 0});
-    for (int i = 0; i < 5; ++i) EXPECT_NEAR(KeyAt(*curve, i)->getX(), (std::vector<double>{0, 4, 10, 14, 20})[i], 1e-9);
+    const double places[] = {0, 4, 10, 14, 20};
+    for (int i = 0; i < 5; ++i) EXPECT_NEAR(KeyAt(*curve, i)->getX(), places[i], 1e-9);
 
     // Between two keys of a group they are carried along.
     KeyGroup both({KeyAt(*curve, 0), KeyAt(*curve, 2)});

@@ -143,12 +143,35 @@ TEST_F(FileReplacementTest, WhatCannotBeReplacedStays) {
     for (const auto& row : rows) EXPECT_EQ(refusal(row.path), row.expected);
     EXPECT_EQ(contents(), before);
     EXPECT_THROW(FileReplacement(nullptr), SaveError);
+}
 
-    if (::geteuid() == 0) return; // who may do everything
-    ASSERT_EQ(::chmod(at("file").c_str(), 0444), 0);
-    EXPECT_EQ(refusal(at("file")), std::to_string(EACCES) + " old file");
-    ASSERT_EQ(::chmod(m_folder.path().c_str(), 0555), 0);
-    EXPECT_EQ(refusal(at("new")), std::to_string(EACCES) + " nothing new");
+TEST_F(FileReplacementTest, WhatMayNotBeWrittenStays) {
+    constexpr uid_t kNobody = 65534;
+    writeWholeFile(at("read_only"), "old");
+    writeWholeFile(at("file"), "old");
+    ASSERT_EQ(::chmod(at("read_only").c_str(), 0444), 0);
+    const bool isAdministrator = ::geteuid() == 0; // who may write everything
+    if (isAdministrator) {
+        ASSERT_EQ(::chown(m_folder.path().c_str(), kNobody, kNobody), 0);
+        ASSERT_EQ(::chown(at("file").c_str(), kNobody, kNobody), 0);
+        if (::seteuid(kNobody) != 0) GTEST_SKIP() << "no other user";
+    }
+    const std::string readOnly = refusal(at("read_only"));
+    ::chmod(m_folder.path().c_str(), 0555);
+    const std::string inFolder = refusal(at("file"));
+    const std::string newOne = refusal(at("new"));
+    ::chmod(m_folder.path().c_str(), 0311); // may be searched, not listed
+    const std::string hidden = refusal(at("file"));
+    ::chmod(m_folder.path().c_str(), 0755);
+    if (isAdministrator) {
+        ASSERT_EQ(::seteuid(0), 0);
+    }
+    const std::string code = std::to_string(EACCES);
+    EXPECT_EQ(readOnly, code + " old read_only");
+    EXPECT_EQ(inFolder, code + " old file");
+    EXPECT_EQ(newOne, code + " nothing new");
+    EXPECT_EQ(hidden, "none");
+    EXPECT_EQ(contents(), (Contents{"read_only=old", "file=new"}));
 }
 
 TEST_F(FileReplacementTest, NamesOfAnyLengthAreSaved) {

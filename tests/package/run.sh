@@ -48,6 +48,15 @@ consume_by_pkg_config shared
 if grep -q '^FCURVELIB_TOOL:BOOL=ON' "$build_dir/CMakeCache.txt" && [ -e "$source_dir/apps/fcurvetool" ]; then
     shared/bin/fcurvetool --help >/dev/null || fail "the installed fcurvetool does not run"
 fi
+if grep -q '^FCURVELIB_PYTHON:BOOL=ON' "$build_dir/CMakeCache.txt"; then
+    python=$(sed -n 's/^Python_EXECUTABLE:[A-Z]*=//p' "$build_dir/CMakeCache.txt")
+    module=$(find "$work/shared" -path '*/fcurvelib/_core*.so')
+    (cd / && PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=${module%/fcurvelib/*} "$python" -c "
+import fcurvelib as fc
+assert fc.__file__.startswith('$work/shared/'), fc.__file__
+curve = fc.Curve('a', [(0, 0), (10, 5)])
+assert fc.loads(fc.dumps(curve))['a'] == curve and curve(10) == 5") || fail "the installed fcurvelib does not run"
+fi
 
 echo "== guest with every default: brings nothing but the library"
 rm -rf guest-default

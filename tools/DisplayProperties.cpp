@@ -4,8 +4,10 @@
 #include "FCurveLib/Keyframe.h"
 #include "FCurveLib/Rectangle.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <locale>
 #include <sstream>
 
@@ -28,6 +30,12 @@ std::istringstream Reading(const char* text) {
     std::istringstream in(text);
     in.imbue(std::locale::classic());
     return in;
+}
+
+// The largest number in place of one that is too large: some standard libraries give infinity.
+template<class Number>
+Number Held(Number number) {
+    return std::clamp(number, std::numeric_limits<Number>::lowest(), std::numeric_limits<Number>::max());
 }
 
 std::ostringstream Writing() {
@@ -102,7 +110,7 @@ void GetGridSettings(const FCurve& curve, Rectangle<double>& grid) {
     float width = 0.0F;
     float height = 0.0F;
     in >> x >> y >> width >> height; // deliberate: single precision
-    grid = Rectangle<double>(x, y, width, height);
+    grid = Rectangle<double>(Held(x), Held(y), Held(width), Held(height));
 }
 
 void RemoveGridSettings(FCurve& curve) {
@@ -114,7 +122,7 @@ double GetTangentScale(const FCurve& curve) {
     std::istringstream in = Reading(curve.getProperty("fc_scal"));
     double scale = 0.0;
     in >> scale;
-    return scale;
+    return Held(scale);
 }
 
 void SetTangentScale(FCurve& curve, double scale) {

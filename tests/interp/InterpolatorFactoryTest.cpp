@@ -111,6 +111,8 @@ TEST_F(InterpolatorFactoryTest, FallbackParserAndCallback) {
     EXPECT_EQ(after.heard.size(), 1u);
 }
 
+#if GTEST_HAS_DEATH_TEST
+
 // A host's object that outlives everything made after it.
 struct AtExit {
     ~AtExit() {
@@ -128,6 +130,8 @@ TEST(InterpolatorFactoryDeathTest, WorksInDestructorsOfStaticObjects) {
         },
         testing::ExitedWithCode(7), "");
 }
+
+#endif
 
 } // namespace
 } // namespace Test

@@ -95,6 +95,33 @@ double LowestPixel(const Svg::Panel& panel) {
     return lowest;
 }
 
+// What hosts ask for their own views is what pictures have.
+TEST(DrawCurves, HostsGetThePicturesColoursAndMarks) {
+    const std::vector<std::string> names = {"tx", "ty", "rotateX", "weight", "weight", ""};
+    std::vector<DrawnCurve> curves;
+    for (const std::string& name : names) curves.push_back({Make({{0, 0}, {10, 5}}, "linear()"), name});
+    const std::string picture = DrawCurves(curves);
+    const auto colours = ChooseCurveColours(names);
+    ASSERT_EQ(colours.size(), names.size());
+    for (const std::string& colour : colours) EXPECT_THAT(picture, HasSubstr("stroke=\"" + colour + "\""));
+
+    const double inf = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::pair<double, double> nothing[] = {
+        {1, 1}, {2, 1}, {nan, 1}, {0, nan}, {-inf, 0}, {0, inf}, {-1e308, 1e308}, {1e15, std::nextafter(1e15, inf)}};
+    for (const auto& [low, high] : nothing) EXPECT_TRUE(MakeAxisTicks(low, high, 10).marks.empty()) << low << high;
+    for (const auto& [low, high] : {std::pair(-3.0, 7.5), {100000.25, 100000.5}, {1e-12, 3e-12}, {-1e12, 1e13}}) {
+        const AxisTicks ticks = MakeAxisTicks(low, high, 7);
+        ASSERT_GE(ticks.marks.size(), 2U);
+        EXPECT_LE(ticks.marks.size(), 7U);
+        for (std::size_t i = 0; i < ticks.marks.size(); ++i) {
+            EXPECT_GE(ticks.marks[i].value, low);
+            EXPECT_LE(ticks.marks[i].value, high);
+            EXPECT_TRUE(i == 0 || ticks.marks[i].label != ticks.marks[i - 1].label) << low;
+        }
+    }
+}
+
 } // namespace
 
 class EveryDrawnExhibit : public testing::TestWithParam<Exhibit> {};

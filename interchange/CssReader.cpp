@@ -307,6 +307,7 @@ CssReader::CssReader() : CurveReader(FormatType("css_easings", "CSS easing funct
 Document CssReader::parse(std::string_view bytes) const {
     Document document;
     const FormatLimits limits = GetFormatLimits();
+    std::size_t keys = 0; // of all easings; one of many steps is short
     std::size_t at = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
     while (at < bytes.size()) {
         const std::size_t end = std::min(bytes.find_first_of("\r\n", at), bytes.size());
@@ -314,6 +315,9 @@ Document CssReader::parse(std::string_view bytes) const {
         track.name = std::to_string(document.tracks.size() + 1);
         if (Line(bytes, at, end).read(track)) {
             if (document.tracks.size() >= limits.curves) throw TooMuch("There are too many curves.");
+            keys += track.knots.size();
+            if (keys > limits.runs && keys - limits.runs > bytes.size())
+                throw TooMuch("There are too many steps for a document of this length.");
             document.tracks.push_back(std::move(track));
         }
         at = end + 1;

@@ -59,26 +59,15 @@ void AppendStop(std::string& text, const Frame& frame, double x, double y) {
 std::string Polyline(const FCurve& curve, const Track& track, const Frame& frame, Notes& notes) {
     const double tolerance = ToleranceOf(curve);
     std::string text = "linear(";
-    std::vector<Cubic> pieces;
+    std::vector<Vector2D<double>> corners;
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
         const Knot& knot = track.knots[i];
         if (knot.before != knot.y) AppendStop(text, frame, knot.x, knot.before);
         AppendStop(text, frame, knot.x, knot.y);
         if (i + 1 == track.knots.size() || knot.piece != Piece::Bezier) continue;
-        pieces.clear();
-        SplitUntil(
-            CubicOf(track, i), 1e-3,
-            [&](const Cubic& piece) {
-                Knot left;
-                left.x = piece.p[0].x;
-                left.y = piece.p[0].y;
-                Knot right;
-                right.x = piece.p[3].x;
-                right.before = piece.p[3].y;
-                return MeasureDistance(piece, LineOf(left, right)).y <= tolerance;
-            },
-            pieces);
-        for (std::size_t j = 0; j + 1 < pieces.size(); ++j) AppendStop(text, frame, pieces[j].p[3].x, pieces[j].p[3].y);
+        corners.clear();
+        AppendCorners(CubicOf(track, i), tolerance, Keyframe::getMinSeparation(), corners);
+        for (const auto& corner : corners) AppendStop(text, frame, corner.x, corner.y);
         notes.add(curve, knot.x, track.knots[i + 1].x, Loss::Kind, Loss::Split, "a curve by lines");
     }
     return text + ')';

@@ -11,7 +11,6 @@
 #include <array>
 #include <optional>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -219,12 +218,12 @@ double Table::number(const CsvCell& cell) const {
 
 std::vector<std::string> Table::names(bool hasHeader) const {
     std::vector<std::string> names;
-    std::unordered_set<std::string> taken;
+    std::unordered_map<std::string, std::size_t> taken; // with the last number that made one of its kind free
     for (std::size_t i = 0; i < m_columns; ++i) {
         std::string name(hasHeader ? at(0, i).text : "");
         if (name.empty()) name = std::to_string(i + 1);
         std::string unique = name;
-        for (int n = 2; !taken.insert(unique).second; ++n) unique = name + '_' + std::to_string(n);
+        while (!taken.try_emplace(unique, 1U).second) unique = name + '_' + std::to_string(++taken[name]);
         names.push_back(unique);
     }
     return names;

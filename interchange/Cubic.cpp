@@ -16,6 +16,18 @@ Vector2D<double> Between(const Vector2D<double>& a, const Vector2D<double>& b, d
 
 constexpr int kDeepest = 24;
 
+// One coordinate without its start, by the powers of t.
+struct Powers {
+    double one;
+    double two;
+    double three;
+
+    double at(double t) const noexcept { return ((three * t + two) * t + one) * t; }
+};
+Powers PowersOf(double a, double b, double c, double d) noexcept {
+    return {3.0 * (b - a), 3.0 * (c - 2.0 * b + a), d - a - 3.0 * (c - b)};
+}
+
 // The chord, with handles of a third.
 Cubic AsLine(const Cubic& cubic) noexcept {
     const Vector2D<double>& a = cubic.p[0];
@@ -89,63 +101,91 @@ Cubic AsThirds(const Cubic& cubic, double mostSlope) noexcept {
     return {{p[0], {p[0].x + third, p[0].y + left * third}, {p[3].x - third, p[3].y - right * third}, p[3]}};
 }
 
-Distance MeasureDistance(const Cubic& cubic, const Cubic& thirds) noexcept {
+Distance MeasureDistance(const Cubic& cubic, const Cubic& thirds, double enough) noexcept {
     constexpr int kPlaces = 34;
     Distance largest;
     const double width = cubic.width();
     if (!(width > 0.0)) return largest;
+    const Powers x = PowersOf(cubic.p[0].x, cubic.p[1].x, cubic.p[2].x, cubic.p[3].x);
+    const Powers y = PowersOf(cubic.p[0].y, cubic.p[1].y, cubic.p[2].y, cubic.p[3].y);
+    const Powers other = PowersOf(thirds.p[0].y, thirds.p[1].y, thirds.p[2].y, thirds.p[3].y);
     for (int i = 1; i < kPlaces; ++i) {
-        const Vector2D<double> point = PointAt(cubic, static_cast<double>(i) / kPlaces);
-        const double y = PointAt(thirds, std::clamp((point.x - cubic.p[0].x) / width, 0.0, 1.0)).y;
-        const double off = std::fabs(y - point.y);
-        if (!(off <= largest.y)) largest = {off, point.x}; // NaN counts
+        const double t = static_cast<double>(i) / kPlaces;
+        const double way = x.at(t);
+        const double off = std::fabs(other.at(std::clamp(way / width, 0.0, 1.0)) - y.at(t));
+        if (!(off <= largest.y)) largest = {off, cubic.p[0].x + way}; // NaN counts
+        if (!(off <= enough)) break;
     }
     return largest;
 }
 
-bool SplitUntil(const Cubic& cubic, double minWidth, const std::function<bool(const Cubic&)>& fits,
-                std::vector<Cubic>& pieces) {
-    const std::function<bool(const Cubic&, int)> split = [&](const Cubic& piece, int depth) {
-        const bool isFitting = fits(piece);
-        if (isFitting || depth >= kDeepest) {
-            pieces.push_back(piece);
-            return isFitting;
+// At the same x the distance is 3 t (1 - t) ((1 - t) a + t b), a and b being those of the handles' ends; it is extreme
+// where 3 (a - b) t^2 + (2 b - 4 a) t + a = 0.
+double DistanceFromChord(const Cubic& cubic) noexcept {
+    const auto& p = cubic.p;
+    const double slope = (p[3].y - p[0].y) / cubic.width();
+    const double a = p[1].y - p[0].y - slope * (p[1].x - p[0].x);
+    const double b = p[2].y - p[3].y - slope * (p[2].x - p[3].x);
+    const double linear = 2.0 * b - 4.0 * a;
+    const double q = -0.5 * (linear + std::copysign(2.0 * std::sqrt(std::max(a * a - a * b + b * b, 0.0)), linear));
+    double largest = 0.0;
+    for (const double t : {q / (3.0 * (a - b)), a / q})
+        if (t > 0.0 && t < 1.0) largest = std::max(largest, std::fabs(3.0 * t * (1.0 - t) * ((1.0 - t) * a + t * b)));
+    return largest;
+}
+
+void AppendCorners(const Cubic& cubic, double tolerance, double minWidth, std::vector<Vector2D<double>>& corners) {
+    constexpr double kShortest = 1.0 / (1 << 20);
+    double step = 1.0;
+    for (double from = 0.0; from < 1.0;) {
+        const Cubic rest = from > 0.0 ? Cut(cubic, from).second : cubic;
+        double to = 1.0;
+        double factor = 1.0; // by which the next line may be longer: the distance grows with the square
+        for (;;) {
+            to = from + step < 1.0 ? from + step : 1.0;
+            const Cubic piece = to < 1.0 ? Cut(rest, (to - from) / (1.0 - from)).first : rest;
+            const double off = piece.width() > 0.0 ? DistanceFromChord(piece) : 0.0;
+            factor = std::clamp(off > 0.0 ? 0.95 * std::sqrt(tolerance / off) : 2.0, 0.1, 2.0);
+            if (!(off > tolerance) || piece.width() < 2.0 * minWidth || to - from < kShortest) {
+                if (to < 1.0) corners.push_back(piece.p[3]);
+                break;
+            }
+            step = (to - from) * std::min(factor, 0.9);
         }
-        const auto [left, right] = Cut(piece, 0.5);
-        if (!(left.width() >= minWidth && right.width() >= minWidth)) {
-            pieces.push_back(piece);
-            return false;
-        }
-        const bool leftFits = split(left, depth + 1);
-        return split(right, depth + 1) && leftFits;
-    };
-    return split(cubic, 0);
+        step = (to - from) * factor;
+        from = to;
+    }
 }
 
 Distance SplitToThirds(const Cubic& cubic, double tolerance, double minWidth, std::vector<Cubic>& pieces) {
     const double mostSlope = 1e9; // beyond, doubles hold no slope worth having
-    std::vector<Cubic> parts;
-    SplitUntil(
-        cubic, minWidth,
-        [&](const Cubic& piece) {
-            return IsThirds(piece) || MeasureDistance(piece, AsThirds(piece, mostSlope)).y <= tolerance;
-        },
-        parts);
     Distance largest;
-    for (const Cubic& part : parts) {
-        pieces.push_back(IsThirds(part) ? part : AsThirds(part, mostSlope));
-        Distance off = MeasureDistance(part, pieces.back());
-        if (off.y > tolerance) {
-            // Too narrow to be cut, beside a place where the curve is vertical: its slope would lead far away.
-            const Cubic line = AsLine(part);
-            const Distance lineOff = MeasureDistance(part, line);
-            if (!(off.y <= lineOff.y)) {
-                pieces.back() = line;
-                off = lineOff;
+    const auto split = [&](const auto& self, const Cubic& part, int depth) -> void {
+        Cubic thirds = part;
+        if (!IsThirds(part)) {
+            thirds = AsThirds(part, mostSlope);
+            Distance off = MeasureDistance(part, thirds, tolerance);
+            if (!(off.y <= tolerance)) {
+                const auto [left, right] = Cut(part, 0.5);
+                if (depth < kDeepest && left.width() >= minWidth && right.width() >= minWidth) {
+                    self(self, left, depth + 1);
+                    self(self, right, depth + 1);
+                    return;
+                }
+                // Too narrow to be cut, beside a place where the curve is vertical: its slope would lead far away.
+                off = MeasureDistance(part, thirds);
+                const Cubic line = AsLine(part);
+                const Distance lineOff = MeasureDistance(part, line);
+                if (!(off.y <= lineOff.y)) {
+                    thirds = line;
+                    off = lineOff;
+                }
             }
+            if (off.y > largest.y) largest = off;
         }
-        if (off.y > largest.y) largest = off;
-    }
+        pieces.push_back(thirds);
+    };
+    split(split, cubic, 0);
     return largest;
 }
 

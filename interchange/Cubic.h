@@ -4,7 +4,7 @@
 
 #include <FCurveLib/Vector2D.h>
 
-#include <functional>
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -33,20 +33,21 @@ bool IsThirds(const Cubic& cubic) noexcept;
 // The cubic in x with this one's ends and end slopes: handles of a third. A slope beyond mostSlope is held to it.
 Cubic AsThirds(const Cubic& cubic, double mostSlope) noexcept;
 // The largest distance in y, at the same x, of a cubic from one whose handles are thirds and whose ends are the same;
-// and the x where it is. Looked for at 33 places.
+// and the x where it is. Looked for at 33 places, up to the first where it is more than `enough`.
 struct Distance {
     double y = 0.0;
     double at = 0.0;
 };
-Distance MeasureDistance(const Cubic& cubic, const Cubic& thirds) noexcept;
+Distance MeasureDistance(const Cubic& cubic, const Cubic& thirds, double enough = HUGE_VAL) noexcept;
+// The largest distance in y of the cubic from its chord, at the same x: exact. Precondition: width() is not 0.
+double DistanceFromChord(const Cubic& cubic) noexcept;
 
-// Halves the cubic in its parameter until each piece fits, or is not wider than minWidth, or was halved 24 times. The
-// pieces are appended, from left to right. Returns whether all fit.
-bool SplitUntil(const Cubic& cubic, double minWidth, const std::function<bool(const Cubic&)>& fits,
-                std::vector<Cubic>& pieces);
-// The same for a target whose pieces have handles of a third: the pieces are such ones, each nowhere farther from the
-// cubic than the tolerance (in y). Returns the largest distance that was found; it exceeds the tolerance only where
-// pieces would be narrower than minWidth.
+// The inner corners of a polyline from end to end that is nowhere farther from the cubic than the tolerance (in y), but
+// where its lines would be narrower than minWidth. Of few lines: each is about as long as it may be.
+void AppendCorners(const Cubic& cubic, double tolerance, double minWidth, std::vector<Vector2D<double>>& corners);
+// Halves the cubic in its parameter into pieces whose handles reach a third, each nowhere farther from it than the
+// tolerance (in y); they are appended, from left to right. Returns the largest distance that was found; it exceeds the
+// tolerance only where pieces would be narrower than minWidth, or were halved 24 times.
 Distance SplitToThirds(const Cubic& cubic, double tolerance, double minWidth, std::vector<Cubic>& pieces);
 
 } // namespace Interchange

@@ -17,11 +17,16 @@ namespace Interchange {
 
 namespace {
 
-// In pieces, so that a stream that is shorter than it says costs what it has.
+// In pieces, so that a stream that is shorter than it says costs what it has. One without end says that it is long.
 std::string ReadAll(Stream& stream) {
     constexpr int kPiece = 1 << 20;
+    const std::size_t most = Conversion::options().longest;
+    int left = stream.getSize() - stream.getPosition();
+    if (left > 0 && static_cast<std::size_t>(left) > most)
+        throw TooMuch("The document has " + std::to_string(left) + " bytes; the limit is " + std::to_string(most)
+                      + '.');
     std::string bytes;
-    for (int left = stream.getSize() - stream.getPosition(); left > 0;) {
+    while (left > 0) {
         const int count = std::min(left, kPiece);
         const std::size_t before = bytes.size();
         bytes.resize(before + static_cast<std::size_t>(count));

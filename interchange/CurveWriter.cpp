@@ -2,8 +2,10 @@
 
 #include "FCurveInterchange/Conversion.h"
 #include "FCurveInterchange/Formats.h"
+#include "FCurveInterchange/Names.h"
 #include "interchange/Comparison.h"
 #include "interchange/CurveReader.h"
+#include "interchange/Numbers.h"
 
 #include <FCurveLib/ContainerInterface.h>
 #include <FCurveLib/FormatFactory.h>
@@ -35,6 +37,17 @@ void RequireLimits(const FCurveContainer& curves) {
         if (std::char_traits<char>::length(curve.getName()) > limits.text)
             throw TooMuch("A name is too long; the limit is " + std::to_string(limits.text) + " bytes.");
     }
+}
+
+// Where the common properties are missing, from those that the core's reader of "hClip" gives.
+void AddCommonProperties(FCurveContainer& curves) {
+    const auto add = [&](const char* common, const char* known, double offset) {
+        double number = 0.0;
+        if (*curves.getProperty(common) == '\0' && ParseNumber(curves.getProperty(known), number))
+            curves.setProperty(common, NumberText(number + offset).c_str());
+    };
+    add(kFrameRate, "hclip_rate", 0.0);
+    add(kFirstFrame, "hclip_start", 1.0); // samples count from 0, frames from 1
 }
 
 void Write(const std::string& bytes, Stream& stream) {
@@ -100,6 +113,7 @@ private:
             ~Clear() { draft.clear(); }
         } const clearing{*this};
         RequireLimits(*curves);
+        AddCommonProperties(*curves);
         Notes notes;
         const std::string bytes = m_writer.compose(*curves, notes);
         if (ConversionReport* const report = Conversion::report()) {
@@ -112,6 +126,8 @@ private:
             const Conversion reading(nothing, Conversion::options());
             if (Reader* const reader = FormatFactory::getReader(m_writer.getFormatType()))
                 reader->readCurves(stream, target);
+            AddCommonProperties(*back);
+            notes.sort();
             Compare(*curves, *back, notes, *report);
         }
         Write(bytes, m_stream);

@@ -71,12 +71,14 @@ void CutAtExtremes(const Cubic& cubic, std::vector<Cubic>& pieces) {
 void CutToEasings(Track& track, const FCurve& curve, Notes& notes) {
     std::vector<Knot> knots;
     knots.reserve(track.knots.size());
+    std::vector<Cubic> halves;
+    std::vector<Cubic> pieces;
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
         Knot right = track.knots[i];
         if (i > 0 && track.knots[i - 1].piece == Piece::Bezier) {
             const Cubic cubic = CubicOf(track, i - 1);
-            std::vector<Cubic> halves;
-            std::vector<Cubic> pieces;
+            halves.clear();
+            pieces.clear();
             if (!Halve(cubic, 0, halves))
                 notes.add(curve, cubic.p[0].x, cubic.p[3].x, Loss::Tangents, Loss::Shortened,
                           "handles that reach far beyond the segment");

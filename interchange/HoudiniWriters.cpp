@@ -17,7 +17,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -115,7 +115,7 @@ const char* ExtendWord(const Segment& end, bool isRepeated) {
 }
 
 // Letters, digits and _ - : / . only, node:channel, each once.
-std::string TrackName(const FCurve& curve, std::unordered_set<std::string>& taken) {
+std::string TrackName(const FCurve& curve, std::unordered_map<std::string, std::size_t>& taken) {
     std::string name = curve.getName();
     if (name.find(':') == std::string::npos) {
         const std::size_t slash = name.rfind('/');
@@ -127,16 +127,13 @@ std::string TrackName(const FCurve& curve, std::unordered_set<std::string>& take
             c = '_';
     if (name.empty()) name = "_";
     std::string unique = name;
-    for (int n = 2; !taken.insert(unique).second; ++n) unique = name + '_' + std::to_string(n);
+    while (!taken.try_emplace(unique, 1U).second) unique = name + '_' + std::to_string(++taken[name]);
     return unique;
 }
 
 double SampleRate(const FCurveContainer& curves) {
-    for (const char* key : {kFrameRate, "hclip_rate"}) {
-        double rate = 0.0;
-        if (ParseNumber(curves.getProperty(key), rate) && rate > 0.0) return FrameRateOr(rate);
-    }
-    return FrameRateOr(0.0);
+    double rate = 0.0;
+    return FrameRateOr(ParseNumber(curves.getProperty(kFrameRate), rate) ? rate : 0.0);
 }
 
 // "xyz:0,1,2;3,4,5" as the rows of the format; nothing where the property says something else.
@@ -220,7 +217,7 @@ std::string HoudiniClipWriter::compose(const FCurveContainer& curves, Notes& not
     AppendNumber(text, frames.first - 1.0);
     text += "\n   tracklength = " + std::to_string(static_cast<long long>(samples));
     text += "\n   tracks = " + std::to_string(curves.size()) + '\n';
-    std::unordered_set<std::string> taken;
+    std::unordered_map<std::string, std::size_t> taken; // with the last number that made one of its kind free
     for (const FCurve& curve : curves) {
         const std::string name = TrackName(curve, taken);
         notes.rename(curve, name);

@@ -1,20 +1,14 @@
 #pragma once
 
-// JSON documents, whose objects keep the order of their members.
-
-#include <nlohmann/json.hpp>
-#include <string_view>
+#include <string>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 namespace Interchange {
 
-using Json = nlohmann::ordered_json;
-
-// The document that the bytes are, after a byte-order mark if there is one; raises BadDocument with line and column, or
-// TooMuch where objects and arrays are nested deeper than `nesting`.
-Json ParseJson(std::string_view bytes, std::size_t nesting = 64);
+// In quotes, as JSON has it. What is no UTF-8 is replaced.
+std::string JsonText(const std::string& text);
 
 } // namespace Interchange
 

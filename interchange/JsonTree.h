@@ -1,7 +1,6 @@
 #pragma once
 
-// JSON documents for reading alone, in a few blocks of memory: large ones take a fraction of what a tree of objects
-// does.
+// JSON documents for reading alone, in one block of memory: large ones take a fraction of what a tree of objects does.
 
 #include <cstddef>
 #include <cstdint>
@@ -21,6 +20,7 @@ class JsonTree;
 class JsonValue {
 public:
     enum Type : std::uint8_t { Null, Boolean, Number, Text, Array, Object };
+    class Iterator;
 
     Type type() const noexcept;
     bool isNull() const noexcept { return type() == Null; }
@@ -34,21 +34,40 @@ public:
     double number() const noexcept;           // 0 for what is none
     const std::string& text() const noexcept; // empty for what is none
 
-    // Of an array or object; 0 for anything else.
+    // The values in an array or object; none in anything else. Counting and indexing walk over them.
+    Iterator begin() const noexcept;
+    Iterator end() const noexcept;
     std::size_t size() const noexcept;
-    bool empty() const noexcept { return size() == 0; }
+    bool empty() const noexcept;
     JsonValue operator[](std::size_t index) const noexcept; // precondition: below size()
-    const std::string& key(std::size_t index) const noexcept;
     JsonValue operator[](const char* name) const noexcept;
-    bool contains(const char* name) const noexcept;
+    bool contains(const char* name) const noexcept { return (*this)[name].m_node != 0; }
+    const std::string& key() const noexcept; // this value's own, in its object
 
 private:
     friend class JsonTree;
 
     JsonValue(const JsonTree& tree, std::uint32_t node) noexcept : m_tree(&tree), m_node(node) {}
+    std::uint32_t after() const noexcept; // the first node behind this value
 
     const JsonTree* m_tree;
     std::uint32_t m_node;
+};
+
+class JsonValue::Iterator {
+public:
+    explicit Iterator(const JsonValue& value) noexcept : m_value(value) {}
+
+    const JsonValue& operator*() const noexcept { return m_value; }
+    const JsonValue* operator->() const noexcept { return &m_value; }
+    Iterator& operator++() noexcept {
+        m_value.m_node = m_value.after();
+        return *this;
+    }
+    bool operator!=(const Iterator& other) const noexcept { return m_value.m_node != other.m_value.m_node; }
+
+private:
+    JsonValue m_value;
 };
 
 class JsonTree {
@@ -59,28 +78,23 @@ public:
     JsonTree& operator=(const JsonTree&) = delete;
     ~JsonTree();
 
-    JsonValue root() const noexcept { return {*this, m_root}; }
+    JsonValue root() const noexcept { return {*this, 1}; }
 
 private:
     friend class JsonValue;
     struct Builder;
 
+    // In the order of the document: the values in an array or object follow it.
     struct Node {
         double number = 0.0;
-        std::uint32_t first = 0; // of its entries; of a text, its place
-        std::uint32_t count = 0;
-        JsonValue::Type type = JsonValue::Null;
-    };
-    struct Entry {
-        std::uint32_t key;
-        std::uint32_t node;
+        std::uint32_t place = 0; // of an array or object, the first node behind it; of a text, its index
+        std::uint32_t key : 28;
+        std::uint32_t type : 4;
     };
 
     std::vector<Node> m_nodes;
-    std::vector<Entry> m_entries;
     std::vector<std::string> m_texts; // values and keys
     std::unordered_map<std::string, std::uint32_t> m_keys;
-    std::uint32_t m_root = 0;
 };
 
 } // namespace Interchange

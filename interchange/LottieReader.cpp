@@ -52,98 +52,136 @@ double PerDimension(const JsonValue& value, std::size_t dimension, std::size_t d
     return NumberAt(value[index], {&way, nullptr, index});
 }
 
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
 struct Frame {
     double t = 0.0;
-    std::vector<double> start;
-    std::vector<double> end; // of files that have it
+    // Where a value for each dimension stands in the numbers of all; kNone where the keyframe has none.
+    std::size_t start = kNone;
+    std::size_t end = kNone;   // of files that have it
+    std::size_t leave = kNone; // the path's handles, as offsets
+    std::size_t arrive = kNone;
+    std::size_t easings = kNone; // likewise in the easings
     bool isHeld = false;
-    std::vector<Easing> easings; // by dimension; none where there are no handles
-    std::vector<double> leave;   // the path's handles, as offsets
-    std::vector<double> arrive;
 };
 
-std::vector<double> NumbersAt(const JsonValue& value, const Way& way) {
+// The keyframes of a property; none of a shape, whose values are objects.
+struct Keyframes {
+    std::size_t dimensions = 0;
+    std::vector<Frame> frames;
     std::vector<double> numbers;
-    if (!value.isArray()) {
-        numbers.push_back(NumberAt(value, way));
-        return numbers;
-    }
-    numbers.reserve(value.size());
-    for (std::size_t i = 0; i < value.size(); ++i) numbers.push_back(NumberAt(value[i], {&way, nullptr, i}));
-    if (numbers.empty()) Refuse(way, "The array is empty.");
-    return numbers;
-}
+    std::vector<Easing> easings;
 
-Easing EasingAt(const JsonValue& frame, std::size_t dimension, std::size_t dimensions, const Way& way) {
+    const double* start(std::size_t frame) const { return &numbers[frames[frame].start]; }
+    // Of the way to the next frame; 0 where the frame has no handle.
+    double handle(std::size_t place, std::size_t dimension) const {
+        return place == kNone ? 0.0 : numbers[place + dimension];
+    }
+
+    // Appends a number, or those of an array; returns their place.
+    std::size_t add(const JsonValue& value, const Way& way) {
+        const std::size_t place = numbers.size();
+        if (!value.isArray()) {
+            numbers.push_back(NumberAt(value, way));
+            return place;
+        }
+        for (const JsonValue& element : value)
+            numbers.push_back(NumberAt(element, {&way, nullptr, numbers.size() - place}));
+        if (numbers.size() == place) Refuse(way, "The array is empty.");
+        return place;
+    }
+};
+
+Easing EasingAt(const JsonValue& out, const JsonValue& in, std::size_t dimension, std::size_t dimensions,
+                const Way& way) {
     double numbers[4];
     double* next = numbers;
-    for (const char* handle : {"o", "i"}) {
+    for (const auto& [handle, object] : {std::pair("o", out), std::pair("i", in)}) {
         const Way place{&way, handle};
-        const JsonValue object = frame[handle];
         for (const char* axis : {"x", "y"}) {
-            if (!object.contains(axis)) Refuse(place, std::string("\"") + axis + "\" is missing.");
-            *next++ = PerDimension(object[axis], dimension, dimensions, {&place, axis});
+            const JsonValue value = object[axis];
+            if (value.isNull()) Refuse(place, std::string("\"") + axis + "\" is missing.");
+            *next++ = PerDimension(value, dimension, dimensions, {&place, axis});
         }
     }
     return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-// The keyframes of a property. Shapes, whose values are objects, are none of ours: empty.
-std::vector<Frame> FramesAt(const JsonValue& keyframes, const std::string& path) {
+Keyframes KeyframesAt(const JsonValue& array, const std::string& path) {
     const Way whole{nullptr, nullptr, 0, path};
-    std::vector<Frame> frames;
-    frames.reserve(keyframes.size());
-    std::size_t dimensions = 0;
-    for (std::size_t i = 0; i < keyframes.size(); ++i) {
-        const JsonValue keyframe = keyframes[i];
+    Keyframes all;
+    std::vector<Frame>& frames = all.frames;
+    const std::size_t count = array.size();
+    frames.reserve(count);
+    all.numbers.reserve(count);
+    all.easings.reserve(count);
+    for (const JsonValue& keyframe : array) {
+        const std::size_t i = frames.size();
         const Way way{&whole, nullptr, i};
         Frame& frame = frames.emplace_back();
-        if (!keyframe.contains("t")) Refuse(way, "\"t\" is missing.");
-        frame.t = NumberAt(keyframe["t"], {&way, "t"});
+        const JsonValue time = keyframe["t"];
+        if (time.isNull()) Refuse(way, "\"t\" is missing.");
+        frame.t = NumberAt(time, {&way, "t"});
         if (i > 0 && frame.t < frames[i - 1].t) Refuse({&way, "t"}, "The time goes back.");
-        const bool isLast = i + 1 == keyframes.size();
+        const bool isLast = i + 1 == count;
         const JsonValue start = keyframe["s"];
         if (!start.isNull()) {
             if (start.isArray() && !start.empty() && start[std::size_t{0}].isObject()) return {};
-            frame.start = NumbersAt(start, {&way, "s"});
+            frame.start = all.add(start, {&way, "s"});
         } else if (isLast && i > 0) {
             frame.start = frames[i - 1].end; // as old files end
         }
-        if (frame.start.empty()) Refuse(way, "\"s\" is missing.");
-        if (dimensions == 0) dimensions = frame.start.size();
-        const char* const isUneven = "The array has another length than before.";
-        if (frame.start.size() != dimensions) Refuse({&way, "s"}, isUneven);
-        if (const JsonValue end = keyframe["e"]; !end.isNull()) frame.end = NumbersAt(end, {&way, "e"});
-        if (!frame.end.empty() && frame.end.size() != dimensions) Refuse({&way, "e"}, isUneven);
-        frame.isHeld = keyframe["h"].isNumber() && keyframe["h"].number() == 1.0;
-        if (!isLast && keyframe.contains("o") && keyframe.contains("i")) {
-            frame.easings.reserve(dimensions);
-            for (std::size_t d = 0; d < dimensions; ++d)
-                frame.easings.push_back(EasingAt(keyframe, d, dimensions, way));
+        if (frame.start == kNone) Refuse(way, "\"s\" is missing.");
+        if (i == 0) all.dimensions = all.numbers.size();
+        const auto checkLength = [&](std::size_t place, const char* member) {
+            if (all.numbers.size() - place != all.dimensions)
+                Refuse({&way, member}, "The array has another length than before.");
+        };
+        if (!start.isNull()) checkLength(frame.start, "s");
+        if (const JsonValue end = keyframe["e"]; !end.isNull()) {
+            frame.end = all.add(end, {&way, "e"});
+            checkLength(frame.end, "e");
         }
-        if (keyframe.contains("to") && keyframe.contains("ti")) {
-            if (!keyframe["to"].isNull()) frame.leave = NumbersAt(keyframe["to"], {&way, "to"});
-            if (!keyframe["ti"].isNull()) frame.arrive = NumbersAt(keyframe["ti"], {&way, "ti"});
-            frame.leave.resize(dimensions);
-            frame.arrive.resize(dimensions);
+        const JsonValue held = keyframe["h"];
+        frame.isHeld = held.isNumber() && held.number() == 1.0;
+        const JsonValue out = keyframe["o"];
+        const JsonValue in = keyframe["i"];
+        if (!isLast && !out.isNull() && !in.isNull()) {
+            frame.easings = all.easings.size();
+            for (std::size_t d = 0; d < all.dimensions; ++d)
+                all.easings.push_back(EasingAt(out, in, d, all.dimensions, way));
         }
+        const JsonValue leave = keyframe["to"];
+        const JsonValue arrive = keyframe["ti"];
+        // Shorter ones have no handle in the other dimensions.
+        const auto addHandle = [&](const JsonValue& value, const char* member) {
+            const std::size_t place = all.add(value, {&way, member});
+            all.numbers.resize(place + all.dimensions);
+            return place;
+        };
+        if (!leave.isNull()) frame.leave = addHandle(leave, "to");
+        if (!arrive.isNull()) frame.arrive = addHandle(arrive, "ti");
     }
-    return frames;
+    return all;
 }
 
 // Whether a keyframe moves along an arc: its handles leave the chord.
-bool IsCurved(const Frame& frame, const std::vector<double>& end) {
+bool IsCurved(const Keyframes& all, std::size_t index) {
+    const Frame& frame = all.frames[index];
+    if (frame.isHeld || (frame.leave == kNone && frame.arrive == kNone)) return false;
+    const double* const start = all.start(index);
+    const double* const end = all.start(index + 1);
     double chord = 0.0;
     double size = 0.0;
-    for (std::size_t d = 0; d < frame.leave.size(); ++d) {
-        chord = std::max(chord, std::fabs(end[d] - frame.start[d]));
-        size = std::max({size, std::fabs(frame.leave[d]), std::fabs(frame.arrive[d])});
+    for (std::size_t d = 0; d < all.dimensions; ++d) {
+        chord = std::max(chord, std::fabs(end[d] - start[d]));
+        size = std::max({size, std::fabs(all.handle(frame.leave, d)), std::fabs(all.handle(frame.arrive, d))});
     }
     if (size == 0.0) return false;
-    for (const std::vector<double>* handle : {&frame.leave, &frame.arrive})
-        for (std::size_t a = 0; a < handle->size(); ++a)
+    for (const std::size_t handle : {frame.leave, frame.arrive})
+        for (std::size_t a = 0; a < all.dimensions; ++a)
             for (std::size_t b = 0; b < a; ++b)
-                if (std::fabs((*handle)[a] * (end[b] - frame.start[b]) - (*handle)[b] * (end[a] - frame.start[a]))
+                if (std::fabs(all.handle(handle, a) * (end[b] - start[b]) - all.handle(handle, b) * (end[a] - start[a]))
                     > 1e-9 * size * std::max(chord, size))
                     return true;
     return chord == 0.0;
@@ -161,7 +199,8 @@ public:
         if (!root.isObject()) Refuse("", "Expected an object.");
         if (root.contains("layers")) {
             if (!root["layers"].isArray()) Refuse("/layers", "Expected an array.");
-            for (std::size_t i = 0; i < root["layers"].size(); ++i) readLayer(root["layers"][i], i);
+            std::size_t index = 0;
+            for (const JsonValue& layer : root["layers"]) readLayer(layer, index++);
         } else if (root.contains("k") || root.contains("s")) {
             read(root, textOf(root, "nm").empty() ? "property" : textOf(root, "nm"), "", true);
         } else {
@@ -177,8 +216,8 @@ private:
     void readLayer(const JsonValue& layer, std::size_t index);
     void walk(const JsonValue& value, const std::string& name, const std::string& path);
     void read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole);
-    void readDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track);
-    bool readArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks);
+    void readDimension(const Keyframes& all, std::size_t dimension, Track& track);
+    bool readArcs(const Keyframes& all, std::vector<Track>& tracks);
 
     Document m_document;
 };
@@ -194,9 +233,8 @@ void LottieDocument::readLayer(const JsonValue& layer, std::size_t index) {
     static constexpr const char* transforms[][2] = {
         {"o", "opacity"},   {"r", "rotateZ"}, {"rx", "rotateX"}, {"ry", "rotateY"}, {"rz", "rotateZ"},
         {"p", "translate"}, {"s", "scale"},   {"a", "anchor"},   {"sk", "skew"},    {"sa", "skewAxis"}};
-    for (std::size_t m = 0; m < layer.size(); ++m) {
-        const std::string& key = layer.key(m);
-        const JsonValue value = layer[m];
+    for (const JsonValue& value : layer) {
+        const std::string& key = value.key();
         std::string place = path;
         place += '/';
         place += key;
@@ -204,8 +242,8 @@ void LottieDocument::readLayer(const JsonValue& layer, std::size_t index) {
             for (const auto& [word, channel] : transforms)
                 if (value.contains(word)) read(value[word], Joined(name, channel), place + '/' + word, false);
         } else if (key == "ef" && value.isArray()) {
-            for (std::size_t i = 0; i < value.size(); ++i) {
-                const JsonValue effect = value[i];
+            std::size_t i = 0;
+            for (const JsonValue& effect : value) {
                 const std::string here = place + '/' + std::to_string(i);
                 // A slider alone has the effect's name, which is what a curve without another home has.
                 const bool isSlider = effect.isObject() && effect.contains("ef") && effect["ef"].isArray()
@@ -216,6 +254,7 @@ void LottieDocument::readLayer(const JsonValue& layer, std::size_t index) {
                          false);
                 else
                     walk(effect, Joined(name, "ef." + std::to_string(i)), here);
+                ++i;
             }
         } else {
             walk(value, Joined(name, key), place);
@@ -230,21 +269,26 @@ void LottieDocument::walk(const JsonValue& value, const std::string& name, const
         read(value, name, path, false);
         return;
     }
-    if (value.isObject()) {
-        for (std::size_t i = 0; i < value.size(); ++i)
-            if (value[i].isStructured()) walk(value[i], name + '.' + value.key(i), path + '/' + value.key(i));
-    } else if (value.isArray()) {
-        for (std::size_t i = 0; i < value.size(); ++i)
-            if (value[i].isStructured()) walk(value[i], name + '.' + std::to_string(i), path + '/' + std::to_string(i));
+    std::size_t index = 0;
+    for (const JsonValue& element : value) {
+        if (element.isStructured()) {
+            std::string word = value.isObject() ? element.key() : std::to_string(index);
+            std::string place = path;
+            place.append("/").append(word);
+            walk(element, word.insert(0, ".").insert(0, name), place);
+        }
+        ++index;
     }
 }
 
-void LottieDocument::readDimension(const std::vector<Frame>& frames, std::size_t dimension, Track& track) {
+void LottieDocument::readDimension(const Keyframes& all, std::size_t dimension, Track& track) {
+    const std::vector<Frame>& frames = all.frames;
     std::vector<Knot>& knots = track.knots;
+    knots.reserve(frames.size());
     for (const Frame& frame : frames) {
         Knot knot;
         knot.x = frame.t;
-        knot.y = frame.start[dimension];
+        knot.y = all.numbers[frame.start + dimension];
         if (!knots.empty() && !(knot.x > knots.back().x)) {
             // The later one shows; what led to the earlier one ends a little before.
             const double gap = Keyframe::getMinSeparation();
@@ -265,7 +309,7 @@ void LottieDocument::readDimension(const std::vector<Frame>& frames, std::size_t
         Knot& left = knots[i];
         Knot& right = knots[i + 1];
         if (frame.isHeld || frame.t != left.x) continue;
-        if (frame.easings.empty()) {
+        if (frame.easings == kNone) {
             left.piece = Piece::Linear;
             Lose({track.name,
                   Loss::Kind,
@@ -277,7 +321,7 @@ void LottieDocument::readDimension(const std::vector<Frame>& frames, std::size_t
                   0.0});
             continue;
         }
-        Easing easing = frame.easings[dimension];
+        Easing easing = all.easings[frame.easings + dimension];
         if (!(easing.x1 >= 0.0 && easing.x1 <= 1.0 && easing.x2 >= 0.0 && easing.x2 <= 1.0)) {
             Lose({track.name, Loss::Tangents, Loss::Shortened, "handles beyond the segment", 1, {left.x}, 0.0, 0.0});
             // Along their direction.
@@ -291,11 +335,11 @@ void LottieDocument::readDimension(const std::vector<Frame>& frames, std::size_t
 }
 
 // Along an arc the dimensions have one easing, of the way: a key a frame. Returns whether there is an arc.
-bool LottieDocument::readArcs(const std::vector<Frame>& frames, std::vector<Track>& tracks) {
+bool LottieDocument::readArcs(const Keyframes& all, std::vector<Track>& tracks) {
+    const std::vector<Frame>& frames = all.frames;
     constexpr double kMostFrames = 1e6;
     bool hasArc = false;
-    for (std::size_t i = 0; i + 1 < frames.size() && !hasArc; ++i)
-        hasArc = !frames[i].isHeld && !frames[i].leave.empty() && IsCurved(frames[i], frames[i + 1].start);
+    for (std::size_t i = 0; i + 1 < frames.size() && !hasArc; ++i) hasArc = IsCurved(all, i);
     if (!hasArc || frames.back().t - frames.front().t > kMostFrames) return false;
     constexpr int kParts = 256;
     for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -310,13 +354,13 @@ bool LottieDocument::readArcs(const std::vector<Frame>& frames, std::vector<Trac
         };
         const bool moves = i + 1 < frames.size() && !frame.isHeld;
         for (std::size_t d = 0; d < tracks.size(); ++d)
-            add(frame.t, d, frame.start[d], moves ? Piece::Linear : Piece::Constant);
+            add(frame.t, d, all.start(i)[d], moves ? Piece::Linear : Piece::Constant);
         if (!moves) continue;
-        const std::vector<double>& end = frames[i + 1].start;
+        const double* const end = all.start(i + 1);
         const auto point = [&](std::size_t d, double t) {
-            const double a = frame.start[d];
-            const double leave = frame.leave.empty() ? 0.0 : frame.leave[d];
-            const double arrive = frame.arrive.empty() ? 0.0 : frame.arrive[d];
+            const double a = all.start(i)[d];
+            const double leave = all.handle(frame.leave, d);
+            const double arrive = all.handle(frame.arrive, d);
             const Cubic cubic{{{0.0, a}, {0.0, a + leave}, {0.0, end[d] + arrive}, {0.0, end[d]}}};
             return PointAt(cubic, t).y;
         };
@@ -330,7 +374,7 @@ bool LottieDocument::readArcs(const std::vector<Frame>& frames, std::vector<Trac
             lengths.push_back(lengths.back() + std::sqrt(square));
         }
         const double width = frames[i + 1].t - frame.t;
-        const Easing easing = frame.easings.empty() ? Easing{} : frame.easings[0];
+        const Easing easing = frame.easings == kNone ? Easing{} : all.easings[frame.easings];
         const Cubic ease{{{0.0, 0.0},
                           {std::clamp(easing.x1, 0.0, 1.0), easing.y1},
                           {std::clamp(easing.x2, 0.0, 1.0), easing.y2},
@@ -369,20 +413,20 @@ void LottieDocument::read(const JsonValue& property, const std::string& name, co
     if (k.isArray() && k.empty()) Refuse(place, "The array is empty.");
     const bool isAnimated = k.isArray() && k[std::size_t{0}].isObject();
     if (!isAnimated && !isWhole) return; // what does not move is no curve
-    std::vector<Frame> frames;
+    Keyframes all;
     if (isAnimated) {
-        frames = FramesAt(k, place);
-        if (frames.empty()) {
+        all = KeyframesAt(k, place);
+        if (all.frames.empty()) {
             Lose({name, Loss::Curves, Loss::Dropped, "an animated shape", 1, {}, 0.0, 0.0});
             return;
         }
     } else if (k.isNumber() || k.isArray()) {
-        frames.emplace_back();
-        frames.back().start = NumbersAt(k, Way{nullptr, nullptr, 0, place});
+        all.frames.emplace_back().start = all.add(k, Way{nullptr, nullptr, 0, place});
+        all.dimensions = all.numbers.size();
     } else {
         Refuse(place, "Expected numbers or keyframes.");
     }
-    const std::size_t dimensions = frames[0].start.size();
+    const std::size_t dimensions = all.dimensions;
     std::vector<Track> tracks(dimensions);
     const bool isTransform = name.size() >= 5
                              && (name.compare(name.size() - 5, 5, "scale") == 0
@@ -395,8 +439,8 @@ void LottieDocument::read(const JsonValue& property, const std::string& name, co
         else
             tracks[d].name += std::string("/") + (dimensions <= 3 ? std::string(1, "xyz"[d]) : std::to_string(d));
     }
-    if (!readArcs(frames, tracks))
-        for (std::size_t d = 0; d < dimensions; ++d) readDimension(frames, d, tracks[d]);
+    if (!readArcs(all, tracks))
+        for (std::size_t d = 0; d < dimensions; ++d) readDimension(all, d, tracks[d]);
     const std::string expression = textOf(property, "x");
     for (Track& track : tracks) {
         if (!expression.empty()) {

@@ -21,12 +21,8 @@ namespace Interchange {
 
 namespace {
 
-std::string JsonText(const std::string& text) {
-    return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 void AppendHandle(std::string& text, const char* name, double x, double y) {
-    text += std::string(",\"") + name + "\":{\"x\":[";
+    text.append(",\"").append(name).append("\":{\"x\":[");
     AppendNumber(text, x);
     text += "],\"y\":[";
     AppendNumber(text, y);
@@ -66,7 +62,7 @@ std::string PropertyOf(const FCurve& curve, Notes& notes) {
         }
         text += '}';
     }
-    return text + "]}";
+    return text += "]}";
 }
 
 // A null layer that carries the curves of a node.
@@ -88,29 +84,39 @@ std::string PlaceOf(const std::string& channel, std::string& back) {
     return isRotation ? "r" : std::string("p") + "xyz"[transform->axis];
 }
 
-std::string LayerText(const Layer& layer, std::size_t index, const std::string& range) {
-    const auto property = [&](const char* key, const char* otherwise) {
+void AppendLayer(std::string& text, const Layer& layer, std::size_t index, const std::string& range) {
+    const auto add = [&](const char* member, const char* key, const char* otherwise) {
+        text += member;
         const auto found = layer.transform.find(key);
-        return found == layer.transform.end() ? std::string("{\"a\":0,\"k\":") + otherwise + '}' : found->second;
+        if (found == layer.transform.end())
+            text.append("{\"a\":0,\"k\":").append(otherwise).append("}");
+        else
+            text += found->second;
     };
-    std::string text = "{\"ddd\":0,\"ind\":" + std::to_string(index + 1) + ",\"ty\":3,\"nm\":" + JsonText(layer.node)
-                       + ",\"sr\":1,\"ks\":{\"o\":" + property("o", "100") + ",\"r\":" + property("r", "0") + ",\"p\":";
-    const bool isSplit = layer.transform.count("px") + layer.transform.count("py") + layer.transform.count("pz") > 0;
-    text += isSplit ? "{\"s\":true,\"x\":" + property("px", "0") + ",\"y\":" + property("py", "0")
-                          + ",\"z\":" + property("pz", "0") + '}'
-                    : "{\"a\":0,\"k\":[0,0,0]}";
+    text += "{\"ddd\":0,\"ind\":" + std::to_string(index + 1) + ",\"ty\":3,\"nm\":" + JsonText(layer.node);
+    add(",\"sr\":1,\"ks\":{\"o\":", "o", "100");
+    add(",\"r\":", "r", "0");
+    text += ",\"p\":";
+    if (layer.transform.count("px") + layer.transform.count("py") + layer.transform.count("pz") > 0) {
+        add("{\"s\":true,\"x\":", "px", "0");
+        add(",\"y\":", "py", "0");
+        add(",\"z\":", "pz", "0");
+        text += '}';
+    } else {
+        text += "{\"a\":0,\"k\":[0,0,0]}";
+    }
     text += ",\"a\":{\"a\":0,\"k\":[0,0,0]},\"s\":{\"a\":0,\"k\":[100,100,100]}},\"ao\":0";
     if (!layer.sliders.empty()) {
         text += ",\"ef\":[";
         for (std::size_t i = 0; i < layer.sliders.size(); ++i) {
             const auto& [name, value] = layer.sliders[i];
-            text += (i > 0 ? ",\n" : "") + std::string("{\"ty\":5,\"nm\":") + JsonText(name)
-                    + ",\"np\":3,\"ix\":" + std::to_string(i + 1)
-                    + ",\"en\":1,\"ef\":[{\"ty\":0,\"nm\":\"Slider\",\"ix\":1,\"v\":" + value + "}]}";
+            text += (i > 0 ? ",\n" : "") + std::string("{\"ty\":5,\"nm\":") + JsonText(name) + ",\"np\":3,\"ix\":"
+                    + std::to_string(i + 1) + ",\"en\":1,\"ef\":[{\"ty\":0,\"nm\":\"Slider\",\"ix\":1,\"v\":";
+            text.append(value).append("}]}");
         }
         text += ']';
     }
-    return text + ',' + range + ",\"st\":0,\"bm\":0}";
+    text.append(",").append(range).append(",\"st\":0,\"bm\":0}");
 }
 
 } // namespace
@@ -133,10 +139,11 @@ std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) c
         Layer& target = layers[layer->second];
         std::string back;
         const std::string place = PlaceOf(name.channel, back);
-        if (place.empty() || !target.transform.try_emplace(place, property).second) {
+        if (place.empty() || target.transform.count(place) > 0) {
             target.sliders.emplace_back(name.channel, std::move(property));
             continue;
         }
+        target.transform.emplace(place, std::move(property));
         name.channel = back;
         if (JoinName(name) != curve.getName()) notes.rename(curve, JoinName(name));
     }
@@ -149,8 +156,12 @@ std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) c
     const std::string range = "\"ip\":" + NumberText(first) + ",\"op\":" + NumberText(last);
     std::string text = "{\"v\":\"5.7.0\",\"fr\":" + NumberText(FrameRateOr(isStated ? rate : 0.0)) + ',' + range
                        + ",\"w\":1920,\"h\":1080,\"nm\":\"\",\"ddd\":0,\"assets\":[],\"layers\":[\n";
-    for (std::size_t i = 0; i < layers.size(); ++i) text += (i > 0 ? ",\n" : "") + LayerText(layers[i], i, range);
-    return text + "]}\n";
+    for (std::size_t i = 0; i < layers.size(); ++i) {
+        if (i > 0) text += ",\n";
+        AppendLayer(text, layers[i], i, range);
+        layers[i] = {}; // a large document is not in memory twice
+    }
+    return text += "]}\n";
 }
 
 } // namespace Interchange

@@ -174,6 +174,25 @@ void BakeEnds(const FCurve& curve, double from, double to, Track& track) {
     }
 }
 
+// Neighbours that say the same are one.
+void Notes::add(const FCurve& curve, double from, double to, Loss::What what, Loss::Remedy remedy,
+                std::string_view detail) {
+    std::vector<Hint>& hints = m_hints[&curve];
+    if (!hints.empty()) {
+        Hint& last = hints.back();
+        if (last.to == from && last.what == what && last.remedy == remedy && last.detail == detail) {
+            last.to = to;
+            return;
+        }
+    }
+    hints.push_back({from, to, what, remedy, std::string(detail)});
+}
+
+void Notes::sort() {
+    for (auto& [curve, hints] : m_hints)
+        std::stable_sort(hints.begin(), hints.end(), [](const Hint& a, const Hint& b) { return a.from < b.from; });
+}
+
 const Notes::Hint* Notes::find(const FCurve& curve, double from, double to) const {
     const auto found = m_hints.find(&curve);
     if (found == m_hints.end()) return nullptr;

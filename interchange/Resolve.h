@@ -9,6 +9,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -28,14 +29,15 @@ public:
         std::string detail;
     };
 
-    // About the curve's range from .. to, in rising order of from.
-    void add(const FCurve& curve, double from, double to, Loss::What what, Loss::Remedy remedy, std::string detail) {
-        m_hints[&curve].push_back({from, to, what, remedy, std::move(detail)});
-    }
+    // About the curve's range from .. to.
+    void add(const FCurve& curve, double from, double to, Loss::What what, Loss::Remedy remedy,
+             std::string_view detail);
     // The name under which the curve comes back, where it is not its own.
     void rename(const FCurve& curve, std::string name) { m_names[&curve] = std::move(name); }
 
-    // The first hint that covers the middle of from .. to; null where none does.
+    // To be called after the last hint, before the first search.
+    void sort();
+    // The last hint that starts before the middle of from .. to, if it covers that; else null.
     const Hint* find(const FCurve& curve, double from, double to) const;
     const std::string* nameOf(const FCurve& curve) const;
 

@@ -3,6 +3,7 @@
 #include "FCurveInterchange/ConversionReport.h"
 #include "FCurveInterchange/Export.h"
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -19,6 +20,9 @@ struct ConversionOptions {
     double tolerance = 1e-4;
     /// Of one format alone, by "format.setting": docs/formats/ names them. Unknown ones have no effect.
     std::map<std::string, std::string> settings;
+    /// Bytes of a document. Readers of this library hold it in memory and refuse a longer one before they read it;
+    /// FormatLimits bound what stands in it.
+    std::size_t longest = std::size_t{1} << 29U;
 
     /// Empty where it is not set.
     std::string setting(const char* name) const {

@@ -1,10 +1,13 @@
 #include "FCurveInterchange/Conversion.h"
 #include "FCurveInterchange/Formats.h"
 #include "FCurveInterchange/Names.h"
+#include "interchange/CurveReader.h"
 #include "interchange/Files.h"
+#include "interchange/Json.h"
 #include "interchange/Numbers.h"
 #include "interchange/gltf/Asset.h"
 #include "interchange/gltf/GltfFormat.h"
+#include "interchange/gltf/Matrix.h"
 #include "interchange/gltf/NodeNames.h"
 #include "interchange/gltf/Sampler.h"
 
@@ -13,6 +16,7 @@
 #include <FCurveLib/Segment.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -34,10 +38,6 @@ namespace {
 constexpr std::size_t kMostWeights = 4096;
 constexpr const char* kNewDocument = R"({"asset":{"version":"2.0","generator":"FCurveLib"}})";
 constexpr const char* kOwnNode = "curves"; // for curves without a node
-
-std::string JsonText(const std::string& text) {
-    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
 
 float AsFloat(double number) {
     if (!(std::fabs(number) <= static_cast<double>(std::numeric_limits<float>::max())))
@@ -67,6 +67,12 @@ public:
     JsonSpan member(JsonSpan object, std::string_view key) const { return MemberOf(m_text, object, key); }
     std::vector<JsonSpan> elements(JsonSpan array) const { return ElementsOf(m_text, array); }
 
+    // The name goes with the value; the text has names of its own.
+    void replaceMember(JsonSpan object, std::string_view key, std::string text) {
+        const JsonSpan value = member(object, key);
+        const std::size_t close = m_text.rfind('"', value.begin);
+        replace({m_text.rfind('"', close - 1), value.end}, std::move(text));
+    }
     void replace(JsonSpan span, std::string text) { m_edits.push_back({span, std::move(text)}); }
     // To an object or an array, before its closing bracket; several additions keep their order.
     void add(JsonSpan whole, const std::string& text) {
@@ -256,7 +262,9 @@ private:
         const std::size_t node = nodeOf(nodeName);
         const std::string wanted = parts.channel.empty() ? "curve" : parts.channel;
         std::string extra = wanted;
-        for (std::size_t number = 2;; ++number) {
+        std::size_t& number = m_extraNumbers[animation + '\n' + std::to_string(node) + '/' + wanted];
+        for (;; ++number) {
+            if (number > 0) extra = wanted + '_' + std::to_string(number + 1);
             Property property;
             property.pointer = "/nodes/" + std::to_string(node) + "/extras/" + EscapePointer(validUtf8(extra));
             property.key = property.pointer;
@@ -267,7 +275,6 @@ private:
                     m_extras[node].emplace_back(validUtf8(extra), firstOf(curve));
                 return;
             }
-            extra = wanted + '_' + std::to_string(number);
         }
     }
     static std::string validUtf8(const std::string& text) {
@@ -308,6 +315,14 @@ private:
         if (property.path == "rotation") values[3] = 1.0;
         if (!property.node || isNewNode(*property.node)) return values;
         const Value node = m_asset.root()["nodes"][*property.node];
+        if (node["matrix"] && !property.isArray) {
+            const Placement placement = placementOf(*property.node);
+            const double* const numbers = property.path == "translation" ? placement.translation.data()
+                                          : property.path == "rotation"  ? placement.rotation.data()
+                                                                         : placement.scale.data();
+            std::copy_n(numbers, count, values.begin());
+            return values;
+        }
         Value stated = node[property.path.c_str()];
         if (!stated && property.path == "weights" && node["mesh"]) {
             const Value meshes = m_asset.root()["meshes"];
@@ -336,12 +351,15 @@ private:
     }
 
     void writeNodes() {
-        for (const Property& property : m_properties)
-            if (!property.path.empty() && !isNewNode(*property.node)
-                && m_asset.root()["nodes"][*property.node]["matrix"])
-                throw NotWritable("The node " + Interchange::Quoted(m_names.nameOf(*property.node))
-                                  + " has a matrix, beside which nothing of it can be animated.");
         std::vector<JsonSpan> spans;
+        std::unordered_set<std::size_t> placed;
+        for (const Property& property : m_properties) {
+            if (property.path.empty() || property.isArray || isNewNode(*property.node)
+                || !m_asset.root()["nodes"][*property.node]["matrix"] || !placed.insert(*property.node).second)
+                continue;
+            if (spans.empty()) spans = m_edits.elements(m_edits.member(m_edits.root(), "nodes"));
+            replaceMatrix(*property.node, spans[*property.node]);
+        }
         for (const auto& [node, extras] : m_extras) {
             if (isNewNode(node)) {
                 m_newNodes[node - m_names.size()].extras = extras;
@@ -379,6 +397,41 @@ private:
             m_edits.addMember(m_edits.root(), "scene", "0");
             m_edits.addElement(m_edits.root(), "scenes", "{\"nodes\":[" + indices + "]}");
         }
+    }
+    // Beside a matrix nothing of a node may be animated.
+    Placement placementOf(std::size_t node) const {
+        const Value matrix = m_asset.root()["nodes"][node]["matrix"];
+        std::array<double, 16> numbers{};
+        if (matrix.size() != numbers.size()) matrix.refuse("Expected 16 numbers.");
+        for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = matrix[i].number();
+        const auto placement = PlacementOf(numbers);
+        if (!placement)
+            throw NotWritable("The matrix of the node " + Interchange::Quoted(m_names.nameOf(node))
+                              + " shears or flattens: it is no translation, rotation and scale, which could be "
+                                "animated.");
+        return *placement;
+    }
+    void replaceMatrix(std::size_t node, JsonSpan object) {
+        const Placement placement = placementOf(node);
+        std::string text;
+        const auto add = [&](const char* name, const auto& numbers) {
+            text.append(text.empty() ? "\"" : ",\"").append(name).append("\":[");
+            for (std::size_t i = 0; i < numbers.size(); ++i) text += (i > 0 ? "," : "") + NumberText(numbers[i]);
+            text += ']';
+        };
+        add("translation", placement.translation);
+        add("rotation", placement.rotation);
+        add("scale", placement.scale);
+        m_edits.replaceMember(object, "matrix", std::move(text));
+        Lose({"",
+              Loss::Kind,
+              Loss::Replaced,
+              "the matrix of the node " + Interchange::Quoted(m_names.nameOf(node))
+                  + " by translation, rotation and scale",
+              1,
+              {},
+              0.0,
+              0.0});
     }
     static std::string extrasText(const std::vector<std::pair<std::string, double>>& extras) {
         std::string text;
@@ -601,6 +654,7 @@ private:
     std::unordered_map<std::string, std::size_t> m_newByName;
     std::map<std::size_t, std::vector<std::pair<std::string, double>>> m_extras; // by node
     std::unordered_set<std::string> m_isExtra;
+    std::unordered_map<std::string, std::size_t> m_extraNumbers; // of the last attempt to free a name
     std::size_t m_firstView = 0;
     std::size_t m_firstAccessor = 0;
     std::size_t m_firstMesh = 0;

@@ -7,10 +7,15 @@
 #include "interchange/usda/UsdaFormat.h"
 #include "interchange/usda/Widths.h"
 
+#include <FCurveLib/ContainerInterface.h>
+#include <FCurveLib/Diff.h>
 #include <FCurveLib/FCurve.h>
+#include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/FormatLimits.h>
 #include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Keyframe.h>
+#include <FCurveLib/MemoryStream.h>
+#include <FCurveLib/Reader.h>
 #include <FCurveLib/Segment.h>
 
 #include <algorithm>
@@ -361,7 +366,7 @@ public:
     }
 
     // Into a layer that exists: statements of attributes that are there are replaced, others join their prims.
-    std::string into(std::string_view existing);
+    std::string into(const std::string& layerText);
 
 private:
     void add(const FCurve& curve) {
@@ -503,8 +508,38 @@ TextSpan WholeLines(std::string_view text, TextSpan span) {
     return {begin, end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1)};
 }
 
-std::string LayerText::into(std::string_view existing) {
+// The curves of a layer as a reader gives them, without a report.
+std::shared_ptr<FCurveContainer> CurvesOf(const std::string& layer) {
+    auto curves = FCurveContainer::create();
+    ContainerInterface target(*curves);
+    const Conversion reading(Conversion::options());
+    MemoryStream stream;
+    stream.writeData(layer.data(), static_cast<int>(layer.size()));
+    stream.setPosition(0);
+    FormatFactory::getReader(UsdaType())->readCurves(stream, target);
+    return curves;
+}
+
+using CurvesByName = std::unordered_map<std::string, const FCurve*>;
+
+// Whether a reader gives just these curves: the text may stay as it is, whatever its digits.
+bool IsUnchanged(const Statement& statement, const CurvesByName& there) {
+    const auto isThere = [&](const FCurve* curve) {
+        if (!curve) return false;
+        const auto known = there.find(curve->getName());
+        return known != there.end() && Equal(*known->second, *curve);
+    };
+    return statement.components.empty()
+               ? isThere(statement.curve)
+               : std::all_of(statement.components.begin(), statement.components.end(), isThere);
+}
+
+std::string LayerText::into(const std::string& layerText) {
+    const std::string_view existing = layerText;
     const Layer layer = ParseLayer(existing);
+    const auto curves = CurvesOf(layerText);
+    CurvesByName byName;
+    for (const FCurve& curve : *curves) byName.emplace(curve.getName(), &curve);
     const bool hasReturns = existing.find("\r\n") != std::string_view::npos;
     const char* const lineEnd = hasReturns ? "\r\n" : "\n";
     std::unordered_map<std::string, std::size_t> attributes;
@@ -540,6 +575,7 @@ std::string LayerText::into(std::string_view existing) {
             joining[prim].push_back(&statement);
             continue;
         }
+        if (IsUnchanged(statement, byName)) continue;
         const Attribute& attribute = layer.attributes[known->second];
         if (layer.prims[attribute.prim].isInVariant)
             throw NotWritable("The attribute " + Quoted(known->first) + " belongs to a variant.");

@@ -1,34 +1,18 @@
 // Documents that are made to cost as much as possible: reading them takes memory in proportion to their length, little
 // time, and ends in a curve or an exception.
 
+#include "support/HostileDocument.h"
 #include "FCurveLib/FCurveLib.h"
-#include "support/Allocations.h"
 #include "support/BinaryDocument.h"
-#include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 
 using namespace Test;
 
 namespace {
 
-constexpr int kBytes = 400000; // of a document, about
-
-std::string repeated(const std::string& pattern) {
-    std::string text;
-    while (text.size() < kBytes) text += pattern;
-    return text;
-}
-// The pattern with 0, 1, 2 ... in place of its "%".
-std::string numbered(const std::string& pattern) {
-    const std::size_t place = pattern.find('%');
-    std::string text;
-    for (int i = 0; text.size() < kBytes; ++i) text += std::string(pattern).replace(place, 1, std::to_string(i));
-    return text;
-}
 const std::string kSum = repeated("1+") + '1'; // deeper than formulas may be
 
 std::string text(const std::string& content) {
@@ -51,13 +35,6 @@ std::string keys(int count) {
     for (int i = 0; i < count; ++i) records += u16(16) + f64(i) + f64(0);
     return records;
 }
-
-struct Hostile {
-    const char* name;
-    const char* format;
-    std::string document;
-    const char* outcome; // the exception's class; nothing where the document is read
-};
 
 const Hostile kHostile[] = {
     {"keys at one place", "text", text(repeated("key 1 1\n")), "BadNumber"},
@@ -116,39 +93,10 @@ const Hostile kHostile[] = {
      binary(block("Expr", u32(1) + sized(kSum.substr(0, 63))) + block("Segs", u32(20001) + keys(20000) + u16(0))), ""},
 };
 
-// A key in a curve takes some 450 bytes and a curve 1 000, for which the shortest formats have two.
-constexpr std::size_t kBytesPerByte = 600;
-
-std::size_t keysIn(const FCurveContainer& container) {
-    std::size_t keys = 0;
-    for (const FCurve& curve : container) keys += curve.size() - 1;
-    return keys;
-}
-
 } // namespace
 
 TEST(HostileDocument, CostsLittleTimeAndMemory) {
-    for (const Hostile& hostile : kHostile) {
-        MemoryStream stream = StreamOf(hostile.document);
-        std::string outcome;
-        const auto begin = std::chrono::steady_clock::now();
-        const std::size_t peak = peakOf([&] {
-            const auto container = FCurveContainer::create();
-            ContainerInterface target(*container);
-            try {
-                FormatFactory::getReader(hostile.format)->readCurves(stream, target);
-            } catch (const Exception& exception) {
-                outcome = exception.what();
-                outcome.erase(0, outcome.rfind(':') + 1);
-            }
-            EXPECT_LE(keysIn(*container), hostile.document.size()) << hostile.format << ", " << hostile.name;
-        });
-        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-        SCOPED_TRACE(std::string(hostile.format) + ", " + hostile.name);
-        EXPECT_EQ(outcome, hostile.outcome);
-        EXPECT_LT(peak, 100000 + kBytesPerByte * hostile.document.size());
-        EXPECT_LT(took.count(), 20.0);
-    }
+    for (const Hostile& hostile : kHostile) expectLittleCost(hostile);
 }
 
 // Each would go on for 2 GB. How much is read before it is refused bounds time and memory.

@@ -83,9 +83,42 @@ TEST(Gltf, ChangesNothingElseInADocument) {
     EXPECT_EQ(valueOf(*again, "b/grip", 24, "wave"), 7.0);
     EXPECT_EQ(valueOf(*again, "a/j", 12, "walk"), 2.0);
 
-    EXPECT_THROW(written({named("m/translation/x", kRise)}, "gltf", options), NotWritable);
     EXPECT_THROW(written({named("a/k", kRise)}, "glb", options), NotWritable);
     EXPECT_THROW(written({named("a/k", {{0, 1e39}})}, "gltf", options), NotWritable);
+}
+
+// A quarter turn about z, twice as large, mirrored or not, somewhere else: what is not animated stays.
+TEST(Gltf, AnimatesANodeThatHasAMatrix) {
+    const TempFolder folder;
+    ConversionOptions options;
+    options.settings["gltf.into"] = folder.file("scene.gltf");
+    const auto animated = [&](const std::string& matrix) {
+        writeWholeFile(folder.file("scene.gltf"),
+                       R"({"asset":{"version":"2.0"},"nodes":[{"name":"m","matrix" : [)" + matrix + "]}]}");
+        return written({named("m/tx", kRise), named("m/rotation/x", {{0, 0}}), named("m/scale/x", {{0, 5}})}, "gltf",
+                       options);
+    };
+    for (const double side : {1.0, -1.0}) {
+        const std::string x = side > 0 ? "0,2,0,0" : "0,-2,0,0";
+        const std::string bytes = animated(x + ",-3,0,0,0,0,0,4,0,7,8,9,1");
+        EXPECT_EQ(bytes.find("matrix"), std::string::npos);
+        const auto at = [&](const std::string& member) { return bytes.find(member) != std::string::npos; };
+        EXPECT_TRUE(at("\"translation\":[7,8,9]") && at(side > 0 ? "\"scale\":[2,3,4]" : "\"scale\":[-2,3,4]"));
+        // Without the names of its channels all components are read.
+        std::string plain = bytes;
+        const std::string names = ",\"extras\":{\"curves\"";
+        for (std::size_t i = 0; (i = plain.find(names)) != std::string::npos;)
+            plain.erase(i, plain.find("]}", i) + 2 - i);
+        const auto curves = read(plain);
+        EXPECT_EQ(valueOf(*curves, "m/translation/x", 12), 2.0);
+        EXPECT_EQ(valueOf(*curves, "m/translation/z", 12), 9.0);
+        EXPECT_EQ(valueOf(*curves, "m/scale/y", 0), 3.0);
+        EXPECT_NEAR(valueOf(*curves, "m/rotation/z", 0), std::sqrt(0.5), 1e-6);
+        EXPECT_NEAR(valueOf(*curves, "m/rotation/w", 0), std::sqrt(0.5), 1e-6);
+    }
+    for (const char* matrix :
+         {"1,0,0,0,1,1,0,0,0,0,1,0,0,0,0,1", "0,0,0,0,0,1,0,0,0,0,1,0,0,0,0,1", "1,0,0,1,0,1,0,0,0,0,1,0,0,0,0,1"})
+        EXPECT_THROW(animated(matrix), NotWritable) << matrix;
 }
 
 TEST(Gltf, AppendsToTheChunkOfAContainer) {

@@ -176,3 +176,26 @@ TEST(Usda, ChangesNothingElseInALayer) {
     options.settings["usda.into"] = folder.file("none");
     EXPECT_THROW(written(*curves, options), Exception);
 }
+
+TEST(Usda, LeavesWhatDidNotChangeInALayer) {
+    const TempFolder folder;
+    const std::string path = folder.file("scene.usda");
+    const std::string layer = "#usda 1.0\ndef \"rig\" {\n  double lift.spline = { 0: 1.50; post curve (1,0.50), # up\n"
+                              "    3: 2.0 }\n  double drop.spline = {1:1, 2:2}\n"
+                              "  float2 size.timeSamples = { 1: (1.0, 2), 3: (4, 5) }\n"
+                              "  variantSet \"v\" = { \"a\" { double fade.spline = { 0: 1 } } }\n}\n";
+    writeWholeFile(path, layer);
+    RegisterFormats();
+    const auto curves = FCurveContainer::create();
+    MemoryStream stream = StreamOf(layer);
+    ReadCurves(stream, *curves);
+    ConversionOptions options;
+    options.settings["usda.into"] = path;
+    EXPECT_EQ(written(*curves, options), layer);
+
+    std::next(curves->begin())->findSegment(1)->getLeftKey()->setY(7);
+    std::string changed = layer;
+    const std::string drop = "{1:1, 2:2}";
+    changed.replace(changed.find(drop), drop.size(), "{\n      1: 7; post held,\n      2: 2; post held,\n  }");
+    EXPECT_EQ(written(*curves, options), changed);
+}

@@ -24,7 +24,7 @@ if [ -n "$(find build/wasm apps/editor/bridge \( -name '*.a' -o -name exports.cp
     em++ "${flags[@]}" -O2 -std=c++17 -DFCURVELIB_STATIC -DFCURVEINTERCHANGE_STATIC \
         -Iinclude -Iapps/editor/bridge -Ibuild/wasm/packages/include apps/editor/bridge/exports.cpp \
         build/wasm/apps/editor/libeditor_bridge.a build/wasm/interchange/libFCurveInterchange.a \
-        build/wasm/libFCurveLib.a build/wasm/packages/lib/lib*.a -o "$module/bridge.js" \
+        build/wasm/libFCurveLib.a build/wasm/packages/lib/libexpat.a -o "$module/bridge.js" \
         -sMODULARIZE=1 -sEXPORT_ES6=1 -sENVIRONMENT=web -sALLOW_MEMORY_GROWTH=1 -sMAXIMUM_MEMORY=2GB \
         -sEXPORTED_RUNTIME_METHODS=ccall -sEXPORTED_FUNCTIONS=_malloc,_free
 fi

@@ -116,6 +116,9 @@ private:
         AddCommonProperties(*curves);
         Notes notes;
         const std::string bytes = m_writer.compose(*curves, notes);
+        if (bytes.size() > Conversion::options().longest)
+            throw TooMuch("The document would have " + std::to_string(bytes.size()) + " bytes; the limit is "
+                          + std::to_string(Conversion::options().longest) + '.');
         if (ConversionReport* const report = Conversion::report()) {
             MemoryStream stream;
             Write(bytes, stream);

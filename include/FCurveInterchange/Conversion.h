@@ -20,8 +20,8 @@ struct ConversionOptions {
     double tolerance = 1e-4;
     /// Of one format alone, by "format.setting": docs/formats/ names them. Unknown ones have no effect.
     std::map<std::string, std::string> settings;
-    /// Bytes of a document. Readers of this library hold it in memory and refuse a longer one before they read it;
-    /// FormatLimits bound what stands in it.
+    /// Bytes of a document. Readers of this library hold it in memory and refuse a longer one before they read it,
+    /// writers before the first byte, so that what is written opens again. FormatLimits bound what stands in it.
     std::size_t longest = std::size_t{1} << 29U;
 
     /// Empty where it is not set.

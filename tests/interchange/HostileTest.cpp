@@ -87,7 +87,7 @@ TEST(HostileInterchange, CostsLittleTimeAndMemory) {
 }
 
 // Readers take whole documents, so a stream that says it is longer than one may be is not read at all.
-TEST(HostileInterchange, WithoutEndIsNotRead) {
+TEST(HostileInterchange, WhatIsTooLongIsNeitherReadNorWritten) {
     RegisterFormats();
     for (const char* format : {"csv", "css_easings", "lottie", "maya_anim", "usda", "gltf", "glb"}) {
         EndlessStream stream("", " ");
@@ -100,5 +100,11 @@ TEST(HostileInterchange, WithoutEndIsNotRead) {
         const Conversion conversion(options);
         MemoryStream ten = StreamOf("0123456789");
         EXPECT_THROW(FormatFactory::getReader(format)->readCurves(ten, nobody), TooMuch);
+        const auto curve = FCurve::create();
+        SetKey(*curve, 0.0, 0.0);
+        SetKey(*curve, 10.0, 5.0);
+        MemoryStream empty;
+        EXPECT_THROW(WriteCurve(*curve, empty, format), TooMuch);
+        EXPECT_EQ(empty.getSize(), 0);
     }
 }

@@ -1,11 +1,10 @@
 #include "FCurveLib/ClipText.h"
 
 #include "FCurveLib/ContainerInterface.h"
-#include "FCurveLib/CurveEmitter.h"
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/MemoryStream.h"
 #include "FCurveLib/TextFormat.h"
-#include "formats/text/TextComposer.h"
+#include "FCurveLib/detail/ComposeText.h"
 
 #include <cstddef>
 #include <limits>
@@ -14,9 +13,7 @@ namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
 std::string ClipToText(const KeyClip& clip) {
-    Private::TextComposer composer;
-    EmitCurves(clip.getCurves(), composer);
-    return composer.takeText();
+    return Private::ComposeText(clip.getCurves(), false);
 }
 
 KeyClip ClipFromText(const std::string& text) {

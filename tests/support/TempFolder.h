@@ -4,8 +4,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <string>
+
+inline std::string readWholeFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void writeWholeFile(const std::string& path, const std::string& bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
 
 // A new, empty folder, removed with all that is in it.
 class TempFolder {
@@ -26,16 +37,20 @@ public:
     const std::filesystem::path& path() const { return m_path; }
     std::string file(const std::string& name) const { return (m_path / name).string(); }
 
+    // Its files, "name=content" each; of a link, "name>target".
+    std::set<std::string> contents() const {
+        std::set<std::string> all;
+        for (const auto& entry : std::filesystem::directory_iterator(m_path)) {
+            const std::string name = entry.path().filename().string();
+            if (entry.is_symlink()) {
+                all.insert(name + '>' + std::filesystem::read_symlink(entry).string());
+            } else if (entry.is_regular_file()) {
+                all.insert(name + '=' + readWholeFile(entry.path().string()));
+            }
+        }
+        return all;
+    }
+
 private:
     std::filesystem::path m_path;
 };
-
-inline std::string readWholeFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void writeWholeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}

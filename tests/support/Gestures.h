@@ -4,14 +4,13 @@
 // the document to the last bit and part by part, what a curve observer would have made of the calls, and what a view
 // would have drawn anew from the summaries.
 
+#include "support/Echo.h"
 #include "support/Invariants.h"
 #include "support/Random.h"
 #include "support/SameCurve.h"
 
-#include <array>
 #include <map>
 #include <optional>
-#include <set>
 #include <vector>
 
 namespace Test {
@@ -51,68 +50,6 @@ private:
     std::shared_ptr<FCurveContainer> m_copy;
     std::vector<std::shared_ptr<FCurve>> m_curves; // kept, so that no address is used twice
     std::vector<const void*> m_parts;
-};
-
-/// Keys, handles and selected parts as the calls to a curve observer tell them.
-class Mirror : public FCurveObserver {
-public:
-    void watch(FCurve& curve) {
-        curve.subscribe(*this);
-        curveChanged(curve);
-    }
-    std::string differenceTo(FCurve& curve) const { return m_parts.at(&curve) == partsOf(curve) ? "" : "mirror"; }
-
-    void curveChanged(FCurve& curve) override { m_parts[&curve] = partsOf(curve); }
-    void segmentAdded(FCurve& curve, Segment& segment) override { see(m_parts[&curve], segment); }
-    void segmentRemoved(FCurve& curve, Segment& segment) override {
-        auto& parts = m_parts[&curve];
-        const auto key = segment.getLeftKey();
-        for (const void* part : std::initializer_list<const void*>{&segment, key.get(), segment.getInTangent().get(),
-                                                                   segment.getOutTangent().get()})
-            parts.erase(part);
-    }
-    void keyframeChanged(Keyframe& key) override { see(m_parts[key.getOwningCurve().get()], key); }
-    void tangentChanged(Tangent& tangent) override { see(m_parts[tangent.getOwningCurve().get()], tangent); }
-    void segmentChanged(Segment& segment) override { m_parts[segment.getOwningCurve().get()][&segment] = of(segment); }
-    void curvePropertyChanged(FCurve&, const char*, const char*) override {}
-    void curveIntrinsicChanged(FCurve&, CurveIntrinsicType) override {}
-
-private:
-    using Parts = std::map<const void*, std::array<double, 4>>;
-
-    static double sel(const char* value) { return *value == '1' ? 1.0 : 0.0; }
-    static std::array<double, 4> of(const Segment& segment) {
-        const auto interpolator = segment.getInterpolator();
-        return {0.0, interpolator ? static_cast<double>(*interpolator->getExpression()) : 0.0,
-                sel(segment.getProperty("fc_sel")), 0.0};
-    }
-    static void see(Parts& parts, const Keyframe& key) {
-        parts[&key] = {key.getX(), key.getY(), sel(key.getProperty("fc_sel")),
-                       (key.isBreakdown() ? 1.0 : 0.0) + (key.isTangentsUnified() ? 2.0 : 0.0)};
-    }
-    static void see(Parts& parts, const Tangent& tangent) {
-        parts[&tangent] = {tangent.getX(), tangent.getY(), sel(tangent.getProperty("fc_sel")),
-                           tangent.getType() + (tangent.isWeighted() ? 0.25 : 0.0)
-                               + (tangent.isWeightLocked() ? 0.5 : 0.0)};
-    }
-    // With the key at its start.
-    static void see(Parts& parts, Segment& segment) {
-        parts[&segment] = of(segment);
-        const auto key = segment.getLeftKey();
-        if (!key) return;
-        see(parts, *key);
-        see(parts, *key->getInTangent());
-        see(parts, *key->getOutTangent());
-    }
-    static Parts partsOf(FCurve& curve) {
-        Parts parts;
-        for (Segment& segment : curve) see(parts, segment);
-        see(parts, *curve.begin()->getOutTangent());
-        see(parts, *(--curve.end())->getInTangent());
-        return parts;
-    }
-
-    std::map<const FCurve*, Parts> m_parts;
 };
 
 /// Draws anew only what the summaries tell, and looks whether anything else changed.
@@ -175,7 +112,7 @@ public:
         : m_choices(choices), m_container(FCurveContainer::create()), m_spare(curves.back()), m_selection(m_container) {
         curves.pop_back();
         for (const auto& curve : curves) add(curve);
-        m_mirror.watch(*m_spare);
+        m_echo.watch(*m_spare);
         m_stack.emplace(m_selection);
         EditGroup::subscribe(*m_container, m_view);
         m_states.emplace_back(*m_container);
@@ -200,7 +137,7 @@ public:
         }
         for (FCurve& curve : *m_container) {
             check(Fault(curve));
-            check(m_mirror.differenceTo(curve));
+            check(m_echo.differenceTo(curve));
         }
         check(m_view.fault);
         if (m_view.begun != m_view.ended) check("a beginning without an end");
@@ -294,7 +231,7 @@ private:
     // --- edits -------------------------------------------------------------------------------------------------------
 
     void add(const std::shared_ptr<FCurve>& curve) {
-        m_mirror.watch(*curve);
+        m_echo.watch(*curve);
         m_container->addCurve(curve);
     }
     FCurve& curve() {
@@ -444,7 +381,7 @@ private:
     std::shared_ptr<FCurveContainer> m_container;
     std::shared_ptr<FCurve> m_spare;
     Selection m_selection;
-    Mirror m_mirror;
+    Echo m_echo;
     SummaryView m_view;
     std::optional<UndoStack> m_stack;
     std::vector<Remembered> m_states; // after that many steps

@@ -4,6 +4,7 @@
 // that have left their curve. Beside it stand naive models: keys in a plain vector that is searched linearly, sets of
 // parts, answers found by walking over everything.
 
+#include "support/Echo.h"
 #include "support/Invariants.h"
 #include "support/Parts.h"
 #include "support/Random.h"
@@ -80,37 +81,8 @@ struct NaiveCurve {
     }
 };
 
-// Follows a curve by its notifications alone.
-struct Mirror : FCurveObserver {
-    explicit Mirror(FCurve& curve) { sync(curve); }
-    void sync(FCurve& curve) {
-        positions.clear();
-        handles.clear();
-        for (Segment& segment : curve) add(segment);
-    }
-    void add(Segment& segment) {
-        const auto key = segment.getLeftKey();
-        if (!key) return;
-        positions[key.get()] = key->get();
-        for (const auto& tangent : {key->getInTangent(), key->getOutTangent()}) handles[tangent.get()] = tangent->get();
-    }
-    void curveChanged(FCurve& curve) override { sync(curve); }
-    void keyframeIntrinsicChanged(Keyframe& key, KeyframeIntrinsicType) override { positions[&key] = key.get(); }
-    void tangentIntrinsicChanged(Tangent& tangent, TangentIntrinsicType) override { handles[&tangent] = tangent.get(); }
-    void segmentIntrinsicChanged(Segment&, SegmentIntrinsicType) override {}
-    void segmentAdded(FCurve&, Segment& segment) override { add(segment); }
-    void segmentRemoved(FCurve&, Segment& segment) override {
-        positions.erase(segment.getLeftKey().get());
-        handles.erase(segment.getInTangent().get());
-        handles.erase(segment.getOutTangent().get());
-    }
-    std::map<const Keyframe*, Vector2D<double>> positions;
-    std::map<const Tangent*, Vector2D<double>> handles;
-};
-
-inline std::string Difference(FCurve& curve, const NaiveCurve& naive, const Mirror& mirror, bool holdsThirds) {
+inline std::string Difference(FCurve& curve, const NaiveCurve& naive, bool holdsThirds) {
     if (curve.size() != naive.keys.size() + 1) return "another number of keys";
-    if (mirror.positions.size() != naive.keys.size()) return "the mirror has another number of keys";
     if (curve.begin()->getInterpolator() != naive.leading) return "another leading interpolator";
     for (std::size_t i = 0; i < naive.keys.size(); ++i) {
         const NaiveKey& expected = naive.keys[i];
@@ -120,11 +92,7 @@ inline std::string Difference(FCurve& curve, const NaiveCurve& naive, const Mirr
         if (!key || key->get() != Vector2D<double>(expected.x, expected.y)) return where + "elsewhere";
         if (key->isBreakdown() != expected.breakdown) return where + "another breakdown flag";
         if (segment.getInterpolator() != expected.kind) return where + "another interpolator";
-        const auto seen = mirror.positions.find(key.get());
-        if (seen == mirror.positions.end() || seen->second != key->get()) return where + "moved unheard";
         for (const auto& tangent : {key->getInTangent(), key->getOutTangent()}) {
-            const auto handle = mirror.handles.find(tangent.get());
-            if (handle == mirror.handles.end() || handle->second != tangent->get()) return where + "turned unheard";
             const bool held = !tangent->isWeighted() || tangent->getType() > Tangent::Flat;
             const auto owner = tangent->getOwningSegment();
             if (!holdsThirds || !held || !owner->getLeftKey() || !owner->getRightKey()) continue;
@@ -214,12 +182,10 @@ inline std::string untruth(SelectionExaminer& examiner, FCurveContainer& contain
 // --- the host --------------------------------------------------------------------------------------------------------
 
 struct Watched {
-    explicit Watched(std::shared_ptr<FCurve> of) : curve(std::move(of)), naive(*curve), mirror(*curve) {
-        curve->subscribe(mirror);
-    }
+    explicit Watched(std::shared_ptr<FCurve> of) : curve(std::move(of)), naive(*curve) { echo.watch(*curve); }
     std::shared_ptr<FCurve> curve;
     NaiveCurve naive;
-    Mirror mirror;
+    Echo echo;
 };
 
 // What a selection tells.
@@ -327,9 +293,9 @@ private:
     // After an edit inside another one the models cannot know in which order things were done.
     void readAnew() {
         readKeys();
-        for (const auto& watched : m_watched) watched->mirror.sync(*watched->curve);
+        for (const auto& watched : m_watched) watched->echo.sync(*watched->curve);
     }
-    // After edits that the model of keys does not do; the mirrors hear of them.
+    // After edits that the model of keys does not do; the echoes hear of them.
     void readKeys() {
         for (const auto& watched : m_watched) watched->naive = NaiveCurve(*watched->curve);
     }
@@ -339,8 +305,8 @@ private:
         for (const auto& watched : m_watched) {
             std::string wrong = Fault(*watched->curve);
             if (wrong.empty())
-                wrong =
-                    HostModels::Difference(*watched->curve, watched->naive, watched->mirror, !m_isWild && !m_resamples);
+                wrong = HostModels::Difference(*watched->curve, watched->naive, !m_isWild && !m_resamples);
+            if (wrong.empty()) wrong = watched->echo.differenceTo(*watched->curve);
             if (wrong.empty()) wrong = Test::Difference(*watched->curve, *FCurve::createCopy(*watched->curve));
             if (!wrong.empty()) return wrong;
         }

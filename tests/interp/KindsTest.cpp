@@ -131,38 +131,6 @@ TEST_P(EveryKind, ReadsWhatItsRowSays) {
     }
 }
 
-TEST_P(EveryKind, RunsBackwardsAsItsReversedKind) {
-    const auto reversed = FCurve::create();
-    for (auto it = std::prev(curve->end()); it->getLeftKey(); --it) {
-        const auto key = it->getLeftKey();
-        reversed->insertSegment(*Keyframe::create(-key->getX(), key->getY()), Bezier::create());
-    }
-    for (Segment& segment : *reversed) {
-        const auto left = segment.getLeftKey();
-        const auto right = segment.getRightKey();
-        const Segment& from = *curve->findSegment(left && right ? -0.5 * (left->getX() + right->getX())
-                                                  : left        ? 0
-                                                                : 40);
-        if (KindOf(from).kind == row.kind)
-            segment.setInterpolator(left && right ? RowOf(row.reversed).create() : interpolator);
-        const auto turn = [](Tangent& to, const Tangent& handle) {
-            to.setWeighted(true);
-            to.set(-handle.getX(), handle.getY());
-        };
-        turn(*segment.getInTangent(), *from.getOutTangent());
-        turn(*segment.getOutTangent(), *from.getInTangent());
-    }
-    for (const auto& point : Sampled(*curve, 3, 38)) EXPECT_NEAR(reversed->eval(-point.x), point.y, 1e-12) << point.x;
-}
-
-TEST_P(EveryKind, KeepsTheShapeInItsHalves) {
-    if (!row.isStraight()) return;
-    const auto cut = FCurve::createCopy(*curve);
-    cut->insertSegment(*Keyframe::create(20.5, curve->eval(20.5)), RowOf(row.rightHalf).create());
-    cut->findSegment(20)->setInterpolator(RowOf(row.leftHalf).create());
-    for (const auto& point : Sampled(*curve, 19, 23)) EXPECT_NEAR(cut->eval(point.x), point.y, 1e-14) << point.x;
-}
-
 const auto named = [] {
     std::vector<KindRow> rows;
     for (const KindRow& row : AllKinds())

@@ -3,6 +3,7 @@
 // The value of a Bezier segment in long double, with the parameter found by bisection.
 
 #include "interp/BezierMath.h" // internal: mathematics
+#include "support/Random.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -57,5 +58,36 @@ struct Oracle {
     Exact low = 0;
     Exact high = 0;
 };
+
+/// Calls check(args) for segments of all sizes whose handles let the closed form of the parameter lose its digits, or
+/// leave it none; and for ordinary ones.
+template<class Check>
+void ForEachHardSegment(Random& random, const Check& check) {
+    for (const double width : {1e-3, 0.02, 1.0, 24.0, 1e3, 1e6})
+        for (const double start : {0.0, 17.3, 1e5, 1e7}) {
+            const auto handles = [&](double out, double in) {
+                check(BezierArgs{start, 0, start + width, 1, out, random.between(-1, 1), -in, random.between(-1, 1)});
+            };
+            const auto parts = [&](double out, double in) {
+                const double exactWidth = start + width - start;
+                handles(exactWidth * out, exactWidth * in);
+            };
+            for (int i = 0; i < 6; ++i) parts(random.between(0, 1), random.between(0, 1));
+            // Near thirds.
+            for (double off = 1e-3; off > 0.9e-12; off /= 10.0) {
+                parts((1.0 + off * random.between(-1, 1)) / 3.0, (1.0 + off * random.between(-1, 1)) / 3.0);
+                parts((1.0 + off) / 3.0, 1.0 / 3.0);
+            }
+            // Two thirds in all, rounded.
+            for (int i = 0; i < 3; ++i) {
+                const double out = random.between(0.05, 0.6) * width;
+                const double in = 2.0 / 3.0 * width - out;
+                handles(std::round(out * 1e6) / 1e6, std::round(in * 1e6) / 1e6);
+                handles(static_cast<float>(out), static_cast<float>(in));
+            }
+            for (const double out : {0.0, 1e-12, 1e-7, 1e-3, 0.999, 1.0 - 1e-9, 1.0})
+                for (const double in : {0.0, 1e-9, 1e-5, 0.5, 1.0}) parts(out, in);
+        }
+}
 
 } // namespace Test

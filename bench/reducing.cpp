@@ -6,6 +6,7 @@
 // fitted between each two of them alone.
 
 #include "FCurveLib/FCurveLib.h"
+#include "GreedyRemoval.h"
 #include "Signals.h"
 #include "tests/tools/Partitions.h" // internal: the best partition
 
@@ -68,9 +69,9 @@ int main(int count, char** arguments) {
             };
             std::printf("| %s | %g %% | %zu |", d.name.c_str(), percent, d.samples.size());
             fitted(FitOptions::Smooth);
-            std::printf(" %zu |", Test::GreedySmoothRemoval(d.samples, tolerance));
+            std::printf(" %zu |", Bench::GreedySmoothRemoval(d.samples, tolerance));
             fitted(FitOptions::Broken);
-            std::printf(" %zu | ", Test::GreedyRemoval(d.samples, tolerance));
+            std::printf(" %zu | ", Bench::GreedyRemoval(d.samples, tolerance));
             if (d.samples.size() <= 260) std::printf("%zu", Test::BestPartition(d.samples, tolerance));
             std::printf(" |\n");
         }

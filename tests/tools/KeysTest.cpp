@@ -6,31 +6,6 @@ using namespace Test;
 
 namespace {
 
-// --- Keys and FindKey ------------------------------------------------------------------------------------------------
-
-TEST(Keys, ShowWhatStandsAroundEachKey) {
-    for (const Exhibit& exhibit : Museum()) {
-        const auto curve = exhibit.make();
-        const auto keys = Keys(*curve);
-        ASSERT_EQ(keys.size(), curve->size() - 1);
-        ASSERT_EQ(keys.empty(), curve->size() == 1);
-        std::size_t i = 0;
-        for (const KeyView key : keys) {
-            const auto expected = KeyAt(*curve, static_cast<int>(i));
-            ASSERT_EQ(&key.getKeyframe(), expected.get()) << exhibit.name;
-            ASSERT_EQ(&keys[i].getKeyframe(), expected.get());
-            ASSERT_EQ(&key.getInTangent(), expected->getInTangent().get());
-            ASSERT_EQ(&key.getOutTangent(), expected->getOutTangent().get());
-            ASSERT_EQ(&key.getLeftSegment(), expected->getLeftSegment().get());
-            ASSERT_EQ(&key.getRightSegment(), expected->getRightSegment().get());
-            ++i;
-        }
-        ASSERT_EQ(i, keys.size());
-        const auto first = std::find_if(keys.begin(), keys.end(), [](const KeyView& key) { return key.getX() >= 0; });
-        ASSERT_TRUE(first == keys.end() || first == keys.begin() || std::prev(first)->getX() < 0);
-    }
-}
-
 TEST(FindKey, TakesTheNearestWithinTheTolerance) {
     const auto curve = CurveThrough({{0, 0}, {10, 1}, {11, 2}});
     const struct {

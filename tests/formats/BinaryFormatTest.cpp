@@ -13,12 +13,6 @@ using namespace Test;
 
 namespace {
 
-std::string written(const FCurve& curve) {
-    std::string bytes;
-    WriteFCurveToString(curve, "binary", bytes);
-    return bytes;
-}
-
 std::string curveOf(const std::string& segments) {
     const std::string head = block("Name", sized("c")) + block("Show", u16(1)) + block("Expr", u32(1) + sized("3"));
     return binaryDocument(block("Curv", head + block("Segs", segments)));
@@ -41,7 +35,7 @@ TEST(BinaryFormat, IsSmallWhereTangentsAreDefault) {
     const auto curve = FCurve::create();
     const auto linear = InterpolatorFactory::create("linear()");
     for (int i = 0; i < 1000; ++i) curve->insertSegment(*Keyframe::create(i * 1.25, std::sin(i)), linear);
-    EXPECT_LE(written(*curve).size(), 18U * 1000U + 200U);
+    EXPECT_LE(WrittenAs("binary", *curve).size(), 18U * 1000U + 200U);
     // ... and all handles by hand
     for (Segment& segment : *curve) {
         segment.getOutTangent()->setWeighted(true);
@@ -49,7 +43,7 @@ TEST(BinaryFormat, IsSmallWhereTangentsAreDefault) {
         segment.getInTangent()->setWeighted(true);
         segment.getInTangent()->set(-0.3, 1);
     }
-    EXPECT_LE(written(*curve).size(), 52U * 1000U + 200U);
+    EXPECT_LE(WrittenAs("binary", *curve).size(), 52U * 1000U + 200U);
 }
 
 TEST(BinaryFormat, DocumentsFollowEachOtherInAStream) {
@@ -75,9 +69,7 @@ TEST(BinaryFormat, FlatHandlesAreAThirdOfASpanOr1AndTakeNoRoom) {
     EXPECT_EQ(recorder.joined(),
               "tangentVector 1 0, tangentVector -1 0, tangentVector 2 0, tangentVector -2 0, tangentVector 3 0, "
               "tangentVector -3 0, tangentVector 1 0, tangentVector -1 0");
-    const auto curve = FCurve::create();
-    ReadFCurveFromString(bytes, "binary", *curve);
-    EXPECT_EQ(written(*curve), bytes);
+    EXPECT_EQ(WrittenAs("binary", *ReadAs("binary", bytes)), bytes);
 }
 
 TEST(BinaryFormat, ExceptionsTellWhatWasExpectedAndFound) {
@@ -118,13 +110,12 @@ TEST(BinaryWriter, RefusesADocumentBeyondTheEndOfAllStreams) {
     };
     const auto curve = RandomCurve(6).make();
     Far far;
-    const std::string bytes = written(*curve);
+    const std::string bytes = WrittenAs("binary", *curve);
     for (far.room = 0; far.room < static_cast<int>(bytes.size()); ++far.room) {
         EXPECT_THROW(WriteCurve(*curve, far, "binary"), BinaryFormat::DocumentTooLarge) << far.room;
         EXPECT_EQ(far.bytes, "");
     }
-    std::string text;
-    WriteFCurveToString(*curve, "xml", text);
+    const std::string text = WrittenAs("xml", *curve);
     far.room = static_cast<int>(text.size()) - 1;
     EXPECT_THROW(WriteCurve(*curve, far, "xml"), XMLFormat::LimitExceeded);
     EXPECT_EQ(far.bytes, "");

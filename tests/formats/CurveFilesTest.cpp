@@ -8,15 +8,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Test;
 namespace fs = std::filesystem;
@@ -217,25 +213,6 @@ TEST_F(CurveFiles, ALoadThatFailsChangesNothing) {
     EXPECT_EQ(&*target->begin(), &first);
     EXPECT_STREQ(target->getProperty("shot"), "2");
     EXPECT_STREQ(target->getProperty("take"), "2");
-}
-
-TEST_F(CurveFiles, ASaveThatFailsLeavesTheOldFile) {
-    const std::string path = at("a.fcrvx");
-    SaveCurves(path.c_str(), *m_container);
-    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
-    const std::string old = readWholeFile(path);
-    // The writer refuses: one key more than the limits allow.
-    FormatLimits limits = GetFormatLimits();
-    limits.keys = 4999;
-    SetFormatLimits(limits);
-    EXPECT_EQ(outcomeOf([&] { SaveCurves(path.c_str(), *m_container); }), "XMLFormat::LimitExceeded");
-    SetFormatLimits(FormatLimits());
-    EXPECT_EQ(outcomeOf([&] { SaveCurves("/dev/full", *m_container, "xml"); }), "SaveError");
-    EXPECT_EQ(outcomeOf([&] { SaveCurves("/dev/null", *m_container, "binary"); }), "");
-    EXPECT_EQ(readWholeFile(path), old);
-    EXPECT_EQ(files(), 1U);
-    SaveCurves(path.c_str(), *m_container, "binary");
-    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
 }
 
 TEST_F(CurveFiles, AHostsWriterNeedsNoDocumentOfItsOwn) {

@@ -149,13 +149,8 @@ TEST(FormatLimits, HoldForReadersAndWriters) {
         for (const double x : {1.0, 2.0, 3.0, 4.0}) curve.insertSegment(*Keyframe::create(x, x), Linear::create());
         for (Segment& segment : curve) segment.setInterpolator(NumberInterp::create(7));
     }
-    const auto writtenAs = [&](const char* format) {
-        MemoryStream stream;
-        WriteCurves(*container, stream, format);
-        return BytesOf(stream);
-    };
-    const std::string xmlText = writtenAs("xml");
-    const std::string bytes = writtenAs("binary");
+    const std::string xmlText = WrittenAs("xml", *container);
+    const std::string bytes = WrittenAs("binary", *container);
     const std::string textual = "fcurvetext 1.0\ncurve a {\n  property a b\n  property b c\n  default 12345678901\n"
                                 "  key 1 1\n  key 2 2\n  key 3 3\n}\ncurve b {\n}\n";
     const std::string olds = "fcurve{name \"abcdefghi\" extensions constant constant keyframe{1 0 interp tangents "

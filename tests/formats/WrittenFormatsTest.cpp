@@ -30,21 +30,6 @@ protected:
     Reader& m_reader = *FormatFactory::getReader(m_name);
     Writer& m_writer = *FormatFactory::getWriter(m_name);
 
-    std::string written(const FCurve& curve) const {
-        std::string bytes;
-        WriteFCurveToString(curve, m_name, bytes);
-        return bytes;
-    }
-    std::string written(const FCurveContainer& container) const {
-        MemoryStream stream;
-        WriteCurves(container, stream, m_name);
-        return BytesOf(stream);
-    }
-    std::shared_ptr<FCurve> read(const std::string& bytes) const {
-        auto curve = FCurve::create();
-        ReadFCurveFromString(bytes, m_name, *curve);
-        return curve;
-    }
     std::string calls(const std::string& bytes, CallRecorder& recorder) const {
         MemoryStream stream = StreamOf(bytes);
         m_reader.readCurves(stream, recorder);
@@ -87,12 +72,12 @@ TEST_P(EveryWrittenFormat, ContainersComeBackToTheLastBitAndAreWrittenAgainByteF
         for (int i = random.below(4); i > 0; --i) containers.back()->addCurve(random.make());
     }
     for (std::size_t i = 0; i < containers.size(); ++i) {
-        const std::string bytes = written(*containers[i]);
+        const std::string bytes = WrittenAs(m_name, *containers[i]);
         const auto back = FCurveContainer::create();
         MemoryStream stream = StreamOf(bytes);
         ASSERT_STREQ(ReadCurves(stream, *back).getFormatName(), m_name);
         ASSERT_EQ(Difference(*containers[i], *back), "") << "container " << i;
-        ASSERT_EQ(written(*back), bytes) << "container " << i;
+        ASSERT_EQ(WrittenAs(m_name, *back), bytes) << "container " << i;
 
         // Straight from the reader to the writer.
         MemoryStream again;
@@ -110,8 +95,8 @@ TEST_P(EveryWrittenFormat, SettlesDisplayPropertiesThatAHostWroteItself) {
             curve->setProperty("fc_grid", grid);
             curve->setProperty("fc_scal", scale);
             curve->setProperty("fc_lock", "0");
-            const std::string first = written(*curve);
-            EXPECT_EQ(first, written(*read(first))) << grid << ", " << scale;
+            const std::string first = WrittenAs(m_name, *curve);
+            EXPECT_EQ(first, WrittenAs(m_name, *ReadAs(m_name, first))) << grid << ", " << scale;
         }
     }
 }
@@ -125,7 +110,7 @@ TEST_P(EveryWrittenFormat, AsksTheTargetWhetherACurveIsWanted) {
                          "finishCurveContainer"};
         recorder.wantsCurve = wantsCurve;
         recorder.wantsMore = wantsMore;
-        return calls(written(*container), recorder);
+        return calls(WrittenAs(m_name, *container), recorder);
     };
     const std::string a = "startCurve a, startSegmentContainer, finishCurve, ";
     const std::string b = "startCurve b, startSegmentContainer, finishCurve, ";
@@ -135,7 +120,7 @@ TEST_P(EveryWrittenFormat, AsksTheTargetWhetherACurveIsWanted) {
 }
 
 TEST_P(EveryWrittenFormat, PassesOnWhatTheTargetRaises) {
-    const std::string bytes = written(*RandomCurve(3).make());
+    const std::string bytes = WrittenAs(m_name, *RandomCurve(3).make());
     CallRecorder all;
     calls(bytes, all);
     ASSERT_GT(all.calls.size(), 40U);
@@ -148,18 +133,18 @@ TEST_P(EveryWrittenFormat, PassesOnWhatTheTargetRaises) {
 }
 
 TEST_P(EveryWrittenFormat, CutAnywhereRaises) {
-    std::string bytes = written(*RandomCurve(4).make());
+    std::string bytes = WrittenAs(m_name, *RandomCurve(4).make());
     ASSERT_GT(bytes.size(), 600U);
     if (bytes.back() == '\n') bytes.pop_back(); // without the last line end a document is complete
     for (std::size_t length = 0; length < bytes.size(); ++length) {
-        ASSERT_NE(complaint([&] { read(bytes.substr(0, length)); }), "") << length;
+        ASSERT_NE(complaint([&] { ReadAs(m_name, bytes.substr(0, length)); }), "") << length;
     }
-    EXPECT_NO_THROW(read(bytes));
+    EXPECT_NO_THROW(ReadAs(m_name, bytes));
 
     // Of a container, the curves that are whole stay.
     const auto container = FCurveContainer::create();
     for (const unsigned seed : {3U, 4U}) container->addCurve(RandomCurve(seed).make());
-    const std::string both = written(*container);
+    const std::string both = WrittenAs(m_name, *container);
     const auto kept = FCurveContainer::create();
     MemoryStream stream = StreamOf(both.substr(0, both.size() - 200));
     EXPECT_NE(complaint([&] { ReadCurves(stream, *kept); }), "");
@@ -168,7 +153,7 @@ TEST_P(EveryWrittenFormat, CutAnywhereRaises) {
 }
 
 TEST_P(EveryWrittenFormat, OneReaderServesManyThreads) {
-    const std::string bytes = written(*RandomCurve(4).make());
+    const std::string bytes = WrittenAs(m_name, *RandomCurve(4).make());
     CallRecorder alone;
     const std::string expected = calls(bytes, alone);
     std::vector<std::thread> threads;
@@ -196,7 +181,7 @@ TEST_P(EveryWrittenFormat, ManyThreadsWriteAtATime) {
         });
     }
     for (std::thread& thread : threads) thread.join();
-    for (std::size_t i = 0; i < curves.size(); ++i) EXPECT_EQ(results[i], written(*curves[i]));
+    for (std::size_t i = 0; i < curves.size(); ++i) EXPECT_EQ(results[i], WrittenAs(m_name, *curves[i]));
 
     // Two documents of one writer take turns.
     MemoryStream streams[2];
@@ -208,7 +193,7 @@ TEST_P(EveryWrittenFormat, ManyThreadsWriteAtATime) {
     for (const auto& document : documents) document->finishCurveContainer();
     const auto container = FCurveContainer::create();
     for (const auto& curve : curves) container->addCurve(curve);
-    for (const MemoryStream& stream : streams) EXPECT_EQ(BytesOf(stream), written(*container));
+    for (const MemoryStream& stream : streams) EXPECT_EQ(BytesOf(stream), WrittenAs(m_name, *container));
 }
 
 // Each call after each beginning that leads to another place in a document: what is out of order is refused, and
@@ -282,7 +267,7 @@ TEST_P(EveryWrittenFormat, RefusesWhatItsReaderWouldAndDropsTheDocument) {
     const auto curve = RandomCurve(3).make();
     ArrayStream<100> small;
     EXPECT_THROW(WriteCurve(*curve, small, m_name), ArrayStreamAdaptor::EndOfBuffer);
-    EXPECT_EQ(Difference(*curve, *read(written(*curve))), "");
+    EXPECT_EQ(Difference(*curve, *ReadAs(m_name, WrittenAs(m_name, *curve))), "");
 }
 
 TEST_P(EveryWrittenFormat, ADocumentThatIsPutAsideGoesOn) {
@@ -295,7 +280,7 @@ TEST_P(EveryWrittenFormat, ADocumentThatIsPutAsideGoesOn) {
         WriteFCurveToString(*inner, m_name, innerBytes); // finds the same writer
         CallPlayer::play("finishSegment, finishSegmentContainer, finishCurve, finishCurveContainer", m_writer);
     }
-    EXPECT_EQ(innerBytes, written(*inner));
+    EXPECT_EQ(innerBytes, WrittenAs(m_name, *inner));
     CallRecorder recorder;
     recorder.only = {"startCurve", "startSegment", "finishCurve", "finishCurveContainer"};
     EXPECT_EQ(calls(BytesOf(outer), recorder), "startCurve outer, startSegment 1, finishCurve, finishCurveContainer");

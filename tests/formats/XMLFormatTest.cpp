@@ -1,24 +1,9 @@
 #include "support/SameCurve.h"
+#include "support/StreamOf.h"
 
 #include <gtest/gtest.h>
 
 using namespace Test;
-
-namespace {
-
-std::string written(const FCurve& curve) {
-    std::string text;
-    WriteFCurveToString(curve, "xml", text);
-    return text;
-}
-
-std::shared_ptr<FCurve> read(const std::string& text) {
-    auto curve = FCurve::create();
-    ReadFCurveFromString(text, "xml", *curve);
-    return curve;
-}
-
-} // namespace
 
 TEST(XMLFormat, EveryByteComesBackInEveryPlaceOfAText) {
     const auto curve = FCurve::create();
@@ -36,19 +21,19 @@ TEST(XMLFormat, EveryByteComesBackInEveryPlaceOfAText) {
         }
     }
     curve->setName(all.c_str());
-    const std::string text = written(*curve);
-    EXPECT_EQ(Difference(*curve, *read(text)), "");
+    const std::string text = WrittenAs("xml", *curve);
+    EXPECT_EQ(Difference(*curve, *ReadAs("xml", text)), "");
     for (const char c : text) EXPECT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= ' ');
     // A character that XML allows stays one, one that it forbids does not.
     for (const char* plain : {"\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf", "\xef\xbf\xbd",
                               "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
         curve->setName(plain);
-        EXPECT_NE(written(*curve).find("name=\"" + std::string(plain) + '"'), std::string::npos);
+        EXPECT_NE(WrittenAs("xml", *curve).find("name=\"" + std::string(plain) + '"'), std::string::npos);
     }
     for (const char* forbidden : {"\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xef\xbf\xbe", "\xf0\x8f\xbf\xbf",
                                   "\xf4\x90\x80\x80", "\xf5\x80\x80\x80"}) {
         curve->setName(forbidden);
-        EXPECT_EQ(written(*curve).find(forbidden), std::string::npos);
+        EXPECT_EQ(WrittenAs("xml", *curve).find(forbidden), std::string::npos);
     }
 }
 
@@ -56,5 +41,5 @@ TEST(XMLFormat, TextsOfTheLongestAllowedLengthComeBack) {
     const auto curve = FCurve::create();
     const std::string quotes(GetFormatLimits().text, '"'); // six bytes each in the document
     curve->setProperty(quotes.c_str(), quotes.c_str());
-    EXPECT_EQ(Difference(*curve, *read(written(*curve))), "");
+    EXPECT_EQ(Difference(*curve, *ReadAs("xml", WrittenAs("xml", *curve))), "");
 }

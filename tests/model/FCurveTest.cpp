@@ -147,13 +147,4 @@ TEST(FCurve, HandMadeSegmentsStayWithTheirCurveThroughASwap) {
     EXPECT_EQ(segment->getOwningCurve(), nullptr);
 }
 
-TEST(FCurve, CompareKeysPutsNullFirst) {
-    const Keyframe zero;
-    const auto one = Keyframe::create(1, 0);
-    const FCurve::CompareKeys before;
-    EXPECT_TRUE(before(nullptr, &zero) && before(&zero, one.get()));
-    EXPECT_FALSE(before(&zero, nullptr) || before(nullptr, nullptr) || before(one.get(), &zero)
-                 || before(&zero, &zero));
-}
-
 } // namespace

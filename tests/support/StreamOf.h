@@ -1,9 +1,11 @@
 #pragma once
 
-// Streams for readers, of a text, and of a text that is made while it is read; and limits for what they read.
+// Streams for readers, of a text, and of a text that is made while it is read; what is written to one and read back;
+// and limits for what is read.
 
 #include "FCurveLib/FCurveLib.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -20,6 +22,22 @@ inline MemoryStream StreamOf(const std::string& text) {
 
 inline std::string BytesOf(const MemoryStream& stream) {
     return {stream.getData(), static_cast<std::size_t>(stream.getSize())};
+}
+
+inline std::string WrittenAs(const char* format, const FCurve& curve) {
+    std::string bytes;
+    WriteFCurveToString(curve, format, bytes);
+    return bytes;
+}
+inline std::string WrittenAs(const char* format, const FCurveContainer& container) {
+    MemoryStream stream;
+    WriteCurves(container, stream, format);
+    return BytesOf(stream);
+}
+inline std::shared_ptr<FCurve> ReadAs(const char* format, const std::string& bytes) {
+    auto curve = FCurve::create();
+    ReadFCurveFromString(bytes, format, *curve);
+    return curve;
 }
 
 /// The longest stream there is: a beginning, then a pattern for ever. It remembers how much of it was read, by which a

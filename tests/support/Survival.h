@@ -52,22 +52,8 @@ inline std::string difference(const FCurveContainer& a, const FCurveContainer& b
     return Test::SameCurve::properties(a, b);
 }
 
-inline std::string written(const FCurve& curve, const char* format) {
-    std::string bytes;
-    WriteFCurveToString(curve, format, bytes);
-    return bytes;
-}
-
-inline std::string written(const FCurveContainer& container, const char* format) {
-    MemoryStream stream;
-    WriteCurves(container, stream, format);
-    return BytesOf(stream);
-}
-
 inline std::shared_ptr<FCurve> back(const FCurve&, const std::string& bytes, const char* format) {
-    auto curve = FCurve::create();
-    ReadFCurveFromString(bytes, format, *curve);
-    return curve;
+    return ReadAs(format, bytes);
 }
 
 // Read by its content; null where another format was recognised.
@@ -84,12 +70,12 @@ template<class Curves>
 std::string LossOfWriting(const Curves& curves) {
     for (auto type = FormatFactory::beginWriterTypes(); type != FormatFactory::endWriterTypes(); ++type) {
         const char* const format = (*type).getFormatName();
-        const std::string bytes = Survival::written(curves, format);
+        const std::string bytes = WrittenAs(format, curves);
         const auto back = Survival::back(curves, bytes, format);
         if (!back) return std::string(format) + " is not recognised";
         const std::string difference = Survival::difference(curves, *back);
         if (!difference.empty()) return format + (": " + difference);
-        if (Survival::written(*back, format) != bytes) return std::string(format) + " is not written again";
+        if (WrittenAs(format, *back) != bytes) return std::string(format) + " is not written again";
     }
     return "";
 }

@@ -187,7 +187,7 @@ TEST(CompiledCurve, FindsEverySegmentHoweverUnevenTheKeys) {
 
 TEST(CompiledCurve, TakesEightyBytesAKey) {
     const auto bezier = Bezier::create();
-    for (const std::size_t count : {50, 1000, 100000}) {
+    for (const std::size_t count : {50U, 1000U, 100000U}) {
         const auto curve = FCurve::create();
         for (std::size_t i = 0; i < count; ++i)
             curve->insertSegment(*Keyframe::create(static_cast<double>(i), static_cast<double>(i % 7)), bezier);

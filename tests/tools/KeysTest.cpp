@@ -94,7 +94,7 @@ TEST(SetKey, PresetsMakeTheCurveThatTheirTypesMake) {
     for (const auto& [settings, type] : presets) {
         const Points points{{0, 0}, {4, 7}, {9, 3}, {12, 5}, {13, -4}};
         const auto curve = FCurve::create();
-        for (const int i : {2, 0, 4, 3, 1}) SetKey(*curve, points[i].x, points[i].y, settings);
+        for (const std::size_t i : {2U, 0U, 4U, 3U, 1U}) SetKey(*curve, points[i].x, points[i].y, settings);
         const auto expected = CurveThrough(points, Bezier::create());
         expected->begin()->setInterpolator(Constant::create());
         (--expected->end())->setInterpolator(Constant::create());

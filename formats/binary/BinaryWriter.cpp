@@ -29,6 +29,45 @@ bool IsSame(double a, double b) {
     return a == b && std::signbit(a) == std::signbit(b);
 }
 
+template<class Number>
+void Append(std::string& to, Number number) {
+    char bytes[sizeof(Number)];
+    IO().store(bytes, number);
+    to.append(bytes, sizeof bytes);
+}
+void AppendText(std::string& to, const std::string& text) {
+    Append(to, static_cast<std::uint32_t>(text.size()));
+    to += text;
+}
+
+// The expressions of a curve, each with an index.
+class Expressions {
+public:
+    void clear() {
+        m_texts.clear();
+        m_indices.clear();
+        m_lastText = nullptr;
+    }
+    std::size_t size() const { return m_indices.size(); }
+    std::string& texts() { return m_texts; } // one after the other, each after its length
+
+    std::uint32_t indexOf(const std::string& expression) {
+        if (!m_lastText || expression != *m_lastText) {
+            const auto [entry, isNew] = m_indices.emplace(expression, static_cast<std::uint32_t>(m_indices.size()));
+            if (isNew) AppendText(m_texts, expression);
+            m_lastText = &entry->first;
+            m_lastIndex = entry->second;
+        }
+        return m_lastIndex;
+    }
+
+private:
+    std::string m_texts;
+    std::unordered_map<std::string, std::uint32_t> m_indices;
+    const std::string* m_lastText = nullptr; // what was looked up last
+    std::uint32_t m_lastIndex = 0;
+};
+
 // A document in memory: complete blocks, and the contents of the two that grow while segments come.
 class Document : public Private::PartCollector {
 public:
@@ -62,7 +101,7 @@ private:
     void beginCurve(const CurveHead& head, bool) override {
         open(Block::kCurve);
         std::string content;
-        appendText(content, head.name);
+        AppendText(content, head.name);
         leaf(Block::kName, content);
 
         unsigned flags = 0;
@@ -82,14 +121,13 @@ private:
         propertyBlock(head.properties);
 
         m_segmentCount = 0;
-        m_expressionIndices.clear();
+        m_expressions.clear();
         m_lastIndex = 0;
-        m_lastText = nullptr;
         m_hasLeftKey = false;
     }
     void endCurve(bool hasSegments) override {
         if (hasSegments) {
-            counted(Block::kExpressions, m_expressionIndices.size(), m_expressions);
+            counted(Block::kExpressions, m_expressions.size(), m_expressions.texts());
             counted(Block::kSegments, m_segmentCount, m_segments);
         }
         close();
@@ -112,7 +150,8 @@ private:
 
     // Makes sure that so many more bytes leave the document within what its stream can hold.
     void need(std::size_t count) {
-        checkSize(static_cast<std::size_t>(m_bytes.getSize()) + m_expressions.size() + m_segments.size() + count);
+        checkSize(static_cast<std::size_t>(m_bytes.getSize()) + m_expressions.texts().size() + m_segments.size()
+                  + count);
     }
 
     void open(const char* type) {
@@ -142,27 +181,17 @@ private:
     void propertyBlock(const PropertyList& properties) {
         if (properties.empty()) return;
         std::string content;
-        append(content, properties);
+        appendProperties(content, properties);
         leaf(Block::kProperties, content);
     }
 
     // --- records -----------------------------------------------------------------------------------------------------
 
-    template<class Number>
-    void append(std::string& to, Number number) const {
-        char bytes[sizeof(Number)];
-        m_io.store(bytes, number);
-        to.append(bytes, sizeof bytes);
-    }
-    void appendText(std::string& to, const std::string& text) const {
-        append(to, static_cast<std::uint32_t>(text.size()));
-        to += text;
-    }
-    void append(std::string& to, const PropertyList& properties) {
-        append(to, static_cast<std::uint32_t>(properties.size()));
+    void appendProperties(std::string& to, const PropertyList& properties) {
+        Append(to, static_cast<std::uint32_t>(properties.size()));
         for (const auto& [key, value] : properties) {
-            appendText(to, key);
-            appendText(to, value);
+            AppendText(to, key);
+            AppendText(to, value);
             if (to.size() > megabyte) need(to.size());
         }
     }
@@ -171,14 +200,7 @@ private:
         if (expression.size() > limits().expressions - m_expressionBytes)
             refuse(Refusal::Limit, Private::TooMany("bytes in all expressions", limits().expressions));
         m_expressionBytes += expression.size();
-        if (!m_lastText || expression != *m_lastText) {
-            const auto [entry, isNew] =
-                m_expressionIndices.emplace(expression, static_cast<std::uint32_t>(m_expressionIndices.size()));
-            if (isNew) appendText(m_expressions, expression);
-            m_lastText = &entry->first;
-            m_index = entry->second;
-        }
-        return m_index;
+        return m_expressions.indexOf(expression);
     }
 
     void writeSegment(const SegmentPart& segment, const KeyPart* key) override {
@@ -201,15 +223,15 @@ private:
             if (!key->properties.empty()) flags |= HasKeyProperties;
         }
 
-        append(m_segments, static_cast<std::uint16_t>(flags));
-        if (flags & HasExpression) append(m_segments, expression);
+        Append(m_segments, static_cast<std::uint16_t>(flags));
+        if (flags & HasExpression) Append(m_segments, expression);
         if (flags & HasOutTangent) appendTangent(segment.out, out);
         if (flags & HasInTangent) appendTangent(segment.in, in);
-        if (flags & HasSegmentProperties) append(m_segments, segment.properties);
+        if (flags & HasSegmentProperties) appendProperties(m_segments, segment.properties);
         if (key) {
-            append(m_segments, key->x);
-            append(m_segments, key->y);
-            if (flags & HasKeyProperties) append(m_segments, key->properties);
+            Append(m_segments, key->x);
+            Append(m_segments, key->y);
+            if (flags & HasKeyProperties) appendProperties(m_segments, key->properties);
             m_leftX = key->x;
         }
         m_hasLeftKey = key != nullptr;
@@ -227,13 +249,13 @@ private:
         return flags;
     }
     void appendTangent(const TangentPart& tangent, unsigned flags) {
-        append(m_segments, static_cast<std::uint8_t>(flags));
-        if (flags & HasType) append(m_segments, static_cast<std::uint8_t>(tangent.type));
+        Append(m_segments, static_cast<std::uint8_t>(flags));
+        if (flags & HasType) Append(m_segments, static_cast<std::uint8_t>(tangent.type));
         if (flags & HasHandle) {
-            append(m_segments, tangent.x);
-            append(m_segments, tangent.y);
+            Append(m_segments, tangent.x);
+            Append(m_segments, tangent.y);
         }
-        if (flags & HasTangentProperties) append(m_segments, tangent.properties);
+        if (flags & HasTangentProperties) appendProperties(m_segments, tangent.properties);
     }
 
     static constexpr std::size_t megabyte = std::size_t{1} << 20U;
@@ -244,12 +266,9 @@ private:
 
     std::string m_segments;
     std::uint32_t m_segmentCount = 0;
-    std::string m_expressions;
+    Expressions m_expressions;
     std::size_t m_expressionBytes = 0; // of all segments
-    std::unordered_map<std::string, std::uint32_t> m_expressionIndices;
-    const std::string* m_lastText = nullptr; // what was looked up last
-    std::uint32_t m_index = 0;               // and its index
-    std::uint32_t m_lastIndex = 0;           // of the segment before
+    std::uint32_t m_lastIndex = 0;     // of the segment before
     bool m_hasLeftKey = false;
     double m_leftX = 0.0;
 };

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace VEM_FN::FCurveLib {
@@ -37,6 +38,13 @@ struct Track {
     double fallback = 0.0; // "default"
 };
 
+struct Clip {
+    double rate = 30.0;
+    double start = 0.0;
+    std::vector<Track> tracks;
+    std::string quaternions;
+};
+
 struct Errors {
     using UnexpectedWord = HoudiniClipFormat::UnexpectedWord;
     using BadNumber = HoudiniClipFormat::BadNumber;
@@ -45,9 +53,9 @@ struct Errors {
 
 constexpr std::string_view kPunctuation = "{}=";
 
-class Clip : Private::WordParser<Errors> {
+class Parser : Private::WordParser<Errors> {
 public:
-    explicit Clip(Stream& stream) : WordParser(stream, kPunctuation) {
+    explicit Parser(Stream& stream) : WordParser(stream, kPunctuation) {
         expect("{");
         while (!at("}")) {
             if (at("{")) {
@@ -56,86 +64,18 @@ public:
                 readSetting();
             }
         }
-        if (m_hasTracks && m_tracks.size() != m_trackCount) {
+        if (m_hasTracks && m_clip.tracks.size() != m_trackCount) {
             raise<WrongTrackCount>("The header says " + std::to_string(m_trackCount) + " tracks, found "
-                                       + std::to_string(m_tracks.size()) + '.',
+                                       + std::to_string(m_clip.tracks.size()) + '.',
                                    m_word);
         }
         next();
         if (!atEnd()) refuse("the end of the text");
     }
 
-    void emitProperties(FormatInterface& target) const {
-        std::string number;
-        Private::AppendNumber(number, m_rate);
-        target.containerProperty("hclip_rate", number.c_str());
-        number.clear();
-        Private::AppendNumber(number, m_start);
-        target.containerProperty("hclip_start", number.c_str());
-        if (!m_quaternions.empty()) target.containerProperty("hclip_quaternions", m_quaternions.c_str());
-    }
-
-    std::size_t size() const { return m_tracks.size(); }
-
-    // Returns whether the target wants further curves.
-    bool emit(std::size_t index, FormatInterface& target) const {
-        const Track& track = m_tracks[index];
-        if (!target.startCurve(track.name.c_str())) return true;
-        const std::vector<double>& y = track.samples;
-        // A cycle of n samples repeats after n, a curve after its last key: so it gets the first sample again.
-        const bool closes = y.size() > 1 && (track.left == "cycle" || track.right == "cycle");
-        if (closes) target.curveProperty("hclip_cycle_key", "1");
-        if (!isKnown(track.left)) target.curveProperty("hclip_lefttype", track.left.c_str());
-        if (!isKnown(track.right)) target.curveProperty("hclip_righttype", track.right.c_str());
-
-        target.startSegmentContainer();
-        const std::size_t keys = y.size() + (closes ? 1 : 0);
-        emitEnd(target, track, track.left, true, y.size() > 1 ? y[1] - y[0] : 0.0);
-        for (std::size_t i = 0; i < keys; ++i) {
-            target.startKeyframe();
-            target.keyframePosition(m_start + static_cast<double>(i) + 1.0, y[i % y.size()]);
-            target.finishKeyframe();
-            if (i + 1 < keys) emitSegment(target, "linear()");
-        }
-        if (keys > 0) {
-            const double last = closes ? y.front() - y.back() : y.size() > 1 ? y.back() - y[y.size() - 2] : 0.0;
-            emitEnd(target, track, track.right, false, last);
-        }
-        target.finishSegmentContainer();
-        return target.finishCurve();
-    }
+    Clip take() { return std::move(m_clip); }
 
 private:
-    static bool isKnown(std::string_view type) {
-        constexpr std::string_view known[] = {"hold", "slope", "cycle", "mirror", "default"};
-        return std::find(std::begin(known), std::end(known), type) != std::end(known);
-    }
-
-    static void emitSegment(FormatInterface& target, const char* expression) {
-        target.startSegment(expression);
-        target.finishSegment();
-    }
-
-    static void emitEnd(FormatInterface& target, const Track& track, const std::string& type, bool isLeft,
-                        double slope) {
-        std::string expression = "constant()";
-        if (type == "cycle" || type == "mirror") {
-            expression = type + "()";
-        } else if (type == "default") {
-            expression.clear();
-            Private::AppendNumber(expression, track.fallback);
-        } else if (type == "slope" && std::isfinite(slope)) {
-            target.startSegment("bezier()");
-            isLeft ? target.startInTangent() : target.startOutTangent();
-            target.tangentType(Tangent::Fixed);
-            target.tangentVector(isLeft ? -1.0 : 1.0, isLeft ? -slope : slope);
-            isLeft ? target.finishInTangent() : target.finishOutTangent();
-            target.finishSegment();
-            return;
-        }
-        emitSegment(target, expression.c_str());
-    }
-
     // --- words -------------------------------------------------------------------------------------------------------
 
     // A word and "=". The word after it is the next one.
@@ -179,13 +119,13 @@ private:
         const std::string key = readKey();
         next();
         if (key == "rate") {
-            m_rate = readNumber();
+            m_clip.rate = readNumber();
         } else if (key == "start") {
-            m_start = readNumber();
-            if (std::abs(m_start) > kFarthestStart) raise<BadNumber>("The start lies too far from 0.", at);
+            m_clip.start = readNumber();
+            if (std::abs(m_clip.start) > kFarthestStart) raise<BadNumber>("The start lies too far from 0.", at);
         } else if (key == "tracklength") {
             const std::size_t length = readCount(0, std::min(kLongestTrack, m_limits.keys), "sample count");
-            if (!m_tracks.empty() && length != m_length) raise<BadNumber>("The length of tracks changes.", at);
+            if (!m_clip.tracks.empty() && length != m_length) raise<BadNumber>("The length of tracks changes.", at);
             m_length = length;
             m_hasLength = true;
         } else if (key == "tracks") {
@@ -209,7 +149,7 @@ private:
             for (int axis = 0; axis < 3; ++axis) {
                 const Word at = m_word;
                 const std::size_t index = readCount(0, kMostTracks, "track number");
-                if (index >= m_tracks.size()) {
+                if (index >= m_clip.tracks.size()) {
                     raise<BadNumber>("There is no track " + std::to_string(index) + '.', at);
                 }
                 text += axis > 0 ? ',' : i > 0 ? ';' : ':';
@@ -217,13 +157,13 @@ private:
             }
             if (text.size() > m_limits.text) raise<LimitExceeded>("There are too many rotations.", m_word);
         }
-        m_quaternions = std::move(text);
+        m_clip.quaternions = std::move(text);
     }
 
     void readTrack() {
         const Word at = m_word;
-        if (m_tracks.size() >= std::min(kMostTracks, m_limits.curves))
-            raise<LimitExceeded>(Private::TooMany("tracks", m_tracks.size()), at);
+        if (m_clip.tracks.size() >= std::min(kMostTracks, m_limits.curves))
+            raise<LimitExceeded>(Private::TooMany("tracks", m_clip.tracks.size()), at);
         next();
         Track track;
         while (!this->at("}")) {
@@ -250,7 +190,7 @@ private:
         }
         if (!track.hasSamples && !(m_hasLength && m_length == 0)) refuse("the track's \"data\"");
         next();
-        m_tracks.push_back(std::move(track));
+        m_clip.tracks.push_back(std::move(track));
     }
 
     void readSamples(Track& track, bool hasRuns) {
@@ -282,17 +222,83 @@ private:
         }
     }
 
-    double m_rate = 30.0;
-    double m_start = 0.0;
+    Clip m_clip;
     bool m_hasLength = false;
     std::size_t m_length = 0;
     bool m_hasTracks = false;
     std::size_t m_trackCount = 0;
     std::size_t m_samples = 0; // of all tracks
     std::size_t m_inRuns = 0;
-    std::vector<Track> m_tracks;
-    std::string m_quaternions;
 };
+
+// --- what the target hears -------------------------------------------------------------------------------------------
+
+bool IsKnown(std::string_view type) {
+    constexpr std::string_view known[] = {"hold", "slope", "cycle", "mirror", "default"};
+    return std::find(std::begin(known), std::end(known), type) != std::end(known);
+}
+
+void EmitProperties(const Clip& clip, FormatInterface& target) {
+    std::string number;
+    Private::AppendNumber(number, clip.rate);
+    target.containerProperty("hclip_rate", number.c_str());
+    number.clear();
+    Private::AppendNumber(number, clip.start);
+    target.containerProperty("hclip_start", number.c_str());
+    if (!clip.quaternions.empty()) target.containerProperty("hclip_quaternions", clip.quaternions.c_str());
+}
+
+void EmitSegment(FormatInterface& target, const char* expression) {
+    target.startSegment(expression);
+    target.finishSegment();
+}
+
+// The segment before the first key, or after the last.
+void EmitEnd(FormatInterface& target, const Track& track, const std::string& type, bool isLeft, double slope) {
+    std::string expression = "constant()";
+    if (type == "cycle" || type == "mirror") {
+        expression = type + "()";
+    } else if (type == "default") {
+        expression.clear();
+        Private::AppendNumber(expression, track.fallback);
+    } else if (type == "slope" && std::isfinite(slope)) {
+        target.startSegment("bezier()");
+        isLeft ? target.startInTangent() : target.startOutTangent();
+        target.tangentType(Tangent::Fixed);
+        target.tangentVector(isLeft ? -1.0 : 1.0, isLeft ? -slope : slope);
+        isLeft ? target.finishInTangent() : target.finishOutTangent();
+        target.finishSegment();
+        return;
+    }
+    EmitSegment(target, expression.c_str());
+}
+
+// Returns whether the target wants further curves.
+bool EmitTrack(const Track& track, double start, FormatInterface& target) {
+    if (!target.startCurve(track.name.c_str())) return true;
+    const std::vector<double>& y = track.samples;
+    // A cycle of n samples repeats after n, a curve after its last key: so it gets the first sample again.
+    const bool closes = y.size() > 1 && (track.left == "cycle" || track.right == "cycle");
+    if (closes) target.curveProperty("hclip_cycle_key", "1");
+    if (!IsKnown(track.left)) target.curveProperty("hclip_lefttype", track.left.c_str());
+    if (!IsKnown(track.right)) target.curveProperty("hclip_righttype", track.right.c_str());
+
+    target.startSegmentContainer();
+    const std::size_t keys = y.size() + (closes ? 1 : 0);
+    EmitEnd(target, track, track.left, true, y.size() > 1 ? y[1] - y[0] : 0.0);
+    for (std::size_t i = 0; i < keys; ++i) {
+        target.startKeyframe();
+        target.keyframePosition(start + static_cast<double>(i) + 1.0, y[i % y.size()]);
+        target.finishKeyframe();
+        if (i + 1 < keys) EmitSegment(target, "linear()");
+    }
+    if (keys > 0) {
+        const double last = closes ? y.front() - y.back() : y.size() > 1 ? y.back() - y[y.size() - 2] : 0.0;
+        EmitEnd(target, track, track.right, false, last);
+    }
+    target.finishSegmentContainer();
+    return target.finishCurve();
+}
 
 } // namespace
 
@@ -300,18 +306,18 @@ HoudiniClipReader::HoudiniClipReader() : Reader(GetFormatType()) {}
 HoudiniClipReader::~HoudiniClipReader() = default;
 
 void HoudiniClipReader::readCurves(Stream& stream, FormatInterface& target) {
-    const Clip clip(stream);
+    const Clip clip = Parser(stream).take();
     target.startCurveContainer();
-    clip.emitProperties(target);
-    for (std::size_t i = 0; i < clip.size(); ++i)
-        if (!clip.emit(i, target)) break;
+    EmitProperties(clip, target);
+    for (const Track& track : clip.tracks)
+        if (!EmitTrack(track, clip.start, target)) break;
     target.finishCurveContainer();
 }
 
 void HoudiniClipReader::readCurve(Stream& stream, FormatInterface& target) {
-    const Clip clip(stream);
-    if (clip.size() == 0) throw WrongTrackCount("There is no track.");
-    clip.emit(0, target);
+    const Clip clip = Parser(stream).take();
+    if (clip.tracks.empty()) throw WrongTrackCount("There is no track.");
+    EmitTrack(clip.tracks.front(), clip.start, target);
 }
 
 bool HoudiniClipReader::canRead(Stream& stream, Stream& header) {

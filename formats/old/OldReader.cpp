@@ -10,6 +10,8 @@
 #include "formats/old/Grammar.h"
 
 #include <iterator>
+#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -41,6 +43,52 @@ struct Errors {
     using LimitExceeded = OldFormat::LimitExceeded;
 };
 
+// Tells a target of a curve's keys, one after the other.
+class Emission {
+public:
+    explicit Emission(FormatInterface& target) : m_target(target) { m_target.startSegmentContainer(); }
+
+    void take(const TovKey& key) {
+        const double span = m_isFirst ? 0.0 : key.getLocation().x - m_before.getLocation().x;
+        startSegment(m_isFirst ? "constant()" : ExpressionOf(m_before.getInterp()), span);
+        m_target.startInTangent();
+        emitTangent(key.getLeftTangent(), span);
+        m_target.finishInTangent();
+        m_target.finishSegment();
+        m_target.startKeyframe();
+        m_target.keyframePosition(key.getLocation().x, key.getLocation().y);
+        m_target.keyframeLocked(key.isLocked());
+        m_target.finishKeyframe();
+        m_before = key;
+        m_isFirst = false;
+    }
+    void finish() {
+        startSegment("constant()", 0.0);
+        m_target.finishSegment();
+        m_target.finishSegmentContainer();
+    }
+
+private:
+    // Outside the keys the span is 0.
+    void startSegment(const char* expression, double span) {
+        m_target.startSegment(expression);
+        if (m_isFirst) return;
+        m_target.startOutTangent();
+        emitTangent(m_before.getRightTangent(), span);
+        m_target.finishOutTangent();
+    }
+    void emitTangent(const Vector2D<double>& handle, double span) {
+        m_target.tangentType(Tangent::Fixed);
+        m_target.tangentWeighted(span > 0.0 && Private::IsWeightedHandle(handle.x, span));
+        m_target.tangentWeightLocked(false);
+        m_target.tangentVector(handle.x, handle.y);
+    }
+
+    FormatInterface& m_target;
+    bool m_isFirst = true;
+    TovKey m_before;
+};
+
 constexpr std::string_view kPunctuation = "{}";
 constexpr std::string_view kComment = "//";
 
@@ -63,21 +111,19 @@ public:
         expect("extensions");
         expect("constant");
         expect("constant");
-        m_isWanted = m_target.startCurve(name.c_str());
-        m_isFirst = true;
-        if (m_isWanted) m_target.startSegmentContainer();
+        std::optional<Emission> emission; // where the curve is wanted
+        if (m_target.startCurve(name.c_str())) emission.emplace(m_target);
+        double lastX = -std::numeric_limits<double>::infinity();
         for (std::size_t keys = 0; at("keyframe"); ++keys) {
             if (keys >= m_limits.keys) raise<LimitExceeded>(Private::TooMany("keys", m_limits.keys), m_word);
             TovKey key;
-            readKey(key);
-            if (m_isWanted) emitKey(key);
-            m_before = key;
-            m_isFirst = false;
+            readKey(key, lastX);
+            lastX = key.getLocation().x;
+            if (emission) emission->take(key);
         }
         expect("}");
-        if (!m_isWanted) return true;
-        emitLast();
-        m_target.finishSegmentContainer();
+        if (!emission) return true;
+        emission->finish();
         return m_target.finishCurve();
     }
 
@@ -124,14 +170,12 @@ private:
         return TovKey::Unknown;
     }
 
-    void readKey(TovKey& key) {
+    void readKey(TovKey& key, double lastX) {
         expect("keyframe");
         expect("{");
         const Word x = m_word;
         key.setLocation(readPair());
-        if (!m_isFirst && !(key.getLocation().x > m_before.getLocation().x)) {
-            raise<BadNumber>(Private::kKeyOutOfOrder, x);
-        }
+        if (!(key.getLocation().x > lastX)) raise<BadNumber>(Private::kKeyOutOfOrder, x);
         expect("interp");
         key.setInterp(readInterp());
         expect("tangents");
@@ -148,45 +192,7 @@ private:
         expect("}");
     }
 
-    // --- what the target hears ---------------------------------------------------------------------------------------
-
-    void emitTangent(const Vector2D<double>& handle, bool hasSpan, double span) {
-        m_target.tangentType(Tangent::Fixed);
-        m_target.tangentWeighted(hasSpan && Private::IsWeightedHandle(handle.x, span));
-        m_target.tangentWeightLocked(false);
-        m_target.tangentVector(handle.x, handle.y);
-    }
-    void emitKey(const TovKey& key) {
-        const double span = key.getLocation().x - m_before.getLocation().x;
-        m_target.startSegment(m_isFirst ? "constant()" : ExpressionOf(m_before.getInterp()));
-        if (!m_isFirst) {
-            m_target.startOutTangent();
-            emitTangent(m_before.getRightTangent(), true, span);
-            m_target.finishOutTangent();
-        }
-        m_target.startInTangent();
-        emitTangent(key.getLeftTangent(), !m_isFirst, span);
-        m_target.finishInTangent();
-        m_target.finishSegment();
-        m_target.startKeyframe();
-        m_target.keyframePosition(key.getLocation().x, key.getLocation().y);
-        m_target.keyframeLocked(key.isLocked());
-        m_target.finishKeyframe();
-    }
-    void emitLast() {
-        m_target.startSegment("constant()");
-        if (!m_isFirst) {
-            m_target.startOutTangent();
-            emitTangent(m_before.getRightTangent(), false, 0.0);
-            m_target.finishOutTangent();
-        }
-        m_target.finishSegment();
-    }
-
     FormatInterface& m_target;
-    bool m_isWanted = true;
-    bool m_isFirst = true;
-    TovKey m_before;
 };
 
 } // namespace

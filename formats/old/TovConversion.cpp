@@ -26,15 +26,6 @@ using Private::Read;
 
 namespace {
 
-// The part of the curve between two neighbouring keys, as the older system can have it.
-struct Span {
-    TovKey::InterpType interp = TovKey::Constant;
-    double startY = 0.0;
-    double endY = 0.0; // of a constant span without meaning: it ends in a step to whatever comes
-    Vector2D<double> out;
-    Vector2D<double> in;
-};
-
 bool IsFinite(const Vector2D<double>& v) {
     return std::isfinite(v.x) && std::isfinite(v.y);
 }
@@ -83,6 +74,93 @@ bool LosesName(std::string_view name) {
     return false;
 }
 
+// --- spans -----------------------------------------------------------------------------------------------------------
+
+// The part of the curve between two neighbouring keys, as the older system can have it.
+struct Span {
+    TovKey::InterpType interp = TovKey::Constant;
+    double startY = 0.0;
+    double endY = 0.0; // of a constant span without meaning: it ends in a step to whatever comes
+    Vector2D<double> out;
+    Vector2D<double> in;
+    std::uint32_t losses = 0; // TovCurve::LossFlag
+};
+
+// False, and no change, where the control points are not finite.
+bool FollowBezier(const Segment& segment, const BezierInterpBase& bezier, bool usesHandles, Span& span) {
+    Vector2D<double> p0, p1, p2, p3;
+    bezier.getBezierArgs(segment, p0.x, p0.y, p1.x, p1.y, p2.x, p2.y, p3.x, p3.y);
+    const Vector2D<double> out{p1.x - p0.x, p1.y - p0.y};
+    const Vector2D<double> in{p2.x - p3.x, p2.y - p3.y};
+    if (!std::isfinite(p0.y) || !std::isfinite(p3.y) || !IsFinite(out) || !IsFinite(in)) return false;
+
+    if (!usesHandles) {
+        span = {TovKey::Bezier, p0.y, p3.y, out, in, TovCurve::SynthesizedBezier};
+        return true;
+    }
+    span.interp = TovKey::Bezier;
+    // Unchanged handles keep their bits, which a sum and a difference would not.
+    if (p1.x != p0.x + span.out.x || p1.y != p0.y + span.out.y) {
+        span.out = out;
+        span.losses = TovCurve::ShiftedTangents;
+    }
+    if (p2.x != p3.x + span.in.x || p2.y != p3.y + span.in.y) {
+        span.in = in;
+        span.losses = TovCurve::ShiftedTangents;
+    }
+    return true;
+}
+
+void FollowFormula(const Segment& segment, const Interpolator& interpolator, Span& span) {
+    const double leftX = Read::leftKey(segment)->getX();
+    const double rightX = Read::rightKey(segment)->getX();
+    const double third = (rightX - leftX) / 3.0;
+    const double startY = interpolator.eval(leftX, segment);
+    const double endY = interpolator.eval(rightX, segment);
+    const Vector2D<double> out{third, third * interpolator.getFirstDerivative(leftX, segment)};
+    const Vector2D<double> in{-third, -third * interpolator.getFirstDerivative(rightX, segment)};
+    if (!std::isfinite(startY) || !std::isfinite(endY) || !IsFinite(out) || !IsFinite(in)) {
+        span.interp = TovKey::Linear;
+        return;
+    }
+    span = {TovKey::Bezier, startY, endY, out, in, span.losses | TovCurve::SynthesizedBezier};
+}
+
+Span SpanOf(const Segment& segment) {
+    const Interpolator* const interpolator = Read::interpolator(segment);
+    const Vector2D<double>& left = Read::leftKey(segment)->get();
+    const Vector2D<double>& right = Read::rightKey(segment)->get();
+    Span span{TovKey::Constant, left.y, right.y, Read::outTangent(segment)->get(), Read::inTangent(segment)->get(), 0};
+
+    const Private::KindRow& kind = Private::KindOf(interpolator);
+    if (kind.kind == Kind::Constant) return span;
+    if (kind.kind == Kind::Linear) {
+        span.interp = TovKey::Linear;
+        return span;
+    }
+    if (kind.isBezier()) {
+        const auto& bezier = static_cast<const BezierInterpBase&>(*interpolator);
+        if (FollowBezier(segment, bezier, kind.kind == Kind::Bezier, span)) return span;
+    }
+
+    span.losses = TovCurve::UnsupportedInterpolation;
+    switch (kind.shape) {
+    case Private::Shape::Number:
+        span.startY = interpolator ? interpolator->eval(left.x, segment) : 0.0;
+        break;
+    case Private::Shape::LeftValue:
+        break;
+    case Private::Shape::RightValue:
+        span.startY = right.y;
+        break;
+    default:
+        FollowFormula(segment, *interpolator, span);
+    }
+    return span;
+}
+
+// --- the conversion --------------------------------------------------------------------------------------------------
+
 // A conversion under way.
 class Converter {
 public:
@@ -112,91 +190,11 @@ private:
             m_before.push_back({});
         }
         if (left && right) {
-            m_spans.push_back(makeSpan(segment, Read::interpolator(segment)));
+            m_spans.push_back(SpanOf(segment));
+            m_flags |= m_spans.back().losses;
         } else if (Private::KindOf(segment).kind != Kind::Constant) {
             lose(TovCurve::UnsupportedExtensions);
         }
-    }
-
-    Span makeSpan(const Segment& segment, const Interpolator* interpolator) {
-        const Vector2D<double>& left = Read::leftKey(segment)->get();
-        const Vector2D<double>& right = Read::rightKey(segment)->get();
-        Span span;
-        span.startY = left.y;
-        span.endY = right.y;
-        span.out = Read::outTangent(segment)->get();
-        span.in = Read::inTangent(segment)->get();
-
-        const Private::KindRow& kind = Private::KindOf(interpolator);
-        if (kind.kind == Kind::Constant) return span;
-        if (kind.kind == Kind::Linear) {
-            span.interp = TovKey::Linear;
-            return span;
-        }
-        if (kind.isBezier()) {
-            const auto& bezier = static_cast<const BezierInterpBase&>(*interpolator);
-            if (makeBezier(segment, bezier, kind.kind == Kind::Bezier, span)) return span;
-        }
-
-        lose(TovCurve::UnsupportedInterpolation);
-        switch (kind.shape) {
-        case Private::Shape::Number:
-            span.startY = interpolator ? interpolator->eval(left.x, segment) : 0.0;
-            break;
-        case Private::Shape::LeftValue:
-            break;
-        case Private::Shape::RightValue:
-            span.startY = right.y;
-            break;
-        default:
-            followFormula(segment, *interpolator, span);
-        }
-        return span;
-    }
-
-    // False, and no change, where the control points are not finite.
-    bool makeBezier(const Segment& segment, const BezierInterpBase& bezier, bool usesHandles, Span& span) {
-        Vector2D<double> p0, p1, p2, p3;
-        bezier.getBezierArgs(segment, p0.x, p0.y, p1.x, p1.y, p2.x, p2.y, p3.x, p3.y);
-        const Vector2D<double> out{p1.x - p0.x, p1.y - p0.y};
-        const Vector2D<double> in{p2.x - p3.x, p2.y - p3.y};
-        if (!std::isfinite(p0.y) || !std::isfinite(p3.y) || !IsFinite(out) || !IsFinite(in)) return false;
-
-        span.interp = TovKey::Bezier;
-        if (!usesHandles) {
-            span.startY = p0.y;
-            span.endY = p3.y;
-            span.out = out;
-            span.in = in;
-            lose(TovCurve::SynthesizedBezier);
-            return true;
-        }
-        // Unchanged handles keep their bits, which a sum and a difference would not.
-        if (p1.x != p0.x + span.out.x || p1.y != p0.y + span.out.y) {
-            span.out = out;
-            lose(TovCurve::ShiftedTangents);
-        }
-        if (p2.x != p3.x + span.in.x || p2.y != p3.y + span.in.y) {
-            span.in = in;
-            lose(TovCurve::ShiftedTangents);
-        }
-        return true;
-    }
-
-    void followFormula(const Segment& segment, const Interpolator& interpolator, Span& span) {
-        const double leftX = Read::leftKey(segment)->getX();
-        const double rightX = Read::rightKey(segment)->getX();
-        const double third = (rightX - leftX) / 3.0;
-        const double startY = interpolator.eval(leftX, segment);
-        const double endY = interpolator.eval(rightX, segment);
-        const Vector2D<double> out{third, third * interpolator.getFirstDerivative(leftX, segment)};
-        const Vector2D<double> in{-third, -third * interpolator.getFirstDerivative(rightX, segment)};
-        if (!std::isfinite(startY) || !std::isfinite(endY) || !IsFinite(out) || !IsFinite(in)) {
-            span.interp = TovKey::Linear;
-            return;
-        }
-        span = {TovKey::Bezier, startY, endY, out, in};
-        lose(TovCurve::SynthesizedBezier);
     }
 
     // --- keys --------------------------------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -20,6 +21,135 @@ std::string ToPathData(const std::vector<Line>& lines) {
     for (const Line& line : lines) data += Drawing::ToPathData(line);
     return data;
 }
+
+// What is drawn in the frame of a panel.
+class FigureDrawing {
+public:
+    FigureDrawing(Svg& svg, const Scene& scene, const Frame& frame, std::string clip)
+        : m_svg(svg), m_scene(scene), m_frame(frame), m_clip(std::move(clip)) {}
+
+    void drawUnknown(const Figure& figure) const {
+        for (const UnknownSpan& span : figure.spans) {
+            m_svg.open("g", {{"class", "unknown"}, {"fill", kAlarmColour}});
+            m_svg.leaf("title", {},
+                       span.expression.empty() ? "no interpolator" : "unknown expression: " + span.expression);
+            m_svg.leaf("rect", {{"x", span.left},
+                                {"y", m_frame.top},
+                                {"width", span.right - span.left},
+                                {"height", m_frame.bottom - m_frame.top},
+                                {"fill-opacity", 0.08}});
+            if (span.right - span.left > kLegendSize)
+                m_svg.leaf("text",
+                           {{"x", (span.left + span.right) / 2.0},
+                            {"y", m_frame.top + kLegendSize + 2.0},
+                            {"text-anchor", "middle"},
+                            {"font-size", kLegendSize},
+                            {"font-weight", "bold"}},
+                           "?");
+            m_svg.close();
+        }
+    }
+
+    // Wide and pale, so that it shows on both sides of what lies on it.
+    void drawBefore(const Figure& figure) const {
+        if (figure.before.empty()) return;
+        m_svg.open("g", {{"class", "before"},
+                         {"stroke", m_scene.looks[figure.look].colour},
+                         {"stroke-opacity", 0.3},
+                         {"fill", "none"},
+                         {"clip-path", "url(#" + m_clip + ")"}});
+        m_svg.leaf("path", {{"d", ToPathData(figure.before)}, {"stroke-width", 7.0}, {"stroke-linejoin", "round"}});
+        for (const Dot& dot : figure.oldDots)
+            m_svg.leaf("circle", {{"cx", dot.at.x},
+                                  {"cy", dot.at.y},
+                                  {"r", 4.5},
+                                  {"fill", "#ffffff"},
+                                  {"stroke-width", 1.3},
+                                  {"stroke-opacity", 0.6}});
+        m_svg.close();
+    }
+
+    void drawCurve(const Figure& figure) const {
+        const Look& look = m_scene.looks[figure.look];
+        m_svg.open("g", {{"class", "curve"}, {"stroke", look.colour}, {"fill", "none"}});
+        m_svg.open("g", {{"clip-path", "url(#" + m_clip + ")"}});
+        drawLines(figure);
+        drawHandles(figure);
+        m_svg.close();
+        if (look.hasDots && !figure.dots.empty()) {
+            m_svg.open("g", {{"class", "keys"},
+                             {"fill", look.colour},
+                             {"stroke", look.dotRadius == kPlainDot ? "#ffffff" : "none"}});
+            for (const Dot& dot : figure.dots) DrawDot(m_svg, dot, look.dotRadius);
+            m_svg.close();
+        }
+        for (const Dot& dot : figure.dots)
+            if (m_scene.options.selection && dot.isSelected)
+                m_svg.leaf("circle", {{"class", "selected"},
+                                      {"cx", dot.at.x},
+                                      {"cy", dot.at.y},
+                                      {"r", 6.5},
+                                      {"stroke", kTextColour},
+                                      {"stroke-width", 1.6}});
+        std::string exits;
+        for (const Exit& exit : figure.exits)
+            exits +=
+                Drawing::ToPathData(ExitTriangle({exit.x, exit.isUp ? m_frame.top : m_frame.bottom}, exit.isUp)) + "Z";
+        if (!exits.empty())
+            m_svg.leaf("path", {{"class", "cut"}, {"d", exits}, {"fill", look.colour}, {"stroke", "#ffffff"}});
+        m_svg.close();
+    }
+
+private:
+    void drawLines(const Figure& figure) const {
+        const Look& look = m_scene.looks[figure.look];
+        if (!figure.jumps.empty())
+            m_svg.leaf("path", {{"class", "jump"},
+                                {"d", ToPathData(figure.jumps)},
+                                {"stroke-width", 1.2},
+                                {"stroke-dasharray", "2 3"},
+                                {"stroke-opacity", 0.7}});
+        if (!figure.outside.empty())
+            m_svg.leaf("path", {{"class", "outside"},
+                                {"d", ToPathData(figure.outside)},
+                                {"stroke-width", 1.6},
+                                {"stroke-dasharray", "6 4"},
+                                {"stroke-opacity", 0.6}});
+        if (!figure.unknown.empty())
+            m_svg.leaf("path", {{"class", "unknown"},
+                                {"d", ToPathData(figure.unknown)},
+                                {"stroke-width", 1.6},
+                                {"stroke-dasharray", "1 4"},
+                                {"stroke-linecap", "round"}});
+        if (!figure.between.empty())
+            m_svg.leaf("path", {{"class", "line"},
+                                {"d", ToPathData(figure.between)},
+                                {"stroke-width", look.isSelected ? 4.0
+                                                 : look.hasDots  ? 2.0
+                                                                 : 1.5},
+                                {"stroke-linejoin", "round"}});
+    }
+
+    void drawHandles(const Figure& figure) const {
+        if (figure.handles.empty()) return;
+        std::string lines;
+        for (const Handle& handle : figure.handles) lines += Drawing::ToPathData({handle.key, handle.tip});
+        m_svg.leaf("path", {{"class", "handles"}, {"d", lines}, {"stroke-width", 1.0}, {"stroke-opacity", 0.75}});
+        m_svg.open("g", {{"fill", "#ffffff"}, {"stroke-width", 1.2}});
+        for (const Handle& handle : figure.handles)
+            m_svg.leaf("rect", {{"class", "handle"},
+                                {"x", handle.tip.x - 2.5},
+                                {"y", handle.tip.y - 2.5},
+                                {"width", 5.0},
+                                {"height", 5.0}});
+        m_svg.close();
+    }
+
+    Svg& m_svg;
+    const Scene& m_scene;
+    const Frame& m_frame;
+    std::string m_clip; // the identifier
+};
 
 class Panel {
 public:
@@ -45,16 +175,15 @@ public:
                         {"font-size", kTitleSize},
                         {"fill", kFaintTextColour}},
                        "no curves");
-        for (const Figure& figure : figures) drawUnknown(figure);
-        for (const Figure& figure : figures) drawBefore(figure);
-        for (const Figure& figure : figures) drawCurve(figure);
+        const FigureDrawing drawing(m_svg, m_scene, m_frame, m_clip);
+        for (const Figure& figure : figures) drawing.drawUnknown(figure);
+        for (const Figure& figure : figures) drawing.drawBefore(figure);
+        for (const Figure& figure : figures) drawing.drawCurve(figure);
         if (namesParts && !figures.empty()) DrawPartNames(m_svg, m_scene, figures, m_frame);
         m_svg.close();
     }
 
 private:
-    const Look& look(const Figure& figure) const { return m_scene.looks[figure.look]; }
-
     void drawAxes() const {
         m_svg.open("g", {{"class", "axes"}, {"font-size", kTextSize}, {"fill", kFaintTextColour}});
         std::string grid;
@@ -108,122 +237,6 @@ private:
                         {"text-anchor", "middle"}},
                        Fit(title[line], kTextSize, room));
         }
-    }
-
-    void drawUnknown(const Figure& figure) const {
-        for (const UnknownSpan& span : figure.spans) {
-            m_svg.open("g", {{"class", "unknown"}, {"fill", kAlarmColour}});
-            m_svg.leaf("title", {},
-                       span.expression.empty() ? "no interpolator" : "unknown expression: " + span.expression);
-            m_svg.leaf("rect", {{"x", span.left},
-                                {"y", m_frame.top},
-                                {"width", span.right - span.left},
-                                {"height", m_frame.bottom - m_frame.top},
-                                {"fill-opacity", 0.08}});
-            if (span.right - span.left > kLegendSize)
-                m_svg.leaf("text",
-                           {{"x", (span.left + span.right) / 2.0},
-                            {"y", m_frame.top + kLegendSize + 2.0},
-                            {"text-anchor", "middle"},
-                            {"font-size", kLegendSize},
-                            {"font-weight", "bold"}},
-                           "?");
-            m_svg.close();
-        }
-    }
-
-    // Wide and pale, so that it shows on both sides of what lies on it.
-    void drawBefore(const Figure& figure) const {
-        if (figure.before.empty()) return;
-        m_svg.open("g", {{"class", "before"},
-                         {"stroke", look(figure).colour},
-                         {"stroke-opacity", 0.3},
-                         {"fill", "none"},
-                         {"clip-path", "url(#" + m_clip + ")"}});
-        m_svg.leaf("path", {{"d", ToPathData(figure.before)}, {"stroke-width", 7.0}, {"stroke-linejoin", "round"}});
-        for (const Dot& dot : figure.oldDots)
-            m_svg.leaf("circle", {{"cx", dot.at.x},
-                                  {"cy", dot.at.y},
-                                  {"r", 4.5},
-                                  {"fill", "#ffffff"},
-                                  {"stroke-width", 1.3},
-                                  {"stroke-opacity", 0.6}});
-        m_svg.close();
-    }
-
-    void drawCurve(const Figure& figure) const {
-        const Look& look = this->look(figure);
-        m_svg.open("g", {{"class", "curve"}, {"stroke", look.colour}, {"fill", "none"}});
-        m_svg.open("g", {{"clip-path", "url(#" + m_clip + ")"}});
-        drawLines(figure);
-        drawHandles(figure);
-        m_svg.close();
-        if (look.hasDots && !figure.dots.empty()) {
-            m_svg.open("g", {{"class", "keys"},
-                             {"fill", look.colour},
-                             {"stroke", look.dotRadius == kPlainDot ? "#ffffff" : "none"}});
-            for (const Dot& dot : figure.dots) DrawDot(m_svg, dot, look.dotRadius);
-            m_svg.close();
-        }
-        for (const Dot& dot : figure.dots)
-            if (m_scene.options.selection && dot.isSelected)
-                m_svg.leaf("circle", {{"class", "selected"},
-                                      {"cx", dot.at.x},
-                                      {"cy", dot.at.y},
-                                      {"r", 6.5},
-                                      {"stroke", kTextColour},
-                                      {"stroke-width", 1.6}});
-        std::string exits;
-        for (const Exit& exit : figure.exits)
-            exits +=
-                Drawing::ToPathData(ExitTriangle({exit.x, exit.isUp ? m_frame.top : m_frame.bottom}, exit.isUp)) + "Z";
-        if (!exits.empty())
-            m_svg.leaf("path", {{"class", "cut"}, {"d", exits}, {"fill", look.colour}, {"stroke", "#ffffff"}});
-        m_svg.close();
-    }
-
-    void drawLines(const Figure& figure) const {
-        const Look& look = this->look(figure);
-        if (!figure.jumps.empty())
-            m_svg.leaf("path", {{"class", "jump"},
-                                {"d", ToPathData(figure.jumps)},
-                                {"stroke-width", 1.2},
-                                {"stroke-dasharray", "2 3"},
-                                {"stroke-opacity", 0.7}});
-        if (!figure.outside.empty())
-            m_svg.leaf("path", {{"class", "outside"},
-                                {"d", ToPathData(figure.outside)},
-                                {"stroke-width", 1.6},
-                                {"stroke-dasharray", "6 4"},
-                                {"stroke-opacity", 0.6}});
-        if (!figure.unknown.empty())
-            m_svg.leaf("path", {{"class", "unknown"},
-                                {"d", ToPathData(figure.unknown)},
-                                {"stroke-width", 1.6},
-                                {"stroke-dasharray", "1 4"},
-                                {"stroke-linecap", "round"}});
-        if (!figure.between.empty())
-            m_svg.leaf("path", {{"class", "line"},
-                                {"d", ToPathData(figure.between)},
-                                {"stroke-width", look.isSelected ? 4.0
-                                                 : look.hasDots  ? 2.0
-                                                                 : 1.5},
-                                {"stroke-linejoin", "round"}});
-    }
-
-    void drawHandles(const Figure& figure) const {
-        if (figure.handles.empty()) return;
-        std::string lines;
-        for (const Handle& handle : figure.handles) lines += Drawing::ToPathData({handle.key, handle.tip});
-        m_svg.leaf("path", {{"class", "handles"}, {"d", lines}, {"stroke-width", 1.0}, {"stroke-opacity", 0.75}});
-        m_svg.open("g", {{"fill", "#ffffff"}, {"stroke-width", 1.2}});
-        for (const Handle& handle : figure.handles)
-            m_svg.leaf("rect", {{"class", "handle"},
-                                {"x", handle.tip.x - 2.5},
-                                {"y", handle.tip.y - 2.5},
-                                {"width", 5.0},
-                                {"height", 5.0}});
-        m_svg.close();
     }
 
     Svg& m_svg;

@@ -9,24 +9,6 @@ inline namespace v19 {
 
 namespace Private {
 
-namespace {
-
-// Deliberate: not the functions of the C library, whose answers depend on the locale.
-constexpr bool IsSpace(char c) noexcept {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-constexpr bool IsDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
-constexpr bool IsNameStart(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-constexpr bool IsNamePart(char c) noexcept {
-    return IsNameStart(c) || IsDigit(c);
-}
-
-} // namespace
-
 Token FormulaTokenizer::take(TokenKind kind, std::size_t length) noexcept {
     const std::size_t begin = m_position;
     m_position += length;

@@ -8,6 +8,20 @@ inline namespace v19 {
 
 namespace Private {
 
+// Deliberate: not the functions of the C library, whose answers depend on the locale.
+constexpr bool IsSpace(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+constexpr bool IsDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+constexpr bool IsNameStart(char c) noexcept {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+constexpr bool IsNamePart(char c) noexcept {
+    return IsNameStart(c) || IsDigit(c);
+}
+
 enum class TokenKind {
     End,
     Error,

@@ -3,6 +3,7 @@
 #include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/UnknownExpression.h"
 #include "interp/DefaultParser.h"
+#include "interp/FormulaTokenizer.h"
 #include "interp/Kinds.h"
 
 #include <atomic>
@@ -19,15 +20,9 @@ namespace {
 
 // --- the texts that need no parser -----------------------------------------------------------------------------------
 
-constexpr bool IsSpace(char c) noexcept {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-constexpr bool IsDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
-constexpr bool IsNameStart(char c) noexcept {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
+using Private::IsDigit;
+using Private::IsNameStart;
+using Private::IsSpace;
 
 // Reads a text from start to end, over white space.
 class Scanner {

@@ -147,11 +147,92 @@ TEST_F(EditorTest, APreviewChangesNothingAndTellsWhatApplyingDoes) {
     }
 }
 
+// Between two keys: near enough at each sample, and not a bit of the rest is another.
+TEST_F(EditorTest, FitKeepsToItsStretchAndItsTolerance) {
+    call("selectKey", {{"curve", 0}, {"key", 2}});
+    call("selectKey", {{"curve", 0}, {"key", 8}, {"mode", "add"}});
+    const double start = row(2)["x"];
+    const double end = row(8)["x"];
+    const auto values = [&] {
+        std::vector<double> all;
+        for (int i = -200; i <= 1000; ++i) all.push_back(session.valuesAt(i / 10.0)[0]);
+        return all;
+    };
+    const std::vector<double> before = values();
+    const Json arguments = {{"tool", "fit"}, {"step", 1}, {"tolerance", 0.05}, {"weighted", true}};
+    ASSERT_FALSE(call("apply", arguments).contains("error"));
+    const std::vector<double> after = values();
+    int inside = 0;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const double x = (static_cast<double>(i) - 200.0) / 10.0;
+        const bool isSample = x == std::floor(x);
+        const bool isOutside = x < start || x >= end;
+        const double room = isOutside ? 0.0 : isSample ? 0.05 * (1 + 1e-9) : 1.0;
+        EXPECT_NEAR(after[i], before[i], room) << x;
+        inside += isSample && after[i] != before[i] ? 1 : 0;
+    }
+    EXPECT_GT(inside, 5);
+    call("undo");
+    EXPECT_EQ(values(), before);
+
+    call("selectKey", {{"curve", 0}, {"key", 4}});
+    call("keyFlag", {{"flag", "locked"}});
+    for (const char* tool : {"fit", "bake", "smooth"})
+        EXPECT_TRUE(call("preview", {{"tool", tool}}).contains("error")) << tool;
+    EXPECT_FALSE(call("preview", {{"tool", "reduce"}}).contains("error"));
+}
+
+TEST_F(EditorTest, HandlesAndSegmentsAreReachedFromTheirKeys) {
+    const auto selected = [&](const char* what) { return int{call("state")[what]}; };
+    call("selectKey", {{"curve", 0}, {"key", 2}});
+    call("selectHandles");
+    EXPECT_EQ(selected("selectedHandles"), 1);
+    const Json before = call("properties")["tangents"];
+    call("stepKey", {{"by", 1}});
+    call("stepKey", {{"by", -1}});
+    EXPECT_EQ(call("properties")["tangents"], before);
+    const double y = row(2)["y"];
+    call("nudge", {{"x", 0}, {"y", 1}});
+    EXPECT_NE(call("properties")["tangents"]["angle"], before["angle"]);
+    EXPECT_EQ(row(2)["in"], int{editor::Tangent::Fixed});
+    EXPECT_EQ(double{row(2)["y"]}, y);
+    call("selectHandles");
+    EXPECT_EQ(selected("selectedHandles"), 1);
+    call("selectHandles");
+    EXPECT_EQ(selected("selectedKeys"), 1);
+    call("selectSegments");
+    EXPECT_EQ(selected("selectedSegments"), 1);
+    call("stepKey", {{"by", 1}, {"add", true}});
+    EXPECT_EQ(selected("selectedSegments"), 2);
+    call("interpolator", {{"text", "linear"}});
+    EXPECT_EQ(row(2)["kind"], "linear()");
+    EXPECT_EQ(row(3)["kind"], "linear()");
+    call("selectSegments");
+    EXPECT_EQ(selected("selectedKeys"), 2);
+    call("selectKey", {{"curve", 0}, {"key", 2}});
+    EXPECT_FALSE(call("selectHandles").contains("error")); // the in handle; the segment after it has none now
+    EXPECT_FALSE(call("selectHandles").contains("error"));
+    EXPECT_EQ(selected("selectedKeys"), 1);
+}
+
+TEST_F(EditorTest, TheKeyboardScalesAboutTheCursor) {
+    call("selectKey", {{"curve", 0}, {"key", 2}});
+    call("selectKey", {{"curve", 0}, {"key", 3}, {"mode", "add"}});
+    const double pivot = row(1)["x"];
+    const double near = double{row(2)["x"]} - pivot;
+    const double far = double{row(3)["x"]} - pivot;
+    call("stretch", {{"x", 1}, {"y", 0}, {"frame", pivot}});
+    EXPECT_NEAR(double{row(3)["x"]}, pivot + far + 1, 1e-9);
+    EXPECT_NEAR(double{row(2)["x"]}, pivot + near * (far + 1) / far, 1e-9);
+    call("selectKey", {{"curve", 0}, {"key", 2}});
+    EXPECT_TRUE(call("stretch", {{"x", 1}, {"y", 0}, {"frame", row(2)["x"]}}).contains("error"));
+}
+
 TEST_F(EditorTest, SaysWhereAFormulaIsWrong) {
     const Json error = call("checkFormula", {{"text", "\xC3\xA4 + 1"}});
     EXPECT_EQ(error["position"], 0);
     EXPECT_EQ(call("checkFormula", {{"text", "sin(x) + * 2"}})["position"], 9);
-    for (const char* good : {"sin(x)", "bezier()", "3.5", "cycle()"})
+    for (const char* good : {"sin(x)", "bezier()", "bezier", "3.5", "cycle()"})
         EXPECT_TRUE(call("checkFormula", {{"text", good}}).empty()) << good;
 }
 
@@ -171,8 +252,10 @@ TEST_F(EditorTest, RefusesWrongCallsAndBrokenFilesWithoutLosingAnything) {
                           {{"tool", "bake"}, {"step", 1e-9}},
                           {{"what", "handle"}, {"x", 1e9}, {"y", 1e9}}};
     for (const char* command :
-         {"setCurve", "removeCurve", "moveCurve", "rows", "setRow", "setProperty", "nudge", "scale", "addKey", "dragTo",
-          "dragBegin", "marquee", "pick", "selectKey", "stepKey", "axis", "paste", "preview", "no such command"})
+         {"setCurve", "removeCurve", "moveCurve", "rows",           "setRow",         "setProperty",
+          "nudge",    "scale",       "addKey",    "dragTo",         "dragBegin",      "marquee",
+          "pick",     "selectKey",   "stepKey",   "selectHandles",  "selectSegments", "stretch",
+          "axis",     "paste",       "preview",   "no such command"})
         for (const Json& arguments : wrong) EXPECT_NO_THROW(call(command, arguments)) << command << arguments;
     EXPECT_TRUE(Json::parse(session.call("nudge", "{not json")).contains("error"));
     while (call("undo")["done"] == true) {

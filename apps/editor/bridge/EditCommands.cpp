@@ -34,21 +34,35 @@ constexpr std::pair<const char*, Tangent::Type> kTypes[] = {{"fixed", Tangent::F
                                                             {"plateau", Tangent::Plateau},
                                                             {"continued", Tangent::SmoothContinued}};
 
-std::uint8_t typeOf(const std::string& name) {
+bool isKind(const std::string& text) {
+    return std::any_of(InterpolatorFactory::begin(), InterpolatorFactory::end(),
+                       [&](const auto& kind) { return kind.first == text; });
+}
+
+} // namespace
+
+std::uint8_t TangentTypeOf(const std::string& name) {
     for (const auto& [text, type] : kTypes)
         if (name == text) return type;
     throw Refusal("There is no tangent type \"" + name + "\".");
 }
 
-// An interpolator that nobody understands is refused: the page says why, and the old one stays.
-std::shared_ptr<Interpolator> interpolatorOf(const std::string& text) {
-    auto interpolator = InterpolatorFactory::create(text.c_str());
+std::shared_ptr<Interpolator> InterpolatorOf(const std::string& text) {
+    const std::string kind = isKind(text + "()") ? text + "()" : text;
+    auto interpolator = InterpolatorFactory::create(kind.c_str());
     if (std::dynamic_pointer_cast<UnknownExpression>(interpolator))
         throw Refusal("\"" + text + "\" is not a valid formula.");
     return interpolator;
 }
 
-} // namespace
+void SetTangentType(Tangent& tangent, std::uint8_t type) {
+    const auto segment = tangent.getOwningSegment();
+    if (!segment) return;
+    const auto present = segment->getInterpolator();
+    if (segment->getLeftKey() && segment->getRightKey() && (!present || !present->usesTangents()))
+        segment->setInterpolator(InterpolatorFactory::create("bezier()"));
+    tangent.setType(type);
+}
 
 // {"what": "keys" | "scale" | "handle", "x", "y", "curve", "others", "frameStep", "valueStep"}: x and y are the pixels
 // where it was grabbed, the curve is the one to whose scale they belong. Scaling leaves the corner of the selection
@@ -149,16 +163,27 @@ Json Session::dragCancel(const Json&) {
 }
 
 // {"x", "y", "others"}: by the keyboard, in frames and in what the view shows of values; strokes that follow each other
-// are one step.
+// are one step. The selected keys; without any the tips of the selected handles.
 Json Session::nudge(const Json& arguments) {
     KeyGroup keys(editableKeys());
-    if (keys.empty()) throw Refusal("No key is selected.");
+    const auto handles = editableHandles();
+    if (keys.empty() && handles.empty()) throw Refusal("No key and no handle is selected.");
+    const Vector2D<double> by(GetNumber(arguments, "x"), GetNumber(arguments, "y") * valueUnit());
+    if (keys.empty()) {
+        EditGroup group(m_selection, "Nudge handles", EditGroup::Merge);
+        for (const auto& handle : handles) {
+            if (handle->getType() != Tangent::Fixed) handle->setType(Tangent::Fixed);
+            const double scale = GetTangentScale(*handle->getOwningCurve());
+            const double factor = scale > 0.0 ? 1.0 / scale : 1.0;
+            handle->set(handle->getX() + by.x * factor, handle->getY() + by.y * factor);
+        }
+        group.end();
+        return Json::object();
+    }
     MoveOptions options;
     options.others = othersOf(Get(arguments, "others", std::string("stop")));
     EditGroup group(m_selection, "Nudge keys", EditGroup::Merge);
-    const CurveView view = viewOf(*activeCurve(), m_view);
-    const double unit = (view.top - view.bottom) / (m_view.top - m_view.bottom);
-    MoveKeys(keys, {GetNumber(arguments, "x"), GetNumber(arguments, "y") * unit}, options);
+    MoveKeys(keys, by, options);
     group.end();
     return Json::object();
 }
@@ -178,7 +203,36 @@ Json Session::scale(const Json& arguments) {
     return Json::object();
 }
 
-// {"curve", "frame", "y"}: at the height of a pixel; keeps the shape where none is given.
+// {"x", "y", "frame", "others"}: by the keyboard, about the cursor, that is this frame and the active curve's value
+// there: the key farthest from it comes farther by so many frames and so much of value, the others in proportion.
+Json Session::stretch(const Json& arguments) {
+    const auto keys = editableKeys();
+    if (keys.empty()) throw Refusal("No key is selected.");
+    const double frame = GetNumber(arguments, "frame");
+    const Vector2D<double> pivot(frame, activeCurve()->eval(frame));
+    Vector2D<double> reach(0.0, 0.0);
+    for (const auto& key : keys) {
+        reach.x = std::max(reach.x, std::fabs(key->getX() - pivot.x));
+        reach.y = std::max(reach.y, std::fabs(key->getY() - pivot.y));
+    }
+    const auto factor = [](double length, double by) {
+        if (by == 0.0) return 1.0;
+        if (!(length > 1e-9)) throw Refusal("The cursor stands where the selected keys are: move it to scale them.");
+        return std::max(1e-3, (length + by) / length);
+    };
+    const Vector2D<double> by(factor(reach.x, GetNumber(arguments, "x")),
+                              factor(reach.y, GetNumber(arguments, "y") * valueUnit()));
+    MoveOptions options;
+    options.others = othersOf(Get(arguments, "others", std::string("stop")));
+    KeyGroup group(keys);
+    EditGroup edit(m_selection, "Scale keys", EditGroup::Merge);
+    ScaleKeys(group, pivot, by, options);
+    edit.end();
+    return Json::object();
+}
+
+// {"curve", "frame", "y", "valueStep"}: at the height of a pixel, on the grid of that step if there is one; keeps the
+// shape where none is given.
 Json Session::addKey(const Json& arguments) {
     FCurve* curve = arguments.contains("curve") ? &curveAt(arguments) : activeCurve();
     if (!curve) throw Refusal("There is no curve to add a key to.");
@@ -187,7 +241,9 @@ Json Session::addKey(const Json& arguments) {
     EditGroup group(m_selection, "Add key");
     std::shared_ptr<Keyframe> key;
     if (arguments.contains("y")) {
-        key = SetKey(*curve, frame, viewOf(*curve, m_view).toValue(GetNumber(arguments, "y"))).key;
+        const double value = viewOf(*curve, m_view).toValue(GetNumber(arguments, "y"));
+        const double step = Get(arguments, "valueStep", 0.0);
+        key = SetKey(*curve, frame, step > 0.0 ? std::round(value / step) * step : value).key;
     } else {
         const auto position = InsertBezierKeyframe(*curve, frame);
         if (position != curve->end()) key = position->getLeftKey();
@@ -216,13 +272,12 @@ Json Session::removeKeys(const Json& arguments) {
     return {{"keys", keys.size()}};
 }
 
-// {"type", "side": "in" | "out" | "both"}: of the selected keys, and the selected handles. A segment whose kind has no
-// tangents becomes bezier() first, as otherwise nothing would be seen.
+// {"type", "side": "in" | "out" | "both"}: of the selected keys, and the selected handles.
 Json Session::tangentType(const Json& arguments) {
     const std::string name = Get(arguments, "type", std::string());
     const std::string side = Get(arguments, "side", std::string("both"));
     const bool isStepped = name == "stepped";
-    const std::uint8_t type = isStepped ? std::uint8_t{Tangent::Fixed} : typeOf(name);
+    const std::uint8_t type = isStepped ? std::uint8_t{Tangent::Fixed} : TangentTypeOf(name);
     std::vector<std::shared_ptr<Tangent>> tangents;
     for (const HitRecord& part : selected()) {
         if (const auto key = part.getKeyframe()) {
@@ -238,16 +293,10 @@ Json Session::tangentType(const Json& arguments) {
     EditGroup group(m_selection, "Set tangents");
     for (const auto& tangent : tangents) {
         const auto segment = tangent->getOwningSegment();
-        if (!segment) continue;
-        const auto present = segment->getInterpolator();
-        const bool isInside = segment->getLeftKey() && segment->getRightKey();
-        if (isStepped) {
-            if (!tangent->isInTangent()) segment->setInterpolator(InterpolatorFactory::create("constant()"));
-            continue;
-        }
-        if (isInside && (!present || !present->usesTangents()))
-            segment->setInterpolator(InterpolatorFactory::create("bezier()"));
-        tangent->setType(type);
+        if (!isStepped)
+            SetTangentType(*tangent, type);
+        else if (segment && !tangent->isInTangent())
+            segment->setInterpolator(InterpolatorFactory::create("constant()"));
     }
     group.end();
     return {{"handles", tangents.size()}};
@@ -314,7 +363,7 @@ Json Session::keyFlag(const Json& arguments) {
 Json Session::interpolator(const Json& arguments) {
     const std::string where = Get(arguments, "where", std::string("segments"));
     const std::string text = Get(arguments, "text", std::string());
-    const auto chosen = interpolatorOf(text);
+    const auto chosen = InterpolatorOf(text);
     std::vector<std::shared_ptr<Segment>> segments;
     if (where == "segments") {
         for (const HitRecord& part : selected()) {
@@ -342,8 +391,7 @@ Json Session::interpolator(const Json& arguments) {
 // {"text"}: {} where it can be used, else {"message", "position"}, in characters of UTF-16 as the page counts them.
 Json Session::checkFormula(const Json& arguments) {
     const std::string text = Get(arguments, "text", std::string());
-    for (auto it = InterpolatorFactory::begin(); it != InterpolatorFactory::end(); ++it)
-        if (it->first == text) return Json::object();
+    if (isKind(text) || isKind(text + "()")) return Json::object();
     try {
         DefaultFallbackParser().parseOrThrow(text.c_str());
         return Json::object();

@@ -143,16 +143,24 @@ Json Session::open(const Json& arguments) {
     forgetScales();
     if (mode == "restore") m_undo.clear();
     if (mode == "replace") m_undo.setClean();
-    return {{"format", format}, {"curves", loaded->size()}, {"report", toJson(report)}};
+    const char* const rate = m_curves->getProperty("frame_rate");
+    return {{"format", format},
+            {"curves", loaded->size()},
+            {"report", toJson(report)},
+            {"frameRate", rate ? ToUtf8(rate) : std::string()}};
 }
 
-// {"format"}: makes the bytes that output() gives, and tells what the format loses.
+// {"format", "frameRate", "tolerance"}: makes the bytes that output() gives, and tells what the format loses. The
+// options as Interchange::ConversionOptions; what is no number above 0 is left to the document and the format.
 Json Session::save(const Json& arguments) {
     const std::string format = Get(arguments, "format", std::string());
+    Interchange::ConversionOptions options;
+    if (const double rate = Get(arguments, "frameRate", 0.0); rate > 0.0) options.frameRate = rate;
+    if (const double tolerance = Get(arguments, "tolerance", 0.0); tolerance > 0.0) options.tolerance = tolerance;
     MemoryStream bytes;
     Interchange::ConversionReport report;
     try {
-        const Interchange::Conversion conversion(report);
+        const Interchange::Conversion conversion(report, options);
         if (format == OldFormat::GetFormatType().getFormatName())
             writeOldText(*m_curves, bytes, report);
         else

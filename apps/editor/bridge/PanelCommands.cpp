@@ -218,16 +218,32 @@ Json Session::rows(const Json& arguments) {
     return {{"size", size}, {"first", first}, {"rows", rows}};
 }
 
-// {"curve", "key", "field": "x" | "y", "value"}
+// {"curve", "key", "field", "value"}: "x" and "y" of the key; "in" and "out", a type of its tangents; "kind", the
+// interpolator of the segment that starts there.
 Json Session::setRow(const Json& arguments) {
     FCurve& curve = curveAt(arguments);
     const auto key = GetIndexedKeyframe(curve, static_cast<int>(GetNumber(arguments, "key")));
     if (!key) throw Refusal("There is no such key.");
     if (!IsEditableKey(*key)) throw Refusal("The key is locked.");
-    const bool isX = Get(arguments, "field", std::string("y")) == "x";
+    const std::string field = Get(arguments, "field", std::string("y"));
+    if (field == "in" || field == "out") {
+        const std::uint8_t type = TangentTypeOf(Get(arguments, "value", std::string()));
+        EditGroup group(m_selection, "Set tangents");
+        SetTangentType(field == "in" ? *key->getInTangent() : *key->getOutTangent(), type);
+        group.end();
+        return Json::object();
+    }
+    if (field == "kind") {
+        const auto interpolator = InterpolatorOf(Get(arguments, "value", std::string()));
+        EditGroup group(m_selection, "Set interpolator");
+        key->getRightSegment()->setInterpolator(interpolator);
+        group.end();
+        return Json::object();
+    }
+    if (field != "x" && field != "y") throw Refusal("There is no field \"" + field + "\".");
     const double value = GetNumber(arguments, "value");
-    EditGroup group(m_selection, isX ? "Set frame" : "Set value");
-    if (isX)
+    EditGroup group(m_selection, field == "x" ? "Set frame" : "Set value");
+    if (field == "x")
         key->setX(value);
     else
         key->setY(value);

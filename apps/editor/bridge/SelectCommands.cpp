@@ -2,10 +2,12 @@
 
 #include <FCurveLib/DisplayProperties.h>
 #include <FCurveLib/IndexLookup.h>
+#include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Picking.h>
 #include <FCurveLib/Rectangle.h>
 #include <FCurveLib/Segment.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -179,25 +181,115 @@ Json Session::selectKey(const Json& arguments) {
     return Json::object();
 }
 
-// {"by": 1 | -1}: from the selected key of the active curve to the next one; from none to the first or the last.
+// {"by": 1 | -1, "frame", "add"}: from the selected key, handle or segment of the active curve to the next one of its
+// kind; from nothing to the key at that frame or, that way, next to it. "add" keeps what is selected.
 Json Session::stepKey(const Json& arguments) {
-    const int by = static_cast<int>(GetNumber(arguments, "by"));
-    FCurve* curve = activeCurve();
-    int index = by > 0 ? -1 : curve ? static_cast<int>(curve->size()) - 1 : 0;
-    for (const auto& key : selectedKeys()) {
-        if (const auto owner = key->getOwningCurve(); owner.get() == curve) {
+    const int by = GetNumber(arguments, "by") > 0.0 ? 1 : -1;
+    FCurve* const curve = activeCurve();
+    if (!curve || curve->size() < 2) return nullptr;
+    // Keys and segments have numbers of their own, tangents two for each key.
+    int index = -1;
+    HitRecord::Type type = HitRecord::NONE;
+    for (const HitRecord& part : selected()) {
+        if (part.getCurve().get() != curve || part.getType() == HitRecord::CURVE) continue;
+        if (by < 0 && type != HitRecord::NONE) break;
+        type = part.getType();
+        if (const auto key = part.getKeyframe())
             index = GetKeyframeIndex(*curve, *key);
-            if (by < 0) break;
-        }
+        else if (const auto tangent = part.getTangent())
+            index = GetTangentIndex(*curve, *tangent);
+        else
+            index = GetSegmentIndex(*curve, *part.getSegment());
     }
-    const int next = index + by;
-    if (!curve || next < 0 || next >= static_cast<int>(curve->size()) - 1) return nullptr;
-    const auto key = GetIndexedKeyframe(*curve, next);
+    HitRecord next;
+    int number = 0;
+    if (type == HitRecord::NONE) {
+        const double frame = GetNumber(arguments, "frame");
+        const auto cut = curve->findSegment(frame);
+        const bool isThere = cut->getLeftKey() && cut->getLeftKey()->getX() == frame;
+        number = GetSegmentIndex(*curve, *cut) - (by > 0 && !isThere ? 0 : 1);
+        number = std::clamp(number, 0, static_cast<int>(curve->size()) - 2);
+        next = HitRecord(GetIndexedKeyframe(*curve, number));
+    } else if (type == HitRecord::KEYFRAME) {
+        number = index + by;
+        next = HitRecord(GetIndexedKeyframe(*curve, number));
+    } else if (type == HitRecord::SEGMENT) {
+        number = index + by;
+        next = HitRecord(GetIndexedSegment(*curve, number));
+    } else {
+        number = (index + 2 * by) / 2;
+        next = HitRecord(GetIndexedTangent(*curve, index + 2 * by), true);
+    }
+    if (!next.getAddress()) return nullptr;
+    EditGroup group(m_selection, "Select", EditGroup::Merge);
+    if (!Get(arguments, "add", false)) clearSelection();
+    m_selection.select(next);
+    group.end();
+    // Where the view has to be: the key, or an end of the segment.
+    auto key = next.getKeyframe();
+    if (const auto tangent = next.getTangent()) key = tangent->getOwningKeyframe();
+    if (const auto segment = next.getSegment())
+        key = segment->getLeftKey() ? segment->getLeftKey() : segment->getRightKey();
+    if (!key) return nullptr;
+    return {{"x", key->getX()}, {"y", key->getY()}, {"key", number}, {"curve", indexOf(*curve)}};
+}
+
+// From the selected keys to their in handles, from there to the out handles, and back to the keys; handles that are not
+// shown are left out.
+Json Session::selectHandles(const Json&) {
+    std::vector<std::shared_ptr<Keyframe>> keys;
+    bool hasIn = false;
+    bool hasOut = false;
+    for (const HitRecord& part : selected()) {
+        auto key = part.getKeyframe();
+        if (const auto tangent = part.getTangent()) {
+            (tangent->isInTangent() ? hasIn : hasOut) = true;
+            key = tangent->getOwningKeyframe();
+        }
+        if (key) keys.push_back(key);
+    }
+    if (keys.empty()) throw Refusal("Select keys first.");
+    const auto handlesOf = [&](bool in) {
+        std::vector<HitRecord> handles;
+        for (const auto& key : keys) {
+            const auto segment = in ? key->getLeftSegment() : key->getRightSegment();
+            const auto interpolator = segment ? segment->getInterpolator() : nullptr;
+            if (interpolator && interpolator->usesTangents())
+                handles.emplace_back(in ? key->getInTangent() : key->getOutTangent(), true);
+        }
+        return handles;
+    };
+    std::vector<HitRecord> chosen;
+    if (!hasIn && !hasOut) chosen = handlesOf(true);
+    if (chosen.empty() && !hasOut) chosen = handlesOf(false);
+    if (chosen.empty() && !hasIn && !hasOut) throw Refusal("The segments beside the selected keys have no handles.");
+    if (chosen.empty()) chosen.assign(keys.begin(), keys.end());
     EditGroup group(m_selection, "Select", EditGroup::Merge);
     clearSelection();
-    m_selection.select(*key);
+    for (const HitRecord& part : chosen) m_selection.select(part);
     group.end();
-    return {{"x", key->getX()}, {"y", key->getY()}, {"key", next}, {"curve", indexOf(*curve)}};
+    return {{"parts", chosen.size()}};
+}
+
+// From the selected keys to the segments that start there, and back.
+Json Session::selectSegments(const Json&) {
+    std::vector<HitRecord> chosen;
+    for (const HitRecord& part : selected()) {
+        auto key = part.getKeyframe();
+        if (const auto tangent = part.getTangent()) key = tangent->getOwningKeyframe();
+        if (const auto segment = part.getSegment()) {
+            if (const auto end = segment->getLeftKey() ? segment->getLeftKey() : segment->getRightKey())
+                chosen.emplace_back(end);
+        } else if (key) {
+            if (const auto next = key->getRightSegment()) chosen.emplace_back(next);
+        }
+    }
+    if (chosen.empty()) throw Refusal("Select keys first.");
+    EditGroup group(m_selection, "Select", EditGroup::Merge);
+    clearSelection();
+    for (const HitRecord& part : chosen) m_selection.select(part);
+    group.end();
+    return {{"parts", chosen.size()}};
 }
 
 } // namespace editor

@@ -79,12 +79,15 @@ const std::unordered_map<std::string, Session::Command>& Session::commands() {
         {"selectCurve", &Session::selectCurve},
         {"selectKey", &Session::selectKey},
         {"stepKey", &Session::stepKey},
+        {"selectHandles", &Session::selectHandles},
+        {"selectSegments", &Session::selectSegments},
         {"dragBegin", &Session::dragBegin},
         {"dragTo", &Session::dragTo},
         {"dragEnd", &Session::dragEnd},
         {"dragCancel", &Session::dragCancel},
         {"nudge", &Session::nudge},
         {"scale", &Session::scale},
+        {"stretch", &Session::stretch},
         {"addKey", &Session::addKey},
         {"removeKeys", &Session::removeKeys},
         {"tangentType", &Session::tangentType},
@@ -201,6 +204,14 @@ CurveView Session::viewOf(const FCurve& curve, const CurveView& view) const {
     return own;
 }
 
+// What 1 on the axis is in the active curve's values.
+double Session::valueUnit() const {
+    const FCurve* const active = activeCurve();
+    if (!active) return 1.0;
+    const CurveView view = viewOf(*active, m_view);
+    return (view.top - view.bottom) / (m_view.top - m_view.bottom);
+}
+
 CurveOverview& Session::overviewOf(const FCurve& curve) {
     auto& overview = m_overviews[&curve];
     if (!overview) overview = std::make_unique<CurveOverview>(curve.getShared());
@@ -236,6 +247,16 @@ std::vector<std::shared_ptr<Keyframe>> Session::editableKeys() {
     return keys;
 }
 
+std::vector<std::shared_ptr<Tangent>> Session::editableHandles() {
+    std::vector<std::shared_ptr<Tangent>> handles;
+    for (const HitRecord& part : selected()) {
+        const auto tangent = part.getTangent();
+        const auto key = tangent ? tangent->getOwningKeyframe() : nullptr;
+        if (key && IsEditableKey(*key)) handles.push_back(tangent);
+    }
+    return handles;
+}
+
 // Whatever a tool should work on: the curves of which something is selected, else the active one.
 std::vector<std::shared_ptr<FCurve>> Session::targetCurves() {
     std::vector<std::shared_ptr<FCurve>> curves;
@@ -259,7 +280,8 @@ const std::vector<double>& Session::draw(const CurveView& view, ViewPolyline::Qu
     if (!view.isValid()) return m_numbers;
     int index = 0;
     for (const FCurve& curve : *m_curves) {
-        if (IsVisible(curve)) drawCurve(curve, index, false, view, quantity);
+        const bool isShown = quantity == ViewPolyline::Value ? IsVisible(curve) : hasVelocity(curve);
+        if (isShown) drawCurve(curve, index, false, view, quantity);
         ++index;
     }
     for (const auto& [number, curve] : m_preview) drawCurve(*curve, number, true, view, quantity);
@@ -439,13 +461,19 @@ Json Session::axis(const Json& arguments) {
     return {{"marks", marks}, {"exponent", ticks.exponent}};
 }
 
+// The curves that are marked for it and visible; without any mark all that are visible.
+bool Session::hasVelocity(const FCurve& curve) const {
+    if (!IsVisible(curve)) return false;
+    return IsVelocityVisible(curve) || std::none_of(m_curves->begin(), m_curves->end(), &IsVelocityVisible);
+}
+
 // Of the curves that show their velocity, in the frames of the view. Without the steepest fiftieth, so that a jump does
 // not flatten the rest.
 Json Session::velocityRange(const Json&) {
     constexpr int kLooks = 500;
     std::vector<double> slopes = {0.0};
     for (const FCurve& curve : *m_curves) {
-        if (!IsVisible(curve) || curve.size() < 2) continue;
+        if (curve.size() < 2 || !hasVelocity(curve)) continue;
         for (int i = 0; i <= kLooks; ++i) {
             const double slope = GetFirstDerivative(curve, m_view.left + (m_view.right - m_view.left) * i / kLooks);
             if (std::isfinite(slope)) slopes.push_back(slope);

@@ -111,10 +111,12 @@ private:
     FCurve* activeCurve() const;
     CurveView viewOf(const FCurve& curve, const CurveView& view) const;
     CurveOverview& overviewOf(const FCurve& curve);
+    double valueUnit() const;
     void forgetScales() { m_scales.clear(); }
     const std::vector<HitRecord>& selected();
     std::vector<std::shared_ptr<Keyframe>> selectedKeys();
     std::vector<std::shared_ptr<Keyframe>> editableKeys();
+    std::vector<std::shared_ptr<Tangent>> editableHandles();
     std::vector<std::shared_ptr<FCurve>> targetCurves();
     void clearSelection();
     void drawCurve(const FCurve& curve, int index, bool isPreview, const CurveView& view,
@@ -126,6 +128,7 @@ private:
     Json frame(const Json&);
     Json axis(const Json&);
     Json velocityRange(const Json&);
+    bool hasVelocity(const FCurve& curve) const;
     /// @}
 
     /// \name SelectCommands.cpp
@@ -138,6 +141,8 @@ private:
     Json selectCurve(const Json&);
     Json selectKey(const Json&);
     Json stepKey(const Json&);
+    Json selectHandles(const Json&);
+    Json selectSegments(const Json&);
     /// @}
 
     /// \name EditCommands.cpp
@@ -148,6 +153,7 @@ private:
     Json dragCancel(const Json&);
     Json nudge(const Json&);
     Json scale(const Json&);
+    Json stretch(const Json&);
     Json addKey(const Json&);
     Json removeKeys(const Json&);
     Json tangentType(const Json&);
@@ -214,6 +220,13 @@ private:
 /// Whether an edit may touch the key: neither it nor its curve is locked.
 bool IsEditableKey(const Keyframe& key);
 bool IsLockedKey(const Keyframe& key);
+/// What people call it; "linear" stands for "linear()". Throws Refusal for what nobody understands, so that the old one
+/// stays.
+std::shared_ptr<Interpolator> InterpolatorOf(const std::string& text);
+/// Throws Refusal for other names.
+std::uint8_t TangentTypeOf(const std::string& name);
+/// A segment between keys whose kind has no tangents becomes bezier(), as otherwise nothing would be seen.
+void SetTangentType(Tangent& tangent, std::uint8_t type);
 /// The argument, or the fallback where it is absent. Throws Json's exceptions for another type.
 template<class T>
 T Get(const Json& arguments, const char* name, T fallback) {

@@ -4,6 +4,7 @@
 #include <FCurveLib/Diff.h>
 #include <FCurveLib/DisplayProperties.h>
 #include <FCurveLib/Fitting.h>
+#include <FCurveLib/Interpolator.h>
 #include <FCurveLib/Keys.h>
 #include <FCurveLib/Sampling.h>
 #include <FCurveLib/Segment.h>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace editor {
 
@@ -40,13 +42,43 @@ Stretch stretchOf(const FCurve& curve, const Selection& selection) {
     return stretch;
 }
 
+// What is locked does not give way to samples; ReduceCurve spares it by itself.
+void checkLocks(const FCurve& curve, const Stretch& stretch) {
+    for (const auto key : Keys(curve))
+        if (key.getX() >= stretch.start && key.getX() <= stretch.end && IsLockedKey(key.getKeyframe()))
+            throw Refusal("A key of " + ToUtf8(curve.getName()) + " in the range is locked.");
+}
+
+// Through samples, so that what comes out need not keep any of the keys between the ends. Keys first go where those of
+// the fitted curve are, which leaves everything outside the stretch as it was; then they take its shape.
+void fit(FCurve& curve, const Stretch& stretch, double step, double tolerance, const FitOptions& options) {
+    std::vector<Vector2D<double>> samples;
+    SampleCurve(curve, stretch.start, stretch.end, step, samples);
+    if (stretch.end - samples.back().x <= Keyframe::getMinSeparation()) samples.pop_back();
+    samples.emplace_back(stretch.end, curve.eval(stretch.end));
+    const FitResult fitted = FitCurve(samples, tolerance, options);
+    samples.clear();
+    for (const auto key : Keys(*fitted.curve)) samples.emplace_back(key.getX(), key.getY());
+    if (samples.size() < 2) throw Refusal("The curve has no values to fit.");
+    BakeSamples(curve, samples);
+    auto segment = curve.findSegment(samples.front().x);
+    for (auto from = std::next(fitted.curve->begin()); from->getRightKey(); ++from, ++segment) {
+        segment->setInterpolator(from->getInterpolator());
+        *segment->getOutTangent() = *from->getOutTangent();
+        *segment->getInTangent() = *from->getInTangent();
+        // The handles outside stay as they are, whatever becomes of those inside.
+        Keyframe& key = *segment->getLeftKey();
+        key.setTangentsUnified(key.getX() != samples.front().x && from->getLeftKey()->isTangentsUnified());
+    }
+    segment->getLeftKey()->setTangentsUnified(false);
+}
+
 double stepOf(const Json& arguments) {
     const double step = Get(arguments, "step", 1.0);
     if (!(step >= 0.01 && step <= 1e6)) throw Refusal("The step must be 0.01 frames or more.");
     return step;
 }
 
-// What the tool says of its own error; none where it does not.
 void run(FCurve& curve, const Stretch& stretch, const Json& arguments) {
     const std::string tool = Get(arguments, "tool", std::string());
     if (!(stretch.start < stretch.end)) throw Refusal("A curve needs two keys for this.");
@@ -56,6 +88,7 @@ void run(FCurve& curve, const Stretch& stretch, const Json& arguments) {
     if (tool == "bake" || tool == "smooth" || tool == "fit") {
         const double samples = (stretch.end - stretch.start) / stepOf(arguments);
         if (samples > 1e6) throw Refusal("That would make more than a million keys.");
+        checkLocks(curve, stretch);
     }
     if (tool == "bake") {
         BakeCurve(curve, stretch.start, stretch.end, stepOf(arguments));
@@ -65,9 +98,7 @@ void run(FCurve& curve, const Stretch& stretch, const Json& arguments) {
         const auto filter = static_cast<SmoothFilter>(Get(arguments, "filter", 2U));
         SmoothCurve(curve, stretch.start, stretch.end, stepOf(arguments), width, filter);
     } else if (tool == "fit") {
-        // Through samples and not through the keys: what comes out need not keep any of them.
-        BakeCurve(curve, stretch.start, stretch.end, stepOf(arguments));
-        ReduceCurve(curve, stretch.start, stretch.end, tolerance, options);
+        fit(curve, stretch, stepOf(arguments), tolerance, options);
     } else if (tool == "reduce") {
         ReduceCurve(curve, stretch.start, stretch.end, tolerance, options);
     } else {

@@ -4,6 +4,9 @@ import { type Arguments, type Bridge, type State, Refusal, type View } from "./b
 
 export interface Settings {
     snap: boolean;
+    snapValues: boolean;
+    /** 0: a tenth of what the axis is labelled with. */
+    valueStep: number;
     velocity: boolean;
     others: "stop" | "cross" | "ripple";
     scaling: boolean;
@@ -14,7 +17,7 @@ type Listener = () => void;
 
 export class App {
     readonly view: View = { left: -5, right: 105, bottom: -1.2, top: 1.2, width: 100, height: 100 };
-    readonly settings: Settings = { snap: true, velocity: false, others: "stop", scaling: false, fps: 24 };
+    readonly settings: Settings = { snap: true, snapValues: false, valueStep: 0, velocity: false, others: "stop", scaling: false, fps: 24 };
     state: State;
     frame = 0;
     playing = false;
@@ -131,6 +134,22 @@ export class App {
         view.top += values;
         view.bottom += values;
         this.redraw();
+    }
+
+    /** A step of values for the keyboard and for snapping: a tenth of the finest label of the axis. */
+    get fineStep(): number {
+        return 10 ** Math.floor(Math.log10((this.view.top - this.view.bottom) / 10)) / 10;
+    }
+
+    /** To what the values of a curve are snapped, in its own unit; 0 where they are not. */
+    snapStep(curve: number): number {
+        const { settings, state, view } = this;
+        if (!settings.snapValues) return 0;
+        if (settings.valueStep > 0) return settings.valueStep;
+        const own = state.separate ? state.curves[curve] : undefined;
+        if (!own) return this.fineStep;
+        const unit = (own.top - own.bottom) / (view.top - view.bottom);
+        return 10 ** Math.round(Math.log10(this.fineStep * unit));
     }
 
     toFrame(x: number): number {

@@ -1,7 +1,8 @@
 // Opening, saving, the clipboard, and what is kept for a reload.
 
-import { type App, element } from "./app";
+import { type App, element, format } from "./app";
 import type { Format } from "./bridge";
+import { parse } from "./panels";
 import ball from "../../../examples/data/ball.fcrvx";
 import camera from "../../../examples/data/camera.chan";
 import ends from "../../../examples/data/ends.fcrvx";
@@ -15,6 +16,8 @@ export const examples: Record<string, { file: string; text: string }> = {
 };
 
 const ownFormat = "xml";
+/** The library's own: they lose nothing and need to be told nothing. */
+const ownFormats = ["xml", "binary", "text"];
 
 /** The document of the last visit, in the browser's own storage. */
 class Store {
@@ -149,8 +152,13 @@ export class Files {
     read(name: string, bytes: Uint8Array, mode: "replace" | "add" | "restore"): boolean {
         const { app } = this;
         app.bridge.setInput(bytes);
-        const found = app.run<{ format: string; curves: number; report: string[] }>("open", { name, mode });
+        const found = app.run<{ format: string; curves: number; report: string[]; frameRate: string }>("open", { name, mode });
         if (!found) return false;
+        const rate = parse(found.frameRate);
+        if (mode !== "add" && rate !== null && rate > 0 && rate <= 1000) {
+            app.settings.fps = rate;
+            element<HTMLInputElement>("fps").value = format(rate);
+        }
         if (mode !== "add") this.name = name;
         element("document-name").textContent = this.name;
         app.drawNow();
@@ -167,11 +175,12 @@ export class Files {
     }
 
     private saveDialog(): void {
-        const format = element<HTMLSelectElement>("save-format");
+        const list = element<HTMLSelectElement>("save-format");
         for (const each of this.formats.write)
-            format.append(new Option(`${each.title} (.${each.extension})`, each.name));
-        format.value = ownFormat;
-        format.addEventListener("change", () => this.report());
+            list.append(new Option(`${each.title} (.${each.extension})`, each.name));
+        list.value = ownFormat;
+        for (const id of ["save-format", "save-rate", "save-tolerance"])
+            element(id).addEventListener("change", () => this.report());
         element("save-form").addEventListener("submit", (event) => {
             event.preventDefault();
             this.download();
@@ -184,14 +193,26 @@ export class Files {
         return this.formats.write.find((each) => each.name === name)!;
     }
 
+    /** What is asked of the writer; fields that hold no number leave it to the document. */
+    private get options(): { format: string; frameRate: number; tolerance: number } {
+        const number = (id: string) => {
+            const field = element<HTMLInputElement>(id);
+            const value = field.value.trim() === "" ? 0 : parse(field.value);
+            field.setAttribute("aria-invalid", String(value === null || value < 0));
+            return ownFormats.includes(this.format.name) ? 0 : Math.max(0, value ?? 0);
+        };
+        return { format: this.format.name, frameRate: number("save-rate"), tolerance: number("save-tolerance") / 100 };
+    }
+
     /** What the chosen format loses, before anything is saved. */
     private report(): void {
         const list = element("losses");
         const button = element<HTMLButtonElement>("save-now");
         const text = element("save-size");
         list.replaceChildren();
+        element("save-options").hidden = ownFormats.includes(this.format.name);
         try {
-            const { size, report } = this.app.bridge.call<{ size: number; report: string[] }>("save", { format: this.format.name });
+            const { size, report } = this.app.bridge.call<{ size: number; report: string[] }>("save", this.options);
             text.textContent = `${size.toLocaleString("en")} bytes. `
                 + (report.length === 0 ? "Nothing is lost." : "What this format cannot say:");
             for (const loss of report.slice(0, 500)) {
@@ -209,14 +230,15 @@ export class Files {
 
     private download(): void {
         const { app } = this;
-        if (!app.run("save", { format: this.format.name })) return;
+        const done = app.run<{ report: string[] }>("save", this.options);
+        if (!done) return;
         const link = document.createElement("a");
         link.href = URL.createObjectURL(new Blob([app.bridge.output()]));
         link.download = element<HTMLInputElement>("save-name").value || "curves";
         link.click();
         window.setTimeout(() => URL.revokeObjectURL(link.href), 60000);
         this.dialog.close();
-        if (this.format.name === ownFormat || this.format.name === "binary") app.run("saved");
+        if (ownFormats.includes(this.format.name) && done.report.length === 0) app.run("saved");
         app.tell(`Saved as ${link.download}.`);
     }
 

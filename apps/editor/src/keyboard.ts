@@ -16,13 +16,40 @@ const spellings: Record<string, string> = {
 function spell(event: KeyboardEvent): string {
     const key = spellings[event.key] ?? (event.key.length === 1 ? event.key.toUpperCase() : event.key);
     const isSymbol = event.key.length === 1 && !/[a-z0-9 ]/i.test(event.key);
-    return (event.ctrlKey || event.metaKey ? "Ctrl+" : "") + (event.altKey ? "Alt+" : "")
+    // Many keyboards need AltGr for a symbol, and Windows tells that as Control and Alt.
+    const isPlain = event.getModifierState("AltGraph");
+    return (!isPlain && (event.ctrlKey || event.metaKey) ? "Ctrl+" : "") + (!isPlain && event.altKey ? "Alt+" : "")
         + (event.shiftKey && !isSymbol ? "Shift+" : "") + key;
 }
 
 /** Whether the keys belong to a field into which somebody types. */
-function isTyping(target: EventTarget | null): boolean {
-    return target instanceof HTMLElement && target.matches("input:not([type=checkbox]):not([type=radio]), select, textarea");
+function isTyping(target: EventTarget | null, keys: string): boolean {
+    if (!(target instanceof HTMLElement)) return false;
+    if (!target.matches("input:not([type=checkbox]):not([type=radio]), select, textarea")) return false;
+    if (["Escape", "Ctrl+S", "Ctrl+O"].includes(keys)) return false;
+    // A field that was committed, and holds nothing new, has nothing of its own to undo.
+    const isUndo = ["Ctrl+Z", "Ctrl+Shift+Z", "Ctrl+Y"].includes(keys);
+    return !isUndo || target.dataset["typed"] !== undefined || target.matches("[type=search]");
+}
+
+/**
+ * What was clicked gives the focus back, so that the next key goes to the curves and not to a button or a menu; who
+ * came there by the keyboard stays.
+ */
+export function returnFocus(canvas: HTMLElement): void {
+    let isPointer = false;
+    document.addEventListener("pointerdown", () => (isPointer = true), true);
+    document.addEventListener("keydown", () => (isPointer = false), true);
+    const bar = document.querySelector("header")!;
+    const leave = (event: Event) => {
+        if (!isPointer || !(event.target instanceof HTMLElement)) return;
+        const isMenu = event.target.closest("#interpolator, #help, #save") !== null;
+        if (!isMenu && event.target.closest(event.type === "click" ? "button" : "select")) canvas.focus();
+    };
+    for (const type of ["click", "change"]) {
+        bar.addEventListener(type, leave);
+        document.getElementById("playback")!.addEventListener(type, leave);
+    }
 }
 
 export function listen(app: App, groups: [string, Shortcut[]][]): void {
@@ -36,7 +63,11 @@ export function listen(app: App, groups: [string, Shortcut[]][]): void {
         for (const shortcut of shortcuts) {
             for (const keys of shortcut.keys) table.set(keys, shortcut);
             const keys = document.createElement("dt");
-            keys.innerHTML = shortcut.keys.map((each) => `<kbd>${each}</kbd>`).join(" ");
+            for (const each of shortcut.keys) {
+                const key = document.createElement("kbd");
+                key.textContent = each;
+                keys.append(key, " ");
+            }
             const what = document.createElement("dd");
             what.textContent = shortcut.what;
             list.append(keys, what);
@@ -49,10 +80,12 @@ export function listen(app: App, groups: [string, Shortcut[]][]): void {
         const keys = spell(event);
         const shortcut = table.get(keys);
         if (!shortcut) return;
-        if (isTyping(event.target) && !["Escape", "Ctrl+S", "Ctrl+O"].includes(keys)) return;
+        if (isTyping(event.target, keys)) return;
         // A focused button is pressed by the space bar, as everywhere.
         if ((keys === "Space" || keys === "Enter") && event.target instanceof HTMLElement && event.target.matches("button, summary, input, a")) return;
         event.preventDefault();
+        // Held down, arrows and the like go on; what switches would only flicker.
+        if (event.repeat && /^(Shift\+)?(Space|[A-Z0-9?])$/.test(keys)) return;
         shortcut.run(event);
         app.redraw();
     });

@@ -1,12 +1,12 @@
 // Puts the page together.
 
-import { App, element } from "./app";
+import { App, element, format } from "./app";
 import { Bridge } from "./bridge";
 import { Picture } from "./draw";
 import { Files } from "./files";
-import { listen } from "./keyboard";
+import { listen, returnFocus } from "./keyboard";
 import { InterpolatorMenu } from "./menu";
-import { CurveList, KeyTable, Playback, PropertyPanel, Tools } from "./panels";
+import { CurveList, KeyTable, parse, Playback, PropertyPanel, Tools } from "./panels";
 import { Pointer } from "./pointer";
 import { measure } from "./measure";
 
@@ -28,12 +28,20 @@ async function start(): Promise<void> {
     const actions: Record<string, () => void> = {
         undo: () => app.run("undo"),
         redo: () => app.run("redo"),
-        delete: () => app.run("removeKeys"),
+        delete: () => {
+            const isCurve = app.state.selectedKeys === 0 && app.state.curves.some((curve) => curve.selected);
+            if (isCurve) app.tell("No key is selected. A whole curve goes by Delete in the list of curves.", true);
+            else app.run("removeKeys");
+        },
         "frame-all": () => app.frameBox("all"),
         "frame-selected": () => app.frameBox("selected"),
         snap: () => press("snap", (settings.snap = !settings.snap)),
+        "snap-values": () => press("snap-values", (settings.snapValues = !settings.snapValues)),
         scaling: () => press("scaling", (settings.scaling = !settings.scaling)),
-        velocity: () => press("velocity", (settings.velocity = !settings.velocity)),
+        velocity: () => {
+            press("velocity", (settings.velocity = !settings.velocity));
+            document.body.classList.toggle("velocity", settings.velocity);
+        },
         separate: () => {
             app.run("options", { separate: !app.state.separate });
             app.drawNow();
@@ -54,6 +62,13 @@ async function start(): Promise<void> {
     element<HTMLSelectElement>("others").addEventListener("change", (event) => {
         settings.others = (event.target as HTMLSelectElement).value as typeof settings.others;
     });
+    const step = element<HTMLInputElement>("value-step");
+    step.addEventListener("change", () => {
+        const value = parse(step.value);
+        settings.valueStep = value !== null && value > 0 ? value : 0;
+        step.value = settings.valueStep > 0 ? format(settings.valueStep) : "";
+    });
+    returnFocus(picture.canvas);
     for (const button of document.querySelectorAll<HTMLButtonElement>("[data-tangent]"))
         button.addEventListener("click", () => app.run("tangentType", { type: button.dataset["tangent"] }));
     element("help-close").addEventListener("click", () => element<HTMLDialogElement>("help-dialog").close());
@@ -66,26 +81,29 @@ async function start(): Promise<void> {
     });
 
     const nudge = (x: number, y: number, event: KeyboardEvent) => {
-        if (app.state.selectedKeys === 0) {
+        const { selectedKeys, selectedHandles } = app.state;
+        if (selectedKeys + selectedHandles === 0) {
             app.pan(-x * app.view.width * 0.05, y * app.view.height * 0.05);
             return;
         }
         const times = event.shiftKey ? 10 : 1;
-        // A value step is a tenth of the finest label of the axis.
-        const span = (app.view.top - app.view.bottom) / 10;
-        const step = 10 ** Math.floor(Math.log10(span)) / 10;
-        app.run("nudge", { x: x * times, y: y * times * step, others: settings.others });
+        const command = settings.scaling && selectedKeys > 0 ? "stretch" : "nudge";
+        app.run(command, { x: x * times, y: y * times * app.fineStep, others: settings.others, frame: app.frame });
     };
-    const stepKey = (by: number) => {
-        const key = app.run<{ x: number } | null>("stepKey", { by });
+    const stepKey = (by: number, add = false) => {
+        const key = app.run<{ x: number } | null>("stepKey", { by, add, frame: app.frame });
         if (!key) return;
         app.frame = key.x;
         const { view } = app;
         if (key.x < view.left || key.x > view.right)
             app.pan(((view.left + view.right) / 2 - key.x) / (view.right - view.left) * view.width, 0);
     };
+    const stepCurve = (by: number) => {
+        const curve = app.state.active + by;
+        if (curve >= 0 && curve < app.state.curves.length) app.run("selectCurve", { curve });
+    };
     const moveTime = (by: number) => (app.frame = Math.round(app.frame) + by);
-    const centre = (factor: number) => app.zoom(app.view.width / 2, app.view.height / 2, factor, factor);
+    const centre = (x: number, y = x) => app.zoom(app.view.width / 2, app.view.height / 2, x, y);
     const tangent = (type: string) => () => app.run("tangentType", { type });
     listen(app, [
         ["Look", [
@@ -93,6 +111,8 @@ async function start(): Promise<void> {
             { keys: ["F"], what: "Frame the selection", run: () => act("frame-selected") },
             { keys: ["+", "="], what: "Zoom in", run: () => centre(0.8) },
             { keys: ["-"], what: "Zoom out", run: () => centre(1.25) },
+            { keys: ["Ctrl+Right", "Ctrl+Left"], what: "Zoom in and out in time alone", run: (e) => centre(e.key === "ArrowRight" ? 0.8 : 1.25, 1) },
+            { keys: ["Ctrl+Up", "Ctrl+Down"], what: "Zoom in and out in values alone", run: (e) => centre(1, e.key === "ArrowUp" ? 0.8 : 1.25) },
             { keys: ["N"], what: "Separate scales", run: () => act("separate") },
             { keys: ["V"], what: "Velocity panel", run: () => act("velocity") },
             { keys: ["Alt+Left"], what: "One frame back", run: () => moveTime(-1) },
@@ -101,26 +121,35 @@ async function start(): Promise<void> {
         ]],
         ["Select", [
             { keys: ["Ctrl+A"], what: "All keys", run: () => app.run("selectAll") },
+            { keys: ["Shift+A"], what: "All keys of the active curve", run: () => {
+                if (app.state.active >= 0) app.run("selectAll", { curve: app.state.active });
+            } },
+            { keys: ["PageUp"], what: "The curve before", run: () => stepCurve(-1) },
+            { keys: ["PageDown"], what: "The next curve", run: () => stepCurve(1) },
             { keys: ["Escape"], what: "Cancel a drag or a preview; else select nothing", run: () => {
                 if (!pointer.cancel() && !menu.close() && !tools.end()) app.run("selectNone");
             } },
-            { keys: [","], what: "The key before", run: () => stepKey(-1) },
-            { keys: ["."], what: "The next key", run: () => stepKey(1) },
+            { keys: [","], what: "The key, handle or segment before", run: () => stepKey(-1) },
+            { keys: ["."], what: "The next key, handle or segment", run: () => stepKey(1) },
+            { keys: ["<", ">"], what: "Those in addition", run: (e) => stepKey(e.key === ">" ? 1 : -1, true) },
+            { keys: ["H"], what: "The keys' in handles, their out handles, the keys again", run: () => app.run("selectHandles") },
+            { keys: ["G"], what: "The segments after the keys, the keys again", run: () => app.run("selectSegments") },
         ]],
-        ["Keys", [
+        ["Keys and handles", [
             { keys: ["Left", "Shift+Left"], what: "A frame back; with Shift ten", run: (e) => nudge(-1, 0, e) },
             { keys: ["Right", "Shift+Right"], what: "A frame on; with Shift ten", run: (e) => nudge(1, 0, e) },
             { keys: ["Up", "Shift+Up"], what: "Raise; with Shift ten times as much", run: (e) => nudge(0, 1, e) },
             { keys: ["Down", "Shift+Down"], what: "Lower; with Shift ten times as much", run: (e) => nudge(0, -1, e) },
             { keys: ["K"], what: "Add a key at the cursor, without changing the shape", run: () => app.run("addKey", { frame: app.frame }) },
-            { keys: ["Delete"], what: "Delete", run: () => act("delete") },
+            { keys: ["Delete"], what: "Delete the keys", run: () => act("delete") },
             { keys: ["S"], what: "Snap to whole frames", run: () => act("snap") },
-            { keys: ["T"], what: "Drags scale instead of move", run: () => act("scaling") },
+            { keys: ["Shift+S"], what: "Snap values to the step", run: () => act("snap-values") },
+            { keys: ["T"], what: "Scale instead of move: a drag about the far corner, arrows about the cursor", run: () => act("scaling") },
             { keys: ["B"], what: "Breakdown", run: () => properties.toggle("breakdown") },
             { keys: ["L"], what: "Lock or unlock", run: () => properties.toggle("locked") },
             { keys: ["I"], what: "Interpolator menu", run: () => act("interpolator") },
         ]],
-        ["Handles", [
+        ["Tangents", [
             { keys: ["1"], what: "Smooth", run: tangent("smooth") },
             { keys: ["2"], what: "Clamped", run: tangent("clamped") },
             { keys: ["3"], what: "Plateau", run: tangent("plateau") },

@@ -5,6 +5,7 @@ import type { Examined, Properties, Rows, Tangents } from "./bridge";
 import type { Picture } from "./draw";
 
 const typeNames = ["Fixed", "Flat", "Linear", "Smooth", "Smooth, continued", "Clamped", "Plateau"];
+const typeCommands = ["fixed", "flat", "linear", "smooth", "continued", "clamped", "plateau"];
 
 function make<K extends keyof HTMLElementTagNameMap>(tag: K, attributes: Record<string, string> = {},
     text = ""): HTMLElementTagNameMap[K] {
@@ -31,6 +32,7 @@ export class CurveList {
         element("add-curve").addEventListener("click", () => {
             app.run("addCurve", { name: `curve ${app.state.curves.length + 1}` });
         });
+        element("remove-curve").addEventListener("click", () => this.remove(app.state.active));
         app.onChange(() => this.show());
         matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.show(true));
         this.show();
@@ -49,6 +51,7 @@ export class CurveList {
             .slice(0, 2000)
             .map(([, index]) => this.row(index));
         this.list.replaceChildren(...rows);
+        element<HTMLButtonElement>("remove-curve").disabled = active < 0;
         element("no-curves").hidden = rows.length > 0;
         element("no-curves").textContent = curves.length === 0
             ? "No curves yet. Open a file, drop one here, or add a curve." : "No curve has this in its name.";
@@ -61,7 +64,7 @@ export class CurveList {
         const row = make("li", { draggable: "true", "data-curve": String(index) });
         if (index === app.state.active) row.classList.add("active");
         if (curve.selected) row.classList.add("selected");
-        const toggle = (field: "visible" | "locked", label: string, on: string, off: string) => {
+        const toggle = (field: "visible" | "velocity" | "locked", label: string, on: string, off: string) => {
             const button = make("button", {
                 type: "button", class: "icon", id: `${field}-${index}`, "aria-pressed": String(curve[field]),
                 "aria-label": `${label} ${curve.name}`, title: label,
@@ -73,6 +76,7 @@ export class CurveList {
         const eye = "M1.5 8C4 4 12 4 14.5 8C12 12 4 12 1.5 8ZM8 6a2 2 0 1 0 .01 0Z";
         const lock = "M3.5 7.5H12.5V13.5H3.5ZM5.5 7.5V5a2.5 2.5 0 0 1 5 0V7.5";
         const open = "M3.5 7.5H12.5V13.5H3.5ZM5.5 7.5V4a2.5 2.5 0 0 1 5 -1";
+        const slope = "M2 14L14 4M2 10C6 2 10 14 14 9";
         const colour = make("span", { class: "swatch" });
         colour.style.background = this.picture.shade(curve.colour);
         const name = make("button", {
@@ -86,7 +90,7 @@ export class CurveList {
         name.addEventListener("dblclick", () => this.rename(row, index));
         name.addEventListener("keydown", (event) => {
             if (event.key === "F2") this.rename(row, index);
-            else if (event.key === "Delete") app.run("removeCurve", { curve: index });
+            else if (event.key === "Delete") this.remove(index);
             else if (event.altKey && event.key === "ArrowUp" && index > 0) this.reorder(index, index - 1);
             else if (event.altKey && event.key === "ArrowDown") this.reorder(index, index + 1);
             else return;
@@ -110,9 +114,20 @@ export class CurveList {
             row.classList.remove("target");
             this.reorder(Number(from), index);
         });
-        row.append(toggle("visible", "Show", eye, "M1.5 8C4 12 12 12 14.5 8"), colour, name, value,
+        const velocity = toggle("velocity", "Velocity of", slope, slope);
+        velocity.classList.add("velocity");
+        row.append(toggle("visible", "Show", eye, "M1.5 8C4 12 12 12 14.5 8"), colour, name, value, velocity,
             toggle("locked", "Lock", lock, open));
         return row;
+    }
+
+    private remove(index: number): void {
+        const { app } = this;
+        const name = app.state.curves[index]?.name;
+        if (name === undefined || !app.run("removeCurve", { curve: index })) return;
+        app.tell(`Deleted ${name || "the curve"}. Undo brings it back.`);
+        app.drawNow();
+        document.getElementById(`curve-${Math.min(index, app.state.curves.length - 1)}`)?.focus();
     }
 
     private reorder(from: number, to: number): void {
@@ -150,17 +165,16 @@ export class PropertyPanel {
     private last: Properties | null = null;
 
     constructor(private readonly app: App) {
-        const set = (id: string, send: (number: number, isRelative: boolean) => void) => {
+        const set = (id: string, send: (number: number, operator: string) => void) => {
             const field = element<HTMLInputElement>(id);
             const commit = () => {
                 if (!field.dataset["typed"]) return;
                 delete field.dataset["typed"];
-                const relative = /^[+-]=/.test(field.value.trim());
-                const sign = field.value.trim().startsWith("-=") ? -1 : 1;
-                const number = parse(relative ? field.value.trim().slice(2) : field.value);
+                const operator = /^\s*([-+*/])=/.exec(field.value);
+                const number = parse(operator ? field.value.slice(operator[0].length) : field.value);
                 field.setAttribute("aria-invalid", String(number === null));
                 if (number === null) app.tell(`"${field.value}" is not a number.`, true);
-                else send(relative ? sign * number : number, relative);
+                else send(number, operator?.[1] ?? "");
                 this.last = null;
                 this.show();
             };
@@ -176,18 +190,26 @@ export class PropertyPanel {
                 }
             });
         };
-        set("key-x", (value, relative) => app.run("setProperty", { field: "x", value, relative }));
-        set("key-y", (value, relative) => app.run("setProperty", { field: "y", value, relative }));
+        const key = (field: "x" | "y") => (value: number, operator: string) => {
+            if (operator === "*" || operator === "/") {
+                const factor = operator === "*" ? value : 1 / value;
+                const others = app.settings.others;
+                app.run("scale", { x: 1, y: 1, [field]: factor, pivotX: 0, pivotY: 0, others });
+            } else {
+                const relative = operator !== "";
+                app.run("setProperty", { field, value: operator === "-" ? -value : value, relative });
+            }
+        };
+        set("key-x", key("x"));
+        set("key-y", key("y"));
         for (const side of ["in", "out"]) {
             const which = () => (this.last?.tangents ? {} : { side });
             set(`${side}-angle`, (value) => app.run("setProperty", { field: "angle", value: (value * Math.PI) / 180, ...which() }));
             set(`${side}-weight`, (value) => app.run("setProperty", { field: "weight", value, ...which() }));
             const type = element<HTMLSelectElement>(`${side}-type`);
+            type.append(make("option", { value: "", hidden: "" }));
             typeNames.forEach((name, index) => type.append(make("option", { value: String(index) }, name)));
-            type.addEventListener("change", () => {
-                const names = ["fixed", "flat", "linear", "smooth", "continued", "clamped", "plateau"];
-                app.run("tangentType", { type: names[Number(type.value)]!, side });
-            });
+            type.addEventListener("change", () => app.run("tangentType", { type: typeCommands[Number(type.value)]!, side }));
         }
         for (const flag of ["breakdown", "unified", "locked"]) {
             element(`key-${flag}`).addEventListener("click", () => this.toggle(flag));
@@ -247,6 +269,7 @@ export class PropertyPanel {
             const type = element<HTMLSelectElement>(`${side}-type`);
             type.disabled = !tangents?.type;
             type.value = tangents?.type?.value === undefined ? "" : String(tangents.type.value);
+            type.options[0]!.textContent = tangents?.type?.mixed ? "mixed" : "";
             fill(`${side}-angle`, tangents?.angle, 180 / Math.PI);
             fill(`${side}-weight`, tangents?.weight);
         }
@@ -339,7 +362,7 @@ export class KeyTable {
         const first = Math.max(0, Math.floor(this.box.scrollTop / this.rowHeight) - 2);
         const count = Math.ceil(this.box.clientHeight / this.rowHeight) + 4;
         const table = this.app.bridge.call<Rows>("rows", { curve: active, first, count });
-        const focus = document.activeElement instanceof HTMLInputElement ? document.activeElement.id : "";
+        const focus = this.body.contains(document.activeElement) ? document.activeElement!.id : "";
         const spacer = (rows: number) => {
             const row = make("tr", { "aria-hidden": "true" });
             row.style.height = `${Math.max(0, rows) * this.rowHeight}px`;
@@ -348,43 +371,17 @@ export class KeyTable {
         const rows = table.rows.map((key, i) => {
             const number = table.first + i;
             const row = make("tr", { class: key.selected ? "selected" : "" });
-            const label = make("button", { type: "button", class: "name", "aria-label": `Select key ${number + 1}` }, String(number + 1));
+            const label = make("button", { type: "button", class: "name", id: `row-${number}`, "aria-label": `Select key ${number + 1}` }, String(number + 1));
             label.addEventListener("click", (event) => {
                 this.app.run("selectKey", { curve: active, key: number, mode: event.shiftKey || event.ctrlKey ? "add" : "set" });
             });
             const cells: HTMLElement[] = [label];
-            for (const name of ["x", "y"] as const) {
-                const field = make("input", {
-                    type: "text", inputmode: "decimal", id: `cell-${number}-${name}`, value: format(key[name]),
-                    "aria-label": `${name === "x" ? "Frame" : "Value"} of key ${number + 1}`,
-                });
-                const commit = () => {
-                    if (!field.dataset["typed"]) return;
-                    const value = parse(field.value);
-                    delete field.dataset["typed"];
-                    if (value === null) this.app.tell(`"${field.value}" is not a number.`, true);
-                    else this.app.run("setRow", { curve: active, key: number, field: name, value });
-                    this.app.drawNow();
-                    this.show();
-                };
-                field.addEventListener("input", () => (field.dataset["typed"] = "yes"));
-                field.addEventListener("change", commit);
-                field.addEventListener("keydown", (event) => {
-                    const by = event.key === "ArrowDown" || event.key === "Enter" ? 1 : event.key === "ArrowUp" ? -1 : 0;
-                    if (event.key === "Escape") {
-                        delete field.dataset["typed"];
-                        field.value = format(key[name]);
-                    }
-                    if (by === 0) return;
-                    event.preventDefault();
-                    commit();
-                    const next = document.getElementById(`cell-${number + by}-${name}`) as HTMLInputElement | null;
-                    next?.focus();
-                    next?.select();
-                });
-                cells.push(field);
-            }
-            cells.push(make("span", { title: `${typeNames[key.in]} in, ${typeNames[key.out]} out` }, key.kind));
+            const what = `of key ${number + 1}`;
+            cells.push(this.number(active, number, "x", key.x, `Frame ${what}`),
+                this.number(active, number, "y", key.y, `Value ${what}`),
+                this.type(active, number, "in", key.in, `In tangent ${what}`),
+                this.type(active, number, "out", key.out, `Out tangent ${what}`),
+                this.field(active, number, "kind", key.kind, `Interpolator after key ${number + 1}`, (text) => text.trim() || null));
             for (const cell of cells) {
                 const td = make("td");
                 td.append(cell);
@@ -394,6 +391,53 @@ export class KeyTable {
         });
         this.body.replaceChildren(spacer(table.first), ...rows, spacer(table.size - table.first - table.rows.length));
         if (focus) document.getElementById(focus)?.focus();
+    }
+
+    private number(curve: number, key: number, name: string, value: number, label: string): HTMLElement {
+        const field = this.field(curve, key, name, format(value), label, (text) => {
+            const number = parse(text);
+            if (number === null) this.app.tell(`"${text}" is not a number.`, true);
+            return number;
+        });
+        field.inputMode = "decimal";
+        return field;
+    }
+
+    private type(curve: number, key: number, name: string, value: number, label: string): HTMLElement {
+        const list = make("select", { id: `cell-${key}-${name}`, "aria-label": label, title: typeNames[value] ?? "" });
+        typeNames.forEach((each, index) => list.append(new Option(each, typeCommands[index], false, index === value)));
+        list.addEventListener("change", () => this.app.run("setRow", { curve, key, field: name, value: list.value }));
+        return list;
+    }
+
+    /** A cell to type into; `read` makes what is sent, or null where there is nothing to send. */
+    private field(curve: number, key: number, name: string, text: string, label: string,
+        read: (text: string) => string | number | null): HTMLInputElement {
+        const field = make("input", { type: "text", id: `cell-${key}-${name}`, value: text, "aria-label": label, title: text });
+        const commit = () => {
+            if (!field.dataset["typed"]) return;
+            const value = read(field.value);
+            delete field.dataset["typed"];
+            if (value !== null) this.app.run("setRow", { curve, key, field: name, value });
+            this.app.drawNow();
+            this.show();
+        };
+        field.addEventListener("input", () => (field.dataset["typed"] = "yes"));
+        field.addEventListener("change", commit);
+        field.addEventListener("keydown", (event) => {
+            const by = event.key === "ArrowDown" || event.key === "Enter" ? 1 : event.key === "ArrowUp" ? -1 : 0;
+            if (event.key === "Escape") {
+                delete field.dataset["typed"];
+                field.value = text;
+            }
+            if (by === 0) return;
+            event.preventDefault();
+            commit();
+            const next = document.getElementById(`cell-${key + by}-${name}`) as HTMLInputElement | null;
+            next?.focus();
+            next?.select();
+        });
+        return field;
     }
 }
 

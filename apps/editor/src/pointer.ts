@@ -1,7 +1,7 @@
 // The habits of a mouse, a pen and fingers over the curves. What is dragged, and where to, is the library's to decide.
 
 import { type App } from "./app";
-import type { Pick } from "./bridge";
+import type { Pick, State } from "./bridge";
 import { gutter, type Picture } from "./draw";
 
 type Gesture =
@@ -20,7 +20,6 @@ export class Pointer {
     private last = { x: 0, y: 0 };
     private pending: { x: number; y: number; shift: boolean } | null = null;
     private readonly fingers = new Map<number, { x: number; y: number }>();
-    private space = false;
 
     constructor(private readonly app: App, private readonly picture: Picture,
         private readonly menu: (x: number, y: number) => void) {
@@ -37,8 +36,6 @@ export class Pointer {
             app.ignoresPaste = event.button === 1;
             window.setTimeout(() => (app.ignoresPaste = false));
         });
-        canvas.addEventListener("keydown", (event) => (this.space ||= event.code === "Space"));
-        window.addEventListener("keyup", (event) => (this.space &&= event.code !== "Space"));
         app.onStep(() => this.step());
     }
 
@@ -94,7 +91,7 @@ export class Pointer {
         }
         if (this.gesture) return;
         this.start = this.last = { x, y };
-        if (event.button === 1 || (event.button === 0 && (event.altKey || this.space))) {
+        if (event.button === 1 || (event.button === 0 && event.altKey)) {
             event.preventDefault();
             this.gesture = { kind: "pan" };
             return;
@@ -175,14 +172,15 @@ export class Pointer {
     private begin(pick: Pick): boolean {
         const { app } = this;
         const { settings } = app;
-        const steps = { frameStep: settings.snap ? 1 : 0, others: settings.others };
+        const steps = { frameStep: settings.snap ? 1 : 0, valueStep: app.snapStep(pick.curve), others: settings.others };
         if (pick.type === "handle") {
             const begun = app.run("dragBegin", { what: "handle", x: this.start.x, y: this.start.y });
             this.gesture = begun ? { kind: "drag" } : null;
             return begun !== null;
         }
-        if (app.state.selectedKeys === 0 && pick.type !== "key") {
-            this.gesture = null;
+        // The press has just selected something else, so the state of the last picture does not tell.
+        if (pick.type !== "key" && app.bridge.call<State>("state").selectedKeys === 0) {
+            this.gesture = { kind: "marquee", mode: "set" };
             return false;
         }
         const what = settings.scaling && pick.type === "key" ? "scale" : "keys";
@@ -233,7 +231,8 @@ export class Pointer {
         if (pick.type === "key" || pick.type === "handle") return;
         const frame = app.settings.snap ? Math.round(app.toFrame(x)) : app.toFrame(x);
         if (pick.type === "curve") app.run("addKey", { curve: pick.curve, frame });
-        else if (app.state.active >= 0) app.run("addKey", { curve: app.state.active, frame, y });
+        else if (app.state.active >= 0)
+            app.run("addKey", { curve: app.state.active, frame, y, valueStep: app.snapStep(app.state.active) });
     }
 
     private context(event: MouseEvent): void {

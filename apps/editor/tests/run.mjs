@@ -50,7 +50,12 @@ const tests = {
         await editor.press("Control+z", "s");
         await editor.drag([key.x, key.y], [key.x + 3.3, key.y + 2]);
         near((await editor.keys())[2].x, key.x + 3.3, 0.1, "free frame");
-        await editor.press("s");
+        await editor.press("Control+z", "s", "Shift+S");
+        await editor.page.fill("#value-step", "0.5");
+        await editor.page.focus("#plot");
+        await editor.drag([key.x, key.y], [key.x, key.y + 2.2]);
+        assert.equal((await editor.keys())[2].y, Math.round((key.y + 2.2) * 2) / 2, "a value of the grid");
+        await editor.press("Shift+S");
     },
 
     async "shift keeps a drag to one direction, and Escape puts it back"(editor) {
@@ -240,6 +245,35 @@ const tests = {
         const after = await editor.keys();
         near(after[2].x, 22, 1e-9);
         near(after[4].x, 42, 0.2);
+        // By keys: the farthest from the cursor by a frame, the other in proportion.
+        await editor.fill("frame", "12");
+        await editor.page.focus("#plot");
+        await editor.press("t", "ArrowRight", "t");
+        const scaled = await editor.keys();
+        near(scaled[4].x, after[4].x + 1, 1e-9);
+        near(scaled[2].x, 12 + (10 * (scaled[4].x - 12)) / (after[4].x - 12), 1e-9);
+    },
+
+    async "handles and segments by the keyboard"(editor) {
+        const [, , key] = await editor.keys();
+        await editor.fill("frame", String(key.x - 3));
+        await editor.page.focus("#plot");
+        await editor.press("Escape", ".");
+        assert.ok((await editor.keys())[2].selected, "the next key from the cursor");
+        await editor.press("h");
+        assert.equal((await editor.state()).selectedHandles, 1);
+        await editor.press("ArrowUp", "ArrowUp");
+        const angle = Number(await editor.page.inputValue("#out-angle"));
+        assert.equal((await editor.keys())[2].in, 0);
+        assert.equal((await editor.keys())[2].y, key.y);
+        await editor.press("Control+z", "h");
+        assert.notEqual(Number(await editor.page.inputValue("#out-angle")), angle);
+        await editor.press("h", "g", ">");
+        assert.equal((await editor.state()).selectedSegments, 2);
+        await editor.fill("formula", "linear");
+        assert.deepEqual((await editor.keys()).slice(2, 4).map(({ kind }) => kind), ["linear()", "linear()"]);
+        await editor.press("Control+z"); // from the field, which has nothing of its own to undo
+        assert.equal((await editor.keys())[2].kind, key.kind);
     },
 
     async "tools show what they would do, then do it"(editor) {
@@ -287,6 +321,14 @@ const tests = {
         await editor.page.click("#add-curve");
         await editor.settle();
         assert.equal((await editor.state()).curves.length, 3);
+        await editor.page.click("#remove-curve");
+        assert.deepEqual((await editor.state()).curves.map((curve) => curve.name), ["height", "flatness"]);
+        await editor.page.focus("#plot");
+        await editor.press("v");
+        await editor.page.click("#velocity-1");
+        const shown = await editor.page.evaluate(() => [...window.editor.bridge.draw(window.editor.app.view, 1)][0]);
+        assert.equal(shown, 1, "the velocity of that curve alone");
+        await editor.press("v");
     },
 
     async "fields show what is common, and set it"(editor) {
@@ -299,6 +341,9 @@ const tests = {
         assert.equal(await editor.page.inputValue("#key-y"), "4.25");
         await editor.fill("key-x", "+=2");
         assert.equal((await editor.keys())[2].x, keys[2].x + 2);
+        await editor.fill("key-y", "*=2");
+        for (const i of [0, 2]) assert.equal((await editor.keys())[i].y, 8.5);
+        await editor.fill("key-y", "/=2");
         await editor.fill("key-y", "much");
         assert.match(await editor.message(), /"much" is not a number/);
         assert.equal((await editor.keys())[0].y, 4.25);
@@ -313,6 +358,16 @@ const tests = {
         await editor.page.press("#cell-2-x", "Enter");
         await editor.settle();
         assert.equal((await editor.keys())[2].x, 23);
+        await editor.page.selectOption("#cell-2-in", "plateau");
+        await editor.page.fill("#cell-2-kind", "ease");
+        await editor.page.press("#cell-2-kind", "Enter");
+        await editor.settle();
+        const { in: type, kind } = (await editor.keys())[2];
+        assert.deepEqual([type, kind], [6, "ease()"]);
+        await editor.page.fill("#cell-2-kind", "eas(");
+        await editor.page.press("#cell-2-kind", "Enter");
+        assert.match(await editor.message(), /"eas\(" is not a valid formula/);
+        assert.equal((await editor.keys())[2].kind, "ease()");
     },
 
     async "wheel, pan, frames and scales"(editor) {
@@ -373,6 +428,14 @@ const tests = {
         await editor.press("Control+s");
         await editor.page.selectOption("#save-format", "css_easings");
         assert.ok((await editor.page.locator("#losses li").count()) > 0);
+        await editor.page.selectOption("#save-format", "lottie");
+        const sizes = [];
+        for (const rate of ["24", "100"]) {
+            await editor.page.fill("#save-rate", rate);
+            await editor.page.press("#save-rate", "Tab");
+            sizes.push(await editor.page.textContent("#save-size"));
+        }
+        assert.notEqual(sizes[0], sizes[1], "another rate, another document");
         await editor.page.selectOption("#save-format", "xml");
         assert.match(await editor.page.textContent("#save-size"), /Nothing is lost/);
         const [download] = await Promise.all([editor.page.waitForEvent("download"), editor.page.click("#save-now")]);

@@ -186,16 +186,20 @@ public:
 
     double speed(double t) const noexcept { return (3.0 * m_cubic * t + 2.0 * m_square) * t + m_linear; }
 
-    // By Householder's method of third order, which multiplies the correct digits by four, from a guess, until a step
-    // is smaller than `sure`. A step that leaves the bracket becomes a bisection.
+    // A step of Householder's method of third order, which multiplies the correct digits by four.
+    double nearer(double x, double t) const noexcept {
+        const double f = ((m_cubic * t + m_square) * t + m_linear) * t - x;
+        const double f1 = speed(t), f2 = 3.0 * m_cubic * t + m_square; // half the second derivative
+        return t - f * (f1 * f1 - f * f2) / (f1 * (f1 * f1 - 2.0 * f * f2) + f * f * m_cubic);
+    }
+
+    // By such steps from a guess, until one is smaller than `sure`. One that leaves the bracket becomes a bisection.
     double at(double x, double guess, double sure = 1e-4) const noexcept {
         double t = std::clamp(guess, 0.0, 1.0), low = 0.0, high = 1.0;
         constexpr int most = 40;
         for (int step = 0; step < most; ++step) {
-            const double f = ((m_cubic * t + m_square) * t + m_linear) * t - x;
-            const double f1 = speed(t), f2 = 3.0 * m_cubic * t + m_square; // half the second derivative
-            (f > 0.0 ? high : low) = t;
-            double next = t - f * (f1 * f1 - f * f2) / (f1 * (f1 * f1 - 2.0 * f * f2) + f * f * m_cubic);
+            (((m_cubic * t + m_square) * t + m_linear) * t > x ? high : low) = t;
+            double next = nearer(x, t);
             if (!(next >= low && next <= high)) next = 0.5 * (low + high);
             const double moved = std::abs(next - t);
             t = next;
@@ -211,15 +215,17 @@ private:
 // The normal equations of four unknowns.
 class NormalEquations {
 public:
+    static constexpr std::size_t most = 16;
+    using Column = std::array<double, most>; // 0 beyond what is used
+
     double square = 0.0; // the sum over all residuals
 
-    // A residual, and its derivatives.
-    void add(const std::array<double, 4>& g, double e) noexcept {
-        for (std::size_t i = 0; i < 4; ++i) {
-            for (std::size_t j = i; j < 4; ++j) m_sums[i][j] += g[i] * g[j];
-            m_sums[i][4] += g[i] * e;
-        }
-        square += e * e;
+    NormalEquations() noexcept = default;
+    // Four columns of derivatives, and the residuals.
+    NormalEquations(const std::array<Column, 5>& columns, std::size_t rows) noexcept
+        : square(product(columns[4], columns[4], rows)) {
+        for (std::size_t i = 0; i < 4; ++i)
+            for (std::size_t j = i; j < 5; ++j) m_sums[i][j] = product(columns[i], columns[j], rows);
     }
 
     double right(std::size_t i) const noexcept { return m_sums[i][4]; }
@@ -252,6 +258,15 @@ public:
     }
 
 private:
+    static double product(const Column& a, const Column& b, std::size_t rows) noexcept {
+        double even = 0.0, odd = 0.0; // as one vector
+        for (std::size_t k = 0; k < rows; k += 2) {
+            even += a[k] * b[k];
+            odd += a[k + 1] * b[k + 1];
+        }
+        return even + odd;
+    }
+
     std::array<std::array<double, 5>, 4> m_sums{}; // the upper triangle, and the right side
 };
 
@@ -282,7 +297,8 @@ class Stretch {
 public:
     Stretch(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys, std::size_t from, std::size_t to)
         : m_sites(sites), m_left(sites[keys[from].site]), m_first(keys[from].site + 1), m_last(keys[to].site),
-          m_width(sites[keys[to].site].x - m_left.x), m_rise(sites[keys[to].site].y - m_left.y) {}
+          m_width(sites[keys[to].site].x - m_left.x), m_inverse(1.0 / m_width),
+          m_rise(sites[keys[to].site].y - m_left.y) {}
 
     double width() const noexcept { return m_width; }
     double rise() const noexcept { return m_rise; }
@@ -294,14 +310,28 @@ public:
             for (std::size_t k = 0; k < size(); ++k) rows[k] = row(k, place(k), lengths);
             return;
         }
+        // Each site starts from what the one before found. That takes its time, so several stretches go side by side.
         const Parameter parameter(lengths);
-        double x = 0.0, t = 0.0;
-        for (std::size_t k = 0; k < size(); ++k) {
-            const double next = place(k);
-            t = parameter.at(next, t + (next - x) / std::max(parameter.speed(t), 0.1));
-            x = next;
-            rows[k] = row(k, t, lengths);
+        constexpr std::size_t lanes = 4;
+        const std::size_t share = (size() + lanes - 1) / lanes;
+        std::array<double, lanes> xs{}, ts{};
+        for (std::size_t lane = 1; lane < lanes && lane * share < size(); ++lane) {
+            xs[lane] = place(lane * share);
+            ts[lane] = parameter.at(xs[lane], xs[lane]);
         }
+        constexpr double sure = 1e-4;
+        for (std::size_t i = 0; i < share; ++i)
+            for (std::size_t lane = 0; lane < lanes; ++lane) {
+                const std::size_t k = lane * share + i;
+                if (k >= size()) break;
+                const double x = place(k);
+                const double guess = ts[lane] + (x - xs[lane]) / std::max(parameter.speed(ts[lane]), 0.1);
+                double t = parameter.nearer(x, guess);
+                if (!(t >= 0.0 && t <= 1.0 && std::abs(t - guess) < sure)) t = parameter.at(x, guess, sure);
+                xs[lane] = x;
+                ts[lane] = t;
+                rows[k] = row(k, t, lengths);
+            }
     }
 
     // The slopes with the least sum of squares; what the sites leave open comes from the keys' own slopes. A straight
@@ -345,15 +375,16 @@ public:
     // slow to come near it.
     std::optional<Lengths> suitableLengths(const Rises& rises, const Lengths& lengths, const Interval& a,
                                            const Interval& b, double tolerance) const noexcept {
-        constexpr std::size_t enough = 16;
-        struct Picked {
-            double x, y, t;
-        };
-        std::array<Picked, enough> picked{};
+        constexpr std::size_t enough = NormalEquations::most;
+        NormalEquations::Column xs{}, ys{}, ts{}; // of the sites
+        std::array<NormalEquations::Column, 5> columns{};
+        auto& [byA, byB, byOut, byIn, off] = columns;
         const std::size_t stride = (size() + enough - 1) / enough;
         std::size_t count = 0;
-        for (std::size_t k = stride / 2; k < size(); k += stride)
-            picked[count++] = {place(k), m_sites[m_first + k].y - m_left.y, place(k)};
+        for (std::size_t k = stride / 2; k < size(); k += stride, ++count) {
+            xs[count] = ts[count] = place(k);
+            ys[count] = m_sites[m_first + k].y - m_left.y;
+        }
 
         const std::array<Interval, 4> bounds{a, b, Interval{0.02, 1.0}, Interval{0.02, 1.0}};
         double damping = 1e-3;
@@ -362,21 +393,31 @@ public:
         NormalEquations equations;
         constexpr int steps = 10;
         for (int step = 0; step < steps; ++step) {
-            NormalEquations sums;
             double largest = 0.0;
             const double out = tried[2] * tried[0], in = tried[3] * tried[1];
             const Parameter parameter({tried[2], tried[3]});
+            // In loops that compilers make vector instructions of.
+            for (std::size_t k = 0; k < count; ++k) off[k] = parameter.nearer(xs[k], ts[k]);
+            constexpr double sure = 0.03;
             for (std::size_t k = 0; k < count; ++k) {
-                Picked& at = picked[k];
-                const double t = at.t = parameter.at(at.x, at.t, 0.03), u = 1.0 - t;
+                const bool isSure = off[k] >= 0.0 && off[k] <= 1.0 && std::abs(off[k] - ts[k]) < sure;
+                ts[k] = isSure ? off[k] : parameter.at(xs[k], ts[k], sure);
+            }
+            for (std::size_t k = 0; k < count; ++k) {
+                const double t = ts[k], u = 1.0 - t;
                 const double b1 = 3.0 * t * u * u, b2 = 3.0 * t * t * u;
-                const double e = at.y - (b1 * out + b2 * (m_rise - in) + t * t * t * m_rise);
+                off[k] = ys[k] - (b1 * out + b2 * (m_rise - in) + t * t * t * m_rise);
                 const double dx = u * u * tried[2] + 2.0 * u * t * (1.0 - tried[3] - tried[2]) + t * t * tried[3];
                 const double dy = u * u * out + 2.0 * u * t * (m_rise - in - out) + t * t * in;
-                const double slope = dx > 1e-9 ? dy / dx : 0.0;
-                sums.add({b1 * tried[2], -b2 * tried[3], b1 * (tried[0] - slope), b2 * (slope - tried[1])}, e);
-                largest = std::max(largest, std::abs(e));
+                const bool isSteep = !(dx > 1e-9);
+                const double slope = (isSteep ? 0.0 : dy) / (isSteep ? 1.0 : dx);
+                byA[k] = b1 * tried[2];
+                byB[k] = -b2 * tried[3];
+                byOut[k] = b1 * (tried[0] - slope);
+                byIn[k] = b2 * (slope - tried[1]);
             }
+            for (std::size_t k = 0; k < count; ++k) largest = std::max(largest, std::abs(off[k]));
+            const NormalEquations sums(columns, count);
             const double square = sums.square / static_cast<double>(count);
             if (square < best) {
                 const bool done = square > 0.95 * best || largest < 0.9 * tolerance;
@@ -413,7 +454,7 @@ public:
     }
 
 private:
-    double place(std::size_t k) const noexcept { return (m_sites[m_first + k].x - m_left.x) / m_width; }
+    double place(std::size_t k) const noexcept { return (m_sites[m_first + k].x - m_left.x) * m_inverse; }
 
     Row row(std::size_t k, double t, const Lengths& lengths) const noexcept {
         const double u = 1.0 - t;
@@ -434,13 +475,19 @@ private:
     const std::vector<FitSite>& m_sites;
     const FitSite m_left;
     const std::size_t m_first, m_last;
-    const double m_width, m_rise;
+    const double m_width, m_inverse, m_rise;
 };
 
 class Search {
 public:
     Search(const std::vector<FitSite>& sites, const std::vector<FitKey>& keys, const FitRules& rules)
-        : m_sites(sites), m_keys(keys), m_rules(rules) {}
+        : m_sites(sites), m_keys(keys), m_rules(rules), m_nextMust(keys.size()) {
+        std::size_t next = keys.size();
+        for (std::size_t i = keys.size(); i-- > 0;) {
+            m_nextMust[i] = next;
+            if (keys[i].must) next = i;
+        }
+    }
 
     std::vector<FitPiece> run() {
         std::vector<FitPiece> result;
@@ -546,8 +593,7 @@ private:
         for (std::size_t to = m_nodes.front().key;;) {
             if (const std::size_t from = m_nodes[level.front()].key; from == to) {
                 if (to + 1 == m_keys.size()) return level.front();
-                do ++to;
-                while (!m_keys[to].must);
+                to = m_nextMust[to];
                 level = m_keys[from].after == FitSpan::Free ? nextLevel(level, to) : step(level, to);
             } else {
                 level = nextLevel(level, to);
@@ -750,7 +796,8 @@ private:
     const std::vector<FitSite>& m_sites;
     const std::vector<FitKey>& m_keys;
     const FitRules& m_rules;
-    std::vector<Tried> m_tried; // in the level that is looked at
+    std::vector<std::size_t> m_nextMust; // after each key
+    std::vector<Tried> m_tried;          // in the level that is looked at
     std::vector<Node> m_nodes;
     std::vector<Row> m_rows; // of the stretch that is looked at
 };

@@ -330,7 +330,7 @@ private:
     // Places between two keys at which the curve is held, and whole frames that may take keys.
     void addSites(FitProblem& problem, std::size_t i, bool wholeFrames) const {
         const OldSpan& span = m_spans[i];
-        const int count = span.polynomial ? 2 : 7;
+        const int count = !span.polynomial ? 7 : problem.weighted ? 3 : 2;
         std::vector<std::pair<double, bool>> places;
         for (int k = 1; k <= count; ++k)
             places.emplace_back(span.from + (span.to - span.from) * k / (count + 1), false);

@@ -52,10 +52,10 @@ Segment* Raw::appendKey(FCurve& c, const Keyframe& key, std::shared_ptr<Interpol
     return segment;
 }
 
-void Raw::link(FCurve& c, const SegmentMap::Place& place, std::shared_ptr<Block> block) {
+void Raw::link(FCurve& c, const SegmentMap::Place& place, std::shared_ptr<Block> block, SegmentMap::Room* room) {
     Segment& segment = block->segment;
     Segment& before = *place.segment;
-    c.m_segments.insert(place, block->key.getX(), &segment);
+    c.m_segments.insert(place, block->key.getX(), &segment, room);
     if (segment.m_curve != c.m_link) segment.m_curve = c.m_link;
     segment.m_next = std::move(before.m_next);
     segment.m_previous = Block::of(before);

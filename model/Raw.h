@@ -104,8 +104,11 @@ struct Raw {
     static Segment* appendKey(FCurve& c, const Keyframe& key, std::shared_ptr<Interpolator> interpolator);
     // A block that names the curve but is not yet in its chain, with a copy of the key, if one is given.
     static std::shared_ptr<Block> makeBlock(FCurve& c, const Keyframe* key, std::shared_ptr<Interpolator> interpolator);
-    // Puts a block into the curve, at the place where the x of its key belongs and no key stands.
-    static void link(FCurve& c, const SegmentMap::Place& place, std::shared_ptr<Block> block);
+    // Puts a block into the curve, at the place where the x of its key belongs and no key stands. Never throws while
+    // there is room.
+    static void link(FCurve& c, const SegmentMap::Place& place, std::shared_ptr<Block> block,
+                     SegmentMap::Room* room = nullptr);
+    static SegmentMap::Room makeRoom(FCurve& c, std::size_t blocks) { return c.m_segments.makeRoom(blocks); }
     // Takes a block out of its curve, other than the leading one.
     static std::shared_ptr<Block> unlink(Block& block) noexcept;
     // Takes every block of a chain out of it, for whoever still holds parts of it.

@@ -142,6 +142,26 @@ SegmentMap::Place SegmentMap::locate(double x) const noexcept {
     return {b, slot, block[slot].segment, block[slot].x == x};
 }
 
+void SegmentMap::advance(Place& place) const noexcept {
+    const Block* block = &blockAt(place.block);
+    const bool isLastBlock = place.block == m_rest.size();
+    if (++place.slot == block->size()) {
+        place.segment = nullptr;
+        if (isLastBlock) return;
+        place.slot = 0;
+        block = &blockAt(++place.block);
+    }
+    place.segment = (*block)[place.slot].segment;
+    constexpr std::size_t ahead = 8;
+    if (place.slot + ahead < block->size()) {
+        PrefetchEvaluation(*(*block)[place.slot + ahead].segment, nullptr);
+    } else if (place.block < m_rest.size()) {
+        const Block& next = blockAt(place.block + 1);
+        const std::size_t slot = place.slot + ahead - block->size();
+        if (slot < next.size()) PrefetchEvaluation(*next[slot].segment, nullptr);
+    }
+}
+
 Segment* SegmentMap::at(std::size_t i) const noexcept {
     if (i >= m_size) return nullptr;
     std::size_t b = 0;
@@ -156,12 +176,34 @@ std::size_t SegmentMap::indexOf(double x) const noexcept {
     return index;
 }
 
+bool SegmentMap::hasMoreThan(std::size_t entries, double from, double to) const noexcept {
+    if (!(from <= to) || m_size <= entries) return false;
+    const Place first = locate(from), last = locate(to);
+    std::size_t count = last.slot + (first.isAt ? 1 : 0); // and what lies between, less what lies before
+    for (std::size_t b = first.block; b < last.block && count <= entries + first.slot; ++b) count += blockAt(b).size();
+    return count > entries + first.slot;
+}
+
 void SegmentMap::insertLeading(Segment* segment) {
     m_head.push_back({-std::numeric_limits<double>::infinity(), segment});
     m_size = 1;
 }
 
-void SegmentMap::insert(const Place& place, double x, Segment* segment) {
+// An insertion splits one block at most: one that is there now, of which each may be full, or one that more than a
+// quarter of a block was inserted into.
+SegmentMap::Room SegmentMap::makeRoom(std::size_t insertions) {
+    m_head.reserve(std::min(blockSize, m_size + insertions));
+    Room room;
+    if (m_size + insertions <= blockSize - blockSize / kSlack) return room;
+    const std::size_t splits = std::min(insertions, m_rest.size() + insertions / (blockSize / 4) + 3);
+    room.resize(splits);
+    for (Block& block : room) block.reserve(blockSize);
+    m_rest.reserve(m_rest.size() + splits);
+    m_firstX.reserve(m_rest.capacity());
+    return room;
+}
+
+void SegmentMap::insert(const Place& place, double x, Segment* segment, Room* room) {
     const std::size_t slot = place.slot + 1;
     Block& block = blockAt(place.block);
     // After the last entry nothing is split.
@@ -170,6 +212,10 @@ void SegmentMap::insert(const Place& place, double x, Segment* segment) {
         block.insert(IteratorAt(block, slot), {x, segment});
     } else {
         Block right;
+        if (room && !room->empty()) {
+            right = std::move(room->back());
+            room->pop_back();
+        }
         right.reserve(blockSize);
         const std::size_t kept = append ? block.size() : blockSize / 2;
         right.assign(IteratorAt(block, kept), block.end());

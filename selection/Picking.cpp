@@ -52,13 +52,8 @@ void ForEachKey(FCurve& curve, double from, double to, const Visit& visit) {
 bool ShowsHandles(FCurve& curve, const CurveView& view, double spacing) {
     if (!(spacing > 0.0)) return true;
     const double most = view.width / spacing + 1.0;
-    double count = 0.0;
-    for (Segment* segment = &Read::findSegment(curve, view.left); segment && count <= most; segment = Next(*segment)) {
-        const Keyframe* const left = Read::leftKey(*segment);
-        if (left && left->getX() > view.right) break;
-        if (left && left->getX() >= view.left) ++count;
-    }
-    return count <= most;
+    const bool mayBeMore = most < static_cast<double>(curve.size());
+    return !mayBeMore || !Read::segments(curve).hasMoreThan(static_cast<std::size_t>(most), view.left, view.right);
 }
 
 // Calls visit(tangent, tip in pixels) for each handle at a key in view or next to it.

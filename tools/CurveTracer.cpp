@@ -59,20 +59,21 @@ public:
           m_budget(static_cast<long>(32.0 * area.width) + 10000) {}
 
     void run() {
-        const Segment* segment = &Read::findSegment(m_curve, m_area.left);
+        const SegmentMap& segments = Read::segments(m_curve);
+        SegmentMap::Place place = segments.locate(m_area.left);
         if (m_summaries && Read::leftKey(Read::lastSegment(m_curve))) {
-            if (!Read::leftKey(*segment)) {
-                addSegment(*segment);
-                segment = Next(*segment);
+            if (!Read::leftKey(*place.segment)) {
+                addSegment(*place.segment);
+                segments.advance(place);
             }
-            if (segment && Read::rightKey(*segment)) addSummaries(*m_summaries);
-            segment = &Read::findSegment(m_curve, m_area.right);
-            if (!Read::leftKey(*segment) || Read::rightKey(*segment)) segment = nullptr;
+            if (place.segment && Read::rightKey(*place.segment)) addSummaries(*m_summaries);
+            place = segments.locate(m_area.right);
+            if (!Read::leftKey(*place.segment) || Read::rightKey(*place.segment)) place.segment = nullptr;
         }
-        for (; segment; segment = Next(*segment)) {
-            const Keyframe* const left = Read::leftKey(*segment);
+        for (; place.segment; segments.advance(place)) {
+            const Keyframe* const left = Read::leftKey(*place.segment);
             if (left && left->getX() > m_area.right) break;
-            addSegment(*segment);
+            addSegment(*place.segment);
         }
         finishNarrow();
     }
@@ -447,7 +448,7 @@ private:
     void addNarrow(const Segment& segment) {
         const SegmentSummary summary =
             m_quantity == ViewPolyline::Value ? Summarise(segment) : summariseSlopes(segment);
-        addToColumn(summary.x, summary.y, summary.x, summary.y, summary.low, summary.high);
+        addToColumn(summary);
         m_lastNarrow = &segment;
         m_lastNarrowX = summary.x;
     }
@@ -479,15 +480,20 @@ private:
         return summary;
     }
 
-    // The segments of one group or segment: where the first and the last begin, and their extents.
-    void addToColumn(double firstX, double firstY, double lastX, double lastY, double low, double high) {
-        if (!(low <= high)) return;
-        const Point first{toPixel(firstX), std::isfinite(firstY) ? firstY : low};
-        const Point last{toPixel(lastX), std::isfinite(lastY) ? lastY : low};
-        const double index = std::floor(first.x);
-        if (m_column && m_column->index != index) flushColumn();
+    static double startOf(const SegmentSummary& segment, double low) noexcept {
+        return std::isfinite(segment.y) ? segment.y : low;
+    }
+    void addToColumn(const SegmentSummary& segment) {
+        if (!(segment.low <= segment.high)) return;
+        const Point start{toPixel(segment.x), startOf(segment, segment.low)};
+        addToColumn(start, start, segment.low, segment.high);
+    }
+
+    // Segments of one column: where the first and the last begin, and their extents.
+    void addToColumn(const Point& first, const Point& last, double low, double high) {
+        if (m_column && !(first.x < m_column->index + 1.0)) flushColumn();
         if (!m_column) {
-            m_column = Column{index, first, last, low, high};
+            m_column = Column{std::floor(first.x), first, last, low, high};
             return;
         }
         m_column->last = last;
@@ -558,14 +564,16 @@ private:
         const SegmentSummary& last = segments[group.end - 1];
         if (first.x >= m_area.left && last.x < m_area.right
             && std::floor(toPixel(first.x)) == std::floor(toPixel(last.x))) {
-            addToColumn(first.x, first.y, last.x, last.y, group.low, group.high);
+            if (group.low <= group.high)
+                addToColumn({toPixel(first.x), startOf(first, group.low)}, {toPixel(last.x), startOf(last, group.low)},
+                            group.low, group.high);
             m_lastNarrowX = last.x;
             return;
         }
         for (std::size_t i = group.begin; i < group.end && segments[i].x < m_area.right; ++i) {
             const SegmentSummary& segment = segments[i];
             if ((i + 1 < group.end ? segments[i + 1].x : group.endX) <= m_area.left) continue;
-            addToColumn(segment.x, segment.y, segment.x, segment.y, segment.low, segment.high);
+            addToColumn(segment);
             m_lastNarrowX = segment.x;
         }
     }

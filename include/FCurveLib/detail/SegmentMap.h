@@ -80,6 +80,9 @@ public:
     /// Number of the entry that starts at x. Precondition: there is one.
     std::size_t indexOf(double x) const noexcept;
 
+    /// Whether more entries than that start from one abscissa to another, both included. Looks at the index alone.
+    bool hasMoreThan(std::size_t entries, double from, double to) const noexcept;
+
     /// Where an abscissa belongs: the entry that find() gives, and whether it starts at exactly that abscissa. Good
     /// until the map changes.
     struct Place {
@@ -89,14 +92,27 @@ public:
         bool isAt;
     };
     Place locate(double x) const noexcept;
+    /// Goes on to the next entry; the segment is null after the last one. For long walks: memory is asked for what
+    /// comes.
+    void advance(Place& place) const noexcept;
+
+    struct Slot {
+        double x;
+        Segment* segment;
+    };
+    using Block = std::vector<Slot>;
+    /// Memory for insertions to come.
+    using Room = std::vector<Block>;
 
     /// Adds the first entry, the leading one. Precondition: the map is empty.
     void insertLeading(Segment* segment);
     /// Replaces the first entry. Precondition: there is one.
     void setLeading(Segment* segment) noexcept { m_head.front().segment = segment; }
+    /// Room for so many insertions, whatever is taken out before. What throws changes nothing.
+    Room makeRoom(std::size_t insertions);
     /// Adds an entry after the place where x belongs. Precondition: the map has no entry at x. Throws std::bad_alloc
-    /// and then changes nothing.
-    void insert(const Place& place, double x, Segment* segment);
+    /// and then changes nothing; never throws while there is room.
+    void insert(const Place& place, double x, Segment* segment, Room* room = nullptr);
     /// Takes the entry at x out. Precondition: there is one.
     void erase(double x) noexcept;
     /// Gives the entry at oldX another abscissa that leaves the order as it is. Precondition: there is one.
@@ -104,11 +120,6 @@ public:
 
 private:
     static constexpr std::size_t blockSize = 128;
-    struct Slot {
-        double x;
-        Segment* segment;
-    };
-    using Block = std::vector<Slot>;
 
     // Blocks are counted from the head, which is number 0.
     std::size_t findBlock(double x) const noexcept;

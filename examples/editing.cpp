@@ -77,7 +77,7 @@ void MoveAndScale() {
 
     options.others = MoveOptions::Cross; // or pass them
     report = MoveKeys(group, {40.0, 0.5}, options);
-    Expect(report.offset.x == 40.0 && report.renewed == 4, "passed the others");
+    Expect(report.offset.x == 40.0 && report.passed == 4, "passed the others");
 
     options.others = MoveOptions::Ripple; // or shift all later keys along
     MoveKeys(selection, {-4.0, 0.0}, options);

@@ -26,6 +26,13 @@ public:
         const auto frame = m_frame;
         (EditHub::of(*curves).*action)(frame);
     }
+    // Nobody is told what it throws.
+    void tryTo(void (EditHub::*action)(const std::shared_ptr<EditHub::Frame>&)) const noexcept {
+        try {
+            if (isOpen()) call(action);
+        } catch (...) { // NOLINT(bugprone-empty-catch): deliberate, for a destructor
+        }
+    }
 
 private:
     std::shared_ptr<FCurveContainer> m_curves;
@@ -42,10 +49,10 @@ EditGroup::EditGroup(Selection& selection, const char* name, std::uint32_t optio
 }
 
 EditGroup::~EditGroup() {
-    try {
-        m_bracket->isUnwinding() ? cancel() : end();
-    } catch (...) { // NOLINT(bugprone-empty-catch): deliberate, a destructor has nobody to tell
-    }
+    if (m_bracket->isUnwinding()) m_bracket->tryTo(&EditHub::cancel);
+    m_bracket->tryTo(&EditHub::end);
+    m_bracket->tryTo(&EditHub::end); // what there was to tell has been told: an observer threw
+    m_bracket->tryTo(&EditHub::abandon);
 }
 
 void EditGroup::step() {

@@ -36,8 +36,13 @@ void EditHistory::closeLoose() {
         m_isClean = false;
         return;
     }
-    record->close(*m_curves);
-    push(std::move(record), false);
+    try {
+        record->close(*m_curves);
+        push(std::move(record), false);
+    } catch (...) { // no memory to keep it: what was before cannot be brought back either
+        loseTrack();
+        throw;
+    }
 }
 
 void EditHistory::push(std::unique_ptr<EditRecord> record, bool merges) {
@@ -145,7 +150,12 @@ void EditHistory::clear() noexcept {
     m_isClean = wasClean;
     m_clean = 0;
     m_kept = 0;
-    if (m_loose && !m_loose->isEmpty()) m_loose = std::make_unique<EditRecord>("");
+    if (m_loose) m_loose->forget();
+}
+
+void EditHistory::loseTrack() noexcept {
+    clear();
+    m_isClean = false;
 }
 
 void EditHistory::setClean() {

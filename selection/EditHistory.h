@@ -37,6 +37,8 @@ public:
     bool mentions(const FCurve& curve) const noexcept;
     void destroyed(FCurve& curve);
     void clear() noexcept;
+    // Something happened that no step tells: nothing from before can be brought back, nor is the document as saved.
+    void loseTrack() noexcept;
 
     struct Step {
         std::unique_ptr<EditRecord> record;

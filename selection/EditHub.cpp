@@ -162,9 +162,13 @@ void EditHub::joined(FCurve& curve) {
 void EditHub::destroyed(FCurve& curve) noexcept {
     m_attached.erase(&curve);
     m_watch.destroyed(curve);
-    for (const auto& frame : m_frames)
-        if (frame->record->mentions(curve)) frame->record->destroyed(curve);
-    if (m_history) m_history->destroyed(curve);
+    try {
+        for (const auto& frame : m_frames)
+            if (frame->record->mentions(curve)) frame->record->destroyed(curve);
+        if (m_history) m_history->destroyed(curve);
+    } catch (...) { // no memory to sort out what dies with it
+        forgetAll();
+    }
 }
 
 bool EditHub::mutes() const noexcept {
@@ -193,7 +197,11 @@ std::shared_ptr<EditHub::Frame> EditHub::open(const char* name, std::uint32_t op
     try {
         tellBegan(EditSummary::Edit, frame->record->name());
     } catch (...) {
-        end(frame);
+        try {
+            end(frame);
+        } catch (...) {
+            abandon(frame);
+        }
         throw;
     }
     return frame;
@@ -246,7 +254,12 @@ void EditHub::end(const std::shared_ptr<Frame>& frame) {
     if (!frame->isOpen) return;
     while (m_frames.back() != frame) end(std::shared_ptr<Frame>(m_frames.back()));
     if (m_frames.size() > 1) {
-        m_frames[m_frames.size() - 2]->record->absorb(*frame->record);
+        try {
+            m_frames[m_frames.size() - 2]->record->absorb(*frame->record);
+        } catch (...) {
+            abandon(frame);
+            throw;
+        }
         m_frames.pop_back();
         frame->isOpen = false;
         return;
@@ -257,10 +270,16 @@ void EditHub::end(const std::shared_ptr<Frame>& frame) {
     m_watch.takeStep(m_container); // what observers edited meanwhile
     frame->isOpen = false;
     m_frames.clear();
-    EditSummary summary = m_watch.takeAll(m_container);
-    summary.name = frame->record->name();
-    frame->record->close(m_container);
-    if (m_history) m_history->push(std::move(frame->record), (frame->options & EditGroup::Merge) != 0);
+    EditSummary summary;
+    try {
+        summary = m_watch.takeAll(m_container);
+        summary.name = frame->record->name();
+        frame->record->close(m_container);
+        if (m_history) m_history->push(std::move(frame->record), (frame->options & EditGroup::Merge) != 0);
+    } catch (...) { // no memory to keep it
+        forgetAll();
+        throw;
+    }
     tellEnded(summary);
 }
 
@@ -277,9 +296,7 @@ void EditHub::cancel(const std::shared_ptr<Frame>& frame) {
         try {
             frame->record->reopen(EditRecord::curvesOf(m_container));
         } catch (...) {
-            frame->isOpen = false;
-            m_frames.pop_back();
-            if (m_history) m_history->clear();
+            abandon(frame);
         }
         throw;
     }
@@ -288,6 +305,21 @@ void EditHub::cancel(const std::shared_ptr<Frame>& frame) {
     m_frames.pop_back();
     restoration.tellChanges(!quiet || !m_frames.empty());
     if (m_frames.empty()) restoration.tellSummary();
+}
+
+void EditHub::abandon(const std::shared_ptr<Frame>& frame) {
+    while (frame->isOpen) {
+        m_frames.back()->isOpen = false;
+        m_frames.pop_back();
+    }
+    if (m_frames.empty()) m_watch = EditWatch();
+    forgetAll();
+}
+
+// What is open still goes on; but nothing from before can be brought back.
+void EditHub::forgetAll() noexcept {
+    for (const auto& frame : m_frames) frame->record->forget();
+    if (m_history) m_history->loseTrack();
 }
 
 // --- restoring -------------------------------------------------------------------------------------------------------

@@ -44,6 +44,8 @@ public:
     void step(const std::shared_ptr<Frame>& frame);
     void end(const std::shared_ptr<Frame>& frame);
     void cancel(const std::shared_ptr<Frame>& frame);
+    // Leaves the edits as they are, and nothing of them to undo. Never throws.
+    void abandon(const std::shared_ptr<Frame>& frame);
 
     EditHistory* history() const noexcept { return m_history; }
     void setHistory(EditHistory* history) noexcept { m_history = history; }
@@ -90,6 +92,7 @@ public:
 
 private:
     EditRecord* target(FCurve* curve) noexcept;
+    void forgetAll() noexcept;
     bool isQuiet() const noexcept { return !m_frames.empty() && (m_frames.front()->options & EditGroup::Quiet); }
     bool watches() const noexcept { return !m_frames.empty() && (isQuiet() || !m_observers.empty()); }
     void recorded() noexcept;

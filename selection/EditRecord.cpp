@@ -371,6 +371,17 @@ void EditRecord::destroyed(FCurve& curve) {
     if (!wasOpen) m_index.reset();
 }
 
+void EditRecord::forget() noexcept {
+    if (m_index) *m_index = Index();
+    m_blocks.clear();
+    m_properties.clear();
+    m_names.clear();
+    m_texts.clear();
+    m_contents.reset();
+    m_curves.clear();
+    m_removed = 0;
+}
+
 // --- bringing back ---------------------------------------------------------------------------------------------------
 
 // What exchange() is about to do, with all the memory that it takes.
@@ -388,9 +399,9 @@ struct EditRecord::Plan {
     std::vector<Move> moves;
     std::vector<std::uint32_t> owners; // the curves that the blocks are in now, by number
     std::vector<Map> maps;
-    std::vector<PropertyRecord> properties; // that are recorded afterwards
-    Curves curves;                          // that those to come replace
-    std::unique_ptr<char[]> room;           // given back for the way back
+    std::vector<PropertyRecord> properties;              // that are recorded afterwards
+    Curves curves;                                       // that those to come replace
+    std::unordered_map<FCurve*, SegmentMap::Room> rooms; // for the blocks that come into a curve
 };
 
 void EditRecord::exchange(FCurveContainer& container, EditChanges& changes) {
@@ -456,9 +467,46 @@ void EditRecord::planBlocks(Plan& plan, EditChanges& changes) {
             from ? Recording::touch(&block) : Recording::add(*to, block);
         plan.moves.push_back({record.block, from, to});
     }
-    // More than a curve's index can need for as many entries, from which others had been taken.
-    constexpr std::size_t most = 4096;
-    plan.room.reset(new char[most * (1 + plan.moves.size() / 32)]);
+    std::unordered_map<FCurve*, std::size_t> coming;
+    for (const Plan::Move& move : plan.moves)
+        if (move.to && !move.block->isLeading()) ++coming[move.to];
+    for (const auto& [curve, blocks] : coming) plan.rooms.emplace(curve, Raw::makeRoom(*curve, blocks));
+    for (FCurve* const curve : reordered()) changes.replaced(*curve);
+}
+
+// The curves in which a block that stays comes to stand on another side of one that stays.
+std::vector<FCurve*> EditRecord::reordered() const {
+    struct Move {
+        FCurve* curve;
+        const BlockRecord* record;
+        double from() const noexcept { return record->block->key.getX(); }
+    };
+    std::vector<Move> moves; // and blocks that go, which nobody passes
+    for (const BlockRecord& record : m_blocks)
+        if (FCurve* const owner = record.block->isLeading() ? nullptr : ownerOf(*record.block))
+            moves.push_back({owner, &record});
+    std::sort(moves.begin(), moves.end(), [](const Move& a, const Move& b) {
+        return a.curve != b.curve ? std::less<>()(a.curve, b.curve) : a.from() < b.from();
+    });
+    std::vector<FCurve*> found;
+    double before = 0.0; // where the last block that stays is to stand
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        const auto& [curve, record] = moves[i];
+        const Block& block = *record->block;
+        const Block* const previous = block.previous();
+        if (i == 0 || moves[i - 1].record->block.get() != previous)
+            before = previous->isLeading() ? -std::numeric_limits<double>::infinity() : previous->key.getX();
+        bool passes = false;
+        if (curveAt(record->was) == curve) {
+            passes = !(record->position.x > before);
+            before = record->position.x;
+        }
+        const Block* const next = block.next();
+        const bool isNext = i + 1 < moves.size() && moves[i + 1].record->block.get() == next;
+        if (next && !isNext) passes = passes || !(next->key.getX() > before);
+        if (passes && (found.empty() || found.back() != curve)) found.push_back(curve);
+    }
+    return found;
 }
 
 // While a block is in no curve, the record has all of its properties; while it is in one, those that differ.
@@ -511,47 +559,29 @@ void EditRecord::planProperties(Plan& plan, EditChanges& changes) {
         WithPart(map.place, map.carrier, [](auto& part) { MakeRoom(Raw::stored(part)); });
 }
 
-// The places and shapes of blocks, and the list of curves. All, or what throws leaves nothing of it.
+// The places and shapes of blocks, and the list of curves. What throws comes first.
 void EditRecord::exchangeBlocks(Plan& plan, FCurveContainer& container) {
-    const auto& moves = plan.moves;
+    if (m_contents) Raw::replaceCurves(container, m_contents->first, m_contents->count, m_contents->curves);
+
     // Whatever is to stand elsewhere is taken out first: then nothing can be in the way of anything.
-    const auto takeOut = [&] {
-        for (const Plan::Move& move : moves)
-            if (!move.block->isLeading() && ownerOf(*move.block)) Raw::unlink(*move.block);
-    };
-    const auto exchangeShapes = [&] {
-        for (BlockRecord& record : m_blocks) {
-            BlockShape before(*record.block);
-            if (curveAt(record.was)) Raw::setShape(*record.block, record);
-            static_cast<BlockShape&>(record) = std::move(before);
-        }
-    };
-    const auto putIn = [&](FCurve* Plan::Move::*where) {
-        for (const Plan::Move& move : moves) {
-            if (!move.block->isLeading() || move.from == move.to) continue;
-            if (FCurve* const curve = move.*where)
-                Raw::setLeading(*curve, move.block);
-            else
-                Raw::leave(*move.block);
-        }
-        for (const Plan::Move& move : moves) {
-            FCurve* const curve = move.*where;
-            if (move.block->isLeading() || !curve) continue;
-            const SegmentMap::Place place = Raw::locate(*curve, move.block->key.getX());
-            if (!place.isAt) Raw::link(*curve, place, move.block);
-        }
-    };
-    takeOut();
-    exchangeShapes();
-    try {
-        putIn(&Plan::Move::to);
-        if (m_contents) Raw::replaceCurves(container, m_contents->first, m_contents->count, m_contents->curves);
-    } catch (...) {
-        plan.room.reset();
-        takeOut();
-        exchangeShapes();
-        putIn(&Plan::Move::from);
-        throw;
+    for (const Plan::Move& move : plan.moves)
+        if (!move.block->isLeading() && ownerOf(*move.block)) Raw::unlink(*move.block);
+    for (BlockRecord& record : m_blocks) {
+        BlockShape before(*record.block);
+        if (curveAt(record.was)) Raw::setShape(*record.block, record);
+        static_cast<BlockShape&>(record) = std::move(before);
+    }
+    for (const Plan::Move& move : plan.moves) {
+        if (!move.block->isLeading() || move.from == move.to) continue;
+        if (move.to)
+            Raw::setLeading(*move.to, move.block);
+        else
+            Raw::leave(*move.block);
+    }
+    for (const Plan::Move& move : plan.moves) {
+        if (move.block->isLeading() || !move.to) continue;
+        const SegmentMap::Place place = Raw::locate(*move.to, move.block->key.getX());
+        if (!place.isAt) Raw::link(*move.to, place, move.block, &plan.rooms.find(move.to)->second);
     }
 }
 
@@ -576,6 +606,7 @@ void EditRecord::watch(EditWatch& watch) const {
     for (const auto& entry : m_names)
         if (FCurve* curve = m_curves[entry.first]) watch.intrinsic(*curve);
     if (m_contents) watch.container();
+    for (FCurve* const curve : reordered()) watch.keys(*curve);
 }
 
 std::size_t EditRecord::openBytes() const noexcept {

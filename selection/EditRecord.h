@@ -70,6 +70,8 @@ public:
 
     // A curve is about to die, but its blocks that are recorded stay.
     void destroyed(FCurve& curve);
+    // Forgets everything.
+    void forget() noexcept;
 
     // What it keeps in memory, parts and curves that it alone keeps included.
     std::size_t bytes(const FCurveContainer& container) const noexcept;
@@ -113,6 +115,7 @@ private:
     void planBlocks(Plan& plan, EditChanges& changes);
     void planProperties(Plan& plan, EditChanges& changes);
     void exchangeBlocks(Plan& plan, FCurveContainer& container);
+    std::vector<FCurve*> reordered() const;
 
     std::string m_name;
     std::vector<FCurve*> m_curves; // null once destroyed

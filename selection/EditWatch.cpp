@@ -127,6 +127,10 @@ void EditWatch::intrinsic(FCurve& curve) {
     m_step.of(curve).intrinsic = true;
 }
 
+void EditWatch::keys(FCurve& curve) {
+    m_step.of(curve).keys = true;
+}
+
 void EditWatch::whole(FCurve& curve) {
     CurveEdit& edit = m_step.of(curve);
     edit.values = {-kInfinity, kInfinity};

@@ -21,6 +21,7 @@ public:
     void property(Block& block, FCurve& curve); // of one of its parts
     void intrinsic(FCurve& curve);
     void whole(FCurve& curve);
+    void keys(FCurve& curve); // that another order is to have
     void container() noexcept { m_step.container = true; }
     void destroyed(FCurve& curve) noexcept;
 

@@ -1,13 +1,13 @@
 #include "selection/GroupPlan.h"
 
 #include "FCurveLib/Interpolator.h"
+#include "model/Delivery.h"
 #include "model/Raw.h"
 #include "model/TangentUpdate.h"
 
 #include <algorithm>
 #include <cmath>
 #include <deque>
-#include <string>
 #include <unordered_map>
 #include <utility>
 
@@ -361,37 +361,34 @@ std::vector<GroupPlan::Spot> GroupPlan::passingOf(const Curve& curve) const {
 
 namespace {
 
-// A key that has left its curve and is to come in again elsewhere, with all that is its own.
-struct Traveller {
-    std::shared_ptr<Keyframe> key;
-    std::shared_ptr<Segment> segment; // the one that starts there
-    std::shared_ptr<Tangent> in, out;
-    Vector2D<double> to;
-};
-
-void CopyProperties(const Segment& from, Segment& to) {
-    const std::vector<std::pair<std::string, std::string>> properties(from.beginProperties(), from.endProperties());
-    for (const auto& [key, value] : properties) to.setProperty(key.c_str(), value.c_str());
+// Puts a block that has left its curve in again, where its key says, unless a key stands there; whether it did.
+bool ComeIn(FCurve& curve, const std::shared_ptr<Block>& block, SegmentMap::Room& room) {
+    const SegmentMap::Place place = Raw::locate(curve, block->key.getX());
+    if (block->curve() || place.isAt) return false;
+    Recording::add(curve, *block);
+    Raw::link(curve, place, block, &room);
+    return true;
 }
 
 } // namespace
 
-// Observers are called at each step, and may do anything to the curve meanwhile: what is held here stays sound.
+// The keys that pass others leave the curve and come in again, with their segments and tangents. Observers are called
+// when they have left and when all are there, and may do anything to the curve meanwhile: what is held here stays
+// sound. What they throw leaves no key outside.
 void GroupPlan::cross(Curve& curve, const std::vector<Spot>& passing) {
-    std::vector<Traveller> travellers;
-    std::vector<Entry*> entries;
     FCurve& c = *curve.curve;
+    std::vector<std::shared_ptr<Block>> travellers;
+    std::vector<Vector2D<double>> places;
     for (const Spot& spot : passing) {
         const Vector2D<double> to = placeOf(spot);
         if (Read::curve(*spot.key) != &c || !std::isfinite(to.x) || !std::isfinite(to.y)) return;
-        travellers.push_back(
-            {spot.entry->key, spot.key->getRightSegment(), spot.key->getInTangent(), spot.key->getOutTangent(), to});
-        entries.push_back(spot.entry);
+        travellers.push_back(Block::of(*spot.key)->self.lock());
+        places.push_back(to);
     }
     std::vector<Spot> stay;
     std::size_t leaving = 0; // in the same order
     for (const Spot& spot : curve.spots) {
-        if (leaving < entries.size() && spot.entry == entries[leaving])
+        if (leaving < passing.size() && spot.entry == passing[leaving].entry)
             ++leaving;
         else
             stay.push_back(spot);
@@ -400,50 +397,47 @@ void GroupPlan::cross(Curve& curve, const std::vector<Spot>& passing) {
 
     const std::shared_ptr<Segment> oldEnd = (--c.end())->getShared();
     const std::shared_ptr<Interpolator> outside = oldEnd->getInterpolator();
-    for (const Traveller& traveller : travellers)
-        if (Read::curve(*traveller.segment) == &c) c.removeSegment(Read::iteratorAt(c, *traveller.segment));
-    {
-        PendingChanges changes(&c);
+    SegmentMap::Room room = Raw::makeRoom(c, travellers.size());
+    PendingChanges changes(&c);
+    std::vector<std::shared_ptr<Segment>> added, ends;
+    try {
+        for (const auto& block : travellers)
+            if (block->curve() == &c) c.removeSegment(Read::iteratorAt(c, block->segment));
         move(curve, changes);
-        changes.notify();
+        for (std::size_t i = 0; i < travellers.size(); ++i) {
+            if (travellers[i]->curve()) continue;
+            travellers[i]->key.set(places[i]);
+            if (ComeIn(c, travellers[i], room)) added.push_back(travellers[i]->segment.getShared());
+        }
+    } catch (...) {
+        for (const auto& block : travellers) ComeIn(c, block, room);
+        throw;
     }
-    std::vector<std::shared_ptr<Segment>> added;
-    for (std::size_t i = 0; i < travellers.size(); ++i) {
-        const Traveller& traveller = travellers[i];
-        traveller.key->set(traveller.to);
-        const auto place = c.insertSegment(*traveller.key, traveller.segment->getInterpolator());
-        added.push_back(place == c.end() ? nullptr : place->getShared());
-        if (place == c.end()) continue;
-        entries[i]->key = place->getLeftKey();
-        ++m_report.renewed;
-    }
-    const auto isHere = [&](const std::shared_ptr<Segment>& segment) { return segment && Read::curve(*segment) == &c; };
-    for (std::size_t i = 0; i < travellers.size(); ++i) {
-        if (!isHere(added[i])) continue;
-        CopyProperties(*travellers[i].segment, *added[i]);
-        const auto in = entries[i]->key->getInTangent(), out = entries[i]->key->getOutTangent();
-        if (in) *in = *travellers[i].in;
-        if (out) *out = *travellers[i].out;
-    }
-    // The limits of handles that were set for other spans, and the types that follow the keys around.
-    for (std::size_t i = 0; i < travellers.size(); ++i) {
-        if (!isHere(added[i])) continue;
-        for (const auto& tangent : {entries[i]->key->getInTangent(), entries[i]->key->getOutTangent()})
-            if (tangent) tangent->set(tangent->get());
-        PendingChanges changes(&c);
-        scaleHandles(*entries[i], changes);
-        changes.notify();
+    m_report.passed += added.size();
+    for (std::size_t i = 0; i < passing.size(); ++i) {
+        Keyframe& key = travellers[i]->key;
+        if (Read::curve(key) != &c) continue;
+        UpdateBeforeChange(Read::previousKey(key), changes);
+        UpdateTangents(&key, &key, changes);
+        UpdateAfterChange(Read::nextKey(key), changes);
+        scaleHandles(*passing[i].entry, changes);
     }
     // What the curve does beyond its last key stays there: the new last key has it, and the old one that key's.
     const std::shared_ptr<Segment> newEnd = (--c.end())->getShared();
-    const std::shared_ptr<Segment> old = isHere(oldEnd) ? oldEnd : [&] {
-        for (std::size_t i = 0; i < travellers.size(); ++i)
-            if (travellers[i].segment == oldEnd) return added[i];
-        return std::shared_ptr<Segment>();
-    }();
-    if (old == newEnd || !isHere(old)) return;
-    old->setInterpolator(newEnd->getInterpolator());
-    newEnd->setInterpolator(outside);
+    if (newEnd != oldEnd && Read::curve(*oldEnd) == &c) {
+        Raw::setInterpolator(*oldEnd, Raw::setInterpolator(*newEnd, outside));
+        ends = {oldEnd, newEnd};
+    }
+    const auto tell = [&](const std::shared_ptr<Segment>& segment, const auto& call) {
+        if (Read::curve(*segment) == &c) Deliver(&c, *segment, call);
+    };
+    for (const auto& segment : added)
+        tell(segment, [&](FCurveObserver& observer) { observer.segmentAdded(c, *segment); });
+    for (const auto& segment : ends)
+        tell(segment, [&](FCurveObserver& observer) {
+            observer.segmentIntrinsicChanged(*segment, FCurveObserver::SegmentInterpolator);
+        });
+    changes.notify();
 }
 
 } // namespace Private

@@ -46,7 +46,8 @@ public:
     explicit EditGroup(Selection& selection, const char* name = "", std::uint32_t options = Plain);
     EditGroup(const EditGroup&) = delete;
     EditGroup& operator=(const EditGroup&) = delete;
-    /// Ends the group; where an exception is what destroys it, cancels it. Exceptions of observers end here.
+    /// Ends the group; where an exception is what destroys it, cancels it. Exceptions of observers end here, and so
+    /// does std::bad_alloc: what could not be put back stays.
     ~EditGroup();
 
     /// Tells editStepped, if anything changed since the last step. An inner group does nothing.
@@ -55,6 +56,9 @@ public:
     void end();
     /// Puts everything back as it was when the group was opened, tells the observers of what that changes, then
     /// editStepped and editEnded as Cancel. Does nothing when the group is no longer open.
+    ///
+    /// Where memory runs out (std::bad_alloc) all is put back, or nothing has changed and the group is open still. Only
+    /// if there is not even room for that it is over: its edits stay, and an UndoStack has forgotten its steps.
     void cancel();
     bool isOpen() const noexcept;
     /// @}

@@ -35,7 +35,7 @@ struct CurveEdit {
     Range parts;
     /// Values changed, and the curve repeats them before its first key or after its last one.
     bool repeats = false;
-    bool keys = false;      ///< keys were added or removed
+    bool keys = false;      ///< keys were added or removed, or passed others
     bool intrinsic = false; ///< the curve's name, or a property of its own
 };
 

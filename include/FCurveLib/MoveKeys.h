@@ -31,7 +31,7 @@ struct MoveOptions {
 struct MoveReport {
     std::size_t keys = 0;    ///< of the group, still in their curves
     std::size_t others = 0;  ///< keys outside the group that moved: those that shifted along, and breakdown keys
-    std::size_t renewed = 0; ///< keys of the group that passed another one, and are new objects now
+    std::size_t passed = 0;  ///< keys of the group that passed another one
     bool isLimited = false;  ///< something held the group back in time
     Vector2D<double> offset; ///< by how much the group's first key in time is now away from where it stood
     Vector2D<double> factor; ///< by which distances are now scaled
@@ -43,10 +43,12 @@ struct MoveReport {
 ///
 /// What stands outside the group stops it, is passed, or shifts along (MoveOptions); breakdown keys keep their
 /// proportion of the way, automatic tangents follow, keys that others have put closer than 0.001 keep that distance.
-/// docs/editing.md has the details, also which keys are new objects afterwards.
+/// All keys stay the same objects, with their segments and tangents, and so do iterators and references to them.
 ///
-/// Observers hear what they hear of Keyframe::set, and of insertSegment and removeSegment where keys pass others. A
-/// curve in which no key passes another is complete before the first observer is called.
+/// Observers hear what they hear of Keyframe::set. Keys that pass others leave their curve and come in again: observers
+/// hear segmentRemoved, then segmentAdded, of the same segment; undoing that tells curveChanged. A curve in which no
+/// key passes another is complete before the first observer is called. An exception of an observer passes through; no
+/// key is lost.
 ///
 /// Arguments that are not finite, and factors of time of 0 and less, change nothing. Time: n log n in the number of
 /// keys that move (a little more where keys cross, to find room).

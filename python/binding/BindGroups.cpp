@@ -157,7 +157,7 @@ void BindGroups(py::module_& module, CurveClass& curve) {
     py::class_<MoveReport>(module, "MoveReport", py::is_final(), "What became of keys that were moved.")
         .def_readonly("keys", &MoveReport::keys, "How many of the group are in their curves.")
         .def_readonly("others", &MoveReport::others, "How many keys moved along.")
-        .def_readonly("renewed", &MoveReport::renewed, "How many passed others, and are new objects.")
+        .def_readonly("passed", &MoveReport::passed, "How many passed others.")
         .def_readonly("is_limited", &MoveReport::isLimited, "Whether other keys held the group back.")
         .def_property_readonly(
             "offset", [](const MoveReport& self) { return FCurvePython::ToPython(self.offset); },

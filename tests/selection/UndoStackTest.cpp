@@ -118,6 +118,15 @@ TEST(EditGroup, OutlivesWhatItsObserversDo) {
     };
     EXPECT_TRUE(stack->redo());
     EXPECT_EQ(document.curve->size(), 5U);
+
+    UndoStack another(document.selection);
+    destroyer.stepped = [] { throw 1; };
+    { // is over all the same
+        EditGroup thrown(*document.curves);
+        KeyAt(*document.curve, 0)->setY(60.0);
+    }
+    destroyer.stepped = [] {};
+    EXPECT_TRUE(another.undo());
 }
 
 TEST(UndoStack, MergesNudgesAndKnowsTheSavedState) {
@@ -202,18 +211,40 @@ TEST(UndoStack, DoesAllOrNothingWhenMemoryRunsOut) {
         curves.addCurve(Keys(2));
     }
     const Remembered after(curves);
-    for (const bool undo : {true, false, true})
-        for (long others = 0;; ++others) {
-            const bool failed = runsOutOfMemory(others, [&] { undo ? stack.undo() : stack.redo(); });
-            const bool isUndone = stack.redoSize() == 1;
-            ASSERT_EQ(stack.undoSize(), isUndone ? 0U : 1U);
-            ASSERT_EQ((isUndone ? before : after).differenceTo(curves), "") << others << (undo ? " undo" : " redo");
-            for (FCurve& curve : curves) ASSERT_EQ(Fault(curve), "") << others;
-            if (!failed) {
-                ASSERT_GT(others, 100);
-                break;
+    for (const bool forGood : {false, true})
+        for (const bool undo : {true, false})
+            for (long others = 0;; ++others) {
+                const bool failed = runsOutOfMemory(
+                    others, [&] { undo ? stack.undo() : stack.redo(); }, forGood);
+                const bool isUndone = stack.redoSize() == 1;
+                ASSERT_EQ(stack.undoSize(), isUndone ? 0U : 1U);
+                ASSERT_EQ((isUndone ? before : after).differenceTo(curves), "") << others << (undo ? " undo" : " redo");
+                for (FCurve& curve : curves) ASSERT_EQ(Fault(curve), "") << others;
+                if (!failed) {
+                    ASSERT_GT(others, 100);
+                    break;
+                }
+                if (isUndone == undo) undo ? stack.redo() : stack.undo(); // complete, but somebody was not told
             }
-            if (isUndone == undo) undo ? stack.redo() : stack.undo(); // complete, but somebody was not told
+}
+
+TEST(EditGroup, CancelsAllOrNothingWhenMemoryRunsOut) {
+    for (const bool forGood : {false, true})
+        for (long others = 0;; ++others) {
+            Document document(150);
+            const UndoStack stack(document.selection);
+            const Remembered before(*document.curves);
+            EditGroup group(*document.curves);
+            while (document.curve->size() > 20) document.curve->removeSegment(--document.curve->end());
+            KeyAt(*document.curve, 3)->setProperty("a long name of a property", "and a value as long as that");
+            const Remembered edited(*document.curves);
+            const bool failed = runsOutOfMemory(
+                others, [&] { group.cancel(); }, forGood);
+            const bool isBack = before.differenceTo(*document.curves).empty();
+            ASSERT_TRUE(isBack || edited.differenceTo(*document.curves).empty()) << others;
+            ASSERT_TRUE(isBack || forGood || group.isOpen()) << others;
+            ASSERT_EQ(Fault(*document.curve), "") << others;
+            if (!failed) break;
         }
 }
 

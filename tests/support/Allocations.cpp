@@ -13,10 +13,15 @@ std::atomic<std::size_t> g_allocations{0};
 std::atomic<std::size_t> g_held{0};
 std::atomic<std::size_t> g_peak{0};
 std::atomic<long> g_toFailure{-1}; // allocations; negative: none is to fail
+std::atomic<bool> g_failsForGood{false};
 
 void* allocate(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) noexcept {
     ++g_allocations;
-    if (g_toFailure >= 0 && g_toFailure-- == 0) return nullptr;
+    if (g_toFailure == 0) {
+        if (!g_failsForGood) g_toFailure = -1;
+        return nullptr;
+    }
+    if (g_toFailure > 0) --g_toFailure;
     void* const memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment);
     if (!memory) return nullptr;
     const std::size_t held = g_held += malloc_usable_size(memory);
@@ -60,7 +65,8 @@ std::size_t allocationsSoFar() noexcept {
     return g_allocations;
 }
 
-void failAllocationAfter(long others) noexcept {
+void failAllocationAfter(long others, bool forGood) noexcept {
+    g_failsForGood = forGood;
     g_toFailure = others;
 }
 

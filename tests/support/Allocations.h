@@ -14,14 +14,14 @@ std::size_t heldNow() noexcept;
 // The most bytes held at a time since then.
 std::size_t peakSince() noexcept;
 
-// The allocation after that many others fails, once; none does after a negative number.
-void failAllocationAfter(long others) noexcept;
+// The allocation after that many others fails, alone or with all that follow; none does after a negative number.
+void failAllocationAfter(long others, bool forGood = false) noexcept;
 
 // Whether act() ends in std::bad_alloc when the allocation after that many others fails.
 template<class Act>
-bool runsOutOfMemory(long others, const Act& act) {
+bool runsOutOfMemory(long others, const Act& act, bool forGood = false) {
     bool failed = false;
-    failAllocationAfter(others);
+    failAllocationAfter(others, forGood);
     try {
         act();
     } catch (const std::bad_alloc&) {

@@ -309,6 +309,20 @@ private:
         }
     }
 
+    // Some keys of any curves, as one.
+    void editGroup() {
+        std::vector<std::shared_ptr<Keyframe>> keys;
+        for (unsigned i = 1 + below(4); i > 0; --i) keys.push_back(key());
+        KeyGroup group(keys);
+        MoveOptions options;
+        options.others = static_cast<MoveOptions::Others>(below(3));
+        options.frameStep = below(2);
+        if (coin())
+            MoveKeys(group, {number(), number()}, options);
+        else
+            ScaleKeys(group, {number(), 0.0}, {coin() ? 0.5 : 2.0, coin() ? 1.0 : -0.5}, options);
+    }
+
     void editContainer() {
         switch (below(5)) {
         case 0:
@@ -335,7 +349,7 @@ private:
     }
 
     void edit() {
-        const unsigned which = below(16);
+        const unsigned which = below(18);
         m_log += " " + std::to_string(which);
         switch (which) {
         case 0:
@@ -372,6 +386,9 @@ private:
             return coin() ? editProperty(*tangent()) : editProperty(curve());
         case 14:
             return editWhole();
+        case 15:
+        case 16:
+            return editGroup();
         default:
             return editContainer();
         }

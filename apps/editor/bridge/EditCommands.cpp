@@ -137,7 +137,7 @@ Json Session::dragTo(const Json& arguments) {
                                                    part(drag.start.y, to.y, drag.pivot.y)},
                                                   drag.options)
                                       : MoveKeys(drag.keys, {to.x - drag.start.x, to.y - drag.start.y}, drag.options);
-        if (report.renewed > 0) m_isSelectedStale = true;
+        if (report.passed > 0) m_isSelectedStale = true;
         result = {{"x", report.offset.x}, {"y", report.offset.y}, {"limited", report.isLimited}};
     }
     drag.group->step();

@@ -24,6 +24,7 @@ struct GroupOptions {
     bool crosses = false;
     bool ripples = false;
     double step = 0.0;
+    double valueStep = 0.0;
 };
 
 struct MoveCommand : GroupOptions {
@@ -44,6 +45,10 @@ void AddGroupOptions(CLI::App& command, GroupOptions& options) {
         .add_option("--snap", options.step,
                     "Grid in frames for the first key (for scale: the key farthest from --about); 1: whole frames")
         ->type_name("FRAMES");
+    command
+        .add_option("--snap-value", options.valueStep,
+                    "Grid in values for the first key (for scale: the key farthest from --about-value)")
+        ->type_name("NUMBER");
     command.footer(
         "The keys are one group over all curves: where one is held back by a key outside the group, all are, "
         "and a warning tells it.");
@@ -51,10 +56,12 @@ void AddGroupOptions(CLI::App& command, GroupOptions& options) {
 
 MoveOptions MoveOptionsOf(const GroupOptions& options) {
     if (options.step < 0.0) throw UsageError("--snap: must not be below 0");
+    if (options.valueStep < 0.0) throw UsageError("--snap-value: must not be below 0");
     MoveOptions result;
     if (options.crosses) result.others = MoveOptions::Cross;
     if (options.ripples) result.others = MoveOptions::Ripple;
     result.frameStep = options.step;
+    result.valueStep = options.valueStep;
     return result;
 }
 

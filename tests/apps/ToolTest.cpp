@@ -360,7 +360,7 @@ TEST_F(Tool, EditsChangeTheChosenCurveOnly) {
         {"flip time", 2.0, 16.0, 2, ""},
         {"flip value --value 1", 2.0, -2.0, 2, ""},
         {"insert --at 4", 4.0, 8.0, 3, ""},
-        {"move --time 30.4 --value 1 --snap 1", 35.0, 11.0, 2, ""},
+        {"move --time 30.4 --value 1.3 --snap 1 --snap-value 1", 35.0, 11.0, 2, ""},
         {"move --time -20 --range 5:20", -0.001 + 0.002, 20.0, 2,
          "fcurvetool: warning: in.fcrvx: held back after -9.999 frames\n"},
         {"move --time -20 --range 5:20 --cross", -5.0, 10.0, 2, ""},

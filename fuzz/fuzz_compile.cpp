@@ -2,11 +2,11 @@
 // bits from single look-ups, cursors, batches and poses.
 
 #include "Require.h"
+#include "support/SameCurve.h"
 #include "support/ScriptBytes.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 namespace Fuzz {
@@ -40,10 +40,6 @@ std::shared_ptr<FCurve> AnyCurve(ScriptBytes& bytes) {
             tangent->set(Coordinate(bytes), Coordinate(bytes));
         }
     return curve;
-}
-
-bool SameBits(double a, double b) {
-    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
 }
 
 // Beside a key, and where the numbers leave no digits, rounding decides.

@@ -2,6 +2,7 @@
 // hears why not.
 
 #include "Require.h"
+#include "support/SameCurve.h"
 
 #include <cmath>
 #include <cstring>
@@ -33,14 +34,10 @@ private:
     mutable int m_count = 0;
 };
 
-bool sameBits(double a, double b) {
-    return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
-}
-
 void requireSame(const Interpolator& a, const Interpolator& b, const Segment& segment, double x, const char* what) {
-    Require(sameBits(a.eval(x, segment), b.eval(x, segment)), what, "value");
-    Require(sameBits(a.getFirstDerivative(x, segment), b.getFirstDerivative(x, segment)), what, "first derivative");
-    Require(sameBits(a.getSecondDerivative(x, segment), b.getSecondDerivative(x, segment)), what, "second derivative");
+    Require(SameBits(a.eval(x, segment), b.eval(x, segment)), what, "value");
+    Require(SameBits(a.getFirstDerivative(x, segment), b.getFirstDerivative(x, segment)), what, "first derivative");
+    Require(SameBits(a.getSecondDerivative(x, segment), b.getSecondDerivative(x, segment)), what, "second derivative");
 }
 
 void requireExtents(const Interpolator& interpolator, const Segment& segment, double x0, double x1) {

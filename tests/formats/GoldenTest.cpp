@@ -71,10 +71,8 @@ std::string errorOf(const Read& read) {
 }
 
 std::string writtenAs(const char* format, const FCurveContainer& container) {
-    MemoryStream stream;
     const bool isSingle = container.sizeProperties() == 0 && container.size() == 1;
-    isSingle ? WriteCurve(*container.begin(), stream, format) : WriteCurves(container, stream, format);
-    return BytesOf(stream);
+    return isSingle ? WrittenAs(format, *container.begin()) : WrittenAs(format, container);
 }
 
 std::string oldText(const FCurveContainer& container) {

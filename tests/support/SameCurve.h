@@ -4,6 +4,7 @@
 
 #include "FCurveLib/FCurveLib.h"
 
+#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <string>
@@ -12,10 +13,15 @@ namespace Test {
 
 using namespace VEM_FN::FCurveLib;
 
+/// One NaN is as good as another.
+inline bool SameBits(double a, double b) {
+    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+}
+
 namespace SameCurve {
 
 inline bool bits(const Vector2D<double>& a, const Vector2D<double>& b) {
-    return std::memcmp(&a.x, &b.x, sizeof a.x) == 0 && std::memcmp(&a.y, &b.y, sizeof a.y) == 0;
+    return SameBits(a.x, b.x) && SameBits(a.y, b.y);
 }
 
 template<class Part>

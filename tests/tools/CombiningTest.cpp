@@ -9,43 +9,28 @@ namespace {
 
 using Formula = std::function<double(double x)>;
 
+using Maker = std::function<std::shared_ptr<FCurve>()>;
+
+Maker Through(const Points& points, const char* kind) {
+    return [=] { return CurveThrough(points, InterpolatorFactory::create(kind)); };
+}
+Maker Curve(const std::vector<Key>& keys, const char* leading = "constant()") {
+    return [=] { return MakeCurve(keys, leading); };
+}
+
 // Partners of the museum's curves: each kind of segment that combines in its own way.
-const std::vector<std::pair<const char*, std::function<std::shared_ptr<FCurve>()>>>& Partners() {
-    static const std::vector<std::pair<const char*, std::function<std::shared_ptr<FCurve>()>>> all = {
+const std::vector<std::pair<const char*, Maker>>& Partners() {
+    static const std::vector<std::pair<const char*, Maker>> all = {
         {"none", [] { return FCurve::create(); }},
-        {"level",
-         [] {
-             return CurveThrough({{3, 0.25}}, Constant::create());
-         }},
-        {"ramp",
-         [] {
-             return CurveThrough({{-2, 0}, {9, 1}}, Linear::create());
-         }},
-        {"steps",
-         [] {
-             return CurveThrough({{0, 0}, {2.5, 1}, {4, 0.5}, {7, 0}}, Constant::create());
-         }},
-        {"thirds",
-         [] {
-             return CurveThrough({{-1, 0.2}, {3, 1}, {8, 0}}, Bezier::create());
-         }},
+        {"level", Through({{3, 0.25}}, "constant()")},
+        {"ramp", Through({{-2, 0}, {9, 1}}, "linear()")},
+        {"steps", Through({{0, 0}, {2.5, 1}, {4, 0.5}, {7, 0}}, "constant()")},
+        {"thirds", Through({{-1, 0.2}, {3, 1}, {8, 0}}, "bezier()")},
         {"line at its ends",
-         [] {
-             return MakeCurve({{-1, 0, {{-1, 0.5}}, {{1, 0.5}}}, {6, 1, {{-2, 0}}, {{1, -0.25}}, "bezier()"}},
-                              "bezier()");
-         }},
-        {"weighted",
-         [] {
-             return MakeCurve({{-1, 0, {}, {{5, 0}}}, {6, 1, {{-0.5, 0}}, {}}});
-         }},
-        {"formula",
-         [] {
-             return CurveThrough({{0, 0}, {6, 1}}, InterpolatorFactory::create("sin(x)"));
-         }},
-        {"cycle",
-         [] {
-             return MakeCurve({{0, 0}, {2, 1, {}, {}, "cycle_offset()"}}, "cycle()");
-         }},
+         Curve({{-1, 0, {{-1, 0.5}}, {{1, 0.5}}}, {6, 1, {{-2, 0}}, {{1, -0.25}}, "bezier()"}}, "bezier()")},
+        {"weighted", Curve({{-1, 0, {}, {{5, 0}}}, {6, 1, {{-0.5, 0}}, {}}})},
+        {"formula", Through({{0, 0}, {6, 1}}, "sin(x)")},
+        {"cycle", Curve({{0, 0}, {2, 1, {}, {}, "cycle_offset()"}}, "cycle()")},
     };
     return all;
 }

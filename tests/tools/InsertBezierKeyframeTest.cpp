@@ -126,6 +126,7 @@ TEST(InsertBezierKeyframe, TellsWhatKeepsByKindAndWhatByComparison) {
         {"bezier()", "bezier()", 19, KeyframeInsertion::KeepsShape},
         {"spline()", "cycle()", 11.5, KeyframeInsertion::KeepsShape},
         {"match()", "linear()", 11.5, KeyframeInsertion::KeepsShape},
+        {"easein()", "linear()", 11.5, KeyframeInsertion::KeepsShape},
         {"linear()", "constant_next()", 7, KeyframeInsertion::KeepsShape},
         {"5", "5", 11.5, KeyframeInsertion::KeepsShape},
         {"sin(x)", "sin(x)", 19, KeyframeInsertion::KeepsExpression},

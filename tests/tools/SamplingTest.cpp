@@ -1,6 +1,7 @@
 #include "support/Basics.h"
 #include "support/Museum.h"
 #include "support/Recorder.h"
+#include "support/SameCurve.h"
 
 using namespace Test;
 
@@ -88,7 +89,6 @@ public:
 };
 
 TEST(Sampling, CompilesForManySamplesWhatIsTheLibrarysOwn) {
-    const auto areSame = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
     Points points;
     std::size_t compiledValues = 0;
     for (const Exhibit& exhibit : Museum()) {
@@ -97,8 +97,8 @@ TEST(Sampling, CompilesForManySamplesWhatIsTheLibrarysOwn) {
         SampleCurve(*curve, -20.0, 40.0, 1.0 / 32.0, points);
         ASSERT_EQ(points.size(), 1921U);
         for (const auto& [x, y] : points) {
-            const bool isModels = areSame(y, curve->eval(x));
-            ASSERT_TRUE(isModels || areSame(y, compiled.eval(x))) << exhibit.name << " at " << x;
+            const bool isModels = SameBits(y, curve->eval(x));
+            ASSERT_TRUE(isModels || SameBits(y, compiled.eval(x))) << exhibit.name << " at " << x;
             compiledValues += isModels ? 0 : 1;
         }
     }

@@ -191,22 +191,6 @@ TEST(CompiledCurve, TakesEightyBytesAKey) {
 
 // --- what it keeps ---------------------------------------------------------------------------------------------------
 
-TEST(CompiledCurve, StaysWhatItWasWhenTheCurveChangesOrGoes) {
-    auto curve = MakeCurve({{0, 1}, {10, 5, {}, {}, "x * 2"}, {20, 3}});
-    CompiledCurve compiled(*curve);
-    const CompiledCurve copy = compiled;
-    const double before = compiled.eval(4.0);
-    curve->findSegment(10.0)->getLeftKey()->setY(50.0);
-    curve->findSegment(10.0)->setInterpolator(Constant::create());
-    curve.reset();
-    EXPECT_EQ(compiled.eval(4.0), before);
-    EXPECT_EQ(compiled.eval(11.0), 22.0);
-    compiled = CompiledCurve();
-    EXPECT_EQ(compiled.eval(4.0), 0.0);
-    EXPECT_EQ(compiled.getKeyCount(), 0U);
-    EXPECT_EQ(copy.eval(4.0), before);
-}
-
 // A host's kind that reads whatever a segment has of its own, and its own state.
 class Gains : public Interpolator {
 public:

@@ -236,12 +236,9 @@ private:
     }
     FCurve& curve() {
         if (m_container->empty() || below(12) == 0) return *m_spare;
-        return *std::next(m_container->begin(), below(static_cast<unsigned>(m_container->size())));
+        return m_choices.oneOf(*m_container);
     }
-    Segment& segment() {
-        FCurve& of = curve();
-        return *std::next(of.begin(), below(static_cast<unsigned>(of.size())));
-    }
+    Segment& segment() { return m_choices.oneOf(curve()); }
     std::shared_ptr<Keyframe> key() {
         const auto key = segment().getLeftKey();
         if (key && below(8) == 0) m_held.push_back(key);
@@ -265,133 +262,90 @@ private:
     }
 
     void editTangent(Tangent& of) {
-        switch (below(5)) {
-        case 0:
-            return of.setType(static_cast<std::uint8_t>(below(7)));
-        case 1:
-            return of.setWeighted(coin());
-        case 2:
-            return of.setWeightLocked(coin());
-        case 3:
-            of = *tangent();
-            return;
-        default:
-            return of.set(number(), number());
-        }
+        m_choices.act({{"type", [&] { of.setType(static_cast<std::uint8_t>(below(7))); }},
+                       {"weighted", [&] { of.setWeighted(coin()); }},
+                       {"weight lock", [&] { of.setWeightLocked(coin()); }},
+                       {"assign", [&] { of = *tangent(); }},
+                       {"handle", [&] { of.set(number(), number()); }}});
     }
 
     void editWhole() {
         FCurve& of = curve();
-        switch (below(9)) {
-        case 0:
-            return of.clear();
-        case 1:
-            of = curve();
-            return;
-        case 2:
-            return of.swap(curve());
-        case 3:
-            TransformCurve(of, {coin() ? 2.0 : -1.0, 0.5}, {1.0, number()});
-            return;
-        case 4:
-            if (std::fabs(number()) < 8.0) BakeCurve(of, -6.0, 6.0, 2.0);
-            return;
-        case 5:
-            InsertBezierKeyframe(of, number());
-            return;
-        case 6:
-            SelectCurveCompletely(m_selection, of);
-            return;
-        case 7:
-            return coin() ? m_selection.clear() : DeselectSelectedParts(m_selection);
-        default:
-            return of.setName(coin() ? "name" : "another name, which is longer than the other");
-        }
-    }
-
-    // Some keys of any curves, as one.
-    void editGroup() {
-        std::vector<std::shared_ptr<Keyframe>> keys;
-        for (unsigned i = 1 + below(4); i > 0; --i) keys.push_back(key());
-        KeyGroup group(keys);
-        MoveOptions options;
-        options.others = static_cast<MoveOptions::Others>(below(3));
-        options.frameStep = below(2);
-        if (coin())
-            MoveKeys(group, {number(), number()}, options);
-        else
-            ScaleKeys(group, {number(), 0.0}, {coin() ? 0.5 : 2.0, coin() ? 1.0 : -0.5}, options);
+        m_choices.act({{"clear", [&] { of.clear(); }},
+                       {"assign", [&] { of = curve(); }},
+                       {"swap", [&] { of.swap(curve()); }},
+                       {"transform",
+                        [&] {
+                            TransformCurve(of, {coin() ? 2.0 : -1.0, 0.5}, {1.0, number()});
+                        }},
+                       {"bake",
+                        [&] {
+                            if (std::fabs(number()) < 8.0) BakeCurve(of, -6.0, 6.0, 2.0);
+                        }},
+                       {"cut", [&] { InsertBezierKeyframe(of, number()); }},
+                       {"select", [&] { SelectCurveCompletely(m_selection, of); }},
+                       {"deselect", [&] { coin() ? m_selection.clear() : DeselectSelectedParts(m_selection); }},
+                       {"name", [&] { of.setName(coin() ? "a" : "another name, which is longer than the other"); }}});
     }
 
     void editContainer() {
-        switch (below(5)) {
-        case 0:
-            return add(FCurve::createCopy(curve()));
-        case 1: {
-            if (m_container->size() < 2) return add(FCurve::create());
-            m_container->removeCurve(
-                std::next(m_container->begin(), below(static_cast<unsigned>(m_container->size()))));
-            return;
-        }
-        case 2: {
-            if (m_container->empty()) return;
-            const auto moved = m_container->begin()->getShared();
-            m_container->removeCurve(m_container->begin());
-            m_container->insertCurve(
-                std::next(m_container->begin(), below(static_cast<unsigned>(m_container->size()) + 1)), moved);
-            return;
-        }
-        case 3:
-            return below(4) == 0 ? m_container->clear() : add(FCurve::createCopy(*m_spare));
-        default:
-            return editProperty(*m_container);
-        }
+        FCurveContainer& curves = *m_container;
+        m_choices.act({{"copy", [&] { add(FCurve::createCopy(curve())); }},
+                       {"remove",
+                        [&] {
+                            if (curves.size() < 2) return add(FCurve::create());
+                            curves.removeCurve(m_choices.placeIn(curves));
+                        }},
+                       {"move",
+                        [&] {
+                            if (curves.empty()) return;
+                            const auto moved = curves.begin()->getShared();
+                            curves.removeCurve(curves.begin());
+                            const unsigned places = static_cast<unsigned>(curves.size()) + 1;
+                            curves.insertCurve(std::next(curves.begin(), below(places)), moved);
+                        }},
+                       {"clear", [&] { below(4) == 0 ? curves.clear() : add(FCurve::createCopy(*m_spare)); }},
+                       {"property", [&] { editProperty(curves); }}});
     }
 
     void edit() {
-        const unsigned which = below(18);
-        m_log += " " + std::to_string(which);
-        switch (which) {
-        case 0:
-        case 1:
-        case 2:
-            if (const auto moved = key()) moved->set(coin() ? moved->getX() + number() : number(), number());
-            return;
-        case 3:
-            if (const auto flagged = key())
-                coin() ? flagged->setBreakdown(coin()) : flagged->setTangentsUnified(coin());
-            return;
-        case 4:
-        case 5:
-            return editTangent(*tangent());
-        case 6:
-            return segment().setInterpolator(interpolator());
-        case 7:
-        case 8:
-            if (FCurve& of = curve(); of.size() < 24)
-                of.insertSegment(*Keyframe::create(number(), number()), interpolator());
-            return;
-        case 9:
-        case 10: {
-            FCurve& of = curve();
-            of.removeSegment(std::next(of.begin(), below(static_cast<unsigned>(of.size()))));
-            return;
-        }
-        case 11:
-            return editProperty(segment());
-        case 12:
-            if (const auto of = key()) editProperty(*of);
-            return;
-        case 13:
-            return coin() ? editProperty(*tangent()) : editProperty(curve());
-        case 14:
-            return editWhole();
-        case 15:
-        case 16:
-            return editGroup();
-        default:
-            return editContainer();
-        }
+        const Edit move{"move", [this] {
+                            if (const auto moved = key())
+                                moved->set(coin() ? moved->getX() + number() : number(), number());
+                        }};
+        const Edit turn{"turn", [this] { editTangent(*tangent()); }};
+        const Edit insert{"insert", [this] {
+                              if (FCurve& of = curve(); of.size() < 24)
+                                  of.insertSegment(*Keyframe::create(number(), number()), interpolator());
+                          }};
+        const Edit remove{"remove", [this] {
+                              FCurve& of = curve();
+                              of.removeSegment(m_choices.placeIn(of));
+                          }};
+        const Edit flag{"flag", [this] {
+                            if (const auto of = key())
+                                coin() ? of->setBreakdown(coin()) : of->setTangentsUnified(coin());
+                        }};
+        const Edit keysProperty{"key's property", [this] {
+                                    if (const auto of = key()) editProperty(*of);
+                                }};
+        m_log += std::string(" ")
+                 + m_choices.act({move,
+                                  move,
+                                  move,
+                                  flag,
+                                  turn,
+                                  turn,
+                                  {"kind", [this] { segment().setInterpolator(interpolator()); }},
+                                  insert,
+                                  insert,
+                                  remove,
+                                  remove,
+                                  {"segment's property", [this] { editProperty(segment()); }},
+                                  keysProperty,
+                                  {"property", [this] { coin() ? editProperty(*tangent()) : editProperty(curve()); }},
+                                  {"whole", [this] { editWhole(); }},
+                                  {"container", [this] { editContainer(); }}});
     }
 
     Choices& m_choices;

@@ -65,6 +65,11 @@ export class App {
         }
     }
 
+    /** The state as of now; `state` is that of the last picture, and what was pressed since may have changed it. */
+    get current(): State {
+        return this.bridge.revision === this.revision ? this.state : this.bridge.call<State>("state");
+    }
+
     redraw(): void {
         if (this.isWaiting) return;
         this.isWaiting = true;

@@ -26,7 +26,7 @@ function spell(event: KeyboardEvent): string {
 function isTyping(target: EventTarget | null, keys: string): boolean {
     if (!(target instanceof HTMLElement)) return false;
     if (!target.matches("input:not([type=checkbox]):not([type=radio]), select, textarea")) return false;
-    if (["Escape", "Ctrl+S", "Ctrl+O"].includes(keys)) return false;
+    if (["Ctrl+S", "Ctrl+O"].includes(keys)) return false;
     // A field that was committed, and holds nothing new, has nothing of its own to undo.
     const isUndo = ["Ctrl+Z", "Ctrl+Shift+Z", "Ctrl+Y"].includes(keys);
     return !isUndo || target.dataset["typed"] !== undefined || target.matches("[type=search]");
@@ -80,7 +80,12 @@ export function listen(app: App, groups: [string, Shortcut[]][]): void {
         const keys = spell(event);
         const shortcut = table.get(keys);
         if (!shortcut) return;
-        if (isTyping(event.target, keys)) return;
+        if (isTyping(event.target, keys)) {
+            // Escape leaves the field, whose own listener has put back what was typed; the next one is for the curves.
+            const isFilled = event.target instanceof HTMLInputElement && event.target.type === "search" && event.target.value;
+            if (keys === "Escape" && !isFilled) element("plot").focus();
+            return;
+        }
         // A focused button is pressed by the space bar, as everywhere.
         if ((keys === "Space" || keys === "Enter") && event.target instanceof HTMLElement && event.target.matches("button, summary, input, a")) return;
         event.preventDefault();

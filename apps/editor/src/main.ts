@@ -29,7 +29,8 @@ async function start(): Promise<void> {
         undo: () => app.run("undo"),
         redo: () => app.run("redo"),
         delete: () => {
-            const isCurve = app.state.selectedKeys === 0 && app.state.curves.some((curve) => curve.selected);
+            const { selectedKeys, curves } = app.current;
+            const isCurve = selectedKeys === 0 && curves.some((curve) => curve.selected);
             if (isCurve) app.tell("No key is selected. A whole curve goes by Delete in the list of curves.", true);
             else app.run("removeKeys");
         },
@@ -81,7 +82,7 @@ async function start(): Promise<void> {
     });
 
     const nudge = (x: number, y: number, event: KeyboardEvent) => {
-        const { selectedKeys, selectedHandles } = app.state;
+        const { selectedKeys, selectedHandles } = app.current;
         if (selectedKeys + selectedHandles === 0) {
             app.pan(-x * app.view.width * 0.05, y * app.view.height * 0.05);
             return;
@@ -105,6 +106,11 @@ async function start(): Promise<void> {
     const moveTime = (by: number) => (app.frame = Math.round(app.frame) + by);
     const centre = (x: number, y = x) => app.zoom(app.view.width / 2, app.view.height / 2, x, y);
     const tangent = (type: string) => () => app.run("tangentType", { type });
+    const goTo = (id: string) => () => {
+        const field = element<HTMLInputElement>(id);
+        if (field.disabled) app.tell("Select a key first.", true);
+        field.select();
+    };
     listen(app, [
         ["Look", [
             { keys: ["A", "Home"], what: "Frame all", run: () => act("frame-all") },
@@ -126,7 +132,7 @@ async function start(): Promise<void> {
             } },
             { keys: ["PageUp"], what: "The curve before", run: () => stepCurve(-1) },
             { keys: ["PageDown"], what: "The next curve", run: () => stepCurve(1) },
-            { keys: ["Escape"], what: "Cancel a drag or a preview; else select nothing", run: () => {
+            { keys: ["Escape"], what: "Leave a field; cancel a drag or a preview; select nothing", run: () => {
                 if (!pointer.cancel() && !menu.close() && !tools.end()) app.run("selectNone");
             } },
             { keys: [","], what: "The key, handle or segment before", run: () => stepKey(-1) },
@@ -160,6 +166,16 @@ async function start(): Promise<void> {
             { keys: ["U"], what: "Unify or break", run: () => properties.toggle("unified") },
             { keys: ["W"], what: "Weighted", run: () => properties.toggle("weighted") },
             { keys: ["Shift+W"], what: "Lock the length", run: () => properties.toggle("weightLocked") },
+        ]],
+        ["Go to", [
+            { keys: ["Enter"], what: "The frame and value of the selected keys", run: goTo("key-x") },
+            { keys: ["E"], what: "The formula", run: goTo("formula") },
+            { keys: ["R"], what: "Bake, smooth, fit, reduce", run: () => {
+                element<HTMLDetailsElement>("tool-panel").open = true;
+                element("tool").focus();
+            } },
+            { keys: ["D"], what: "The table of keys", run: () => document.querySelector<HTMLElement>("#rows input")?.focus() },
+            { keys: ["C"], what: "The list of curves", run: () => document.getElementById(`curve-${app.state.active}`)?.focus() },
         ]],
         ["Document", [
             { keys: ["Ctrl+Z"], what: "Undo", run: () => act("undo") },

@@ -51,8 +51,8 @@ export class InterpolatorMenu {
 
     open(x: number, y: number): void {
         this.opener = document.activeElement as HTMLElement | null;
-        const { state } = this.app;
-        const hasSegments = state.selectedKeys + state.selectedSegments > 0;
+        const { selectedKeys, selectedSegments } = this.app.current;
+        const hasSegments = selectedKeys + selectedSegments > 0;
         const where = this.box.querySelector<HTMLInputElement>(`input[value="${hasSegments ? "segments" : "after"}"]`);
         if (where) where.checked = true;
         this.box.hidden = false;

@@ -21,11 +21,39 @@ export function parse(text: string): number | null {
     return text.trim() !== "" && Number.isFinite(number) ? number : null;
 }
 
+/**
+ * Makes rows of controls one stop for Tab, however many there are; the arrow keys walk from row to row. Call what it
+ * returns when there are new rows.
+ */
+function rove(box: HTMLElement, rows: string): () => void {
+    const controls = (part: Element) => [...part.querySelectorAll<HTMLElement>("button, input, select")];
+    const reach = (row: Element | null) => {
+        for (const control of controls(box)) control.tabIndex = control.closest(rows) === row ? 0 : -1;
+    };
+    box.addEventListener("focusin", (event) => reach((event.target as Element).closest(rows)));
+    box.addEventListener("keydown", (event) => {
+        const target = event.target as HTMLElement;
+        const isNext = event.key === "ArrowDown" || (event.key === "Enter" && target.matches("input"));
+        if (event.defaultPrevented || event.altKey || target.matches("select") || (!isNext && event.key !== "ArrowUp")) return;
+        event.preventDefault();
+        const row = target.closest(rows)!;
+        const next = isNext ? row.nextElementSibling : row.previousElementSibling;
+        const control = next && controls(next)[controls(row).indexOf(target)];
+        control?.focus();
+        if (control instanceof HTMLInputElement) control.select();
+    });
+    return () => {
+        const wanted = [":focus-within", ".active", ".selected", ":not([aria-hidden])"];
+        reach(wanted.map((each) => box.querySelector(rows + each)).find((row) => row !== null) ?? null);
+    };
+}
+
 /** The list of curves: shown or not, locked, colour, name, order. */
 export class CurveList {
     private readonly list = element("curves");
     private readonly search = element<HTMLInputElement>("search");
     private shown = "";
+    private readonly settle = rove(this.list, "li");
 
     constructor(private readonly app: App, private readonly picture: Picture) {
         this.search.addEventListener("input", () => this.show());
@@ -56,6 +84,7 @@ export class CurveList {
         element("no-curves").textContent = curves.length === 0
             ? "No curves yet. Open a file, drop one here, or add a curve." : "No curve has this in its name.";
         if (focused) document.getElementById(focused)?.focus();
+        this.settle();
     }
 
     private row(index: number): HTMLLIElement {
@@ -342,6 +371,7 @@ export class KeyTable {
     private readonly box = element("table-box");
     private readonly body = element("rows");
     private readonly rowHeight = 26;
+    private readonly settle = rove(this.body, "tr");
 
     constructor(private readonly app: App) {
         this.box.addEventListener("scroll", () => this.show());
@@ -390,7 +420,10 @@ export class KeyTable {
             return row;
         });
         this.body.replaceChildren(spacer(table.first), ...rows, spacer(table.size - table.first - table.rows.length));
-        if (focus) document.getElementById(focus)?.focus();
+        const again = focus ? document.getElementById(focus) : null;
+        again?.focus();
+        if (again instanceof HTMLInputElement) again.select();
+        this.settle();
     }
 
     private number(curve: number, key: number, name: string, value: number, label: string): HTMLElement {
@@ -418,24 +451,17 @@ export class KeyTable {
             if (!field.dataset["typed"]) return;
             const value = read(field.value);
             delete field.dataset["typed"];
+            // The rows are made anew with the next picture, when the focus has gone where it was on its way to.
+            field.value = text;
             if (value !== null) this.app.run("setRow", { curve, key, field: name, value });
-            this.app.drawNow();
-            this.show();
         };
         field.addEventListener("input", () => (field.dataset["typed"] = "yes"));
         field.addEventListener("change", commit);
         field.addEventListener("keydown", (event) => {
-            const by = event.key === "ArrowDown" || event.key === "Enter" ? 1 : event.key === "ArrowUp" ? -1 : 0;
-            if (event.key === "Escape") {
-                delete field.dataset["typed"];
-                field.value = text;
-            }
-            if (by === 0) return;
-            event.preventDefault();
-            commit();
-            const next = document.getElementById(`cell-${key + by}-${name}`) as HTMLInputElement | null;
-            next?.focus();
-            next?.select();
+            if (["ArrowDown", "ArrowUp", "Enter"].includes(event.key)) commit();
+            if (event.key !== "Escape") return;
+            delete field.dataset["typed"];
+            field.value = text;
         });
         return field;
     }

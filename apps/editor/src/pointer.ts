@@ -1,7 +1,7 @@
 // The habits of a mouse, a pen and fingers over the curves. What is dragged, and where to, is the library's to decide.
 
 import { type App } from "./app";
-import type { Pick, State } from "./bridge";
+import type { Pick } from "./bridge";
 import { gutter, type Picture } from "./draw";
 
 type Gesture =
@@ -178,8 +178,7 @@ export class Pointer {
             this.gesture = begun ? { kind: "drag" } : null;
             return begun !== null;
         }
-        // The press has just selected something else, so the state of the last picture does not tell.
-        if (pick.type !== "key" && app.bridge.call<State>("state").selectedKeys === 0) {
+        if (pick.type !== "key" && app.current.selectedKeys === 0) {
             this.gesture = { kind: "marquee", mode: "set" };
             return false;
         }

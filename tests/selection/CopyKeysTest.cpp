@@ -1,4 +1,3 @@
-#include "interp/Kinds.h" // internal: what a segment's values depend on
 #include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Museum.h"
@@ -6,6 +5,7 @@
 #include "support/RandomCurve.h"
 #include "support/Recorder.h"
 #include "support/SameCurve.h"
+#include "tools/Outside.h"
 
 using namespace Test;
 
@@ -13,33 +13,6 @@ namespace {
 
 std::shared_ptr<FCurve> Target() {
     return CurveThrough({{0, 3}, {8, -2}, {30, 5}, {41, 0}, {2000000, 1}}, bent());
-}
-
-// The first place where the curve is not the other one, shifted in time; empty if there is none.
-std::string Misfit(const FCurve& before, const FCurve& after, double first, double last, double shift) {
-    for (const Segment& segment : before) {
-        if (!segment.getLeftKey() || !segment.getRightKey()) continue;
-        const auto [from, to] = SpanOf(segment);
-        if (from < first || to > last) continue;
-        const auto reads = Private::ReadsOf(segment.getInterpolator().get(), segment);
-        if ((reads & Private::kReadsCurve) != 0) continue; // repeats another curve there
-        double size = 1e-300;
-        for (const double y : {segment.getLeftKey()->getY(), segment.getRightKey()->getY()})
-            size = std::max(size, std::abs(y));
-        for (int i = 0; i < 100; ++i) {
-            const double x = from + (to - from) * (i + 0.5) / 100;
-            const double expected = before.eval(x);
-            const double found = after.eval(x + shift);
-            const double slope = std::abs(GetFirstDerivative(before, x));
-            if (found == expected || (std::isnan(found) && std::isnan(expected)) || slope > 1e5 * size) continue;
-            const double rounding = 1e-14 * slope * (std::abs(x) + std::abs(shift) + 1);
-            if (std::abs(found - expected) <= 1e-9 * std::max(size, std::abs(expected)) + rounding) continue;
-            return (testing::Message() << SameCurve::expression(segment) << " at " << x << ": " << expected
-                                       << " expected, " << found << " found")
-                .GetString();
-        }
-    }
-    return "";
 }
 
 class PasteInEveryExhibit : public testing::TestWithParam<Exhibit> {};
@@ -73,7 +46,7 @@ TEST_P(PasteInEveryExhibit, TheShapeComesAlong) {
             const PasteReport report = PasteKeys(typed, std::vector<std::shared_ptr<FCurve>>{target}, options);
             ASSERT_EQ(report.keys.size(), clip.size());
             EXPECT_EQ(Fault(*target), "");
-            EXPECT_EQ(Misfit(*source, *target, keys[first], keys[last], shift), "");
+            EXPECT_EQ(Misfit(*source, *target, {{1, 1}, {shift, 0}}, keys[first], keys[last]), "");
             EXPECT_THAT(recorder.heard, testing::Not(testing::Contains("curve"))) << "nothing of it goes untold";
             EXPECT_TRUE(target->eval(4) == Target()->eval(4) || keys[first] + shift < 8)
                 << "before it all is as it was";

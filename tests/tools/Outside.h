@@ -82,10 +82,15 @@ struct Map {
 };
 
 /// The first place where the curve is not the old one, mapped; empty if there is none. Looks between the keys and
-/// beside them, never at a key's own x, which reversing time gives to the other side.
-inline std::string Misfit(const FCurve& before, const FCurve& after, const Map& map = {}) {
+/// beside them, never at a key's own x, which reversing time gives to the other side. Of a part of the old curve,
+/// segments that read the rest are let off.
+inline std::string Misfit(const FCurve& before, const FCurve& after, const Map& map = {}, double first = -kInfinity,
+                          double last = kInfinity) {
     for (const Segment& segment : before) {
         const auto [from, to] = SpanOf(segment);
+        if (from < first || to > last) continue;
+        const auto reads = Private::ReadsOf(segment.getInterpolator().get(), segment);
+        if (last < kInfinity && (reads & Private::kReadsCurve) != 0) continue;
         double size = std::abs(map.offset.y) + std::abs(map.scale.y) * SizeOf(before);
         constexpr int places = 300;
         for (int i = 0; i < places; ++i) {

@@ -49,10 +49,10 @@ int main() {
         selection.select(*key);
     }
     {
-        EditGroup drag(selection, "Move keys");
-        for (const double y : {2.0, 4.0, 6.0}) { // each move of the pointer
-            for (auto it = BeginSelectedKeyframes(selection); it != EndSelectedKeyframes(selection); ++it)
-                it->getKeyframe()->setY(y);
+        EditGroup drag(selection, "Move keys"); // the button goes down
+        KeyGroup keys(selection);
+        for (const double y : {2.0, 4.0, 6.0}) { // each move of the pointer: the whole way since then
+            MoveKeys(keys, {0.0, y});
             drag.step();
         }
     }

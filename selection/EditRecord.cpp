@@ -119,10 +119,13 @@ EditRecord::BlockRecord* EditRecord::find(const Block& block) noexcept {
 }
 
 std::uint32_t EditRecord::numberOf(FCurve& curve) {
+    const auto known = m_index->curves.find(&curve);
+    if (known != m_index->curves.end()) return known->second;
     MakeRoom(m_curves);
-    const auto [entry, isNew] = m_index->curves.try_emplace(&curve, static_cast<std::uint32_t>(m_curves.size()));
-    if (isNew) m_curves.push_back(&curve);
-    return entry->second;
+    const auto number = static_cast<std::uint32_t>(m_curves.size());
+    m_index->curves.emplace(&curve, number);
+    m_curves.push_back(&curve);
+    return number;
 }
 
 std::uint32_t EditRecord::numberOf(const std::string& text) {

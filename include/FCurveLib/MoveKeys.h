@@ -47,8 +47,8 @@ struct MoveReport {
 ///
 /// Observers hear what they hear of Keyframe::set. Keys that pass others leave their curve and come in again: observers
 /// hear segmentRemoved, then segmentAdded, of the same segment; undoing that tells curveChanged. A curve in which no
-/// key passes another is complete before the first observer is called. An exception of an observer passes through; no
-/// key is lost.
+/// key passes another is complete before the first observer is called. What observers throw passes through, and
+/// std::bad_alloc: no key is lost.
 ///
 /// Arguments that are not finite, and factors of time of 0 and less, change nothing. Time: n log n in the number of
 /// keys that move (a little more where keys cross, to find room).

@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/Basics.h"
 #include "support/Echo.h"
 #include "support/Invariants.h"
@@ -300,6 +301,18 @@ TEST(MoveKeys, KeysThatPassOthersTakeEverythingAlong) {
     EXPECT_THROW(MoveKeys(both, {-24, 0}, options), int);
     EXPECT_EQ(KeysOf(*curve), (std::vector<double>{10, 20, 25}));
     EXPECT_EQ(KeyAt(*curve, 1), last);
+    curve->unsubscribe(thrower);
+    for (long others = 0; runsOutOfMemory(
+             others,
+             [&] {
+                 MoveKeys(both, {-24, 0}, options);
+             },
+             true);
+         ++others) {
+        ASSERT_EQ(Keys(*curve).size(), 3U) << others;
+        MoveKeys(both, {0, 0}, options);
+    }
+    EXPECT_EQ(KeysOf(*curve), (std::vector<double>{-4, 1, 10}));
 }
 
 } // namespace

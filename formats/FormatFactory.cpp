@@ -2,6 +2,7 @@
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
 #include "FCurveLib/Exception.h"
+#include "FCurveLib/Stream.h"
 #include "formats/Registration.h"
 #include "formats/Text.h"
 
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -56,6 +58,44 @@ T* FindByExtension(const char* path) {
     return nullptr;
 }
 
+// A stream from one of its bytes on.
+class Rest : public Stream {
+public:
+    Rest(Stream& stream, int start) : m_stream(stream), m_start(start) {}
+
+    void readData(void* buffer, int count) override {
+        m_stream.setPosition(m_start + m_position);
+        m_stream.readData(buffer, count);
+        m_position += count;
+    }
+    void writeData(const void*, int) override { throw StreamException(); }
+    int getPosition() const override { return m_position; }
+    void setPosition(int position) override { m_position = position; }
+    int getSize() const override { return m_stream.getSize() - m_start; }
+
+private:
+    Stream& m_stream;
+    int m_start;
+    int m_position = 0;
+};
+
+// After the byte-order mark and the white space that the stream starts with.
+int SkipBlanks(Stream& stream) {
+    constexpr int kPiece = 65536;
+    const std::string_view mark = "\xEF\xBB\xBF";
+    std::string piece;
+    stream.setPosition(0);
+    for (int at = 0; at < stream.getSize(); at += static_cast<int>(piece.size())) {
+        piece.resize(static_cast<std::size_t>(std::min(at == 0 ? kHeaderSize : kPiece, stream.getSize() - at)));
+        stream.readData(piece.data(), static_cast<int>(piece.size()));
+        const auto first = piece.begin() + (at == 0 && piece.compare(0, mark.size(), mark) == 0 ? 3 : 0);
+        const auto found =
+            std::find_if(first, piece.end(), [](char c) { return c != ' ' && c != '\n' && c != '\r' && c != '\t'; });
+        if (found != piece.end()) return at + static_cast<int>(found - piece.begin());
+    }
+    return stream.getSize();
+}
+
 bool Recognises(Reader& reader, Stream& stream, Stream& header) {
     header.setPosition(0);
     stream.setPosition(0);
@@ -82,18 +122,22 @@ Writer* FormatFactory::getWriter(const FormatType& type) {
 }
 
 Reader* FormatFactory::getReader(Stream& stream) {
-    stream.setPosition(0);
+    // Where blanks fill the header they are skipped once, not by each reader.
+    const int blanks = SkipBlanks(stream);
+    Rest rest(stream, blanks);
+    Stream& text = blanks < kHeaderSize ? stream : rest;
+    text.setPosition(0);
     ArrayStream<kHeaderSize> header;
-    const int size = std::min(stream.getSize(), kHeaderSize);
+    const int size = std::min(text.getSize(), kHeaderSize);
     if (size > 0) {
         char bytes[kHeaderSize];
-        stream.readData(bytes, size);
+        text.readData(bytes, size);
         header.writeData(bytes, size);
     }
 
     Reader* found = nullptr;
     for (auto reader = BeginNodes<Reader>(); !found && reader != SimpleListNode<Reader>::end(); ++reader) {
-        if (Recognises(*reader, stream, header)) found = &*reader;
+        if (Recognises(*reader, text, header)) found = &*reader;
     }
     stream.setPosition(0);
     return found;

@@ -108,3 +108,15 @@ TEST(HostileInterchange, WhatIsTooLongIsNeitherReadNorWritten) {
         EXPECT_EQ(empty.getSize(), 0);
     }
 }
+
+// What comes after the blanks is recognised, and they are gone through once, not by every reader.
+TEST(HostileInterchange, BlanksCostTheirLength) {
+    RegisterFormats();
+    constexpr int kBlanks = 4000000;
+    for (const char* opening : {"", "animVersion 1.1;", "{\"asset\":{}}", "fcurvetext 1.0\n"}) {
+        const std::string text = opening;
+        EndlessStream stream(std::string(kBlanks, '\n') + text, " ", kBlanks + 1000);
+        EXPECT_EQ(FormatFactory::getReader(stream) == nullptr, text.empty()) << text;
+        EXPECT_LT(stream.bytesRead, kBlanks + 500000) << text;
+    }
+}

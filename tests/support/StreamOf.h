@@ -44,8 +44,8 @@ inline std::shared_ptr<FCurve> ReadAs(const char* format, const std::string& byt
 /// test sees whether a reader gave up in time.
 class EndlessStream : public Stream {
 public:
-    EndlessStream(std::string beginning, std::string pattern)
-        : m_beginning(std::move(beginning)), m_pattern(std::move(pattern)) {}
+    EndlessStream(std::string beginning, std::string pattern, int size = 0x7FFFFFFF)
+        : m_beginning(std::move(beginning)), m_pattern(std::move(pattern)), m_size(size) {}
 
     int bytesRead = 0;
 
@@ -62,11 +62,12 @@ public:
     void writeData(const void*, int) override { throw StreamException(); }
     int getPosition() const override { return m_position; }
     void setPosition(int position) override { m_position = position; }
-    int getSize() const override { return 0x7FFFFFFF; }
+    int getSize() const override { return m_size; }
 
 private:
     std::string m_beginning;
     std::string m_pattern;
+    int m_size;
     int m_position = 0;
 };
 

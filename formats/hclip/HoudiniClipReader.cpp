@@ -239,12 +239,16 @@ bool IsKnown(std::string_view type) {
 }
 
 void EmitProperties(const Clip& clip, FormatInterface& target) {
-    std::string number;
-    Private::AppendNumber(number, clip.rate);
-    target.containerProperty("hclip_rate", number.c_str());
-    number.clear();
-    Private::AppendNumber(number, clip.start);
-    target.containerProperty("hclip_start", number.c_str());
+    const auto emit = [&](const char* key, double value) {
+        std::string number;
+        Private::AppendNumber(number, value);
+        target.containerProperty(key, number.c_str());
+    };
+    emit("hclip_rate", clip.rate);
+    emit("hclip_start", clip.start);
+    // As every format that states them calls them; samples count from 0, frames from 1.
+    emit("frame_rate", clip.rate);
+    emit("first_frame", clip.start + 1.0);
     if (!clip.quaternions.empty()) target.containerProperty("hclip_quaternions", clip.quaternions.c_str());
 }
 

@@ -33,7 +33,8 @@ FCURVEINTERCHANGE_API std::optional<TransformChannel> FindTransform(const std::s
 /// @}
 
 /// \name Properties of a container, whichever format brought them
-/// Numbers as text. Formats that state none of them set none.
+/// Numbers as text. Formats that state none of them set none; those that count seconds set the rate by which frames
+/// were made of them. Readers of the core set them, too ("hClip").
 /// @{
 constexpr const char* kFrameRate = "frame_rate";     ///< frames a second
 constexpr const char* kFirstFrame = "first_frame";   ///< of the range that the file names

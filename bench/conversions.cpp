@@ -65,6 +65,7 @@ double Cost(const Act& act) {
 }
 
 struct Costs {
+    std::string refusal; // instead of all others
     double write = 0.0;
     double compare = 0.0; // what the report adds
     double read = 0.0;
@@ -79,7 +80,12 @@ Costs CostsOf(const FCurveContainer& curves, const char* format) {
         bytes.setPosition(0);
         WriteCurves(curves, bytes, format);
     };
-    costs.write = Cost(write);
+    try {
+        costs.write = Cost(write);
+    } catch (const FormatError& error) {
+        costs.refusal = error.message();
+        return costs;
+    }
     if (!isOwn)
         costs.compare = Cost([&] {
                             Interchange::ConversionReport report;
@@ -121,6 +127,10 @@ int main(int count, char** arguments) {
                     shape.title, xml.read, xml.write);
         for (const std::string& format : formats) {
             const Costs costs = CostsOf(*curves, format.c_str());
+            if (!costs.refusal.empty()) {
+                std::printf("| %s | %s |\n", format.c_str(), costs.refusal.c_str());
+                continue;
+            }
             std::printf("| %s | %.2f s | %.2f s | %.2f s | %.0f | %.2f | %.2f |\n", format.c_str(), costs.write,
                         costs.compare, costs.read, costs.megabytes, (xml.read + costs.write + costs.compare) / both,
                         (costs.read + xml.write) / both);

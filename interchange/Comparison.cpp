@@ -15,7 +15,6 @@
 #include <cmath>
 #include <cstring>
 #include <map>
-#include <unordered_map>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -67,23 +66,21 @@ bool IsLocal(const Interpolator* kind) {
     return std::any_of(kinds.begin(), kinds.end(), [&](const auto& one) { return one.get() == kind; });
 }
 
-bool IsSame(const Vector2D<double>& a, const Vector2D<double>& b) {
-    return a.x == b.x && a.y == b.y;
-}
-
 class Comparison {
 public:
     Comparison(const FCurve& original, const FCurve& back, const Notes& notes, ConversionReport& report)
-        : m_original(original), m_back(back), m_notes(notes), m_report(report), m_range(RangeOf(original)),
-          m_at(back.begin()) {}
+        : m_original(original), m_back(back), m_notes(notes), m_report(report), m_range(RangeOf(original)), m_at(back) {
+    }
 
     void run() {
         compareHead();
         for (const Segment& segment : m_original) {
             const auto left = segment.getLeftKey();
-            if (left) compareKey(*left, segment);
-            if (left && segment.getRightKey())
-                compareSegment(segment);
+            const auto right = segment.getRightKey();
+            const auto back = left ? keyAt(left->getX()) : nullptr;
+            if (left) compareKey(*left, back.get(), segment);
+            if (left && right)
+                compareSegment(segment, *left, *right, back.get());
             else
                 compareEnd(segment);
         }
@@ -119,24 +116,16 @@ private:
         }
     }
 
-    // Goes to the last segment that starts at or before x, or so little after it.
-    void goTo(double x, double slack) {
-        for (auto next = std::next(m_at); next != m_back.end(); ++next) {
-            if (!(next->getLeftKey()->getX() <= x + slack)) return;
-            m_at = next;
-        }
-    }
-
     // The key that came back for the one at x, if one did; m_at stands at the segment that starts there.
     std::shared_ptr<const Keyframe> keyAt(double x) {
-        goTo(x, closeTo(x));
+        m_at.goTo(x + closeTo(x));
         const auto key = m_at->getLeftKey();
         return key && std::fabs(key->getX() - x) <= closeTo(x) ? key : nullptr;
     }
 
-    void compareKey(const Keyframe& key, const Segment& segment) {
+    // Null: no key stands in its place.
+    void compareKey(const Keyframe& key, const Keyframe* back, const Segment& segment) {
         const double x = key.getX();
-        const auto back = keyAt(x);
         if (!back) {
             lose(Loss::Time, Loss::Moved, "keys that are not there any more", &x);
         } else {
@@ -156,10 +145,10 @@ private:
             lose(Loss::Flags, Loss::Dropped, "unified tangents", &x);
         if (isLost(*key.getProperty("fc_lock") != '\0', back && *back->getProperty("fc_lock") != '\0'))
             lose(Loss::Flags, Loss::Dropped, "locked keys", &x);
-        if (!KeepsProperties(key, back.get())) lose(Loss::Properties, Loss::Dropped, "of keys", &x);
+        if (!KeepsProperties(key, back)) lose(Loss::Properties, Loss::Dropped, "of keys", &x);
     }
 
-    // Null: no tangent stands in its place.
+    // Likewise.
     void compareTangent(const Tangent& tangent, const Tangent* back, bool isUsed, double x, double span) {
         if (!KeepsProperties(tangent, back)) lose(Loss::Properties, Loss::Dropped, "of tangents", &x);
         if (tangent.isWeightLocked() && !(back && back->isWeightLocked()))
@@ -176,20 +165,20 @@ private:
     // Values over the segment, by what came back in its place. m_at stands at its left key, or before it.
     Worst measure(const Segment& segment, double x0, double x1) {
         Worst worst;
-        const auto here = m_at;
+        const Walk here = m_at;
         for (const double part : {0.0, 0.0005, 0.02, 0.17, 0.33, 0.5, 0.66, 0.83, 0.98, 0.9995}) {
             const double x = x0 + part * (x1 - x0);
-            goTo(x, 0.0);
+            m_at.goTo(x);
             worst.see(EvalSegment(x, segment), EvalSegment(x, *m_at), x);
         }
         m_at = here;
         return worst;
     }
 
-    void compareSegment(const Segment& segment) {
-        const double x0 = segment.getLeftKey()->getX();
-        const double x1 = segment.getRightKey()->getX();
-        const auto left = keyAt(x0);
+    // From one key to the other; `left` is the key that came back for the first.
+    void compareSegment(const Segment& segment, const Keyframe& from, const Keyframe& to, const Keyframe* left) {
+        const double x0 = from.getX();
+        const double x1 = to.getX();
         const auto right = m_at->getRightKey();
         const bool isOne = left && right && std::fabs(right->getX() - x1) <= closeTo(x1);
         const Segment* const back = isOne ? &*m_at : nullptr;
@@ -198,12 +187,17 @@ private:
         const bool isSameKind = back && (kind == backKind || ExpressionOf(segment) == ExpressionOf(*back));
         const auto out = segment.getOutTangent();
         const auto in = segment.getInTangent();
+        const auto backOut = back ? back->getOutTangent() : nullptr;
+        const auto backIn = back ? back->getInTangent() : nullptr;
 
+        // With the same x(t) values differ by no more than those of the keys and handles together.
+        const auto isClose = [&](const Vector2D<double>& a, const Vector2D<double>& b) {
+            return a.x == b.x && std::fabs(a.y - b.y) <= 0.5 * kEqual * m_range;
+        };
         Worst worst;
-        const bool isSurelyEqual =
-            isSameKind && kind == backKind && IsLocal(kind.get()) && IsSame(left->get(), segment.getLeftKey()->get())
-            && IsSame(right->get(), segment.getRightKey()->get()) && IsSame(out->get(), back->getOutTangent()->get())
-            && IsSame(in->get(), back->getInTangent()->get());
+        const bool isSurelyEqual = isSameKind && kind == backKind && IsLocal(kind.get())
+                                   && isClose(left->get(), from.get()) && isClose(right->get(), to.get())
+                                   && isClose(out->get(), backOut->get()) && isClose(in->get(), backIn->get());
         if (!isSurelyEqual) worst = measure(segment, x0, x1);
 
         if (!isSameKind || isOff(worst)) {
@@ -222,8 +216,8 @@ private:
             }
         }
         const bool isUsed = kind && kind->usesTangents();
-        compareTangent(*out, back ? back->getOutTangent().get() : nullptr, isUsed, x0, x1 - x0);
-        compareTangent(*in, back ? back->getInTangent().get() : nullptr, isUsed, x1, x1 - x0);
+        compareTangent(*out, backOut.get(), isUsed, x0, x1 - x0);
+        compareTangent(*in, backIn.get(), isUsed, x1, x1 - x0);
         if (!KeepsProperties(segment, back)) lose(Loss::Properties, Loss::Dropped, "of segments", &x0);
     }
 
@@ -278,45 +272,59 @@ private:
     const Notes& m_notes;
     ConversionReport& m_report;
     double m_range;
-    FCurve::const_iterator m_at;
+    Walk m_at; // along the curve that came back
 };
 
 } // namespace
 
-void Compare(const FCurveContainer& originals, const FCurveContainer& back, const Notes& notes,
-             ConversionReport& report) {
-    if (!KeepsProperties(originals, &back)) {
+Comparer::Comparer(const FCurveContainer& originals, const Notes& notes)
+    : m_originals(originals), m_notes(notes), m_places(originals.size()) {
+    std::size_t i = 0;
+    for (const FCurve& original : originals) {
+        m_places[i].original = &original;
+        const std::string* const name = notes.nameOf(original);
+        m_byName[name ? *name : original.getName()].push_back(i++);
+    }
+    // Each is taken once, from the back: the first one first.
+    for (auto& [name, places] : m_byName) std::reverse(places.begin(), places.end());
+}
+
+void Comparer::compare(Original& place, const FCurve& back) const {
+    place.isThere = true;
+    Comparison(*place.original, back, m_notes, place.report).run();
+}
+
+void Comparer::take(const std::shared_ptr<const FCurve>& back) {
+    const auto found = m_byName.find(back->getName());
+    if (found == m_byName.end() || found->second.empty()) {
+        m_unknown.push_back(back);
+        return;
+    }
+    compare(m_places[found->second.back()], *back);
+    found->second.pop_back();
+}
+
+void Comparer::finish(const FCurveContainer& back, ConversionReport& report) {
+    if (!KeepsProperties(m_originals, &back)) {
         Loss loss;
         loss.what = Loss::Properties;
         loss.detail = "of the container";
         report.add(loss);
     }
-    // By name, each taken once, in order; then by place.
-    std::unordered_map<std::string, std::vector<const FCurve*>> byName;
-    for (const FCurve& curve : back) byName[curve.getName()].push_back(&curve);
-    for (auto& [name, curves] : byName) std::reverse(curves.begin(), curves.end());
-    auto inPlace = back.begin();
-    const bool hasAll = originals.size() == back.size();
-    for (const FCurve& original : originals) {
-        const std::string* const name = notes.nameOf(original);
-        const auto found = byName.find(name ? *name : original.getName());
-        const FCurve* match = nullptr;
-        if (found != byName.end() && !found->second.empty()) {
-            match = found->second.back();
-            found->second.pop_back();
-        } else if (hasAll) {
-            match = &*inPlace;
-        }
-        if (hasAll) ++inPlace;
-        if (match) {
-            Comparison(original, *match, notes, report).run();
-        } else {
+    const auto missing = static_cast<std::size_t>(
+        std::count_if(m_places.begin(), m_places.end(), [](const Original& place) { return !place.isThere; }));
+    const bool hasAll = missing == m_unknown.size();
+    auto next = m_unknown.begin();
+    for (Original& place : m_places) {
+        if (!place.isThere && hasAll) compare(place, **next++);
+        if (!place.isThere) {
             Loss loss;
-            loss.curve = original.getName();
+            loss.curve = place.original->getName();
             loss.what = Loss::Curves;
             loss.detail = "the curve";
             report.add(loss);
         }
+        for (const Loss& loss : place.report.losses()) report.add(loss);
     }
 }
 

@@ -255,14 +255,24 @@ void Line::place(Track& track) const {
         knot.y = knot.y == 1.0 ? numbers[3] : numbers[1] + knot.y * scaleY;
         for (Side* side : {&knot.in, &knot.out}) {
             side->handle = {side->handle.x * scaleX, side->handle.y * scaleY};
-            // Thirds, to the last bit.
-            if (side->isGiven && !side->isWeighted) {
-                const double third = (track.knots.back().x - track.knots.front().x) / 3.0;
-                side->handle.x = side == &knot.in ? -third : third;
-            }
+            // Thirds of the only piece, to the last bit.
+            if (side->isGiven && !side->isWeighted)
+                side->handle.x = (side == &knot.in ? -1.0 : 1.0) * ((numbers[2] - numbers[0]) / 3.0);
         }
     }
     if (!track.leading.expression.empty()) track.leading.expression = NumberText(numbers[1]);
+}
+
+// An easing of the same name that starts where the one before ended is the next piece of its curve.
+bool Continue(Track& track, const Track& next) {
+    Knot& joint = track.knots.back();
+    const Knot& start = next.knots.front();
+    if (track.name != next.name || joint.x != start.x || joint.y != start.y || !next.leading.expression.empty())
+        return false;
+    joint.piece = start.piece;
+    joint.out = start.out;
+    track.knots.insert(track.knots.end(), next.knots.begin() + 1, next.knots.end());
+    return true;
 }
 
 bool Line::read(Track& track) {
@@ -313,12 +323,20 @@ Document CssReader::parse(std::string_view bytes) const {
         const std::size_t end = std::min(bytes.find_first_of("\r\n", at), bytes.size());
         Track track;
         track.name = std::to_string(document.tracks.size() + 1);
+        track.offset = at;
         if (Line(bytes, at, end).read(track)) {
-            if (document.tracks.size() >= limits.curves) throw TooMuch("There are too many curves.");
             keys += track.knots.size();
-            if (keys > limits.runs && keys - limits.runs > bytes.size())
-                throw TooMuch("There are too many steps for a document of this length.");
-            document.tracks.push_back(std::move(track));
+            const auto require = [&](bool isWithin, const char* message) {
+                if (isWithin) return;
+                const Place place = PlaceOf(bytes, at);
+                throw TooMuch(message, place.line, place.column);
+            };
+            require(keys <= limits.runs || keys - limits.runs <= bytes.size(),
+                    "There are too many steps for a document of this length.");
+            if (document.tracks.empty() || !Continue(document.tracks.back(), track)) {
+                require(document.tracks.size() < limits.curves, "There are too many curves.");
+                document.tracks.push_back(std::move(track));
+            }
         }
         at = end + 1;
     }

@@ -1,3 +1,4 @@
+#include "FCurveInterchange/Conversion.h"
 #include "FCurveInterchange/Formats.h"
 #include "interchange/Easing.h"
 #include "interchange/EasingFormats.h"
@@ -73,18 +74,37 @@ std::string Polyline(const FCurve& curve, const Track& track, const Frame& frame
     return text + ')';
 }
 
+void AppendCubic(std::string& text, const Easing& easing) {
+    text += "cubic-bezier(";
+    for (const double number : {easing.x1, easing.y1, easing.x2, easing.y2}) {
+        if (text.back() != '(') text += ", ";
+        AppendNumber(text, number);
+    }
+    text += ')';
+}
+
+// What other readers pass over, and ours puts the curve back by.
+void AppendPlace(std::string& text, const std::string& name, const Frame& frame) {
+    text.append(" /* ").append(name).append(": ");
+    AppendNumber(text, frame.x0);
+    text += ' ';
+    AppendNumber(text, frame.y0);
+    text += ", ";
+    AppendNumber(text, frame.x1);
+    text += ' ';
+    AppendNumber(text, frame.y1);
+    text += " */";
+}
+
 std::string EasingText(const FCurve& curve, const Track& track, const Track& whole, const Frame& frame, Notes& notes) {
     if (whole.knots.size() == 2 && whole.knots[0].piece == Piece::Bezier) {
         const Easing easing = EasingOf(whole, 0);
         const double rise = whole.knots[1].before - whole.knots[0].y;
         const bool isFlat = rise == 0.0 && whole.knots[0].out.handle.y == 0.0 && whole.knots[1].in.handle.y == 0.0;
         if (frame.y1 == whole.knots[1].before && (rise != 0.0 || isFlat)) {
-            std::string text = "cubic-bezier(";
-            for (const double number : {easing.x1, easing.y1, easing.x2, easing.y2}) {
-                if (text.back() != '(') text += ", ";
-                AppendNumber(text, number);
-            }
-            return text + ')';
+            std::string text;
+            AppendCubic(text, easing);
+            return text;
         }
     }
     if (track.knots.size() == 2 && track.knots[0].piece == Piece::Linear && frame.y1 == track.knots[1].y)
@@ -93,11 +113,44 @@ std::string EasingText(const FCurve& curve, const Track& track, const Track& who
     return steps.empty() ? Polyline(curve, whole, frame, notes) : steps;
 }
 
+// An easing a line for each piece.
+void AppendPieces(std::string& text, const Track& track, const std::string& name) {
+    for (std::size_t i = 0; i + 1 < track.knots.size(); ++i) {
+        const Knot& left = track.knots[i];
+        const Knot& right = track.knots[i + 1];
+        static constexpr const char* words[] = {"step-end", "step-start", "linear"};
+        if (left.piece == Piece::Bezier)
+            AppendCubic(text, EasingOf(track, i));
+        else
+            text += words[static_cast<int>(left.piece)];
+        AppendPlace(text, name, {left.x, left.y, right.x, right.y});
+        text += '\n';
+    }
+}
+
+// Whether a polyline would have more stops than anybody wants in a style sheet, some twenty a piece.
+bool IsLong(const Track& track) {
+    constexpr std::ptrdiff_t kMostBends = 64;
+    return std::count_if(track.knots.begin(), track.knots.end(),
+                         [](const Knot& knot) { return knot.piece == Piece::Bezier; })
+           > kMostBends;
+}
+
+// On one line, within a comment.
+std::string CommentOf(const FCurve& curve) {
+    std::string name = curve.getName();
+    for (char& c : name)
+        if (c == '\n' || c == '\r') c = ' ';
+    for (std::size_t at = 0; (at = name.find("*/", at)) != std::string::npos;) name[at] = '_';
+    return name;
+}
+
 } // namespace
 
 CssWriter::CssWriter() : CurveWriter(FormatType("css_easings", "CSS easing functions", "easings")) {}
 
 std::string CssWriter::compose(const FCurveContainer& curves, Notes& notes) const {
+    const std::string asked = Conversion::options().setting("css.pieces");
     std::string text;
     std::size_t number = 0;
     for (const FCurve& curve : curves) {
@@ -106,9 +159,16 @@ std::string CssWriter::compose(const FCurveContainer& curves, Notes& notes) cons
             continue;
         }
         ++number;
+        const std::string name = CommentOf(curve);
+        if (name != curve.getName()) notes.rename(curve, name);
         Abilities abilities;
         abilities.constantNext = true;
-        const Track track = Resolve(curve, abilities, notes); // where steps show
+        Track track = Resolve(curve, abilities, notes); // where steps show
+        if (asked == "yes" || (asked != "no" && IsLong(track))) {
+            CutToEasings(track, curve, notes);
+            AppendPieces(text, track, name);
+            continue;
+        }
         Abilities jumping;
         jumping.jumps = true;
         Notes again; // of the same losses
@@ -116,20 +176,9 @@ std::string CssWriter::compose(const FCurveContainer& curves, Notes& notes) cons
         CutToEasings(whole, curve, notes);
         const Frame frame = FrameOf(curve, whole);
         text += EasingText(curve, track, whole, frame, notes);
-
-        // What other readers pass over, and ours puts the curve back by.
-        std::string name = curve.getName();
-        for (char& c : name)
-            if (c == '\n' || c == '\r') c = ' ';
-        for (std::size_t at = 0; (at = name.find("*/", at)) != std::string::npos;) name[at] = '_';
         const bool isPercent = frame.x0 == 0.0 && frame.y0 == 0.0 && frame.x1 == 100.0 && frame.y1 == 1.0
                                && name == std::to_string(number);
-        if (!isPercent) {
-            text += " /* " + name + ": " + NumberText(frame.x0) + ' ' + NumberText(frame.y0) + ", "
-                    + NumberText(frame.x1) + ' ' + NumberText(frame.y1);
-            text += " */";
-        }
-        if (name != curve.getName()) notes.rename(curve, name);
+        if (!isPercent) AppendPlace(text, name, frame);
         text += '\n';
     }
     if (text.empty()) throw NotWritable("There is no curve of two keys or more.");

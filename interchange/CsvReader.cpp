@@ -61,9 +61,10 @@ public:
     Document document();
 
 private:
+    template<class Error = BadDocument>
     [[noreturn]] void fail(std::size_t offset, const std::string& message) const {
         const Place place = PlaceOf(m_bytes, offset);
-        throw BadDocument(message, place.line, place.column);
+        throw Error(message, place.line, place.column);
     }
 
     std::size_t skipPreamble();
@@ -142,7 +143,7 @@ void Table::readCells() {
         if (!m_records->next(m_cells)) break;
         const std::size_t found = m_cells.size() - before;
         if (m_columns == 0) m_columns = found;
-        if (m_cells.size() > kMostCells) throw TooMuch("There are more than 50 000 000 cells.");
+        if (m_cells.size() > kMostCells) fail<TooMuch>(m_cells[before].offset, "There are more than 50 000 000 cells.");
         if (found == m_columns) continue;
         const std::size_t place = found > m_columns ? m_cells[before + m_columns].offset : m_records->position();
         fail(place, "The row has " + std::to_string(found) + " fields where the first one has "
@@ -262,6 +263,7 @@ Document Table::wide() {
         if (column == time) continue;
         document.tracks.emplace_back();
         document.tracks.back().name = columnNames[column];
+        document.tracks.back().offset = at(0, column).offset;
     }
     double before = 0.0;
     bool isFirst = true;
@@ -298,6 +300,7 @@ Document Table::longTable(const std::array<std::size_t, 3>& columns) {
         if (isNew) {
             document.tracks.emplace_back();
             document.tracks.back().name = found->first;
+            document.tracks.back().offset = at(row, columns[0]).offset;
         }
         Knot& knot = document.tracks[found->second].knots.emplace_back();
         knot.x = number(at(row, columns[1]));
@@ -325,6 +328,7 @@ Document Table::transposed() {
     for (std::size_t row = 1; row < rows(); ++row) {
         Track& track = document.tracks.emplace_back();
         track.name = at(row, 0).text;
+        track.offset = at(row, 0).offset;
         for (std::size_t column = 1; column < m_columns; ++column) {
             const double x = number(at(0, column));
             if (column > 1 && !(x > number(at(0, column - 1))))
@@ -366,8 +370,10 @@ Document Table::document() {
 CsvReader::CsvReader() : CurveReader(FormatType("csv", "Comma-separated values", "csv")) {}
 
 Document CsvReader::parse(std::string_view bytes) const {
-    if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
-    return Table(bytes).document();
+    const std::size_t mark = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+    Document document = Table(bytes.substr(mark)).document();
+    for (Track& track : document.tracks) track.offset += mark;
+    return document;
 }
 
 // A table in the window: a header and numbers, or numbers between semicolons or commas. Rows of numbers between blanks

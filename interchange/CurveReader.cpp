@@ -2,6 +2,8 @@
 
 #include "FCurveInterchange/Conversion.h"
 #include "FCurveInterchange/Formats.h"
+#include "FCurveInterchange/Names.h"
+#include "interchange/Numbers.h"
 
 #include <FCurveLib/Exception.h>
 #include <FCurveLib/FormatInterface.h>
@@ -36,20 +38,58 @@ std::string ReadAll(Stream& stream) {
     return bytes;
 }
 
-void CheckText(const std::string& text, const FormatLimits& limits) {
-    if (text.size() > limits.text)
-        throw TooMuch("A text has " + std::to_string(text.size()) + " bytes; the limit is "
-                      + std::to_string(limits.text) + '.');
+// A host that wants another rate than the document's gets the same seconds.
+void TakeWantedRate(Document& document) {
+    const double wanted = Conversion::options().frameRate;
+    if (!(wanted > 0.0 && std::isfinite(wanted)) || !(document.rate > 0.0) || document.rate == wanted) return;
+    const double scale = wanted / document.rate;
+    for (auto& [key, value] : document.properties)
+        if (double frame = 0.0; (key == kFirstFrame || key == kLastFrame) && ParseNumber(value, frame))
+            value = NumberText(frame * scale);
+    for (Track& track : document.tracks)
+        for (Knot& knot : track.knots)
+            for (double* const x : {&knot.x, &knot.in.handle.x, &knot.out.handle.x}) *x *= scale;
 }
 
-void CheckProperties(const PropertyList& properties, const FormatLimits& limits) {
-    if (properties.size() > limits.properties)
-        throw TooMuch("There are too many properties; the limit is " + std::to_string(limits.properties) + '.');
-    for (const auto& [key, value] : properties) {
-        CheckText(key, limits);
-        CheckText(value, limits);
+// Raises TooMuch where a document has more than the limits allow.
+class LimitCheck {
+public:
+    LimitCheck(std::string_view bytes, const Document& document) : m_bytes(bytes), m_limits(GetFormatLimits()) {
+        checkProperties(document.properties);
+        for (std::size_t i = 0; i < document.tracks.size(); ++i) {
+            m_track = &document.tracks[i];
+            require(i < m_limits.curves, "There are too many curves; the limit is ", m_limits.curves);
+            checkText(m_track->name);
+            checkProperties(m_track->properties);
+            require(m_track->knots.size() <= m_limits.keys, "There are too many keys; the limit is ", m_limits.keys);
+        }
     }
-}
+
+private:
+    void require(bool isWithin, const std::string& message, std::size_t limit) const {
+        if (isWithin) return;
+        Place place{0, 0};
+        if (m_track && m_track->offset != Track::kNowhere) place = PlaceOf(m_bytes, m_track->offset);
+        throw TooMuch(message + std::to_string(limit) + '.', place.line, place.column,
+                      m_track ? m_track->path : std::string());
+    }
+    void checkText(const std::string& text) const {
+        require(text.size() <= m_limits.text, "A text has " + std::to_string(text.size()) + " bytes; the limit is ",
+                m_limits.text);
+    }
+    void checkProperties(const PropertyList& properties) const {
+        require(properties.size() <= m_limits.properties, "There are too many properties; the limit is ",
+                m_limits.properties);
+        for (const auto& [key, value] : properties) {
+            checkText(key);
+            checkText(value);
+        }
+    }
+
+    std::string_view m_bytes;
+    FormatLimits m_limits;
+    const Track* m_track = nullptr;
+};
 
 } // namespace
 
@@ -57,15 +97,21 @@ CurveReader::~CurveReader() = default;
 
 void CurveReader::readCurves(Stream& stream, FormatInterface& target) {
     const std::string bytes = ReadAll(stream);
-    const Document document = parse(bytes);
-    CheckLimits(document, GetFormatLimits());
+    readBytes(bytes, target);
+}
+
+void CurveReader::readBytes(std::string_view bytes, FormatInterface& target) const {
+    Document document = parse(bytes);
+    LimitCheck(bytes, document);
+    TakeWantedRate(document);
     EmitDocument(document, target);
 }
 
 void CurveReader::readCurve(Stream& stream, FormatInterface& target) {
     const std::string bytes = ReadAll(stream);
-    const Document document = parse(bytes);
-    CheckLimits(document, GetFormatLimits());
+    Document document = parse(bytes);
+    LimitCheck(bytes, document);
+    TakeWantedRate(document);
     if (document.tracks.empty()) throw BadDocument("There is no curve.");
     EmitTrack(document.tracks.front(), target);
 }
@@ -93,18 +139,6 @@ double FrameRateOr(double stated) {
     const double wanted = Conversion::options().frameRate;
     if (wanted > 0.0 && std::isfinite(wanted)) return wanted;
     return stated > 0.0 && std::isfinite(stated) ? stated : 24.0;
-}
-
-void CheckLimits(const Document& document, const FormatLimits& limits) {
-    CheckProperties(document.properties, limits);
-    if (document.tracks.size() > limits.curves)
-        throw TooMuch("There are too many curves; the limit is " + std::to_string(limits.curves) + '.');
-    for (const Track& track : document.tracks) {
-        CheckText(track.name, limits);
-        CheckProperties(track.properties, limits);
-        if (track.knots.size() > limits.keys)
-            throw TooMuch("There are too many keys; the limit is " + std::to_string(limits.keys) + '.');
-    }
 }
 
 Place PlaceOf(std::string_view text, std::size_t offset) {

@@ -24,6 +24,9 @@ public:
     void readCurve(Stream& stream, FormatInterface& target) final;
     bool canRead(Stream& stream, Stream& header) final;
 
+    // As readCurves, without a copy of the bytes.
+    void readBytes(std::string_view bytes, FormatInterface& target) const;
+
 protected:
     using Reader::Reader;
 
@@ -38,9 +41,6 @@ void Lose(const Loss& loss);
 
 // Frames a second that count where the document states `stated`, 0 for none.
 double FrameRateOr(double stated);
-
-// Raises TooMuch where the document has more than the limits allow.
-void CheckLimits(const Document& document, const FormatLimits& limits);
 
 // Where a byte of a text stands, both from 1; LF, CR LF and a lone CR end lines.
 struct Place {

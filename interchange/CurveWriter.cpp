@@ -9,7 +9,6 @@
 
 #include <FCurveLib/ContainerInterface.h>
 #include <FCurveLib/FormatFactory.h>
-#include <FCurveLib/MemoryStream.h>
 #include <FCurveLib/Stream.h>
 
 #include <algorithm>
@@ -39,17 +38,6 @@ void RequireLimits(const FCurveContainer& curves) {
     }
 }
 
-// Where the common properties are missing, from those that the core's reader of "hClip" gives.
-void AddCommonProperties(FCurveContainer& curves) {
-    const auto add = [&](const char* common, const char* known, double offset) {
-        double number = 0.0;
-        if (*curves.getProperty(common) == '\0' && ParseNumber(curves.getProperty(known), number))
-            curves.setProperty(common, NumberText(number + offset).c_str());
-    };
-    add(kFrameRate, "hclip_rate", 0.0);
-    add(kFirstFrame, "hclip_start", 1.0); // samples count from 0, frames from 1
-}
-
 void Write(const std::string& bytes, Stream& stream) {
     constexpr std::size_t kPiece = 1 << 20;
     if (bytes.size() > 0x7FFFFFFFU - static_cast<unsigned>(stream.getPosition()))
@@ -57,6 +45,43 @@ void Write(const std::string& bytes, Stream& stream) {
     for (std::size_t at = 0; at < bytes.size(); at += kPiece)
         stream.writeData(bytes.data() + at, static_cast<int>(std::min(kPiece, bytes.size() - at)));
 }
+
+// Bytes that are read where they stand.
+class View : public Stream {
+public:
+    explicit View(const std::string& bytes) : m_bytes(bytes) {}
+
+    void readData(void* buffer, int count) override {
+        if (count < 0 || count > getSize() - m_position) throw StreamException();
+        m_bytes.copy(static_cast<char*>(buffer), static_cast<std::size_t>(count), static_cast<std::size_t>(m_position));
+        m_position += count;
+    }
+    void writeData(const void*, int) override { throw StreamException(); }
+    int getPosition() const override { return m_position; }
+    void setPosition(int position) override { m_position = position; }
+    int getSize() const override { return static_cast<int>(m_bytes.size()); }
+
+private:
+    const std::string& m_bytes;
+    int m_position = 0;
+};
+
+// Hands curves to a comparison as soon as they are read, so that they are not in memory all at once.
+class Returned : private DraftCurves, public ContainerInterface {
+public:
+    explicit Returned(Comparer& comparer) : ContainerInterface(*curves), m_comparer(comparer) {}
+
+    bool finishCurve() override {
+        ContainerInterface::finishCurve();
+        m_comparer.take(curves->begin()->getShared());
+        curves->clear();
+        return true;
+    }
+    const FCurveContainer& container() const { return *curves; }
+
+private:
+    Comparer& m_comparer;
+};
 
 } // namespace
 
@@ -113,25 +138,25 @@ private:
             ~Clear() { draft.clear(); }
         } const clearing{*this};
         RequireLimits(*curves);
-        AddCommonProperties(*curves);
         Notes notes;
         const std::string bytes = m_writer.compose(*curves, notes);
-        if (bytes.size() > Conversion::options().longest)
+        const std::size_t longest = std::min<std::size_t>(Conversion::options().longest, 0x7FFFFFFF);
+        if (bytes.size() > longest)
             throw TooMuch("The document would have " + std::to_string(bytes.size()) + " bytes; the limit is "
-                          + std::to_string(Conversion::options().longest) + '.');
+                          + std::to_string(longest) + '.');
         if (ConversionReport* const report = Conversion::report()) {
-            MemoryStream stream;
-            Write(bytes, stream);
-            stream.setPosition(0);
-            const auto back = FCurveContainer::create();
-            ContainerInterface target(*back);
+            notes.sort();
+            Comparer comparer(*curves, notes);
+            Returned target(comparer);
             ConversionReport nothing; // reading reports what the document has, which here is what the comparison finds
             const Conversion reading(nothing, Conversion::options());
-            if (Reader* const reader = FormatFactory::getReader(m_writer.getFormatType()))
+            Reader* const reader = FormatFactory::getReader(m_writer.getFormatType());
+            View stream(bytes);
+            if (auto* const own = dynamic_cast<CurveReader*>(reader))
+                own->readBytes(bytes, target);
+            else if (reader)
                 reader->readCurves(stream, target);
-            AddCommonProperties(*back);
-            notes.sort();
-            Compare(*curves, *back, notes, *report);
+            comparer.finish(target.container(), *report);
         }
         Write(bytes, m_stream);
     }

@@ -7,6 +7,7 @@
 
 #include <FCurveLib/Bezier.h>
 #include <FCurveLib/Cycle.h>
+#include <FCurveLib/Evaluation.h>
 #include <FCurveLib/HoudiniChanFormat.h>
 #include <FCurveLib/HoudiniClipFormat.h>
 #include <FCurveLib/Mirror.h>
@@ -48,8 +49,13 @@ struct Frames {
     double count() const noexcept { return last - first + 1.0; }
 };
 
-void AppendValue(std::string& text, const FCurve& curve, double frame) {
-    const double y = curve.eval(frame);
+// The value of FCurve::eval at a frame that comes after those before.
+double ValueAt(Walk& walk, double frame) {
+    walk.goTo(frame);
+    return EvalSegment(frame, *walk);
+}
+
+void AppendValue(std::string& text, const FCurve& curve, double frame, double y) {
     if (!std::isfinite(y))
         throw NotWritable(Quoted(curve.getName()) + " is not finite at frame " + ShortNumber(frame) + '.');
     AppendNumber(text, y);
@@ -175,13 +181,16 @@ std::string HoudiniChanWriter::compose(const FCurveContainer& curves, Notes& not
     // One row would be read as channels.
     if (hasFrames && frames.first == frames.last) frames.last += 1.0;
 
+    std::vector<Walk> walks;
+    walks.reserve(columns.size());
+    for (const FCurve* column : columns) walks.emplace_back(column ? *column : *curves.begin());
     std::string text;
     for (double i = 0.0; i < frames.count(); ++i) {
         if (hasFrames) AppendNumber(text, frames.first + i);
         for (std::size_t column = 0; column < columns.size(); ++column) {
             if (hasFrames || column > 0) text += '\t';
             if (columns[column])
-                AppendValue(text, *columns[column], frames.first + i);
+                AppendValue(text, *columns[column], frames.first + i, ValueAt(walks[column], frames.first + i));
             else
                 text += '0';
         }
@@ -240,9 +249,12 @@ std::string HoudiniClipWriter::compose(const FCurveContainer& curves, Notes& not
             text += '\n';
         }
         text += "      data =";
-        for (double i = 0.0; i < samples; ++i) {
+        // A number after the last key holds at it, but the sample there is what lines lead to.
+        const double lastKey = after ? trailing.getLeftKey()->getX() : HUGE_VAL;
+        Walk walk(curve);
+        for (double x = frames.first; x < frames.first + samples; ++x) {
             text += ' ';
-            AppendValue(text, curve, frames.first + i);
+            AppendValue(text, curve, x, x == frames.last && x == lastKey ? EvalInInterior(x, curve) : ValueAt(walk, x));
         }
         text += "\n   }\n";
     }

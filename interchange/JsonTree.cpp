@@ -2,6 +2,7 @@
 
 #include "FCurveInterchange/Formats.h"
 #include "interchange/CurveReader.h"
+#include "interchange/Json.h"
 
 #include <nlohmann/json.hpp>
 
@@ -69,7 +70,10 @@ struct JsonTree::Builder : nlohmann::json_sax<nlohmann::json> {
     }
     bool open(JsonValue::Type type) {
         constexpr std::size_t kDeepest = 64;
-        if (opened.size() >= kDeepest) throw TooMuch("Objects and arrays are nested too deep; the limit is 64.");
+        if (opened.size() >= kDeepest) {
+            const Place place = PlaceOf(bytes, OffsetOfDepth(bytes, kDeepest));
+            throw TooMuch("Objects and arrays are nested too deep; the limit is 64.", place.line, place.column);
+        }
         opened.push_back(tree.m_nodes.size());
         return add(type, 0.0);
     }

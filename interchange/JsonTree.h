@@ -72,7 +72,7 @@ private:
 
 class JsonTree {
 public:
-    // Raises BadDocument with line and column, or TooMuch where values are nested deeper than 64.
+    // Raises BadDocument, or TooMuch where values are nested deeper than 64, with line and column.
     explicit JsonTree(std::string_view bytes);
     JsonTree(const JsonTree&) = delete;
     JsonTree& operator=(const JsonTree&) = delete;

@@ -192,6 +192,7 @@ public:
     explicit LottieDocument(const JsonValue& root) {
         double rate = 0.0;
         if (root.isObject() && root.contains("fr") && root["fr"].isNumber()) rate = root["fr"].number();
+        if (std::isfinite(rate)) m_document.rate = rate;
         m_document.properties.emplace_back(kFrameRate, NumberText(FrameRateOr(rate)));
         for (const auto& [member, property] : {std::pair("ip", kFirstFrame), std::pair("op", kLastFrame)})
             if (root.isObject() && root.contains(member) && root[member].isNumber())
@@ -433,6 +434,7 @@ void LottieDocument::read(const JsonValue& property, const std::string& name, co
                                  || (name.size() >= 9 && name.compare(name.size() - 9, 9, "translate") == 0));
     for (std::size_t d = 0; d < dimensions; ++d) {
         tracks[d].name = name;
+        tracks[d].path = path;
         if (dimensions == 1) continue;
         if (isTransform && d < 3)
             tracks[d].name += "XYZ"[d];
@@ -447,7 +449,9 @@ void LottieDocument::read(const JsonValue& property, const std::string& name, co
             track.properties.emplace_back("lottie_expression", expression);
             Lose({track.name, Loss::Formulas, Loss::Dropped, "an expression, kept as a property", 1, {}, 0.0, 0.0});
         }
-        if (m_document.tracks.size() >= GetFormatLimits().curves) throw TooMuch("There are too many curves.");
+        const std::size_t limit = GetFormatLimits().curves;
+        if (m_document.tracks.size() >= limit)
+            throw TooMuch("There are too many curves; the limit is " + std::to_string(limit) + '.', 0, 0, path);
         m_document.tracks.push_back(std::move(track));
     }
 }

@@ -22,11 +22,11 @@ namespace Interchange {
 namespace {
 
 void AppendHandle(std::string& text, const char* name, double x, double y) {
-    text.append(",\"").append(name).append("\":{\"x\":[");
+    text.append(",\"").append(name).append("\":{\"x\":");
     AppendNumber(text, x);
-    text += "],\"y\":[";
+    text += ",\"y\":";
     AppendNumber(text, y);
-    text += "]}";
+    text += '}';
 }
 
 // {"a":1,"k":[...]}; empty for a curve without keys.
@@ -40,7 +40,10 @@ std::string PropertyOf(const FCurve& curve, Notes& notes) {
         track.knots[1].x += 1.0;
         track.knots[0].piece = Piece::Constant;
     }
-    std::string text = "{\"a\":1,\"k\":[";
+    constexpr std::size_t kLength = 160; // of a keyframe, about
+    std::string text;
+    text.reserve(kLength * track.knots.size());
+    text = "{\"a\":1,\"k\":[";
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
         const Knot& knot = track.knots[i];
         text += i > 0 ? ",\n{\"t\":" : "\n{\"t\":";

@@ -4,6 +4,7 @@
 #include "interchange/MayaFormat.h"
 #include "interchange/MayaTangents.h"
 #include "interchange/Numbers.h"
+#include "interchange/Units.h"
 
 #include <FCurveLib/FormatType.h>
 
@@ -74,9 +75,10 @@ public:
         return text;
     }
 
+    template<class Error = BadDocument>
     [[noreturn]] void fail(std::size_t offset, const std::string& message) const {
         const Place place = PlaceOf(m_bytes, offset);
-        throw BadDocument(message, place.line, place.column);
+        throw Error(message, place.line, place.column);
     }
     [[noreturn]] void failAt(const Word& word, const std::string& expected) const {
         fail(word.offset, "Expected " + expected + ", found "
@@ -138,7 +140,7 @@ public:
 
 private:
     void readHeader(const Word& word);
-    void readAnim();
+    void readAnim(const Word& anim);
     void readAnimData();
     void readKeys(MayaCurve& curve, const Word& start);
     MayaKey readKey(const MayaCurve& curve, const Word& first);
@@ -229,23 +231,16 @@ void MayaParser::readHeader(const Word& word) {
         if (!ParseNumber(text, x)) m_words.fail(word.offset, Quoted(text) + " is not a number.");
         keep(key, NumberText(x * m_timeScale));
     };
-    static constexpr struct {
-        const char* longName;
-        const char* name;
-        double perCentimetre;
-    } units[] = {{"millimeter", "mm", 10.0},  {"centimeter", "cm", 1.0},     {"meter", "m", 0.01},
-                 {"kilometer", "km", 1e-5},   {"inch", "in", 1.0 / 2.54},    {"foot", "ft", 1.0 / 30.48},
-                 {"yard", "yd", 1.0 / 91.44}, {"mile", "mi", 1.0 / 160934.4}};
     if (word.is("mayaVersion")) {
         keep("maya_version", text);
         m_isOld = text.substr(0, 2) == "2.";
     } else if (word.is("timeUnit")) {
         setTimeUnit(text, m_timeScale, true);
     } else if (word.is("linearUnit")) {
-        for (const auto& unit : units) {
+        for (const LinearUnit& unit : kLinearUnits) {
             if (text != unit.name && text != unit.longName) continue;
             keep(kLinearUnit, unit.name);
-            m_linearPerCentimetre = unit.perCentimetre;
+            m_linearPerCentimetre = 0.01 / unit.meters;
         }
     } else if (word.is("angularUnit")) {
         if (text == "rad" || text == "radian") m_angleUnit = 1.0;
@@ -268,7 +263,7 @@ void MayaParser::readHeader(const Word& word) {
     }
 }
 
-void MayaParser::readAnim() {
+void MayaParser::readAnim(const Word& anim) {
     if (m_hasAnim && m_isPlaceHolder) m_document.properties.emplace_back("", m_place);
     std::vector<Word> words;
     constexpr std::size_t kMost = 6;
@@ -287,6 +282,7 @@ void MayaParser::readAnim() {
 
     const std::size_t count = words.size() - 3;
     m_track = Track();
+    m_track.offset = anim.offset;
     ChannelName name;
     name.channel = count > 1 ? words[1].text : count > 0 ? words[0].text : "";
     if (count > 2) name.node = words[2].text;
@@ -343,7 +339,8 @@ void MayaParser::readKeys(MayaCurve& curve, const Word& start) {
     for (Word word = m_words.next(); word.type != Word::Close; word = m_words.next()) {
         if (word.type == Word::Semicolon) continue;
         if (curve.keys.size() >= limits.keys)
-            throw TooMuch("There are too many keys; the limit is " + std::to_string(limits.keys) + '.');
+            m_words.fail<TooMuch>(word.offset,
+                                  "There are too many keys; the limit is " + std::to_string(limits.keys) + '.');
         curve.keys.push_back(readKey(curve, word));
         const std::size_t count = curve.keys.size();
         rises = rises && (count < 2 || curve.keys[count - 1].at.x > curve.keys[count - 2].at.x);
@@ -579,10 +576,13 @@ Document MayaParser::parse() {
         if (word.type == Word::Semicolon) continue;
         if (word.type != Word::Text) m_words.failAt(word, "a word");
         if (word.is("animData")) {
+            const std::size_t limit = GetFormatLimits().curves;
+            if (m_document.tracks.size() >= limit)
+                m_words.fail<TooMuch>(word.offset,
+                                      "There are too many curves; the limit is " + std::to_string(limit) + '.');
             readAnimData();
-            if (m_document.tracks.size() > GetFormatLimits().curves) throw TooMuch("There are too many curves.");
         } else if (word.is("anim")) {
-            readAnim();
+            readAnim(word);
         } else {
             readHeader(word);
         }

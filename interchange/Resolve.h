@@ -3,10 +3,14 @@
 // Curves as writers need them: every kind of interpolator told by the four kinds of pieces.
 
 #include <FCurveLib/FCurve.h>
+#include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Segment.h>
 
 #include "FCurveInterchange/ConversionReport.h"
 #include "interchange/Track.h"
 
+#include <cmath>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -56,6 +60,32 @@ struct Abilities {
 // and absent interpolators become constant pieces; formulas, repetitions between keys and hosts' kinds are fitted
 // within the tolerance of the conversion. Where a format has no jumps, one takes the 0.001 frames before its key.
 Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes);
+
+// Goes along a curve's segments, with rising x.
+class Walk {
+public:
+    explicit Walk(const FCurve& curve) : m_at(curve.begin()), m_end(curve.end()) { findNext(); }
+
+    // To the last segment that starts at or before x.
+    void goTo(double x) {
+        while (m_next <= x && m_next < HUGE_VAL) {
+            ++m_at;
+            findNext();
+        }
+    }
+    const Segment& operator*() const { return *m_at; }
+    const Segment* operator->() const { return &*m_at; }
+
+private:
+    void findNext() {
+        const auto next = std::next(m_at);
+        m_next = next != m_end ? next->getLeftKey()->getX() : HUGE_VAL;
+    }
+
+    FCurve::const_iterator m_at;
+    FCurve::const_iterator m_end;
+    double m_next = 0.0; // where the next segment starts
+};
 
 // Continues the track from the frame `from` and up to the frame `to`, where the curve does not hold its ends there: for
 // formats that know nothing else outside the keys. Fitted within the tolerance of the conversion.

@@ -63,9 +63,15 @@ struct Track {
     std::vector<std::pair<std::size_t, std::pair<std::string, std::string>>> keyProperties; // by knot, rising
     // From a reader: expressions instead of the pieces' own, likewise.
     std::vector<std::pair<std::size_t, std::string>> pieceExpressions;
+    // Where it stands, for messages: a byte of the text, or a JSON path.
+    std::size_t offset = kNowhere;
+    std::string path;
+
+    static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 };
 
 struct Document {
+    double rate = 0.0; // frames a second in which the document counts, where it states them; 0 elsewhere
     PropertyList properties;
     std::vector<Track> tracks;
 };

@@ -2,6 +2,7 @@
 
 #include "FCurveInterchange/Formats.h"
 #include "interchange/CurveReader.h"
+#include "interchange/Json.h"
 #include "interchange/Numbers.h"
 
 #include <algorithm>
@@ -44,8 +45,10 @@ public:
         return m_inner.start_object(size);
     }
     bool key(string_t& name) override {
+        ++m_members;
         if (!m_names.back().insert(name).second)
-            throw BadDocument("An object has the name " + Interchange::Quoted(name) + " twice.");
+            raise<BadDocument>("An object has the name " + Interchange::Quoted(name) + " twice.",
+                               OffsetOfMember(m_text, m_members));
         return m_inner.key(name);
     }
     bool end_object() override {
@@ -62,21 +65,29 @@ public:
     }
     bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception&) override {
         const std::size_t at = std::min(position == 0 ? 0 : position - 1, m_text.size());
-        const Place place = PlaceOf(m_text, at);
-        throw BadDocument(at < m_text.size() ? "Expected JSON, found " + Interchange::Quoted(m_text.substr(at, 1)) + '.'
-                                             : "The JSON ends too early.",
-                          place.line, place.column);
+        raise<BadDocument>(at < m_text.size()
+                               ? "Expected JSON, found " + Interchange::Quoted(m_text.substr(at, 1)) + '.'
+                               : "The JSON ends too early.",
+                           at);
     }
 
 private:
+    template<class Error>
+    [[noreturn]] void raise(const std::string& message, std::size_t offset) const {
+        const Place place = PlaceOf(m_text, offset);
+        throw Error(message, place.line, place.column);
+    }
     void open() {
-        if (m_names.size() >= m_most) throw TooMuch("Objects and arrays are nested too deeply.");
+        if (m_names.size() >= m_most)
+            raise<TooMuch>("Objects and arrays are nested too deeply; the limit is " + std::to_string(m_most) + '.',
+                           OffsetOfDepth(m_text, m_most));
         m_names.emplace_back();
     }
 
     nlohmann::detail::json_sax_dom_parser<Json> m_inner;
     std::string_view m_text;
     std::size_t m_most;
+    std::size_t m_members = 0;
     std::vector<std::unordered_set<std::string>> m_names; // of the open objects; empty for arrays
 };
 

@@ -50,40 +50,43 @@ int HexDigit(char c) noexcept {
 // --- base64 ----------------------------------------------------------------------------------------------------------
 
 std::string ToBase64(std::string_view bytes) {
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
+    std::string text((bytes.size() + 2) / 3 * 4, '=');
+    char* out = text.data();
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         const std::size_t there = std::min<std::size_t>(3, bytes.size() - i);
         std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k)
-            group = group << 8U | (k < there ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-        for (std::size_t k = 0; k < 4; ++k) text += k <= there ? kDigits[group >> (18U - 6U * k) & 63U] : '=';
+        for (std::size_t k = 0; k < there; ++k)
+            group |= std::uint32_t{static_cast<unsigned char>(bytes[i + k])} << (16U - 8U * k);
+        for (std::size_t k = 0; k <= there; ++k) out[k] = kDigits[group >> (18U - 6U * k) & 63U];
+        out += 4;
     }
     return text;
 }
 
 std::optional<std::string> FromBase64(std::string_view text) {
-    static const std::array<int, 256> values = [] {
-        std::array<int, 256> table{};
-        table.fill(-1);
-        for (std::size_t i = 0; i < 64; ++i) table[static_cast<unsigned char>(kDigits[i])] = static_cast<int>(i);
+    static constexpr std::uint32_t kNone = 0x80;
+    static const std::array<std::uint32_t, 256> values = [] {
+        std::array<std::uint32_t, 256> table{};
+        table.fill(kNone);
+        for (std::uint32_t i = 0; i < 64; ++i) table[static_cast<unsigned char>(kDigits[i])] = i;
         return table;
     }();
     for (int i = 0; i < 2 && !text.empty() && text.back() == '='; ++i) text.remove_suffix(1);
     if (text.size() % 4 == 1) return std::nullopt;
-    std::string bytes;
-    bytes.reserve(text.size() / 4 * 3 + 2);
-    std::uint32_t group = 0;
-    unsigned bits = 0;
-    for (const char c : text) {
-        const int value = values[static_cast<unsigned char>(c)];
-        if (value < 0) return std::nullopt;
-        group = group << 6U | static_cast<std::uint32_t>(value);
-        bits += 6;
-        if (bits < 8) continue;
-        bits -= 8;
-        bytes += static_cast<char>(group >> bits & 0xFFU);
+    std::string bytes(text.size() * 3 / 4, '\0');
+    char* out = bytes.data();
+    std::uint32_t all = 0;
+    for (std::size_t i = 0; i < text.size(); i += 4) {
+        const std::size_t there = std::min<std::size_t>(4, text.size() - i);
+        std::uint32_t group = 0;
+        for (std::size_t k = 0; k < there; ++k) {
+            const std::uint32_t value = values[static_cast<unsigned char>(text[i + k])];
+            all |= value;
+            group |= value << (18U - 6U * k);
+        }
+        for (std::size_t k = 0; k + 1 < there; ++k) *out++ = static_cast<char>(group >> (16U - 8U * k) & 0xFFU);
     }
+    if (all & kNone) return std::nullopt;
     return bytes;
 }
 

@@ -72,8 +72,7 @@ public:
             m_rate = FrameRateOr(stated);
             m_offset = hasExtras ? extras[kOffset].numberOr(0.0) : 0.0;
             if (!std::isfinite(m_offset)) m_offset = 0.0;
-            if (stated > 0.0 && m_document.properties.empty())
-                m_document.properties.emplace_back(kFrameRate, NumberText(m_rate));
+            if (m_document.properties.empty()) m_document.properties.emplace_back(kFrameRate, NumberText(m_rate));
             const Value channels = animation["channels"];
             for (std::size_t c = 0; c < channels.size(); ++c) readChannel(channels[c], animation["samplers"]);
         }
@@ -236,6 +235,7 @@ private:
                 if (given.is_string()) name = given.get<std::string>();
             }
             Track track = Usda::TrackOf(SplineOf(channel, c, m_rate, m_offset), name);
+            track.path = value.path();
             if (!m_animation.empty()) track.properties.emplace_back(kAnimation, m_animation);
             m_document.tracks.push_back(std::move(track));
         }

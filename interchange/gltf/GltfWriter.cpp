@@ -37,6 +37,7 @@ namespace {
 
 constexpr std::size_t kMostWeights = 4096;
 constexpr const char* kNewDocument = R"({"asset":{"version":"2.0","generator":"FCurveLib"}})";
+constexpr const char* kData = "data:application/octet-stream;base64,";
 constexpr const char* kOwnNode = "curves"; // for curves without a node
 
 float AsFloat(double number) {
@@ -64,11 +65,15 @@ public:
     explicit Edits(std::string_view text) : m_text(text), m_root(RootOf(text)) {}
 
     JsonSpan root() const { return m_root; }
-    JsonSpan member(JsonSpan object, std::string_view key) const { return MemberOf(m_text, object, key); }
+    JsonSpan member(JsonSpan object, const std::string& key) {
+        const auto [entry, isNew] = m_members[object.begin].try_emplace(key);
+        if (isNew) entry->second = MemberOf(m_text, object, key);
+        return entry->second;
+    }
     std::vector<JsonSpan> elements(JsonSpan array) const { return ElementsOf(m_text, array); }
 
     // The name goes with the value; the text has names of its own.
-    void replaceMember(JsonSpan object, std::string_view key, std::string text) {
+    void replaceMember(JsonSpan object, const std::string& key, std::string text) {
         const JsonSpan value = member(object, key);
         const std::size_t close = m_text.rfind('"', value.begin);
         replace({m_text.rfind('"', close - 1), value.end}, std::move(text));
@@ -123,6 +128,8 @@ private:
     std::map<std::size_t, std::string> m_added;                         // by the place of the closing bracket
     std::map<std::size_t, std::map<std::string, std::string>> m_arrays; // that are not there yet, by their objects
     std::map<std::size_t, JsonSpan> m_owners;
+    std::unordered_map<std::size_t, std::map<std::string, JsonSpan>>
+        m_members; // that were looked for, by their objects
 };
 
 // --- where curves go -------------------------------------------------------------------------------------------------
@@ -168,11 +175,7 @@ public:
         m_firstMesh = root["meshes"].size();
         m_inputs.clear();
         writeNodes();
-        std::vector<std::string> names; // in the order of their coming
-        for (const Property& property : m_properties)
-            if (std::find(names.begin(), names.end(), property.animation) == names.end())
-                names.push_back(property.animation);
-        for (const std::string& name : names) writeAnimation(name);
+        writeAnimations();
         if (m_hasPointers) declareExtension();
         for (const std::string& accessor : m_accessors) m_edits.addElement(m_edits.root(), "accessors", accessor);
         return withBytes(shape);
@@ -497,15 +500,36 @@ private:
                                    : accessorText(offset, elements, types[width - 1], ""));
     }
 
-    void writeAnimation(const std::string& name) {
-        std::vector<std::vector<Track>> tracks; // of the properties of this animation
-        std::vector<const Property*> properties;
-        double first = 0.0;
+    void writeAnimations() {
+        std::vector<std::vector<const Property*>> animations; // in the order of their coming
+        std::unordered_map<std::string, std::size_t> places;
         for (const Property& property : m_properties) {
-            if (property.animation != name) continue;
-            properties.push_back(&property);
+            const auto [place, isNew] = places.try_emplace(property.animation, animations.size());
+            if (isNew) animations.emplace_back();
+            animations[place->second].push_back(&property);
+        }
+        const Value existing = m_asset.root()["animations"];
+        std::vector<JsonSpan> spans;
+        if (existing.size() > 0) spans = m_edits.elements(m_edits.member(m_edits.root(), "animations"));
+        std::unordered_map<std::string, JsonSpan> byName; // the first of each name
+        for (std::size_t i = 0; i < spans.size(); ++i) byName.emplace(existing[i]["name"].textOr(""), spans[i]);
+        for (const auto& properties : animations) {
+            const std::string& name = properties.front()->animation;
+            const auto known = byName.find(name);
+            std::string text = animationText(name, properties);
+            if (known != byName.end())
+                m_edits.replace(known->second, std::move(text));
+            else
+                m_edits.addElement(m_edits.root(), "animations", text);
+        }
+    }
+
+    std::string animationText(const std::string& name, const std::vector<const Property*>& properties) {
+        std::vector<std::vector<Track>> tracks; // of the properties
+        double first = 0.0;
+        for (const Property* property : properties) {
             tracks.emplace_back();
-            for (const FCurve* curve : property.curves) {
+            for (const FCurve* curve : property->curves) {
                 tracks.back().emplace_back();
                 if (!curve) continue;
                 Track& track = tracks.back().back();
@@ -544,15 +568,7 @@ private:
         text += "\"channels\":[" + channels + "],\"samplers\":[" + samplers + "],\"extras\":{\""
                 + std::string(kFrameRate) + "\":" + NumberText(m_rate);
         if (offset != 0.0) text += std::string(",\"") + kOffset + "\":" + NumberText(offset);
-        text += "}}";
-
-        const Value animations = m_asset.root()["animations"];
-        for (std::size_t i = 0; i < animations.size(); ++i) {
-            if (animations[i]["name"].textOr("") != name) continue;
-            m_edits.replace(m_edits.elements(m_edits.member(m_edits.root(), "animations"))[i], text);
-            return;
-        }
-        m_edits.addElement(m_edits.root(), "animations", text);
+        return text += "}}";
     }
 
     std::string channelText(const Property& property, std::size_t sampler) {
@@ -607,12 +623,15 @@ private:
             if (m_hasBytes) {
                 addView(buffers.size(), 0);
                 m_edits.addElement(m_edits.root(), "buffers",
-                                   "{\"byteLength\":" + std::to_string(m_bytes.size())
-                                       + ",\"uri\":\"data:application/octet-stream;base64," + ToBase64(m_bytes)
-                                       + "\"}");
+                                   "{\"byteLength\":" + std::to_string(m_bytes.size()) + ",\"uri\":\"" + kData
+                                       + (m_isNew ? std::string() : ToBase64(m_bytes)) + "\"}");
             }
-            const std::string text = m_edits.result();
-            return m_isNew ? nlohmann::ordered_json::parse(text).dump(1) + '\n' : text;
+            if (!m_isNew) return m_edits.result();
+            std::string text = nlohmann::ordered_json::parse(m_edits.result()).dump(1) + '\n';
+            // Last, as they are long. Nothing else in a new document is a member "uri".
+            const std::string uri = std::string("\"uri\": \"") + kData;
+            if (m_hasBytes) text.insert(text.find(uri) + uri.size(), ToBase64(m_bytes));
+            return text;
         }
         if (!m_isNew && !parts.isBinary)
             throw NotWritable("The document to change is no binary one; \"gltf\" is needed.");

@@ -82,6 +82,8 @@ public:
                     m_layer.start = readFinite();
                 } else if (key == "endTimeCode") {
                     m_layer.end = readFinite();
+                } else if (key == "metersPerUnit") {
+                    m_layer.metersPerUnit = readFinite();
                 } else {
                     return false;
                 }

@@ -117,6 +117,7 @@ struct Layer {
     std::optional<double> rate;
     std::optional<double> start;
     std::optional<double> end;
+    std::optional<double> metersPerUnit;
     Dictionary customData;
     TextSpan metadata;      // between the brackets; empty if there are none
     std::size_t header = 0; // end of the first line, without its line end

@@ -1,5 +1,6 @@
 #include "FCurveInterchange/Names.h"
 #include "interchange/Numbers.h"
+#include "interchange/Units.h"
 #include "interchange/usda/Layer.h"
 #include "interchange/usda/SplineTrack.h"
 #include "interchange/usda/UsdaFormat.h"
@@ -96,9 +97,21 @@ Document UsdaReader::parse(std::string_view bytes) const {
     Layer layer = ParseLayer(bytes);
     Report(layer);
     Document document;
-    AddProperty(document.properties, kFrameRate, layer.rate);
+    document.rate = layer.rate.value_or(0.0);
+    const double wanted = FrameRateOr(document.rate);
+    AddProperty(document.properties, kFrameRate, layer.rate ? std::optional(wanted) : std::nullopt);
     AddProperty(document.properties, kFirstFrame, layer.start);
     AddProperty(document.properties, kLastFrame, layer.end);
+    if (layer.metersPerUnit) {
+        const double meters = *layer.metersPerUnit;
+        const auto* const unit = std::find_if(std::begin(kLinearUnits), std::end(kLinearUnits), [=](const auto& one) {
+            return std::fabs(one.meters - meters) <= 1e-9 * one.meters;
+        });
+        if (unit != std::end(kLinearUnits))
+            document.properties.emplace_back(kLinearUnit, unit->name);
+        else
+            LoseAt("", Loss::Units, Loss::Dropped, "a unit of length without a name");
+    }
     document.properties.insert(document.properties.end(), layer.customData.begin(), layer.customData.end());
 
     for (Attribute& attribute : layer.attributes) {
@@ -127,6 +140,7 @@ Document UsdaReader::parse(std::string_view bytes) const {
         if (!attribute.samples && !withoutKeys.empty() && document.tracks.back().knots.empty())
             document.tracks.back().leading.expression = withoutKeys;
         for (std::size_t i = first; i < document.tracks.size(); ++i) {
+            document.tracks[i].offset = (attribute.samples ? attribute.samplesText : attribute.splineText).begin;
             PropertyList& all = document.tracks[i].properties;
             all.insert(all.begin(), properties.begin(), properties.end());
             if (layer.prims[attribute.prim].isInVariant)

@@ -3,6 +3,7 @@
 #include "FCurveInterchange/Names.h"
 #include "interchange/Files.h"
 #include "interchange/Numbers.h"
+#include "interchange/Units.h"
 #include "interchange/usda/Layer.h"
 #include "interchange/usda/UsdaFormat.h"
 #include "interchange/usda/Widths.h"
@@ -340,27 +341,34 @@ public:
     std::string layer(const FCurveContainer& curves) {
         std::string text = "#usda 1.0\n(\n";
         std::string others;
-        std::map<std::string, std::string> times; // in the order of their names
+        std::map<std::string, std::string> metadata; // in the order of their names
         double rate = 0.0;
         for (auto property = curves.beginProperties(); property != curves.endProperties(); ++property) {
             const auto& [key, value] = *property;
             double number = 0.0;
+            const auto* const unit =
+                std::find_if(std::begin(kLinearUnits), std::end(kLinearUnits), [&](const auto& one) {
+                    return property->first == kLinearUnit && property->second == one.name;
+                });
             const bool isNumber = ParseNumber(value, number) && NumberText(number) == value;
             if (key == kFrameRate && isNumber && number > 0.0) {
                 rate = number;
             } else if (isNumber && key == kFirstFrame) {
-                times["startTimeCode"] = value;
+                metadata["startTimeCode"] = value;
             } else if (isNumber && key == kLastFrame) {
-                times["endTimeCode"] = value;
+                metadata["endTimeCode"] = value;
+            } else if (unit != std::end(kLinearUnits)) {
+                metadata["metersPerUnit"] = NumberText(unit->meters);
             } else {
                 others += "        ";
                 AppendEntry(others, key, value);
                 others += '\n';
             }
         }
-        times["timeCodesPerSecond"] = times["framesPerSecond"] = NumberText(FrameRateOr(rate));
+        metadata["timeCodesPerSecond"] = metadata["framesPerSecond"] = NumberText(FrameRateOr(rate));
         if (!others.empty()) text += "    customLayerData = {\n" + others + "    }\n";
-        for (const auto& [key, value] : times) text.append("    ").append(key).append(" = ").append(value).append("\n");
+        for (const auto& [key, value] : metadata)
+            text.append("    ").append(key).append(" = ").append(value).append("\n");
         text += ")\n";
         return text + prims(m_statements, 0);
     }

@@ -87,6 +87,7 @@ TEST(Usda, WritesWhatUsdReads) {
     y->setProperty("usda_type", "float3");
     const auto curves = containerOf({bend, x, y, named("rig/9_lives/lift", {{0, 0}}, "cycle()")});
     curves->setProperty("frame_rate", "25");
+    curves->setProperty("linear_unit", "in");
     curves->setProperty("owner", "me");
     EXPECT_EQ(written(*curves), R"(#usda 1.0
 (
@@ -94,6 +95,7 @@ TEST(Usda, WritesWhatUsdReads) {
         string owner = "me"
     }
     framesPerSecond = 25
+    metersPerUnit = 0.0254
     timeCodesPerSecond = 25
 )
 

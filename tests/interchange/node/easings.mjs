@@ -40,7 +40,7 @@ function valueAt(keyframes, t) {
     while (i > 0 && keyframes[i].t > t) --i;
     const [from, to] = [keyframes[i], keyframes[i + 1]];
     if (!to || from.h || t < from.t) return from.s[0];
-    const ease = bezier(from.o.x[0], from.o.y[0], from.i.x[0], from.i.y[0]);
+    const ease = bezier(from.o.x, from.o.y, from.i.x, from.i.y);
     return from.s[0] + (to.s[0] - from.s[0]) * ease((t - from.t) / (to.t - from.t));
 }
 for (const file of ["ball.fcrvx", "slide.fcrvx"]) {

@@ -18,12 +18,12 @@ namespace {
 
 constexpr int kKeys = 1000000;
 
-// Keys some frames apart whose handles were set by hand, every fourth of them weighted if asked for.
-std::shared_ptr<FCurveContainer> Curves(int count, bool hasWeights) {
+// Keys some frames apart, or one, whose handles were set by hand, every fourth of them weighted if asked for.
+std::shared_ptr<FCurveContainer> Curves(int count, bool hasWeights, bool isEachFrame) {
     std::mt19937_64 random(1);
     std::uniform_real_distribution<double> slope(-5, 5);
     std::uniform_real_distribution<double> reach(0.2, 0.6);
-    std::uniform_int_distribution<int> span(3, 12);
+    std::uniform_int_distribution<int> span(isEachFrame ? 1 : 3, isEachFrame ? 1 : 12);
     auto container = FCurveContainer::create();
     const auto bezier = Bezier::create();
     for (int c = 0; c < count; ++c) {
@@ -114,11 +114,13 @@ int main(int count, char** arguments) {
         const char* title;
         int curves;
         bool hasWeights;
-    } shapes[] = {{"one curve", 1, false},
-                  {"1 000 curves", 1000, false},
-                  {"1 000 curves, a quarter of the handles weighted", 1000, true}};
+        bool isEachFrame;
+    } shapes[] = {{"one curve", 1, false, false},
+                  {"1 000 curves", 1000, false, false},
+                  {"1 000 curves, a quarter of the handles weighted", 1000, true, false},
+                  {"1 000 curves, a key every frame", 1000, false, true}};
     for (const auto& shape : shapes) {
-        const auto curves = Curves(shape.curves, shape.hasWeights);
+        const auto curves = Curves(shape.curves, shape.hasWeights, shape.isEachFrame);
         const Costs xml = CostsOf(*curves, "xml");
         const double both = xml.read + xml.write;
         std::printf("\n%s: \"xml\" is loaded in %.2f s and saved in %.2f s\n\n"

@@ -19,8 +19,8 @@ inline namespace v19 {
 ///     ViewLine(overview, view, line);                     // looks at the changed keys
 ///
 /// It hears of nothing by itself: either its owner calls invalidate, for each curve of an EditSummary, or it is an
-/// ObservedOverview. One overview belongs
-/// to one thread at a time, and so does its curve while the overview is brought up to date.
+/// ObservedOverview. One overview belongs to one thread at a time, and so does its curve while the overview is brought
+/// up to date.
 class FCURVELIB_API CurveOverview {
 public:
     /// A share of the curve, which is looked at when first needed. Null counts as a curve without keys.

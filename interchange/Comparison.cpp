@@ -239,7 +239,9 @@ private:
             worst.see(value, m_back.eval(x), x);
         }
         if (!isSameKind || isOff(worst)) {
-            lose(Loss::Ends, Loss::Replaced, std::string(side) + ", " + Became(segment, '"' + ExpressionOf(*end) + '"'),
+            const bool isRounded = isSameKind && worst.difference <= 1e-6 * m_range;
+            lose(Loss::Ends, isRounded ? Loss::Rounded : Loss::Replaced,
+                 std::string(side) + ", " + (isSameKind ? "values" : Became(segment, '"' + ExpressionOf(*end) + '"')),
                  left || right ? &x0 : nullptr, worst);
         }
         const bool isUsed = segment.getInterpolator() && segment.getInterpolator()->usesTangents();

@@ -6,6 +6,8 @@
 #     scripts/test.sh --quick     the tests as released alone, without those of style, package,
 #                                 Python and editor
 #     scripts/test.sh --editor    the graph editor alone, in a browser
+#     scripts/test.sh --python    the Python package alone, under both of these sanitizers, which the whole leaves out:
+#                                 building its module for them takes five minutes of processor time
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 test_editor() {
@@ -16,6 +18,17 @@ test_editor() {
 }
 if [ "${1-}" = --editor ]; then
     test_editor
+    exit
+fi
+
+if [ "${1-}" = --python ]; then
+    need "${build_needs[@]}" "${test_needs[@]}" "${python_needs[@]}" "${python_test_needs[@]}"
+    say "asan-ubsan: configure and build the Python package"
+    cmake --preset asan-ubsan -B build/asan-ubsan-python "-DPython_EXECUTABLE=$python" -DFCURVELIB_PYTHON=ON \
+        -DFCURVELIB_TOOL=OFF -DFCURVELIB_EXAMPLES=OFF -DFCURVELIB_EDITOR=OFF
+    cmake --build build/asan-ubsan-python --parallel 2 --target fcurvelib_core
+    say "asan-ubsan: test it"
+    ctest --test-dir build/asan-ubsan-python --output-on-failure -R '^python\.'
     exit
 fi
 

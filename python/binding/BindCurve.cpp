@@ -190,7 +190,8 @@ void BindCurve(CurveClass& curve) {
     curve
         .def_property(
             "name", [](const FCurve& self) { return ToPython(self.getName()); },
-            [](FCurve& self, const Text& name) { self.setName(name.c_str()); })
+            [](FCurve& self, const Text& name) { self.setName(name.c_str()); },
+            "What a container finds the curve by; need not be unique there.")
         .def_property(
             "extend",
             [](FCurve& self) {

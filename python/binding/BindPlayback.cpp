@@ -82,7 +82,8 @@ void BindPlayback(py::module_& module, CurveClass& curve, ContainerClass& contai
         "A curve's values alone, for playing. It never changes; any number of threads may use it.\n"
         "Values are those of the curve to 1e-12 of its range.")
         .def(py::init<const FCurve&>(), py::arg("curve"))
-        .def_property_readonly("key_count", &CompiledCurve::getKeyCount)
+        .def_property_readonly("key_count", &CompiledCurve::getKeyCount,
+                               "The number of keys of the curve that it was made from.")
         .def("eval", &EvalCompiled, py::arg("x"), py::arg("out") = py::none(),
              "The value at x (in frames): a float for a number, an array of x's shape for an array. Other threads run\n"
              "meanwhile.")

@@ -115,10 +115,11 @@ std::size_t Unroll(FCurve& x, FCurve& y, FCurve& z, const Text& order, double tu
 void BindFitting(py::module_& module, CurveClass& curve) {
     py::class_<FitReport>(module, "FitReport", "What fitting or reducing came to.")
         .def_readonly("keys_before", &FitReport::keysBefore, "Usable samples, or keys in the range.")
-        .def_readonly("keys_after", &FitReport::keysAfter)
+        .def_readonly("keys_after", &FitReport::keysAfter, "Keys now.")
         .def_readonly("error", &FitReport::error, "The largest distance in value.")
         .def_readonly("error_at", &FitReport::errorAt, "The frame where it is.")
-        .def_readonly("within_tolerance", &FitReport::withinTolerance)
+        .def_readonly("within_tolerance", &FitReport::withinTolerance,
+                      "Whether the error is no more than was asked for.")
         .def("__repr__", [](const FitReport& self) {
             return py::str("<FitReport {} -> {} keys, error {} at {}>")
                 .format(self.keysBefore, self.keysAfter, self.error, self.errorAt);

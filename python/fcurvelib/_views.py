@@ -10,6 +10,8 @@ from . import _core, _observers, _plot, _tools
 
 # Names need not be unique in a container, so that these views walk over the curves themselves.
 class CurvesView(ValuesView):  # type: ignore[type-arg]
+    """The curves of a container, in order."""
+
     _mapping: _core.Container
 
     def __iter__(self) -> Iterator[_core.Curve]:
@@ -17,6 +19,8 @@ class CurvesView(ValuesView):  # type: ignore[type-arg]
 
 
 class NamedCurvesView(ItemsView):  # type: ignore[type-arg]
+    """The (name, curve) of a container, in order; a name as often as there are curves of it."""
+
     _mapping: _core.Container
 
     def __iter__(self) -> Iterator[tuple[str, _core.Curve]]:
@@ -36,9 +40,23 @@ def _picture(curves: Union[_core.Curve, _core.Container]) -> str:
     return document[document.index("<svg"):]
 
 
+def _values(self: _core.Container) -> CurvesView:
+    """The curves, in order."""
+    return CurvesView(self)
+
+
+def _items(self: _core.Container) -> NamedCurvesView:
+    """Each (name, curve), in order."""
+    return NamedCurvesView(self)
+
+
+def _reversed(self: _core.Container) -> Iterator[str]:
+    return reversed(list(self))
+
+
 def complete() -> None:
-    setattr(_core.Container, "values", lambda self: CurvesView(self))
-    setattr(_core.Container, "items", lambda self: NamedCurvesView(self))
+    for name, method in (("values", _values), ("items", _items), ("__reversed__", _reversed)):
+        setattr(_core.Container, name, method)
     setattr(_core.Properties, "__eq__", Mapping.__eq__)
     _complete(_core.Container, MutableMapping, "keys get pop popitem setdefault update")
     _complete(_core.Properties, MutableMapping, "keys values items get pop popitem setdefault update")

@@ -184,7 +184,7 @@ def test_a_container_is_an_ordered_mapping(ball):
     with pytest.raises(ValueError):
         curves.add(twin)
     curves.update(a=fc.Curve("x"))
-    assert list(curves) == ["squash", "a"] and fc.Container({"q": ball})["q"].name == "q"
+    assert list(curves) == ["squash", "a"] and list(reversed(curves)) == ["a", "squash"] and fc.Container({"q": ball})["q"].name == "q"
     del curves["a"]
     curves.remove(twin)
     assert not curves

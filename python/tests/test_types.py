@@ -48,5 +48,6 @@ def test_the_stubs_name_what_is_there():
                    and not any(hasattr(base, member) for base in (Mapping, MutableMapping, Sequence)
                                if issubclass(cls, base))]
         assert not missing, f"{name}: {missing}"
+        assert [member for member in vars(cls) if member[0] != "_" and not getattr(cls, member).__doc__] == [], name
     for name, function in inspect.getmembers(fc._core, inspect.isbuiltin):
         assert f"def {name}(" in stubs

@@ -159,7 +159,7 @@ TEST_F(EditorTest, FitKeepsToItsStretchAndItsTolerance) {
         return all;
     };
     const std::vector<double> before = values();
-    const Json arguments = {{"tool", "fit"}, {"step", 1}, {"tolerance", 0.05}, {"weighted", true}};
+    const Json arguments = {{"tool", "fit"}, {"step", 1}, {"tolerance", 0.05}, {"weighted", true}, {"broken", true}};
     ASSERT_FALSE(call("apply", arguments).contains("error"));
     const std::vector<double> after = values();
     int inside = 0;

@@ -85,6 +85,7 @@ void run(FCurve& curve, const Stretch& stretch, const Json& arguments) {
     const double tolerance = Get(arguments, "tolerance", 0.01);
     FitOptions options;
     if (Get(arguments, "weighted", false)) options.handles = FitOptions::Weighted;
+    if (Get(arguments, "broken", false)) options.keys = FitOptions::Broken;
     if (tool == "bake" || tool == "smooth" || tool == "fit") {
         const double samples = (stretch.end - stretch.start) / stepOf(arguments);
         if (samples > 1e6) throw Refusal("That would make more than a million keys.");
@@ -115,8 +116,8 @@ void deselectAll(const std::shared_ptr<FCurve>& curve) {
 
 } // namespace
 
-// {"tool": "bake" | "smooth" | "fit" | "reduce", "step", "tolerance", "weighted", "width", "filter"}: draws what would
-// become of the curves, and tells by how much they would change.
+// {"tool": "bake" | "smooth" | "fit" | "reduce", "step", "tolerance", "weighted", "broken", "width", "filter"}: draws
+// what would become of the curves, and tells by how much they would change.
 Json Session::preview(const Json& arguments) {
     dropPreview();
     const auto curves = targetCurves();

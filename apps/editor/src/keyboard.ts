@@ -42,7 +42,7 @@ export function returnFocus(canvas: HTMLElement): void {
     document.addEventListener("keydown", () => (isPointer = false), true);
     const bar = document.querySelector("header")!;
     const leave = (event: Event) => {
-        if (!isPointer || !(event.target instanceof HTMLElement)) return;
+        if (!isPointer || !(event.target instanceof Element)) return;
         const isMenu = event.target.closest("#interpolator, #help, #save") !== null;
         if (!isMenu && event.target.closest(event.type === "click" ? "button" : "select")) canvas.focus();
     };

@@ -477,10 +477,10 @@ export class Tools {
         const tool = element<HTMLSelectElement>("tool");
         const fit = () => {
             const used: Record<string, string[]> = {
-                bake: ["step"], smooth: ["step", "width", "filter"], fit: ["step", "tolerance", "weighted"],
-                reduce: ["tolerance", "weighted"],
+                bake: ["step"], smooth: ["step", "width", "filter"], fit: ["step", "tolerance", "weighted", "broken"],
+                reduce: ["tolerance", "weighted", "broken"],
             };
-            for (const name of ["step", "width", "filter", "tolerance", "weighted"])
+            for (const name of ["step", "width", "filter", "tolerance", "weighted", "broken"])
                 element(`tool-${name}-row`).hidden = !used[tool.value]!.includes(name);
         };
         fit();
@@ -515,6 +515,7 @@ export class Tools {
             tool: element<HTMLSelectElement>("tool").value, step, width: Math.round(width), tolerance,
             filter: Number(element<HTMLSelectElement>("tool-filter").value),
             weighted: element<HTMLInputElement>("tool-weighted").checked,
+            broken: element<HTMLInputElement>("tool-broken").checked,
         };
     }
 

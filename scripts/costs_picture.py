@@ -9,7 +9,7 @@ import sys
 #        benchmark                 label                       colour
 LINES = [("EvalRandomX", "FCurve::eval, random x", "#666666"),
          ("CompiledRandomX", "random x", "#0072b2"),
-         ("CompiledCursor", "frame after frame, cursor", "#009e73"),
+         ("CompiledCursor", "ascending x, cursor", "#009e73"),
          ("CompiledBatchRandom", "many random x at once", "#d55e00"),
          ("CompiledBatchAscending", "many ascending x at once", "#cc79a7")]
 WIDTH, HEIGHT = 720, 400

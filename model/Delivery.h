@@ -58,6 +58,7 @@ void TellProperty(Part& part, const char* key, const char* value) {
 // the part's own, which the change overwrites or frees.
 template<class Part>
 bool SetProperty(Part& part, const char* key, const char* value) {
+    if (*Text(value) == '\0' && Read::properties(part).empty()) return false;
     const std::string name(Text(key));
     const std::string text(Text(value));
     if (!Raw::setProperty(part, name.c_str(), text.c_str())) return false;
@@ -68,6 +69,7 @@ bool SetProperty(Part& part, const char* key, const char* value) {
 // Erases every property of the part, then tells of each that was there.
 template<class Part>
 void ClearProperties(Part& part) {
+    if (Read::properties(part).empty()) return;
     const auto self = part.getShared();
     PropertyMap erased;
     Raw::swapProperties(part, erased);

@@ -102,6 +102,9 @@ excluded="*Thread*"
 # Node's file system shows an overlong name shortened, and no files above 2 GiB; a pipe wants a thread.
 excluded+=":FileTest.HoldsAtMost2GiB:FileTest.APipeHasNoPositionsAndIsNotReadAhead"
 excluded+=":SafeFileSaveTest.TheSecondOfTwoSavesOfANewTargetSurvives"
+excluded+=":FileReplacementTest.NamesOfAnyLengthAreSaved:FileReplacementTest.PipesAndDevicesAreWrittenStraight"
+# Nor does it ask for the user's mask.
+excluded+=":FileReplacementTest.PermissionsAndOwnerStay"
 # Every allocation fails in turn there, those of an exception too; and libc++'s streams are silent about their own.
 excluded+=":CurveFiles.ALoadThatFailsChangesNothing:ExceptionFormatter.RaisesNothingEvenWhenTheStreamDoes"
 # The C library's last bits, and sizes where addresses have 32.

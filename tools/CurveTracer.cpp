@@ -13,6 +13,7 @@
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -26,9 +27,10 @@ using Place = ViewPolyline::Place;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // All in pixels.
-constexpr double kTolerance = 0.1;    // between a line and its curve
-constexpr double kVisibleJump = 0.25; // lower ones are joined
-constexpr double kNarrow = 0.25;      // segments of less width are told by their extents alone
+constexpr double kTolerance = 0.1;      // between a line and its curve
+constexpr double kVisibleJump = 0.25;   // lower ones are joined
+constexpr double kNarrow = 0.25;        // segments of less width are told by their extents alone
+constexpr std::size_t kFewSegments = 4; // of those in a column, for its extremes to stand where they are
 
 constexpr double kStep = 0.1;        // frames between two looks at a formula
 constexpr double kFewestLooks = 2.0; // a pixel
@@ -441,14 +443,22 @@ private:
         double index;
         Point first; // in pixels
         Point last;
-        double low;
-        double high;
+        Point low;
+        Point high;
+        std::size_t segments;
+    };
+
+    // The last narrow segment: where it ends, in pixels. It may be seen in two columns.
+    struct Straddler {
+        double end = -kInfinity;
+        double low = kInfinity;
+        double high = -kInfinity;
     };
 
     void addNarrow(const Segment& segment) {
         const SegmentSummary summary =
             m_quantity == ViewPolyline::Value ? Summarise(segment) : summariseSlopes(segment);
-        addToColumn(summary);
+        addToColumn(summary, Read::rightKey(segment)->getX());
         m_lastNarrow = &segment;
         m_lastNarrowX = summary.x;
     }
@@ -483,41 +493,66 @@ private:
     static double startOf(const SegmentSummary& segment, double low) noexcept {
         return std::isfinite(segment.y) ? segment.y : low;
     }
-    void addToColumn(const SegmentSummary& segment) {
+    void addToColumn(const SegmentSummary& segment, double endX) {
         if (!(segment.low <= segment.high)) return;
         const Point start{toPixel(segment.x), startOf(segment, segment.low)};
-        addToColumn(start, start, segment.low, segment.high);
+        const double end = toPixel(endX);
+        addToColumn(start, start, segment.low, segment.high, Middle(start.x, end), 1);
+        m_straddler = {end, segment.low, segment.high};
     }
 
-    // Segments of one column: where the first and the last begin, and their extents.
-    void addToColumn(const Point& first, const Point& last, double low, double high) {
+    // Segments of one column: where the first and the last begin, and their extents, about an x.
+    void addToColumn(const Point& first, const Point& last, double low, double high, double middle,
+                     std::size_t segments) {
         if (m_column && !(first.x < m_column->index + 1.0)) flushColumn();
         if (!m_column) {
-            m_column = Column{std::floor(first.x), first, last, low, high};
-            return;
+            const double index = std::floor(first.x);
+            m_column = Column{index, first, last, {middle, low}, {middle, high}, 0};
+            if (m_straddler.end > index) {
+                foldLow({index, m_straddler.low});
+                foldHigh({index, m_straddler.high});
+            }
         }
         m_column->last = last;
-        m_column->low = std::min(m_column->low, low);
-        m_column->high = std::max(m_column->high, high);
+        m_column->segments += segments;
+        // What a segment ends with begins the next one.
+        foldLow({middle, low});
+        if (first.y == m_column->low.y) m_column->low.x = first.x;
+        foldHigh({middle, high});
+        if (first.y == m_column->high.y) m_column->high.x = first.x;
+    }
+    void foldLow(const Point& point) {
+        if (point.y < m_column->low.y) m_column->low = point;
+    }
+    void foldHigh(const Point& point) {
+        if (point.y > m_column->high.y) m_column->high = point;
     }
 
     void flushColumn() {
         if (!m_column) return;
-        const Column column = *m_column;
+        Column column = *m_column;
         m_column.reset();
+        // Where many are, nobody knows which one the extremes are of.
+        if (column.segments > kFewSegments) column.low.x = column.high.x = Middle(column.first.x, column.last.x);
         constexpr Place place = ViewPolyline::BetweenKeys;
         if (!m_isNarrow) join(column.first.x, column.first.y);
         m_isNarrow = true;
         append(place, column.first.x, column.first.y);
         const double slack = isCoarse() ? 0.0 : kTolerance / m_area.pixelsPerValue;
-        const double middle = Middle(column.first.x, column.last.x);
-        const bool rises = column.first.y <= column.last.y;
-        const bool hasLow = column.low < std::min(column.first.y, column.last.y) - slack;
-        const bool hasHigh = column.high > std::max(column.first.y, column.last.y) + slack;
-        if (hasLow && rises) append(place, middle, column.low);
-        if (hasHigh) append(place, middle, column.high);
-        if (hasLow && !rises) append(place, middle, column.low);
+        const bool hasLow = column.low.y < std::min(column.first.y, column.last.y) - slack;
+        const bool hasHigh = column.high.y > std::max(column.first.y, column.last.y) + slack;
+        const bool isLowFirst =
+            column.low.x < column.high.x || (column.low.x == column.high.x && column.first.y <= column.last.y);
+        const auto appendExtremes = [&](bool areAfterLast) {
+            for (const bool isLow : {isLowFirst, !isLowFirst}) {
+                const Point& extreme = isLow ? column.low : column.high;
+                if ((isLow ? hasLow : hasHigh) && (extreme.x > column.last.x) == areAfterLast)
+                    append(place, extreme.x, extreme.y);
+            }
+        };
+        appendExtremes(false);
         append(place, column.last.x, column.last.y);
+        appendExtremes(true);
     }
 
     // After a run of narrow segments.
@@ -525,10 +560,17 @@ private:
         flushColumn();
         if (!m_isNarrow) return;
         m_isNarrow = false;
+        const Straddler straddler = std::exchange(m_straddler, {});
         const Segment& last = m_lastNarrow ? *m_lastNarrow : Read::findSegment(m_curve, m_lastNarrowX);
         if (!Read::hasBothKeys(last)) return;
         const double end = Read::rightKey(last)->getX();
-        append(ViewPolyline::BetweenKeys, toPixel(end), Look(m_quantity, end, last, Read::interpolator(last)));
+        const double y = Look(m_quantity, end, last, Read::interpolator(last));
+        const double border = std::floor(straddler.end);
+        if (m_last.x < border) {
+            if (straddler.low < std::min(m_last.y, y)) append(ViewPolyline::BetweenKeys, border, straddler.low);
+            if (straddler.high > std::max(m_last.y, y)) append(ViewPolyline::BetweenKeys, border, straddler.high);
+        }
+        append(ViewPolyline::BetweenKeys, toPixel(end), y);
     }
 
     void addSummaries(const SegmentSummaries& summaries) {
@@ -562,18 +604,23 @@ private:
         m_lastNarrow = nullptr;
         const SegmentSummary& first = segments[group.begin];
         const SegmentSummary& last = segments[group.end - 1];
-        if (first.x >= m_area.left && last.x < m_area.right
-            && std::floor(toPixel(first.x)) == std::floor(toPixel(last.x))) {
+        const double begin = toPixel(first.x);
+        const double end = toPixel(last.x);
+        const std::size_t count = group.end - group.begin;
+        if (count > kFewSegments && first.x >= m_area.left && last.x < m_area.right
+            && std::floor(begin) == std::floor(end)) {
             if (group.low <= group.high)
-                addToColumn({toPixel(first.x), startOf(first, group.low)}, {toPixel(last.x), startOf(last, group.low)},
-                            group.low, group.high);
+                addToColumn({begin, startOf(first, group.low)}, {end, startOf(last, group.low)}, group.low, group.high,
+                            begin, count);
+            m_straddler = {toPixel(group.endX), last.low, last.high};
             m_lastNarrowX = last.x;
             return;
         }
         for (std::size_t i = group.begin; i < group.end && segments[i].x < m_area.right; ++i) {
             const SegmentSummary& segment = segments[i];
-            if ((i + 1 < group.end ? segments[i + 1].x : group.endX) <= m_area.left) continue;
-            addToColumn(segment);
+            const double endX = i + 1 < group.end ? segments[i + 1].x : group.endX;
+            if (endX <= m_area.left) continue;
+            addToColumn(segment, endX);
             m_lastNarrowX = segment.x;
         }
     }
@@ -591,6 +638,7 @@ private:
     std::vector<Event>* m_record = nullptr; // where the line goes meanwhile
 
     std::optional<Column> m_column;
+    Straddler m_straddler;
     bool m_isNarrow = false;               // within a run of narrow segments
     const Segment* m_lastNarrow = nullptr; // null: the one that starts at m_lastNarrowX
     double m_lastNarrowX = 0.0;

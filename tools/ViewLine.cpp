@@ -50,6 +50,7 @@ public:
     void finish() {
         dropPoint();
         closeColumn();
+        dropPoint(); // where the column ended in another place
         std::size_t end = m_out.points.size();
         for (auto stroke = m_out.strokes.rbegin(); stroke != m_out.strokes.rend(); ++stroke) {
             stroke->count = end - stroke->first;
@@ -81,6 +82,7 @@ private:
     void beginStroke(const Pixel& pixel) {
         dropPoint();
         enterColumn(pixel);
+        dropPoint(); // where the last column ended in another place
         m_out.strokes.push_back({m_place, m_out.points.size(), 0});
         m_out.points.push_back(pixel);
         m_isInside = true;
@@ -137,7 +139,7 @@ private:
             if (!isKept(part.end - 1)) m_kept.push_back(part.end - 1);
         }
         const ViewPolyline::Place place = strokes.back().place;
-        if (!keepFarthest(kMostPointsInColumn)) merge(begun);
+        if (!keepFarthest()) merge(begun);
         std::sort(m_kept.begin(), m_kept.end());
         // What is kept moves to the column's start.
         std::size_t to = m_columnBegin;
@@ -148,43 +150,41 @@ private:
         }
         m_out.points.resize(to);
         if (place == strokes.back().place) return;
-        strokes.push_back({place, to, 0}); // the line goes on as another, from the same point
-        const Pixel last = m_out.points.back();
-        m_out.points.push_back(last);
+        // The line goes on as another from the column's second point: what is between it and the first, others cover.
+        if (isNew)
+            strokes.back().place = place;
+        else
+            strokes.push_back({place, m_columnBegin + 1, 0});
     }
 
     // Keeps what the contract promises where four points are too few: the first and the last, the highest and the
     // lowest. All strokes become one.
     void merge(std::size_t begun) {
         std::vector<ViewPolyline::Stroke>& strokes = m_out.strokes;
-        const bool isSplit = strokes[begun - 1].place != strokes.back().place; // then the last point counts twice
         strokes.resize(begun);
         while (!m_out.jumps.empty() && m_out.jumps.back().x >= m_column) m_out.jumps.pop_back();
         const auto begin = m_out.points.begin() + static_cast<std::ptrdiff_t>(m_columnBegin);
         const auto isHigher = [](const Pixel& a, const Pixel& b) { return a.y < b.y; };
         const auto [high, low] = std::minmax_element(begin, m_out.points.end(), isHigher);
-        const std::size_t most = isSplit ? kMostPointsInColumn - 1 : kMostPointsInColumn;
         m_parts.assign(1, {nullptr, m_columnBegin, m_out.points.size()});
         m_kept = {m_columnBegin, m_out.points.size() - 1};
-        const auto [above, below] = std::minmax(begin->y, m_out.points.back().y);
-        const bool isHighFirst = above - high->y > low->y - below; // there may be room for one only
-        for (const auto extreme : {isHighFirst ? high : low, isHighFirst ? low : high}) {
+        for (const auto extreme : {high, low}) {
             const auto i = static_cast<std::size_t>(extreme - m_out.points.begin());
-            if (m_kept.size() < most && !isKept(i)) m_kept.push_back(i);
+            if (!isKept(i)) m_kept.push_back(i);
         }
-        keepFarthest(most);
+        keepFarthest();
     }
 
     // Keeps what is farthest from the line through the points that are kept. Whether so many are enough.
-    bool keepFarthest(std::size_t most) {
+    bool keepFarthest() {
         constexpr double near = 0.02;
         constexpr double nearEnough = 0.14;
         std::pair<double, std::size_t> farthest = findFarthest();
-        while (farthest.first > near * near && m_kept.size() < most) {
+        while (farthest.first > near * near && m_kept.size() < kMostPointsInColumn) {
             m_kept.push_back(farthest.second);
             farthest = findFarthest();
         }
-        return farthest.first <= nearEnough * nearEnough && m_kept.size() <= most;
+        return farthest.first <= nearEnough * nearEnough && m_kept.size() <= kMostPointsInColumn;
     }
 
     bool isKept(std::size_t i) const { return std::find(m_kept.begin(), m_kept.end(), i) != m_kept.end(); }

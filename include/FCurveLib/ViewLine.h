@@ -55,8 +55,8 @@ struct ViewPolyline {
 ///
 /// Within a quarter of a pixel of the curve, with at most 4 points a pixel column; where these are too few, from the
 /// lowest to the highest value in the column. It has a gap where the curve jumps or has no finite value, and a new
-/// stroke, from the same point, where the place changes. docs/editing.md has the exceptions: jumps too close to show,
-/// formulas between two looks.
+/// stroke where the place changes: from the same point, or from the next where four are too few. docs/editing.md has
+/// the exceptions: jumps too close to show, formulas between two looks.
 ///
 /// Empties the output first; an invalid view gives no stroke. Linear in the keys in view, at most some 50 ns each, and
 /// in the view's width. Writes nothing but the output: any number of threads may look at a curve that nobody edits.

@@ -69,12 +69,13 @@ void CutAtExtremes(const Cubic& cubic, std::vector<Cubic>& pieces) {
 } // namespace
 
 void CutToEasings(Track& track, const FCurve& curve, Notes& notes) {
+    // Most curves need no cut and stay as they are, handles to the last digit; the first cut moves what was walked to
+    // `knots`.
     std::vector<Knot> knots;
-    knots.reserve(track.knots.size());
     std::vector<Cubic> halves;
     std::vector<Cubic> pieces;
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
-        Knot right = track.knots[i];
+        Knot& right = track.knots[i];
         if (i > 0 && track.knots[i - 1].piece == Piece::Bezier) {
             const Cubic cubic = CubicOf(track, i - 1);
             halves.clear();
@@ -83,6 +84,10 @@ void CutToEasings(Track& track, const FCurve& curve, Notes& notes) {
                 notes.add(curve, cubic.p[0].x, cubic.p[3].x, Loss::Tangents, Loss::Shortened,
                           "handles that reach far beyond the segment");
             for (const Cubic& half : halves) CutAtExtremes(half, pieces);
+            if (pieces.size() > 1 && knots.empty()) {
+                knots.reserve(track.knots.size() + pieces.size());
+                knots.assign(track.knots.begin(), track.knots.begin() + static_cast<std::ptrdiff_t>(i));
+            }
             for (std::size_t j = 0; j < pieces.size() && pieces.size() > 1; ++j) {
                 const auto& p = pieces[j].p;
                 knots.back().out.handle = {p[1].x - p[0].x, p[1].y - p[0].y};
@@ -97,28 +102,23 @@ void CutToEasings(Track& track, const FCurve& curve, Notes& notes) {
                 knot.in.handle = {p[2].x - p[3].x, p[2].y - p[3].y};
                 knots.push_back(knot);
             }
-            if (pieces.size() == 1) {
-                const auto& p = pieces[0].p;
-                knots.back().out.handle = {p[1].x - p[0].x, p[1].y - p[0].y};
-                right.in.handle = {p[2].x - p[3].x, p[2].y - p[3].y};
-            }
         }
-        knots.push_back(right);
+        if (!knots.empty()) knots.push_back(right);
     }
-    track.knots = std::move(knots);
+    if (!knots.empty()) track.knots = std::move(knots);
 }
 
 Easing EasingOf(const Track& track, std::size_t index) {
-    const Cubic cubic = CubicOf(track, index);
-    const auto& p = cubic.p;
-    const double width = cubic.width();
-    const double rise = p[3].y - p[0].y;
+    const Knot& left = track.knots[index];
+    const Knot& right = track.knots[index + 1];
+    const double width = right.x - left.x;
+    const double rise = right.before - left.y;
     Easing easing;
-    easing.x1 = std::clamp((p[1].x - p[0].x) / width, 0.0, 1.0);
-    easing.x2 = std::clamp(1.0 + (p[2].x - p[3].x) / width, 0.0, 1.0);
+    easing.x1 = std::clamp(left.out.handle.x / width, 0.0, 1.0);
+    easing.x2 = std::clamp(1.0 + right.in.handle.x / width, 0.0, 1.0);
     if (rise == 0.0) return easing;
-    easing.y1 = (p[1].y - p[0].y) / rise;
-    easing.y2 = 1.0 + (p[2].y - p[3].y) / rise;
+    easing.y1 = left.out.handle.y / rise;
+    easing.y2 = 1.0 + right.in.handle.y / rise;
     if (!std::isfinite(easing.y1)) easing.y1 = 0.0;
     if (!std::isfinite(easing.y2)) easing.y2 = 1.0;
     return easing;
@@ -131,8 +131,7 @@ void SetEasing(Knot& left, Knot& right, const Easing& easing) {
         left.piece = Piece::Linear;
         return;
     }
-    const double close = 1e-12;
-    const bool isThirds = std::fabs(easing.x1 - 1.0 / 3.0) <= close && std::fabs(easing.x2 - 2.0 / 3.0) <= close;
+    const bool isThirds = easing.isThirds();
     SetBezier(left, right, {isThirds ? width / 3.0 : easing.x1 * width, easing.y1 * rise},
               {isThirds ? -(width / 3.0) : (easing.x2 - 1.0) * width, (easing.y2 - 1.0) * rise}, !isThirds);
 }

@@ -6,6 +6,8 @@
 #include "interchange/Resolve.h"
 #include "interchange/Track.h"
 
+#include <cmath>
+
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
@@ -18,6 +20,8 @@ struct Easing {
     double y2 = 1.0;
 
     bool isLine() const noexcept { return x1 == y1 && x2 == y2; }
+    // As unweighted handles have it, but for rounding.
+    bool isThirds() const noexcept { return std::fabs(x1 - 1.0 / 3.0) <= 1e-12 && std::fabs(x2 - 2.0 / 3.0) <= 1e-12; }
 };
 
 // Cuts Bezier pieces until each is an easing: where handles leave the width, and where a piece ends at the value at

@@ -21,18 +21,27 @@ namespace Interchange {
 
 namespace {
 
-void AppendHandle(std::string& text, const char* name, double x, double y) {
-    text.append(",\"").append(name).append("\":{\"x\":");
-    AppendNumber(text, x);
-    text += ",\"y\":";
-    AppendNumber(text, y);
+void AppendEasing(std::string& text, const Easing& easing) {
+    if (easing.isThirds()) { // as most are: no digits of rounding
+        text += R"(,"o":{"x":0.333333333333,"y":)";
+        AppendNumber(text, easing.y1);
+        text += R"(},"i":{"x":0.666666666667,"y":)";
+    } else {
+        text += R"(,"o":{"x":)";
+        AppendNumber(text, easing.x1);
+        text += R"(,"y":)";
+        AppendNumber(text, easing.y1);
+        text += R"(},"i":{"x":)";
+        AppendNumber(text, easing.x2);
+        text += R"(,"y":)";
+    }
+    AppendNumber(text, easing.y2);
     text += '}';
 }
 
-// {"a":1,"k":[...]}; empty for a curve without keys.
-std::string PropertyOf(const FCurve& curve, Notes& notes) {
+// {"a":1,"k":[...]}. Precondition: the curve has a key.
+void AppendProperty(std::string& text, const FCurve& curve, Notes& notes) {
     Track track = Resolve(curve, {}, notes);
-    if (track.knots.empty()) return "";
     CutToEasings(track, curve, notes);
     // Players take no property of one keyframe.
     if (track.knots.size() == 1) {
@@ -40,10 +49,7 @@ std::string PropertyOf(const FCurve& curve, Notes& notes) {
         track.knots[1].x += 1.0;
         track.knots[0].piece = Piece::Constant;
     }
-    constexpr std::size_t kLength = 160; // of a keyframe, about
-    std::string text;
-    text.reserve(kLength * track.knots.size());
-    text = "{\"a\":1,\"k\":[";
+    text += "{\"a\":1,\"k\":[";
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
         const Knot& knot = track.knots[i];
         text += i > 0 ? ",\n{\"t\":" : "\n{\"t\":";
@@ -52,27 +58,23 @@ std::string PropertyOf(const FCurve& curve, Notes& notes) {
         AppendNumber(text, knot.y);
         text += ']';
         if (i + 1 < track.knots.size()) {
-            if (knot.piece == Piece::Constant) {
+            if (knot.piece == Piece::Constant)
                 text += ",\"h\":1";
-            } else if (knot.piece == Piece::Linear) {
-                AppendHandle(text, "o", 0.167, 0.167);
-                AppendHandle(text, "i", 0.833, 0.833);
-            } else {
-                const Easing easing = EasingOf(track, i);
-                AppendHandle(text, "o", easing.x1, easing.y1);
-                AppendHandle(text, "i", easing.x2, easing.y2);
-            }
+            else if (knot.piece == Piece::Linear)
+                text += R"(,"o":{"x":0.167,"y":0.167},"i":{"x":0.833,"y":0.833})";
+            else
+                AppendEasing(text, EasingOf(track, i));
         }
         text += '}';
     }
-    return text += "]}";
+    text += "]}";
 }
 
 // A null layer that carries the curves of a node.
 struct Layer {
     std::string node;
-    std::map<std::string, std::string> transform; // "px", "r", "o": properties
-    std::vector<std::pair<std::string, std::string>> sliders;
+    std::map<std::string, const FCurve*> transform; // "px", "r", "o"
+    std::vector<std::pair<std::string, const FCurve*>> sliders;
 };
 
 // The place of a channel in a layer's transform; empty where it has none.
@@ -87,14 +89,14 @@ std::string PlaceOf(const std::string& channel, std::string& back) {
     return isRotation ? "r" : std::string("p") + "xyz"[transform->axis];
 }
 
-void AppendLayer(std::string& text, const Layer& layer, std::size_t index, const std::string& range) {
+void AppendLayer(std::string& text, const Layer& layer, std::size_t index, const std::string& range, Notes& notes) {
     const auto add = [&](const char* member, const char* key, const char* otherwise) {
         text += member;
         const auto found = layer.transform.find(key);
         if (found == layer.transform.end())
             text.append("{\"a\":0,\"k\":").append(otherwise).append("}");
         else
-            text += found->second;
+            AppendProperty(text, *found->second, notes);
     };
     text += "{\"ddd\":0,\"ind\":" + std::to_string(index + 1) + ",\"ty\":3,\"nm\":" + JsonText(layer.node);
     add(",\"sr\":1,\"ks\":{\"o\":", "o", "100");
@@ -112,10 +114,11 @@ void AppendLayer(std::string& text, const Layer& layer, std::size_t index, const
     if (!layer.sliders.empty()) {
         text += ",\"ef\":[";
         for (std::size_t i = 0; i < layer.sliders.size(); ++i) {
-            const auto& [name, value] = layer.sliders[i];
+            const auto& [name, curve] = layer.sliders[i];
             text += (i > 0 ? ",\n" : "") + std::string("{\"ty\":5,\"nm\":") + JsonText(name) + ",\"np\":3,\"ix\":"
                     + std::to_string(i + 1) + ",\"en\":1,\"ef\":[{\"ty\":0,\"nm\":\"Slider\",\"ix\":1,\"v\":";
-            text.append(value).append("}]}");
+            AppendProperty(text, *curve, notes);
+            text += "}]}";
         }
         text += ']';
     }
@@ -131,9 +134,10 @@ std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) c
     std::map<std::string, std::size_t> byNode;
     double first = HUGE_VAL;
     double last = -HUGE_VAL;
+    std::size_t keys = 0;
     for (const FCurve& curve : curves) {
-        std::string property = PropertyOf(curve, notes);
-        if (property.empty()) continue;
+        if (curve.size() < 2) continue; // without keys
+        keys += curve.size();
         first = std::min(first, curve.begin()->getRightKey()->getX());
         last = std::max(last, std::prev(curve.end())->getLeftKey()->getX());
         ChannelName name = SplitName(curve.getName());
@@ -143,10 +147,10 @@ std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) c
         std::string back;
         const std::string place = PlaceOf(name.channel, back);
         if (place.empty() || target.transform.count(place) > 0) {
-            target.sliders.emplace_back(name.channel, std::move(property));
+            target.sliders.emplace_back(name.channel, &curve);
             continue;
         }
-        target.transform.emplace(place, std::move(property));
+        target.transform.emplace(place, &curve);
         name.channel = back;
         if (JoinName(name) != curve.getName()) notes.rename(curve, JoinName(name));
     }
@@ -157,12 +161,14 @@ std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) c
     double rate = 0.0;
     const bool isStated = ParseNumber(curves.getProperty(kFrameRate), rate);
     const std::string range = "\"ip\":" + NumberText(first) + ",\"op\":" + NumberText(last);
-    std::string text = "{\"v\":\"5.7.0\",\"fr\":" + NumberText(FrameRateOr(isStated ? rate : 0.0)) + ',' + range
-                       + ",\"w\":1920,\"h\":1080,\"nm\":\"\",\"ddd\":0,\"assets\":[],\"layers\":[\n";
+    constexpr std::size_t kLength = 160; // of a keyframe, about
+    std::string text;
+    text.reserve(std::min(kLength * (keys + layers.size()), Conversion::options().longest));
+    text = "{\"v\":\"5.7.0\",\"fr\":" + NumberText(FrameRateOr(isStated ? rate : 0.0)) + ',' + range
+           + ",\"w\":1920,\"h\":1080,\"nm\":\"\",\"ddd\":0,\"assets\":[],\"layers\":[\n";
     for (std::size_t i = 0; i < layers.size(); ++i) {
         if (i > 0) text += ",\n";
-        AppendLayer(text, layers[i], i, range);
-        layers[i] = {}; // a large document is not in memory twice
+        AppendLayer(text, layers[i], i, range, notes);
     }
     return text += "]}\n";
 }

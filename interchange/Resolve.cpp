@@ -108,6 +108,9 @@ End EndOf(const Interpolator* interpolator) {
 // Where the curve jumps after a piece that moves, the piece ends 0.001 frames earlier and holds.
 void SeparateJumps(Track& track) {
     constexpr double kGap = Keyframe::getMinSeparation();
+    // Few curves have any.
+    if (std::none_of(track.knots.begin(), track.knots.end(), [](const Knot& knot) { return knot.before != knot.y; }))
+        return;
     std::vector<Knot> knots;
     knots.reserve(track.knots.size() + 4);
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
@@ -231,6 +234,7 @@ Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
     Vector2D<double> in{};
     std::uint8_t inType = Tangent::Fixed;
     bool isNextPending = false; // the piece before holds the value of the key to come
+    Stretch stretch;            // of the segment that is at hand; its memory serves all
     for (const Segment& segment : curve) {
         const auto left = segment.getLeftKey();
         const auto right = segment.getRightKey();
@@ -251,7 +255,10 @@ Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
             continue;
         }
         const double x = left->getX();
-        Stretch stretch;
+        stretch.knots.clear();
+        stretch.end = 0.0;
+        stretch.in = {};
+        stretch.inType = Tangent::Fixed;
         if (!right) {
             track.trailing = EndOf(kind);
             Knot knot = KnotAt(x, left->getY(), Piece::Constant);

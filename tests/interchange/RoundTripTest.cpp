@@ -240,5 +240,23 @@ TEST_P(EveryFormat, TellsWhatBecomesOfRandomCurves) {
     EXPECT_EQ(check(curves, labels) == 0, isSampled) << "whether a curve comes back whole";
 }
 
+TEST(Easings, LeaveHandlesOfFarFramesUnweighted) {
+    RegisterFormats();
+    const auto curve = FCurve::create();
+    for (const int i : {0, 1, 2}) curve->insertSegment(*Keyframe::create(1e6 + 7 * i, 5.0 * i * i), Bezier::create());
+    for (Segment& segment : *curve) segment.getOutTangent()->setY(0.3);
+    const auto curves = FCurveContainer::create();
+    curves->addCurve(curve);
+    ConversionOptions options;
+    options.settings["css.pieces"] = "yes";
+    for (const char* const format : {"css_easings", "lottie"}) {
+        ConversionReport report;
+        const Conversion conversion(report, options);
+        MemoryStream bytes;
+        WriteCurves(*curves, bytes, format);
+        for (const Loss& loss : report.losses()) EXPECT_NE(loss.detail, "weighted tangents") << format;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Interchange, EveryFormat, testing::ValuesIn(formats()),
                          [](const auto& format) { return format.param; });

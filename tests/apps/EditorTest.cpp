@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -110,7 +112,7 @@ TEST_F(EditorTest, DragsOnTheCurvesOwnScale) {
     session.setView({0.0, 100.0, 0.0, 1.0, 1000.0, 400.0});
     for (const int curve : {0, 1}) {
         const Json state = call("state")["curves"][static_cast<std::size_t>(curve)];
-        const double range = double{state["top"]} - double{state["bottom"]};
+        const double range = double{state["high"]} - double{state["low"]};
         const double y = row(2, curve)["y"];
         call("selectKey", {{"curve", curve}, {"key", 2}});
         call("dragBegin", {{"what", "keys"}, {"x", 500}, {"y", 200}, {"curve", curve}});
@@ -226,6 +228,50 @@ TEST_F(EditorTest, TheKeyboardScalesAboutTheCursor) {
     EXPECT_NEAR(double{row(2)["x"]}, pivot + near * (far + 1) / far, 1e-9);
     call("selectKey", {{"curve", 0}, {"key", 2}});
     EXPECT_TRUE(call("stretch", {{"x", 1}, {"y", 0}, {"frame", row(2)["x"]}}).contains("error"));
+}
+
+TEST_F(EditorTest, SaysThatItIsLockedWhateverIsTried) {
+    call("setCurve", {{"curve", 0}, {"locked", true}});
+    call("selectAll", {{"curve", 0}});
+    const std::string before = document();
+    const std::pair<const char*, Json> edits[] = {
+        {"nudge", {{"x", 1}, {"y", 0}}},
+        {"stretch", {{"x", 1}, {"y", 0}, {"frame", 0}}},
+        {"scale", {{"x", 2}, {"y", 1}, {"pivotX", 0}, {"pivotY", 0}}},
+        {"removeKeys", Json::object()},
+        {"cut", Json::object()},
+        {"tangentType", {{"type", "flat"}}},
+        {"tangentFlag", {{"flag", "weighted"}}},
+        {"keyFlag", {{"flag", "breakdown"}}},
+        {"keyFlag", {{"flag", "locked"}}},
+        {"interpolator", {{"text", "linear"}}},
+        {"setProperty", {{"field", "x"}, {"value", 3}}},
+        {"setProperty", {{"field", "angle"}, {"value", 0.5}, {"side", "out"}}},
+        {"setRow", {{"curve", 0}, {"key", 0}, {"field", "y"}, {"value", 3}}},
+        {"addKey", {{"frame", 3}}}};
+    for (const auto& [command, arguments] : edits) {
+        const std::string error = call(command, arguments).value("error", "");
+        EXPECT_NE(error.find("locked"), std::string::npos) << command << arguments << error;
+    }
+    EXPECT_EQ(document(), before);
+}
+
+// What repeats the keys repeats a new one beyond them, too; between keys the shape stays.
+TEST_F(EditorTest, TellsByHowMuchANewKeyChangesTheCurve) {
+    call("interpolator", {{"where", "after"}, {"text", "cycle"}});
+    EXPECT_LT(double{call("addKey", {{"curve", 0}, {"frame", 5}})["change"]}, 1e-9);
+    const auto values = [&] {
+        std::vector<double> all;
+        for (int i = 700; i <= 1400; ++i) all.push_back(session.valuesAt(i / 10.0)[0]);
+        return all;
+    };
+    const std::vector<double> before = values();
+    const double change = call("addKey", {{"curve", 0}, {"frame", 90}})["change"];
+    const std::vector<double> after = values();
+    double largest = 0.0;
+    for (std::size_t i = 0; i < before.size(); ++i) largest = std::max(largest, std::fabs(after[i] - before[i]));
+    EXPECT_GT(largest, 1.0);
+    EXPECT_NEAR(change, largest, 0.2 * largest);
 }
 
 TEST_F(EditorTest, SaysWhereAFormulaIsWrong) {

@@ -21,11 +21,6 @@ namespace editor {
 
 namespace {
 
-MoveOptions::Others othersOf(const std::string& name) {
-    if (name == "cross") return MoveOptions::Cross;
-    return name == "ripple" ? MoveOptions::Ripple : MoveOptions::Stop;
-}
-
 constexpr std::pair<const char*, Tangent::Type> kTypes[] = {{"fixed", Tangent::Fixed},
                                                             {"flat", Tangent::Flat},
                                                             {"linear", Tangent::Linear},
@@ -34,12 +29,40 @@ constexpr std::pair<const char*, Tangent::Type> kTypes[] = {{"fixed", Tangent::F
                                                             {"plateau", Tangent::Plateau},
                                                             {"continued", Tangent::SmoothContinued}};
 
+// Pixels in x that a pull counts at least, where the handle has no length of its own to go by.
+constexpr double kLeastPull = 4.0;
+
 bool isKind(const std::string& text) {
     return std::any_of(InterpolatorFactory::begin(), InterpolatorFactory::end(),
                        [&](const auto& kind) { return kind.first == text; });
 }
 
 } // namespace
+
+MoveOptions MoveOptionsOf(const Json& arguments) {
+    const std::string others = Get(arguments, "others", std::string("stop"));
+    MoveOptions options;
+    if (others == "cross") options.others = MoveOptions::Cross;
+    if (others == "ripple") options.others = MoveOptions::Ripple;
+    options.frameStep = Get(arguments, "frameStep", 0.0);
+    options.valueStep = Get(arguments, "valueStep", 0.0);
+    return options;
+}
+
+void CheckArrived(bool isThere, const MoveOptions& options) {
+    if (isThere) return;
+    throw Refusal(options.others == MoveOptions::Cross
+                      ? "Another key stands there: nothing was moved."
+                      : "Another key is in the way: nothing was moved. With \"Cross others\" keys pass it.");
+}
+
+void TakeToFrame(Keyframe& key, double frame, const MoveOptions& options) {
+    KeyGroup group({key.getShared()});
+    MoveKeys(group, {frame - key.getX(), 0.0}, options);
+    const bool isThere = std::fabs(key.getX() - frame) < Keyframe::getMinSeparation() / 2.0;
+    if (isThere) key.setX(frame); // what was rounded off
+    CheckArrived(isThere, options);
+}
 
 std::uint8_t TangentTypeOf(const std::string& name) {
     for (const auto& [text, type] : kTypes)
@@ -64,26 +87,77 @@ void SetTangentType(Tangent& tangent, std::uint8_t type) {
     tangent.setType(type);
 }
 
+// The tip of a handle goes to a point, by hand. It never points across its key. Of an unweighted handle only the
+// direction counts, which near the vertical would make a curve of millions: so its tip rises at most four times as far
+// as it is pulled, and does not leave the view.
+void Session::pullHandle(Tangent& handle, const Vector2D<double>& tip) const {
+    const auto key = handle.getOwningKeyframe();
+    const auto curve = handle.getOwningCurve();
+    if (!key || !curve) return;
+    const CurveView view = viewOf(*curve, m_view);
+    const auto reach = [](const Tangent& tangent) { // how far it goes in x while it is not weighted
+        const auto segment = tangent.getOwningSegment();
+        const auto left = segment ? segment->getLeftKey() : nullptr;
+        const auto right = segment ? segment->getRightKey() : nullptr;
+        return left && right ? (right->getX() - left->getX()) / 3.0 : 0.0;
+    };
+    const double set = GetTangentScale(*curve);
+    const double scale = set > 0.0 ? set : 1.0;
+    const double side = handle.isInTangent() ? -1.0 : 1.0;
+    const double own = handle.isWeighted() ? 0.0 : reach(handle);
+    const auto other = handle.getOppositeTangent();
+    double least = own / 4.0;
+    if (!handle.isWeighted() && own == 0.0 && view.isValid())
+        least = kLeastPull / view.pixelsPerFrame() / scale;
+    else if (handle.isWeighted() && key->isTangentsUnified() && other && !other->isWeighted())
+        least = reach(*other) / 4.0; // it turns as well
+    const double x = std::max(side * (tip.x - key->getX()) / scale, least);
+    double y = (tip.y - key->getY()) / scale;
+    if (own > 0.0 && view.isValid()) {
+        const double from = view.toPixelY(key->getY());
+        const double present = view.toPixelY(key->getY() + scale * handle.getY());
+        const double there = view.toPixelY(key->getY() + scale * y * own / x);
+        const double shown = std::clamp(there, std::min({0.0, from, present}), std::max({view.height, from, present}));
+        if (shown != there) y *= (shown - from) / (there - from);
+    }
+    if (handle.getType() != Tangent::Fixed) handle.setType(Tangent::Fixed);
+    handle.set(side * x, y);
+}
+
 // {"what": "keys" | "scale" | "handle", "x", "y", "curve", "others", "frameStep", "valueStep"}: x and y are the pixels
 // where it was grabbed, the curve is the one to whose scale they belong. Scaling leaves the corner of the selection
-// where it is that is farthest from there.
+// where it is that is farthest from there. A selected handle takes the other selected ones along.
 Json Session::dragBegin(const Json& arguments) {
     if (m_drag) dragEnd(Json::object());
     dropPreview();
     const std::string what = Get(arguments, "what", std::string("keys"));
     const Vector2D<double> pixel(Get(arguments, "x", 0.0), Get(arguments, "y", 0.0));
     Drag drag;
-    drag.options.others = othersOf(Get(arguments, "others", std::string("stop")));
-    drag.options.frameStep = Get(arguments, "frameStep", 0.0);
-    drag.options.valueStep = Get(arguments, "valueStep", 0.0);
+    drag.options = MoveOptionsOf(arguments);
     if (what == "handle") {
         const HitRecord hit = pickAt(pixel.x, pixel.y, 8.0, false);
         drag.what = Drag::Handle;
-        drag.handle = hit.getTangent();
+        const auto grabbed = hit.getTangent();
         drag.curve = hit.getCurve();
-        if (!drag.handle) throw Refusal("There is no handle here.");
-        const auto key = drag.handle->getOwningKeyframe();
-        if (!key || !IsEditableKey(*key)) throw Refusal("The key of this handle is locked.");
+        if (!grabbed) throw Refusal("There is no handle here.");
+        const auto key = grabbed->getOwningKeyframe();
+        if (!key || !IsEditableKey(*key))
+            throw Refusal(IsLocked(*drag.curve) ? "The curve is locked." : "The key of this handle is locked.");
+        const auto grip = [&](const std::shared_ptr<Tangent>& handle) {
+            const auto owner = handle->getOwningKeyframe();
+            const auto curve = handle->getOwningCurve();
+            const double scale = GetTangentScale(*curve);
+            const Vector2D<double> start = viewOf(*curve, m_view).toPoint(pixel);
+            drag.grips.push_back(
+                {handle,
+                 {owner->getX() + scale * handle->getX() - start.x, owner->getY() + scale * handle->getY() - start.y}});
+        };
+        if (m_selection.isSelected(*grabbed))
+            for (const auto& handle : editableHandles()) {
+                const bool turnsAnyway = handle->getOwningKeyframe() == key && key->isTangentsUnified();
+                if (handle != grabbed && !turnsAnyway) grip(handle);
+            }
+        grip(grabbed);
     } else {
         drag.what = what == "scale" ? Drag::Scale : Drag::Keys;
         const auto keys = editableKeys();
@@ -116,16 +190,15 @@ Json Session::dragBegin(const Json& arguments) {
 Json Session::dragTo(const Json& arguments) {
     if (!m_drag) throw Refusal("Nothing is being dragged.");
     Drag& drag = *m_drag;
-    const Vector2D<double> to =
-        viewOf(*drag.curve, m_view).toPoint({GetNumber(arguments, "x"), GetNumber(arguments, "y")});
+    const Vector2D<double> pixel(GetNumber(arguments, "x"), GetNumber(arguments, "y"));
+    const Vector2D<double> to = viewOf(*drag.curve, m_view).toPoint(pixel);
     Json result = Json::object();
     if (drag.what == Drag::Handle) {
-        Tangent& handle = *drag.handle;
-        if (handle.getType() != Tangent::Fixed) handle.setType(Tangent::Fixed);
-        if (const auto key = handle.getOwningKeyframe()) {
-            const double scale = GetTangentScale(*drag.curve);
-            const double factor = scale > 0.0 ? 1.0 / scale : 1.0;
-            handle.set((to.x - key->getX()) * factor, (to.y - key->getY()) * factor);
+        for (const Grip& grip : drag.grips) {
+            const auto curve = grip.handle->getOwningCurve();
+            if (!curve) continue;
+            const Vector2D<double> there = viewOf(*curve, m_view).toPoint(pixel);
+            pullHandle(*grip.handle, {there.x + grip.away.x, there.y + grip.away.y});
         }
     } else {
         const auto part = [](double from, double there, double pivot) {
@@ -162,49 +235,50 @@ Json Session::dragCancel(const Json&) {
     return Json::object();
 }
 
-// {"x", "y", "others"}: by the keyboard, in frames and in what the view shows of values; strokes that follow each other
-// are one step. The selected keys; without any the tips of the selected handles.
+// {"x", "y", "others", "frameStep"}: by the keyboard, in frames and in what the view shows of values; strokes that
+// follow each other are one step. The selected keys; without any the tips of the selected handles.
 Json Session::nudge(const Json& arguments) {
     KeyGroup keys(editableKeys());
     const auto handles = editableHandles();
-    if (keys.empty() && handles.empty()) throw Refusal("No key and no handle is selected.");
+    if (keys.empty() && handles.empty()) throw refusal("No key and no handle is selected.");
     const Vector2D<double> by(GetNumber(arguments, "x"), GetNumber(arguments, "y") * valueUnit());
+    MoveOptions options = MoveOptionsOf(arguments);
+    if (by.x == 0.0) options.frameStep = 0.0;
     if (keys.empty()) {
         EditGroup group(m_selection, "Nudge handles", EditGroup::Merge);
         for (const auto& handle : handles) {
-            if (handle->getType() != Tangent::Fixed) handle->setType(Tangent::Fixed);
+            const auto key = handle->getOwningKeyframe();
             const double scale = GetTangentScale(*handle->getOwningCurve());
-            const double factor = scale > 0.0 ? 1.0 / scale : 1.0;
-            handle->set(handle->getX() + by.x * factor, handle->getY() + by.y * factor);
+            pullHandle(*handle,
+                       {key->getX() + scale * handle->getX() + by.x, key->getY() + scale * handle->getY() + by.y});
         }
         group.end();
         return Json::object();
     }
-    MoveOptions options;
-    options.others = othersOf(Get(arguments, "others", std::string("stop")));
     EditGroup group(m_selection, "Nudge keys", EditGroup::Merge);
     MoveKeys(keys, by, options);
     group.end();
     return Json::object();
 }
 
-// {"x", "y", "pivotX", "pivotY"}: factors, about a point.
+// {"x", "y", "pivotX", "pivotY", "others"}: factors, about a point.
 Json Session::scale(const Json& arguments) {
     KeyGroup keys(editableKeys());
     if (keys.empty()) throw Refusal("No key is selected.");
     const double x = GetNumber(arguments, "x");
     if (!(x > 0.0)) throw Refusal("Time can only be scaled by more than 0.");
-    MoveOptions options;
-    options.others = othersOf(Get(arguments, "others", std::string("stop")));
+    const MoveOptions options = MoveOptionsOf(arguments);
     EditGroup group(m_selection, "Scale keys");
-    ScaleKeys(keys, {GetNumber(arguments, "pivotX"), GetNumber(arguments, "pivotY")}, {x, GetNumber(arguments, "y")},
-              options);
+    const Vector2D<double> pivot(GetNumber(arguments, "pivotX"), GetNumber(arguments, "pivotY"));
+    const MoveReport report = ScaleKeys(keys, pivot, {x, GetNumber(arguments, "y")}, options);
+    CheckArrived(!report.isLimited, options);
     group.end();
     return Json::object();
 }
 
-// {"x", "y", "frame", "others"}: by the keyboard, about the cursor, that is this frame and the active curve's value
-// there: the key farthest from it comes farther by so many frames and so much of value, the others in proportion.
+// {"x", "y", "frame", "others", "frameStep"}: by the keyboard, about the cursor, that is this frame and the active
+// curve's value there: the key farthest from it comes farther by so many frames and so much of value, the others in
+// proportion.
 Json Session::stretch(const Json& arguments) {
     const auto keys = editableKeys();
     if (keys.empty()) throw Refusal("No key is selected.");
@@ -222,8 +296,8 @@ Json Session::stretch(const Json& arguments) {
     };
     const Vector2D<double> by(factor(reach.x, GetNumber(arguments, "x")),
                               factor(reach.y, GetNumber(arguments, "y") * valueUnit()));
-    MoveOptions options;
-    options.others = othersOf(Get(arguments, "others", std::string("stop")));
+    MoveOptions options = MoveOptionsOf(arguments);
+    if (by.x == 1.0) options.frameStep = 0.0;
     KeyGroup group(keys);
     EditGroup edit(m_selection, "Scale keys", EditGroup::Merge);
     ScaleKeys(group, pivot, by, options);
@@ -232,12 +306,14 @@ Json Session::stretch(const Json& arguments) {
 }
 
 // {"curve", "frame", "y", "valueStep"}: at the height of a pixel, on the grid of that step if there is one; keeps the
-// shape where none is given.
+// shape where none is given, and tells as "change" by how much that fails.
 Json Session::addKey(const Json& arguments) {
     FCurve* curve = arguments.contains("curve") ? &curveAt(arguments) : activeCurve();
     if (!curve) throw Refusal("There is no curve to add a key to.");
     if (IsLocked(*curve)) throw Refusal("The curve is locked.");
     const double frame = GetNumber(arguments, "frame");
+    KeyframeInsertion insertion;
+    if (!arguments.contains("y")) insertion = PreviewBezierKeyframe(*curve, frame);
     EditGroup group(m_selection, "Add key");
     std::shared_ptr<Keyframe> key;
     if (arguments.contains("y")) {
@@ -253,7 +329,8 @@ Json Session::addKey(const Json& arguments) {
     m_selection.select(*key);
     group.end();
     m_active = curve->getShared();
-    return {{"x", key->getX()}, {"y", key->getY()}};
+    const bool isOther = insertion.outcome == KeyframeInsertion::ChangesShape;
+    return {{"x", key->getX()}, {"y", key->getY()}, {"change", isOther ? insertion.error : 0.0}};
 }
 
 Json Session::removeKeys(const Json& arguments) {
@@ -262,6 +339,7 @@ Json Session::removeKeys(const Json& arguments) {
         if (Get(arguments, "quiet", false)) return Json::object();
         throw Refusal("No key is selected.");
     }
+    const std::size_t kept = selectedKeys().size() - keys.size();
     EditGroup group(m_selection, Get(arguments, "quiet", false) ? "Cut keys" : "Delete keys");
     for (const auto& key : keys) {
         const auto curve = key->getOwningCurve();
@@ -269,7 +347,7 @@ Json Session::removeKeys(const Json& arguments) {
         if (index >= 0) curve->removeSegment(GetIndexedSegmentIterator(*curve, index + 1));
     }
     group.end();
-    return {{"keys", keys.size()}};
+    return {{"keys", keys.size()}, {"kept", kept}};
 }
 
 // {"type", "side": "in" | "out" | "both"}: of the selected keys, and the selected handles.
@@ -289,14 +367,22 @@ Json Session::tangentType(const Json& arguments) {
             if (owner && IsEditableKey(*owner)) tangents.push_back(tangent);
         }
     }
-    if (tangents.empty()) throw Refusal("Select keys or handles first.");
+    if (isStepped) { // the end after the last key has a menu of its own
+        const auto isNone = [](const auto& tangent) {
+            const auto segment = tangent->getOwningSegment();
+            return tangent->isInTangent() || !segment || !segment->getRightKey();
+        };
+        tangents.erase(std::remove_if(tangents.begin(), tangents.end(), isNone), tangents.end());
+    }
+    if (tangents.empty())
+        throw refusal(isStepped ? "Select keys before the last one, or their out handles."
+                                : "Select keys or handles first.");
     EditGroup group(m_selection, "Set tangents");
     for (const auto& tangent : tangents) {
-        const auto segment = tangent->getOwningSegment();
-        if (!isStepped)
+        if (isStepped)
+            tangent->getOwningSegment()->setInterpolator(InterpolatorFactory::create("constant()"));
+        else
             SetTangentType(*tangent, type);
-        else if (segment && !tangent->isInTangent())
-            segment->setInterpolator(InterpolatorFactory::create("constant()"));
     }
     group.end();
     return {{"handles", tangents.size()}};
@@ -306,9 +392,11 @@ Json Session::tangentType(const Json& arguments) {
 Json Session::tangentFlag(const Json& arguments) {
     const std::string flag = Get(arguments, "flag", std::string());
     const bool on = Get(arguments, "on", true);
+    std::size_t count = 0;
     const auto set = [&](Tangent& tangent) {
         const auto key = tangent.getOwningKeyframe();
         if (!key || !IsEditableKey(*key)) return;
+        ++count;
         if (flag == "weighted")
             tangent.setWeighted(on);
         else if (flag == "weightLocked")
@@ -326,12 +414,13 @@ Json Session::tangentFlag(const Json& arguments) {
             set(*tangent);
         }
     }
+    if (count == 0) throw refusal("Select keys or handles first.");
     group.end();
-    return Json::object();
+    return {{"handles", count}};
 }
 
 // {"flag": "breakdown" | "unified" | "locked", "on"}: of the selected keys, and those of the selected handles. Locks
-// can be taken off what is locked.
+// can be taken off what is locked, but for the curve's own.
 Json Session::keyFlag(const Json& arguments) {
     const std::string flag = Get(arguments, "flag", std::string());
     const bool on = Get(arguments, "on", true);
@@ -339,14 +428,15 @@ Json Session::keyFlag(const Json& arguments) {
     EditGroup group(m_selection, flag == "breakdown" ? "Set breakdown"
                                  : flag == "unified" ? "Unify tangents"
                                                      : "Lock keys");
+    std::size_t count = 0;
     for (const HitRecord& part : parts) {
         auto key = part.getKeyframe();
         if (const auto tangent = part.getTangent()) key = tangent->getOwningKeyframe();
-        if (!key) continue;
+        const auto curve = key ? key->getOwningCurve() : nullptr;
+        if (!curve || IsLocked(*curve) || (flag != "locked" && !IsEditableKey(*key))) continue;
+        ++count;
         if (flag == "locked")
             SetLocked(*key, on);
-        else if (!IsEditableKey(*key))
-            continue;
         else if (flag == "breakdown")
             key->setBreakdown(on);
         else if (flag == "unified")
@@ -354,8 +444,9 @@ Json Session::keyFlag(const Json& arguments) {
         else
             throw Refusal("Keys have no flag \"" + flag + "\".");
     }
+    if (count == 0) throw refusal("Select keys first.");
     group.end();
-    return Json::object();
+    return {{"keys", count}};
 }
 
 // {"where": "segments" | "before" | "after", "text"}: of the segments that are selected or start at selected keys; of
@@ -374,7 +465,7 @@ Json Session::interpolator(const Json& arguments) {
             const bool isInside = segment && (segment->getRightKey() || part.getType() == HitRecord::SEGMENT);
             if (curve && !IsLocked(*curve) && isInside) segments.push_back(segment);
         }
-        if (segments.empty()) throw Refusal("Select a segment, or the key where it starts.");
+        if (segments.empty()) throw refusal("Select a segment, or the key where it starts.");
     } else {
         for (const auto& curve : targetCurves()) {
             auto it = where == "before" ? curve->begin() : std::prev(curve->end());
@@ -410,7 +501,8 @@ Json Session::checkFormula(const Json& arguments) {
 Json Session::copy(const Json&) {
     const KeyClip clip = CopyKeys(m_selection);
     if (clip.empty()) throw Refusal("No key is selected.");
-    return {{"text", ToUtf8(ClipToText(clip).c_str())}, {"keys", clip.size()}};
+    // A comment tells copied keys from a document that was copied as text: the page opens one, and pastes the other.
+    return {{"text", "# copied keys\n" + ToUtf8(ClipToText(clip).c_str())}, {"keys", clip.size()}};
 }
 
 Json Session::cut(const Json&) {

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <set>
 
 namespace editor {
 
@@ -22,6 +23,8 @@ Json toJson(const Examined<T>& examined) {
     if (examined.isMixed()) return {{"mixed", true}};
     return {{"value", examined.getValue()}};
 }
+
+constexpr double kUpright = 1.5707963267948966;
 
 const char* expressionOf(const Segment& segment) {
     const auto interpolator = segment.getInterpolator();
@@ -133,7 +136,8 @@ Json Session::properties(const Json&) {
     Examined<std::string> expression = segments.expression;
     if (segments.count == 0)
         for (const auto& key : selectedKeys())
-            if (const auto segment = key->getRightSegment()) expression.include(std::string(expressionOf(*segment)));
+            if (const auto segment = key->getRightSegment(); segment && segment->getRightKey())
+                expression.include(std::string(expressionOf(*segment)));
     if (!expression.isNone())
         result["expression"] =
             expression.isMixed() ? Json{{"mixed", true}} : Json{{"value", ToUtf8(expression.getValue().c_str())}};
@@ -148,8 +152,8 @@ Json Session::properties(const Json&) {
     return result;
 }
 
-// {"field", "value", "relative"}: fields "x", "y" of the selected keys; "angle" (radians), "weight" of the selected
-// handles, or with "side" of those of the selected keys.
+// {"field", "value", "relative", "others"}: fields "x", "y" of the selected keys; "angle" (radians), "weight" of the
+// selected handles, or with "side" of those of the selected keys.
 Json Session::setProperty(const Json& arguments) {
     const std::string field = Get(arguments, "field", std::string());
     const double value = GetNumber(arguments, "value");
@@ -158,17 +162,23 @@ Json Session::setProperty(const Json& arguments) {
         const auto keys = editableKeys();
         if (keys.empty()) throw Refusal("No key is selected.");
         const bool isX = field == "x";
+        const MoveOptions options = MoveOptionsOf(arguments);
         if (Get(arguments, "relative", false)) {
             KeyGroup group(keys);
             EditGroup edit(m_selection, "Move keys");
-            MoveKeys(group, isX ? Vector2D<double>(value, 0.0) : Vector2D<double>(0.0, value));
+            const Vector2D<double> by(isX ? value : 0.0, isX ? 0.0 : value);
+            CheckArrived(!MoveKeys(group, by, options).isLimited, options);
             edit.end();
             return Json::object();
         }
+        std::set<const FCurve*> curves;
+        for (const auto& key : keys)
+            if (isX && !curves.insert(key->getOwningCurve().get()).second)
+                throw Refusal("Two keys of one curve cannot stand at the same frame.");
         EditGroup edit(m_selection, isX ? "Set frame" : "Set value");
         for (const auto& key : keys) {
             if (isX)
-                key->setX(value);
+                TakeToFrame(*key, value, options);
             else
                 key->setY(value);
         }
@@ -176,23 +186,37 @@ Json Session::setProperty(const Json& arguments) {
         return Json::object();
     }
     if (field != "angle" && field != "weight") throw Refusal("There is no field \"" + field + "\".");
+    const bool isAngle = field == "angle";
+    if (isAngle && !(std::fabs(value) < kUpright))
+        throw Refusal("An angle lies between -90 and 90 degrees: a handle does not point across its key.");
+    if (!isAngle && !(value > 0.0)) throw Refusal("The length of a handle is more than 0.");
     std::vector<std::shared_ptr<Tangent>> tangents;
     for (const HitRecord& part : selected()) {
         if (const auto tangent = part.getTangent(); tangent && side.empty()) tangents.push_back(tangent);
         if (const auto key = part.getKeyframe(); key && !side.empty())
             tangents.push_back(side == "in" ? key->getInTangent() : key->getOutTangent());
     }
-    EditGroup edit(m_selection, field == "angle" ? "Set angle" : "Set weight");
+    const char* reason = "Select keys or handles first.";
+    std::size_t count = 0;
+    EditGroup edit(m_selection, isAngle ? "Set angle" : "Set weight");
     for (const auto& tangent : tangents) {
         const auto key = tangent->getOwningKeyframe();
         if (!key || !IsEditableKey(*key)) continue;
-        if (field == "angle") {
-            if (tangent->getType() != Tangent::Fixed) tangent->setType(Tangent::Fixed);
-            tangent->setAngle(value);
-        } else {
-            tangent->setWeight(value);
+        if (!isAngle && (!tangent->isWeighted() || tangent->isWeightLocked())) {
+            reason = tangent->isWeighted() ? "The length is locked: Shift+W, or \"Length locked\", takes that off."
+                                           : "The length of a handle that is not weighted follows from its segment: "
+                                             "make it weighted (W) first.";
+            continue;
         }
+        ++count;
+        if (tangent->getType() != Tangent::Fixed && (isAngle || tangent->getType() != Tangent::Flat))
+            tangent->setType(Tangent::Fixed);
+        if (isAngle)
+            tangent->setAngle(value);
+        else
+            tangent->setWeight(value);
     }
+    if (count == 0) throw refusal(reason);
     edit.end();
     return Json::object();
 }
@@ -218,13 +242,13 @@ Json Session::rows(const Json& arguments) {
     return {{"size", size}, {"first", first}, {"rows", rows}};
 }
 
-// {"curve", "key", "field", "value"}: "x" and "y" of the key; "in" and "out", a type of its tangents; "kind", the
-// interpolator of the segment that starts there.
+// {"curve", "key", "field", "value", "others"}: "x" and "y" of the key; "in" and "out", a type of its tangents; "kind",
+// the interpolator of the segment that starts there.
 Json Session::setRow(const Json& arguments) {
     FCurve& curve = curveAt(arguments);
     const auto key = GetIndexedKeyframe(curve, static_cast<int>(GetNumber(arguments, "key")));
     if (!key) throw Refusal("There is no such key.");
-    if (!IsEditableKey(*key)) throw Refusal("The key is locked.");
+    if (!IsEditableKey(*key)) throw Refusal(IsLocked(curve) ? "The curve is locked." : "The key is locked.");
     const std::string field = Get(arguments, "field", std::string("y"));
     if (field == "in" || field == "out") {
         const std::uint8_t type = TangentTypeOf(Get(arguments, "value", std::string()));
@@ -244,7 +268,7 @@ Json Session::setRow(const Json& arguments) {
     const double value = GetNumber(arguments, "value");
     EditGroup group(m_selection, field == "x" ? "Set frame" : "Set value");
     if (field == "x")
-        key->setX(value);
+        TakeToFrame(*key, value, MoveOptionsOf(arguments));
     else
         key->setY(value);
     group.end();

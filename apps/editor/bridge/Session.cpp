@@ -127,7 +127,11 @@ std::string Session::call(const std::string& command, const std::string& argumen
     try {
         const auto found = commands().find(command);
         if (found == commands().end()) return fail("There is no command \"" + command + "\".");
+        const bool wasClean = m_undo.isClean();
+        m_isEdited = false;
         const Json result = (this->*found->second)(arguments.empty() ? Json::object() : Json::parse(arguments));
+        // What is selected is no part of what is saved, though selecting can be undone.
+        if (wasClean && !m_isEdited && !m_undo.isClean()) m_undo.setClean();
         return result.dump(-1, ' ', false, Json::error_handler_t::replace);
     } catch (const Refusal& refusal) {
         return fail(refusal.what());
@@ -145,6 +149,7 @@ std::string Session::call(const std::string& command, const std::string& argumen
 
 void Session::editStepped(const EditSummary& edit) {
     ++m_revision;
+    if (edit.name != "Select") m_isEdited = true;
     if (!m_drag) m_isSelectedStale = true; // a drag selects nothing, and a walk over all keys would slow it down
     for (const CurveEdit& change : edit.curves) {
         const auto found = m_overviews.find(change.curve.get());
@@ -243,7 +248,7 @@ std::vector<std::shared_ptr<Keyframe>> Session::editableKeys() {
     const bool any = !keys.empty();
     keys.erase(std::remove_if(keys.begin(), keys.end(), [](const auto& key) { return !IsEditableKey(*key); }),
                keys.end());
-    if (any && keys.empty()) throw Refusal("All selected keys are locked.");
+    if (any && keys.empty()) throw refusal("The selected keys cannot be edited.");
     return keys;
 }
 
@@ -255,6 +260,19 @@ std::vector<std::shared_ptr<Tangent>> Session::editableHandles() {
         if (key && IsEditableKey(*key)) handles.push_back(tangent);
     }
     return handles;
+}
+
+// Why nothing of what is selected can be edited: locks, else as said.
+Refusal Session::refusal(const char* otherwise) {
+    bool isKeyLocked = false;
+    for (const HitRecord& part : selected()) {
+        const auto curve = part.getCurve();
+        if (curve && IsLocked(*curve)) return Refusal("The curve " + ToUtf8(curve->getName()) + " is locked.");
+        auto key = part.getKeyframe();
+        if (const auto tangent = part.getTangent()) key = tangent->getOwningKeyframe();
+        isKeyLocked = isKeyLocked || (key && IsLockedKey(*key));
+    }
+    return Refusal(isKeyLocked ? "What is selected is locked." : otherwise);
 }
 
 // Whatever a tool should work on: the curves of which something is selected, else the active one.
@@ -395,10 +413,10 @@ Json Session::state(const Json&) {
     const FCurve* const active = activeCurve();
     std::size_t index = 0;
     for (const FCurve& curve : *m_curves) {
-        const CurveView own = viewOf(curve, m_view);
+        const CurveView own = viewOf(curve, CurveView());
         curves.push_back({{"name", curve.getName()},
-                          {"bottom", own.bottom},
-                          {"top", own.top},
+                          {"low", own.bottom},
+                          {"high", own.top},
                           {"colour", colours[index++]},
                           {"visible", IsVisible(curve)},
                           {"locked", IsLocked(curve)},
@@ -439,6 +457,7 @@ Json Session::setOptions(const Json& arguments) {
 // The box to show: {"what": "all" | "selected"}. Null where there is nothing.
 Json Session::frame(const Json& arguments) {
     forgetScales();
+    if (m_isSeparate) ++m_revision;
     Rectangle<double> box;
     bool found = false;
     if (Get(arguments, "what", std::string("all")) == "selected") found = GetSelectedExtents(m_selection, box);

@@ -83,6 +83,11 @@ private:
     using Command = Json (Session::*)(const Json&);
     static const std::unordered_map<std::string, Command>& commands();
 
+    struct Grip {
+        std::shared_ptr<Tangent> handle;
+        Vector2D<double> away; // of its tip from the pointer, on the scale of its curve
+    };
+
     // A drag: from the button's going down to its going up.
     struct Drag {
         enum What : std::uint8_t { Keys, Handle, Scale };
@@ -90,7 +95,7 @@ private:
         std::unique_ptr<EditGroup> group;
         KeyGroup keys;
         MoveOptions options;
-        std::shared_ptr<Tangent> handle;
+        std::vector<Grip> grips;       // those held by the way before the one under the pointer
         std::shared_ptr<FCurve> curve; // whose scale the pixels have
         Vector2D<double> start;        // where the pointer was
         Vector2D<double> pivot;        // of scaling
@@ -118,6 +123,7 @@ private:
     std::vector<std::shared_ptr<Keyframe>> editableKeys();
     std::vector<std::shared_ptr<Tangent>> editableHandles();
     std::vector<std::shared_ptr<FCurve>> targetCurves();
+    Refusal refusal(const char* otherwise);
     void clearSelection();
     void drawCurve(const FCurve& curve, int index, bool isPreview, const CurveView& view,
                    ViewPolyline::Quantity quantity);
@@ -147,6 +153,7 @@ private:
 
     /// \name EditCommands.cpp
     /// @{
+    void pullHandle(Tangent& handle, const Vector2D<double>& tip) const;
     Json dragBegin(const Json&);
     Json dragTo(const Json&);
     Json dragEnd(const Json&);
@@ -211,6 +218,7 @@ private:
     std::unordered_set<const FCurve*> m_selectedCurves; // of which anything is selected
     bool m_isSelectedStale = true;
     std::uint32_t m_revision = 0;
+    bool m_isEdited = false; // by the present command, in more than what is selected
     std::string m_input;
     std::string m_output;
     std::vector<double> m_numbers;
@@ -220,6 +228,12 @@ private:
 /// Whether an edit may touch the key: neither it nor its curve is locked.
 bool IsEditableKey(const Keyframe& key);
 bool IsLockedKey(const Keyframe& key);
+/// {"others": "stop" | "cross" | "ripple", "frameStep", "valueStep"}
+MoveOptions MoveOptionsOf(const Json& arguments);
+/// Throws Refusal where something held keys back that were to go to a place that was typed.
+void CheckArrived(bool isThere, const MoveOptions& options);
+/// Throws Refusal where that key cannot stand there: nobody who types 40 wants 30.999.
+void TakeToFrame(Keyframe& key, double frame, const MoveOptions& options);
 /// What people call it; "linear" stands for "linear()". Throws Refusal for what nobody understands, so that the old one
 /// stays.
 std::shared_ptr<Interpolator> InterpolatorOf(const std::string& text);

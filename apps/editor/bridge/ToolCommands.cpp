@@ -75,7 +75,7 @@ void fit(FCurve& curve, const Stretch& stretch, double step, double tolerance, c
 
 double stepOf(const Json& arguments) {
     const double step = Get(arguments, "step", 1.0);
-    if (!(step >= 0.01 && step <= 1e6)) throw Refusal("The step must be 0.01 frames or more.");
+    if (!(step >= 0.01 && step <= 1e6)) throw Refusal("The step must be from 0.01 to 1000000 frames.");
     return step;
 }
 

@@ -148,13 +148,18 @@ export class App {
 
     /** To what the values of a curve are snapped, in its own unit; 0 where they are not. */
     snapStep(curve: number): number {
-        const { settings, state, view } = this;
+        const { settings, state } = this;
         if (!settings.snapValues) return 0;
         if (settings.valueStep > 0) return settings.valueStep;
         const own = state.separate ? state.curves[curve] : undefined;
-        if (!own) return this.fineStep;
-        const unit = (own.top - own.bottom) / (view.top - view.bottom);
-        return 10 ** Math.round(Math.log10(this.fineStep * unit));
+        return own ? 10 ** Math.round(Math.log10(this.fineStep * (own.high - own.low))) : this.fineStep;
+    }
+
+    /** A key at a place of the plot, or without a height on the curve, which then keeps its shape where it can. */
+    addKey(values: Arguments): void {
+        const added = this.run<{ change: number }>("addKey", values);
+        if (added && added.change > 1e-6 * (this.view.top - this.view.bottom))
+            this.tell(`The curve could not keep its shape with a key here: it changes by up to ${format(added.change)}.`);
     }
 
     toFrame(x: number): number {

@@ -20,9 +20,9 @@ export class Refusal extends Error {}
 export interface CurveState {
     name: string;
     colour: string;
-    /** The values at the edges of the view. */
-    bottom: number;
-    top: number;
+    /** What 0 and 1 of the axis are in its values: its range, with separate scales. */
+    low: number;
+    high: number;
     visible: boolean;
     locked: boolean;
     velocity: boolean;

@@ -2,6 +2,7 @@
 
 import { type App, element, format } from "./app";
 import type { Format } from "./bridge";
+import { listenToChoice } from "./keyboard";
 import { parse } from "./panels";
 import ball from "../../../examples/data/ball.fcrvx";
 import camera from "../../../examples/data/camera.chan";
@@ -93,10 +94,7 @@ export class Files {
         this.saveDialog();
         const list = element<HTMLSelectElement>("example");
         for (const name of Object.keys(examples)) list.append(new Option(name, name));
-        list.addEventListener("change", () => {
-            if (list.value) this.example(list.value);
-            list.value = "";
-        });
+        listenToChoice(list, (name) => this.example(name));
         app.onChange(() => this.keep());
         addEventListener("beforeunload", (event) => {
             if (!this.isStorable && !app.state.clean) event.preventDefault();
@@ -286,12 +284,12 @@ export class Files {
         });
     }
 
-    /** Copied keys go to the cursor; any other document that was copied as text is opened. */
+    /** Copied keys, which the bridge marks by a comment, go to the cursor; any document that is pasted is opened. */
     paste(text: string): void {
         const { app } = this;
         if (text.trim() === "") {
             app.tell("There is nothing to paste.", true);
-        } else if (/^\s*fcurve/i.test(text) && app.state.curves.length > 0) {
+        } else if (/^\s*# copied keys/i.test(text) && app.state.curves.length > 0) {
             const mode = element<HTMLSelectElement>("paste-mode").value;
             const pasted = app.run<{ keys: number; unmatched: string[] }>("paste", { text, mode, frame: app.frame });
             if (pasted) app.tell(`${pasted.keys} key${pasted.keys === 1 ? "" : "s"} pasted at frame ${app.frame}.`

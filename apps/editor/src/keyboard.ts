@@ -6,7 +6,8 @@ export interface Shortcut {
     /** As shown to people: "Ctrl+Z", "Shift+Left". Ctrl stands for the Command key, too. */
     keys: string[];
     what: string;
-    run: (event: KeyboardEvent) => void;
+    /** Without it the shortcut is the browser's or the pointer's, and only shown in the help. */
+    run?: (event: KeyboardEvent) => void;
 }
 
 const spellings: Record<string, string> = {
@@ -52,6 +53,39 @@ export function returnFocus(canvas: HTMLElement): void {
     }
 }
 
+/** What was typed goes where it was meant for: before a press elsewhere, or a dropped file, selects something else. */
+export function commitBeforePresses(): void {
+    const commit = (event: Event) => {
+        const field = document.activeElement;
+        if (field instanceof HTMLInputElement && field.type === "text" && field !== event.target) field.blur();
+    };
+    for (const type of ["pointerdown", "drop"]) document.addEventListener(type, commit, true);
+}
+
+/** A list whose choice does something: the arrow keys only walk through it, and Enter chooses. */
+export function listenToChoice(list: HTMLSelectElement, choose: (value: string) => void): void {
+    let isWalking = false;
+    const take = () => {
+        const { value } = list;
+        list.value = "";
+        if (value) choose(value);
+    };
+    list.addEventListener("keydown", (event) => {
+        isWalking = !event.altKey && !["Enter", " ", "F4"].includes(event.key);
+        if (event.key !== "Enter") return;
+        event.preventDefault();
+        take();
+    });
+    list.addEventListener("change", () => {
+        if (!isWalking) take();
+    });
+    list.addEventListener("pointerdown", () => (isWalking = false));
+    list.addEventListener("blur", () => {
+        isWalking = false;
+        list.value = "";
+    });
+}
+
 export function listen(app: App, groups: [string, Shortcut[]][]): void {
     const table = new Map<string, Shortcut>();
     const help = element("shortcuts");
@@ -61,7 +95,7 @@ export function listen(app: App, groups: [string, Shortcut[]][]): void {
         heading.textContent = title;
         const list = document.createElement("dl");
         for (const shortcut of shortcuts) {
-            for (const keys of shortcut.keys) table.set(keys, shortcut);
+            if (shortcut.run) for (const keys of shortcut.keys) table.set(keys, shortcut);
             const keys = document.createElement("dt");
             for (const each of shortcut.keys) {
                 const key = document.createElement("kbd");
@@ -91,7 +125,7 @@ export function listen(app: App, groups: [string, Shortcut[]][]): void {
         event.preventDefault();
         // Held down, arrows and the like go on; what switches would only flicker.
         if (event.repeat && /^(Shift\+)?(Space|[A-Z0-9?])$/.test(keys)) return;
-        shortcut.run(event);
+        shortcut.run?.(event);
         app.redraw();
     });
 }

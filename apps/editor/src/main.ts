@@ -4,9 +4,9 @@ import { App, element, format } from "./app";
 import { Bridge } from "./bridge";
 import { Picture } from "./draw";
 import { Files } from "./files";
-import { listen, returnFocus } from "./keyboard";
+import { commitBeforePresses, listen, returnFocus } from "./keyboard";
 import { InterpolatorMenu } from "./menu";
-import { CurveList, KeyTable, parse, Playback, PropertyPanel, Tools } from "./panels";
+import { CurveList, KeyTable, Playback, PropertyPanel, readNumber, Tools } from "./panels";
 import { Pointer } from "./pointer";
 import { measure } from "./measure";
 
@@ -31,8 +31,12 @@ async function start(): Promise<void> {
         delete: () => {
             const { selectedKeys, curves } = app.current;
             const isCurve = selectedKeys === 0 && curves.some((curve) => curve.selected);
-            if (isCurve) app.tell("No key is selected. A whole curve goes by Delete in the list of curves.", true);
-            else app.run("removeKeys");
+            if (isCurve) {
+                app.tell("No key is selected. A whole curve goes by Delete in the list of curves.", true);
+                return;
+            }
+            const removed = app.run<{ keys: number; kept: number }>("removeKeys");
+            if (removed && removed.kept > 0) app.tell(`${removed.keys} deleted; ${removed.kept} locked and kept.`);
         },
         "frame-all": () => app.frameBox("all"),
         "frame-selected": () => app.frameBox("selected"),
@@ -65,11 +69,12 @@ async function start(): Promise<void> {
     });
     const step = element<HTMLInputElement>("value-step");
     step.addEventListener("change", () => {
-        const value = parse(step.value);
-        settings.valueStep = value !== null && value > 0 ? value : 0;
+        const value = step.value.trim() === "" ? 0 : readNumber(app, step);
+        if (value !== null) settings.valueStep = Math.max(0, value);
         step.value = settings.valueStep > 0 ? format(settings.valueStep) : "";
     });
     returnFocus(picture.canvas);
+    commitBeforePresses();
     for (const button of document.querySelectorAll<HTMLButtonElement>("[data-tangent]"))
         button.addEventListener("click", () => app.run("tangentType", { type: button.dataset["tangent"] }));
     element("help-close").addEventListener("click", () => element<HTMLDialogElement>("help-dialog").close());
@@ -89,7 +94,8 @@ async function start(): Promise<void> {
         }
         const times = event.shiftKey ? 10 : 1;
         const command = settings.scaling && selectedKeys > 0 ? "stretch" : "nudge";
-        app.run(command, { x: x * times, y: y * times * app.fineStep, others: settings.others, frame: app.frame });
+        const { others, snap } = settings;
+        app.run(command, { x: x * times, y: y * times * app.fineStep, others, frameStep: snap ? 1 : 0, frame: app.frame });
     };
     const stepKey = (by: number, add = false) => {
         const key = app.run<{ x: number } | null>("stepKey", { by, add, frame: app.frame });
@@ -108,7 +114,7 @@ async function start(): Promise<void> {
     const tangent = (type: string) => () => app.run("tangentType", { type });
     const goTo = (id: string) => () => {
         const field = element<HTMLInputElement>(id);
-        if (field.disabled) app.tell("Select a key first.", true);
+        if (field.disabled) app.tell(id === "formula" ? "Select a segment, or the key where it starts." : "Select a key first.", true);
         field.select();
     };
     listen(app, [
@@ -138,6 +144,8 @@ async function start(): Promise<void> {
             { keys: [","], what: "The key, handle or segment before", run: () => stepKey(-1) },
             { keys: ["."], what: "The next key, handle or segment", run: () => stepKey(1) },
             { keys: ["<", ">"], what: "Those in addition", run: (e) => stepKey(e.key === ">" ? 1 : -1, true) },
+            { keys: ["Ctrl+Click"], what: "On a key: to the selection, or out of it; on a curve: its segment" },
+            { keys: ["Ctrl+Drag"], what: "A box that takes keys out of the selection" },
             { keys: ["H"], what: "The keys' in handles, their out handles, the keys again", run: () => app.run("selectHandles") },
             { keys: ["G"], what: "The segments after the keys, the keys again", run: () => app.run("selectSegments") },
         ]],
@@ -146,8 +154,10 @@ async function start(): Promise<void> {
             { keys: ["Right", "Shift+Right"], what: "A frame on; with Shift ten", run: (e) => nudge(1, 0, e) },
             { keys: ["Up", "Shift+Up"], what: "Raise; with Shift ten times as much", run: (e) => nudge(0, 1, e) },
             { keys: ["Down", "Shift+Down"], what: "Lower; with Shift ten times as much", run: (e) => nudge(0, -1, e) },
-            { keys: ["K"], what: "Add a key at the cursor, without changing the shape", run: () => app.run("addKey", { frame: app.frame }) },
+            { keys: ["K"], what: "Add a key at the cursor, which keeps the shape", run: () => app.addKey({ frame: app.frame }) },
             { keys: ["Delete"], what: "Delete the keys", run: () => act("delete") },
+            { keys: ["Ctrl+C", "Ctrl+X"], what: "Copy, cut the keys" },
+            { keys: ["Ctrl+V"], what: "Paste keys at the cursor; open a document that was copied as text" },
             { keys: ["S"], what: "Snap to whole frames", run: () => act("snap") },
             { keys: ["Shift+S"], what: "Snap values to the step", run: () => act("snap-values") },
             { keys: ["T"], what: "Scale instead of move: a drag about the far corner, arrows about the cursor", run: () => act("scaling") },

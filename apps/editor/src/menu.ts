@@ -37,12 +37,14 @@ export class InterpolatorMenu {
             const button = document.createElement("button");
             button.type = "button";
             button.setAttribute("role", "menuitem");
+            button.tabIndex = list.childElementCount === 0 ? 0 : -1; // one stop for Tab
             button.dataset["kind"] = kind.text;
             button.innerHTML = `<svg viewBox="0 0 36 20" aria-hidden="true"><path d="${kind.path}"/></svg>`;
             button.append(kind.name);
             button.addEventListener("click", () => this.choose(kind.text));
             list.append(button);
         }
+        this.box.tabIndex = -1; // a press beside the buttons leaves the focus in the menu
         this.box.addEventListener("keydown", (event) => this.key(event));
         document.addEventListener("pointerdown", (event) => {
             if (!this.box.hidden && !this.box.contains(event.target as Node)) this.close();
@@ -79,10 +81,14 @@ export class InterpolatorMenu {
         const buttons = [...element("kinds").querySelectorAll("button")];
         const index = buttons.indexOf(document.activeElement as HTMLButtonElement);
         const by = { ArrowDown: 2, ArrowUp: -2, ArrowRight: 1, ArrowLeft: -1 }[event.key];
+        event.stopPropagation(); // no key is a shortcut in here
         if (event.key === "Escape") this.close();
         else if (by !== undefined && index >= 0) buttons[(index + by + buttons.length) % buttons.length]!.focus();
-        else return;
+        else {
+            // Tab goes between kinds and places; beyond them it goes on from where the menu was opened.
+            if (event.key === "Tab" && event.shiftKey !== index >= 0) this.close();
+            return;
+        }
         event.preventDefault();
-        event.stopPropagation();
     }
 }

@@ -2,7 +2,7 @@
 
 import { type App, element, format } from "./app";
 import type { Examined, Properties, Rows, Tangents } from "./bridge";
-import type { Picture } from "./draw";
+import { gutter, type Picture } from "./draw";
 
 const typeNames = ["Fixed", "Flat", "Linear", "Smooth", "Smooth, continued", "Clamped", "Plateau"];
 const typeCommands = ["fixed", "flat", "linear", "smooth", "continued", "clamped", "plateau"];
@@ -15,10 +15,29 @@ function make<K extends keyof HTMLElementTagNameMap>(tag: K, attributes: Record<
     return made;
 }
 
-/** A number as people type it; null for what is none. */
+/** A number as people type it, with a comma where it can only be a decimal one; null for what is none. */
 export function parse(text: string): number | null {
-    const number = Number(text.trim().replace(",", "."));
-    return text.trim() !== "" && Number.isFinite(number) ? number : null;
+    const plain = text.trim();
+    const isGrouped = /^[-+]?[1-9]\d{0,2},\d{3}$/.test(plain);
+    const number = /^[-+]?(\d+[.,]?\d*|[.,]\d+)(e[-+]?\d+)?$/i.test(plain) ? Number(plain.replace(",", ".")) : NaN;
+    return Number.isFinite(number) && !isGrouped ? number : null;
+}
+
+function nameOf(field: HTMLInputElement): string {
+    const titles = field.getAttribute("aria-labelledby")?.split(" ").map((id) => element(id).textContent);
+    return field.getAttribute("aria-label") ?? titles?.join(", ") ?? field.labels?.[0]?.textContent?.trim() ?? "";
+}
+
+function noNumber(name: string, text: string): string {
+    const hint = text.includes(",") ? " Write 1000 for a thousand, 1.0 or 1,0 for one." : "";
+    return `${name}: "${text.trim()}" is not a number.${hint}`;
+}
+
+/** The number in a field; a message names the field that has none. */
+export function readNumber(app: App, field: HTMLInputElement): number | null {
+    const number = parse(field.value);
+    if (number === null) app.tell(noNumber(nameOf(field), field.value), true);
+    return number;
 }
 
 /**
@@ -201,8 +220,8 @@ export class PropertyPanel {
                 delete field.dataset["typed"];
                 const operator = /^\s*([-+*/])=/.exec(field.value);
                 const number = parse(operator ? field.value.slice(operator[0].length) : field.value);
-                field.setAttribute("aria-invalid", String(number === null));
-                if (number === null) app.tell(`"${field.value}" is not a number.`, true);
+                if (number === null) app.tell(noNumber(nameOf(field), field.value), true);
+                else if (number === 0 && operator?.[1] === "/") app.tell(`${nameOf(field)}: nothing can be divided by 0.`, true);
                 else send(number, operator?.[1] ?? "");
                 this.last = null;
                 this.show();
@@ -226,7 +245,8 @@ export class PropertyPanel {
                 app.run("scale", { x: 1, y: 1, [field]: factor, pivotX: 0, pivotY: 0, others });
             } else {
                 const relative = operator !== "";
-                app.run("setProperty", { field, value: operator === "-" ? -value : value, relative });
+                const { others } = app.settings;
+                app.run("setProperty", { field, value: operator === "-" ? -value : value, relative, others });
             }
         };
         set("key-x", key("x"));
@@ -238,7 +258,9 @@ export class PropertyPanel {
             const type = element<HTMLSelectElement>(`${side}-type`);
             type.append(make("option", { value: "", hidden: "" }));
             typeNames.forEach((name, index) => type.append(make("option", { value: String(index) }, name)));
-            type.addEventListener("change", () => app.run("tangentType", { type: typeCommands[Number(type.value)]!, side }));
+            type.addEventListener("change", () => {
+                if (!app.run("tangentType", { type: typeCommands[Number(type.value)]!, side })) this.show();
+            });
         }
         for (const flag of ["breakdown", "unified", "locked"]) {
             element(`key-${flag}`).addEventListener("click", () => this.toggle(flag));
@@ -248,6 +270,7 @@ export class PropertyPanel {
         }
         app.onChange(() => {
             this.last = null;
+            this.leaveFormula();
             this.show();
         });
         this.show();
@@ -306,12 +329,22 @@ export class PropertyPanel {
         press("handle-weighted", ...all.map((each) => each?.weighted));
         press("handle-weightLocked", ...all.map((each) => each?.weightLocked));
         const { state } = this.app;
-        element("selection").textContent = state.selectedKeys + state.selectedHandles + state.selectedSegments === 0
+        const selection = element("selection");
+        const text = state.selectedKeys + state.selectedHandles + state.selectedSegments === 0
             ? "Nothing is selected."
             : [[state.selectedKeys, "key"], [state.selectedHandles, "handle"], [state.selectedSegments, "segment"]]
                 .filter(([count]) => count !== 0)
                 .map(([count, what]) => `${count} ${what}${count === 1 ? "" : "s"}`).join(", ") + " selected";
+        if (selection.textContent !== text) selection.textContent = text; // it is read out
         this.showFormula();
+    }
+
+    /** A formula that could not be taken, and was left standing, does not wait for another key. */
+    private leaveFormula(): void {
+        const field = element<HTMLInputElement>("formula");
+        if (!field.dataset["typed"] || field === document.activeElement) return;
+        delete field.dataset["typed"];
+        this.app.tell(`"${field.value}" is not a valid formula, and was left out.`, true);
     }
 
     private showFormula(): void {
@@ -352,7 +385,7 @@ export class PropertyPanel {
         const commit = () => {
             if (!field.dataset["typed"] || !this.check() || field.value === "") return;
             delete field.dataset["typed"];
-            this.app.run("interpolator", { where: where.value, text: field.value });
+            if (!this.app.run("interpolator", { where: where.value, text: field.value })) this.showFormula();
         };
         field.addEventListener("change", commit);
         field.addEventListener("keydown", (event) => {
@@ -429,7 +462,7 @@ export class KeyTable {
     private number(curve: number, key: number, name: string, value: number, label: string): HTMLElement {
         const field = this.field(curve, key, name, format(value), label, (text) => {
             const number = parse(text);
-            if (number === null) this.app.tell(`"${text}" is not a number.`, true);
+            if (number === null) this.app.tell(noNumber(label, text), true);
             return number;
         });
         field.inputMode = "decimal";
@@ -439,7 +472,10 @@ export class KeyTable {
     private type(curve: number, key: number, name: string, value: number, label: string): HTMLElement {
         const list = make("select", { id: `cell-${key}-${name}`, "aria-label": label, title: typeNames[value] ?? "" });
         typeNames.forEach((each, index) => list.append(new Option(each, typeCommands[index], false, index === value)));
-        list.addEventListener("change", () => this.app.run("setRow", { curve, key, field: name, value: list.value }));
+        list.addEventListener("change", () => {
+            const done = this.app.run("setRow", { curve, key, field: name, value: list.value });
+            if (!done) list.value = typeCommands[value] ?? "";
+        });
         return list;
     }
 
@@ -453,7 +489,8 @@ export class KeyTable {
             delete field.dataset["typed"];
             // The rows are made anew with the next picture, when the focus has gone where it was on its way to.
             field.value = text;
-            if (value !== null) this.app.run("setRow", { curve, key, field: name, value });
+            const { others } = this.app.settings;
+            if (value !== null) this.app.run("setRow", { curve, key, field: name, value, others });
         };
         field.addEventListener("input", () => (field.dataset["typed"] = "yes"));
         field.addEventListener("change", commit);
@@ -505,12 +542,14 @@ export class Tools {
     }
 
     private values(): Record<string, string | number | boolean> | null {
-        const number = (id: string) => parse(element<HTMLInputElement>(id).value);
+        const number = (id: string) => {
+            const field = element<HTMLInputElement>(id);
+            const value = parse(field.checkVisibility() ? field.value : field.defaultValue);
+            if (value === null) element("tool-result").textContent = noNumber(nameOf(field), field.value);
+            return value;
+        };
         const [step, width, tolerance] = [number("tool-step"), number("tool-width"), number("tool-tolerance")];
-        if (step === null || width === null || tolerance === null) {
-            element("tool-result").textContent = "One of the fields is not a number.";
-            return null;
-        }
+        if (step === null || width === null || tolerance === null) return null;
         return {
             tool: element<HTMLSelectElement>("tool").value, step, width: Math.round(width), tolerance,
             filter: Number(element<HTMLSelectElement>("tool-filter").value),
@@ -552,14 +591,16 @@ export class Playback {
         element("play").addEventListener("click", () => this.toggle());
         const frame = element<HTMLInputElement>("frame");
         frame.addEventListener("change", () => {
-            const value = parse(frame.value);
+            const value = readNumber(app, frame);
             if (value !== null) app.frame = value;
+            frame.value = format(app.frame);
             app.redraw();
         });
         const fps = element<HTMLInputElement>("fps");
         fps.addEventListener("change", () => {
-            const value = parse(fps.value);
+            const value = readNumber(app, fps);
             if (value !== null && value > 0 && value <= 1000) app.settings.fps = value;
+            else if (value !== null) app.tell("Frames a second: more than 0, and at most 1000.", true);
             fps.value = format(app.settings.fps);
         });
         app.onDraw(() => this.show());
@@ -569,13 +610,15 @@ export class Playback {
         const { app } = this;
         app.playing = !app.playing;
         element("play").setAttribute("aria-pressed", String(app.playing));
-        this.began = performance.now();
-        this.from = app.frame;
+        let shown = NaN;
         const step = () => {
             if (!app.playing) return;
+            // From where somebody has put the cursor meanwhile, too.
+            if (app.frame !== shown) [this.began, this.from] = [performance.now(), app.frame];
             const [first, last] = this.range();
             const frames = ((performance.now() - this.began) / 1000) * app.settings.fps;
             app.frame = first + ((((this.from - first + frames) % (last - first)) + (last - first)) % (last - first));
+            shown = app.frame;
             app.redraw();
             requestAnimationFrame(step);
         };
@@ -609,8 +652,12 @@ export class Playback {
         pen.clearRect(0, 0, width, height);
         const curve = app.state.curves[app.state.active];
         if (!curve) return;
-        const { bottom, top } = app.state.separate ? curve : app.view;
-        const y = Math.min(height - 9, Math.max(9, height - 9 - ((value - bottom) / (top - bottom)) * (height - 18)));
+        // As high as the value is in the plot.
+        const { view } = app;
+        const place = (value - curve.low) / (curve.high - curve.low);
+        const plot = this.picture.canvas.getBoundingClientRect().top - this.ball.getBoundingClientRect().top + gutter.top;
+        const wanted = plot + ((view.top - place) / (view.top - view.bottom)) * view.height;
+        const y = Math.min(Math.min(height, plot + view.height) - 9, Math.max(9, wanted));
         pen.fillStyle = this.picture.shade(curve.colour);
         pen.beginPath();
         pen.arc(width / 2, y, 8, 0, 7);

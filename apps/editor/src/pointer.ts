@@ -6,7 +6,7 @@ import { gutter, type Picture } from "./draw";
 
 type Gesture =
     | { kind: "pan" }
-    | { kind: "marquee"; mode: "set" | "add" | "remove" }
+    | { kind: "marquee"; mode: "set" | "add" | "remove"; isOutside: boolean }
     | { kind: "press"; pick: Pick }
     | { kind: "drag" }
     | { kind: "time" }
@@ -70,10 +70,18 @@ export class Pointer {
         // A pinch on a touchpad comes as a wheel with Control, in small steps.
         const turn = (event.deltaY || event.deltaX) * unit * (event.ctrlKey ? 0.01 : 0.0015);
         const factor = Math.exp(Math.max(-1, Math.min(1, turn)));
-        this.app.zoom(x, y, event.altKey ? 1 : factor, event.shiftKey ? 1 : factor);
+        const isBelow = y > this.app.view.height;
+        this.app.zoom(x, y, event.altKey ? 1 : factor, event.shiftKey || isBelow ? 1 : factor);
+    }
+
+    /** Whether curves are drawn there, and not the velocity panel or labels. */
+    private isPlot(x: number, y: number): boolean {
+        const { width, height } = this.app.view;
+        return x >= 0 && x <= width && y >= 0 && y <= height;
     }
 
     private look(x: number, y: number): Pick {
+        if (!this.isPlot(x, y)) return { type: "none", curve: -1, selected: false, locked: false };
         return this.app.bridge.call<Pick>("pick", { x, y, radius: 7, mode: "look" });
     }
 
@@ -97,7 +105,7 @@ export class Pointer {
             return;
         }
         if (event.button !== 0) return;
-        if (y > app.view.height + this.picture.panel) {
+        if (y > app.view.height) { // the ruler, or the velocity panel over it
             this.gesture = { kind: "time" };
             this.setTime(x);
             return;
@@ -105,7 +113,8 @@ export class Pointer {
         app.bridge.setView(app.view);
         const pick = this.look(x, y);
         if (pick.type === "none" || (pick.type === "curve" && event.shiftKey)) {
-            this.gesture = { kind: "marquee", mode: event.ctrlKey || event.metaKey ? "remove" : event.shiftKey ? "add" : "set" };
+            const mode = event.ctrlKey || event.metaKey ? "remove" : event.shiftKey ? "add" : "set";
+            this.gesture = { kind: "marquee", mode, isOutside: !this.isPlot(x, y) };
             return;
         }
         const isToggle = event.shiftKey || event.ctrlKey || event.metaKey;
@@ -149,7 +158,7 @@ export class Pointer {
         } else if (gesture.kind === "time") {
             this.setTime(x);
         } else if (gesture.kind === "marquee") {
-            app.marquee = { x0: this.start.x, y0: this.start.y, x1: x, y1: y };
+            app.marquee = this.box(x, y);
             app.redraw();
         } else {
             if (gesture.kind === "press") {
@@ -160,6 +169,14 @@ export class Pointer {
             app.redraw();
         }
         this.last = { x, y };
+    }
+
+    /** From the press to here, as far as curves are seen. */
+    private box(x: number, y: number): { x0: number; y0: number; x1: number; y1: number } {
+        const { width, height } = this.app.view;
+        const across = (at: number) => Math.max(0, Math.min(width, at));
+        const down = (at: number) => Math.max(0, Math.min(height, at));
+        return { x0: across(this.start.x), y0: down(this.start.y), x1: across(x), y1: down(y) };
     }
 
     /** The shape of the pointer tells what a press would take. */
@@ -179,7 +196,7 @@ export class Pointer {
             return begun !== null;
         }
         if (pick.type !== "key" && app.current.selectedKeys === 0) {
-            this.gesture = { kind: "marquee", mode: "set" };
+            this.gesture = { kind: "marquee", mode: "set", isOutside: false };
             return false;
         }
         const what = settings.scaling && pick.type === "key" ? "scale" : "keys";
@@ -209,9 +226,9 @@ export class Pointer {
         if (gesture.kind === "marquee") {
             app.marquee = null;
             if (Math.hypot(x - this.start.x, y - this.start.y) < slop) {
-                if (gesture.mode === "set") app.run("selectNone");
+                if (gesture.mode === "set" && !gesture.isOutside) app.run("selectNone");
             } else {
-                app.run("marquee", { x0: this.start.x, y0: this.start.y, x1: x, y1: y, mode: gesture.mode });
+                app.run("marquee", { ...this.box(x, y), mode: gesture.mode });
             }
         } else if (gesture.kind === "drag") {
             this.step();
@@ -224,14 +241,14 @@ export class Pointer {
     private twice(event: MouseEvent): void {
         const { app } = this;
         const { x, y } = this.at(event);
-        if (x < 0 || y < 0 || y > app.view.height) return;
+        if (!this.isPlot(x, y)) return;
         app.bridge.setView(app.view);
         const pick = this.look(x, y);
         if (pick.type === "key" || pick.type === "handle") return;
         const frame = app.settings.snap ? Math.round(app.toFrame(x)) : app.toFrame(x);
-        if (pick.type === "curve") app.run("addKey", { curve: pick.curve, frame });
+        if (pick.type === "curve") app.addKey({ curve: pick.curve, frame });
         else if (app.state.active >= 0)
-            app.run("addKey", { curve: app.state.active, frame, y, valueStep: app.snapStep(app.state.active) });
+            app.addKey({ curve: app.state.active, frame, y, valueStep: app.snapStep(app.state.active) });
     }
 
     private context(event: MouseEvent): void {

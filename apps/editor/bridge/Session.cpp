@@ -29,6 +29,11 @@ constexpr double kLeastKeySpacing = 4.0;
 constexpr double kLeastHandleSpacing = 20.0;
 constexpr std::size_t kMostSelectedDrawn = 20000;
 
+bool IsSame(const CurveView& a, const CurveView& b) {
+    return a.left == b.left && a.right == b.right && a.bottom == b.bottom && a.top == b.top && a.width == b.width
+           && a.height == b.height;
+}
+
 } // namespace
 
 bool IsLockedKey(const Keyframe& key) {
@@ -152,11 +157,13 @@ void Session::editStepped(const EditSummary& edit) {
     if (edit.name != "Select") m_isEdited = true;
     if (!m_drag) m_isSelectedStale = true; // a drag selects nothing, and a walk over all keys would slow it down
     for (const CurveEdit& change : edit.curves) {
+        m_drawn.erase(change.curve.get());
         const auto found = m_overviews.find(change.curve.get());
         if (found != m_overviews.end() && !change.parts.isEmpty())
             found->second->invalidate(change.parts.start, change.parts.end);
     }
     if (!edit.container) return;
+    m_drawn.clear();
     for (auto it = m_overviews.begin(); it != m_overviews.end();)
         it = m_curves->contains(*it->first) ? std::next(it) : m_overviews.erase(it);
     for (auto it = m_scales.begin(); it != m_scales.end();)
@@ -297,9 +304,11 @@ const std::vector<double>& Session::draw(const CurveView& view, ViewPolyline::Qu
     m_numbers.clear();
     if (!view.isValid()) return m_numbers;
     int index = 0;
+    const bool isVelocity = quantity != ViewPolyline::Value;
+    const bool isAnyMarked = isVelocity && marksVelocity();
     for (const FCurve& curve : *m_curves) {
-        const bool isShown = quantity == ViewPolyline::Value ? IsVisible(curve) : hasVelocity(curve);
-        if (isShown) drawCurve(curve, index, false, view, quantity);
+        if (IsVisible(curve) && (!isAnyMarked || IsVelocityVisible(curve)))
+            drawCurve(curve, index, false, view, quantity);
         ++index;
     }
     for (const auto& [number, curve] : m_preview) drawCurve(*curve, number, true, view, quantity);
@@ -317,26 +326,50 @@ void Session::drawCurve(const FCurve& curve, int index, bool isPreview, const Cu
     } else if (isValue) {
         own = viewOf(curve, view);
     }
-    if (isValue && !isPreview)
-        ViewLine(overviewOf(curve), own, m_line);
-    else
-        ViewLine(curve, own, m_line, quantity);
-
     selected();
-    const bool isSelected = m_selectedCurves.count(&curve) != 0;
+    const double isSelected = m_selectedCurves.count(&curve) != 0 ? 1.0 : 0.0;
+    if (isPreview) {
+        ViewLine(curve, own, m_line, quantity);
+        m_numbers.insert(m_numbers.end(), {static_cast<double>(index), 1.0, isSelected, ++m_stamp});
+        drawLine(m_line);
+        m_numbers.insert(m_numbers.end(), {0.0, 0.0});
+        return;
+    }
+
+    Drawn& drawn = m_drawn[&curve][isValue ? 0 : 1];
+    const bool isKnown = drawn.stamp > 0.0 && IsSame(drawn.view, own);
+    const double stamp = isKnown ? drawn.stamp : ++m_stamp;
+    m_numbers.insert(m_numbers.end(), {static_cast<double>(index), 0.0, isSelected, stamp});
+    if (isKnown) {
+        m_numbers.insert(m_numbers.end(), drawn.numbers.begin(), drawn.numbers.end());
+        return;
+    }
+    const std::size_t first = m_numbers.size();
+    if (isValue) {
+        ViewLine(overviewOf(curve), own, m_line);
+        drawLine(m_line);
+        drawParts(curve, own);
+    } else {
+        ViewLine(curve, own, m_line, quantity);
+        drawLine(m_line);
+        m_numbers.insert(m_numbers.end(), {0.0, 0.0});
+    }
+    drawn.stamp = 0.0; // should memory run out
+    drawn.numbers.assign(m_numbers.begin() + static_cast<std::ptrdiff_t>(first), m_numbers.end());
+    drawn.view = own;
+    drawn.stamp = stamp;
+}
+
+void Session::drawLine(const ViewPolyline& line) {
     const auto put = [this](auto... numbers) { (m_numbers.push_back(static_cast<double>(numbers)), ...); };
-    put(index, isPreview, isSelected, m_line.strokes.size());
-    for (const ViewPolyline::Stroke& stroke : m_line.strokes) {
+    put(line.strokes.size());
+    for (const ViewPolyline::Stroke& stroke : line.strokes) {
         put(static_cast<int>(stroke.place), stroke.count);
         for (std::size_t i = stroke.first; i < stroke.first + stroke.count; ++i)
-            put(m_line.points[i].x, m_line.points[i].y);
+            put(line.points[i].x, line.points[i].y);
     }
-    put(m_line.jumps.size());
-    for (const ViewPolyline::Jump& jump : m_line.jumps) put(jump.x, jump.from, jump.to);
-    if (isValue && !isPreview)
-        drawParts(curve, own);
-    else
-        put(0, 0);
+    put(line.jumps.size());
+    for (const ViewPolyline::Jump& jump : line.jumps) put(jump.x, jump.from, jump.to);
 }
 
 void Session::drawParts(const FCurve& curve, const CurveView& view) {
@@ -480,10 +513,9 @@ Json Session::axis(const Json& arguments) {
     return {{"marks", marks}, {"exponent", ticks.exponent}};
 }
 
-// The curves that are marked for it and visible; without any mark all that are visible.
-bool Session::hasVelocity(const FCurve& curve) const {
-    if (!IsVisible(curve)) return false;
-    return IsVelocityVisible(curve) || std::none_of(m_curves->begin(), m_curves->end(), &IsVelocityVisible);
+// The curves that are marked for it show their velocity; without any mark all do.
+bool Session::marksVelocity() const {
+    return std::any_of(m_curves->begin(), m_curves->end(), &IsVelocityVisible);
 }
 
 // Of the curves that show their velocity, in the frames of the view. Without the steepest fiftieth, so that a jump does
@@ -491,8 +523,9 @@ bool Session::hasVelocity(const FCurve& curve) const {
 Json Session::velocityRange(const Json&) {
     constexpr int kLooks = 500;
     std::vector<double> slopes = {0.0};
+    const bool isAnyMarked = marksVelocity();
     for (const FCurve& curve : *m_curves) {
-        if (curve.size() < 2 || !hasVelocity(curve)) continue;
+        if (curve.size() < 2 || !IsVisible(curve) || (isAnyMarked && !IsVelocityVisible(curve))) continue;
         for (int i = 0; i <= kLooks; ++i) {
             const double slope = GetFirstDerivative(curve, m_view.left + (m_view.right - m_view.left) * i / kLooks);
             if (std::isfinite(slope)) slopes.push_back(slope);

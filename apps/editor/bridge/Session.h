@@ -17,6 +17,7 @@
 #include <FCurveLib/ViewLine.h>
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -67,10 +68,10 @@ public:
     void setView(const CurveView& view) { m_view = view; }
 
     /// For each visible curve that has something to show: its number, 1 if it is a preview and not the curve itself,
-    /// 1 if something of it is selected; then strokes: their number, and of each place, number of points and x, y of
-    /// the points, in pixels; jumps: their number, and of each x, from, to; keys: their number, and of each x, y,
-    /// flags; handles: their number, and of each the key's x, y, the tip's x, y and 1 if it is selected. Valid until
-    /// the next call.
+    /// 1 if something of it is selected, and a number that differs whenever what follows may; then strokes: their
+    /// number, and of each place, number of points and x, y of the points, in pixels; jumps: their number, and of each
+    /// x, from, to; keys: their number, and of each x, y, flags; handles: their number, and of each the key's x, y, the
+    /// tip's x, y and 1 if it is selected. Valid until the next call.
     const std::vector<double>& draw(const CurveView& view, ViewPolyline::Quantity quantity);
     /// Of each curve.
     const std::vector<double>& valuesAt(double frame);
@@ -101,6 +102,13 @@ private:
         Vector2D<double> pivot;        // of scaling
     };
 
+    // What draw made of a curve, good until the curve, its selection, or the view changes.
+    struct Drawn {
+        CurveView view;
+        double stamp = 0.0; // 0: nothing yet
+        std::vector<double> numbers;
+    };
+
     struct Frame { // of a curve's own scale
         double low = 0.0;
         double high = 1.0;
@@ -127,6 +135,7 @@ private:
     void clearSelection();
     void drawCurve(const FCurve& curve, int index, bool isPreview, const CurveView& view,
                    ViewPolyline::Quantity quantity);
+    void drawLine(const ViewPolyline& line);
     void drawParts(const FCurve& curve, const CurveView& view);
     void dropPreview() { m_preview.clear(); }
     Json state(const Json&);
@@ -134,7 +143,7 @@ private:
     Json frame(const Json&);
     Json axis(const Json&);
     Json velocityRange(const Json&);
-    bool hasVelocity(const FCurve& curve) const;
+    bool marksVelocity() const;
     /// @}
 
     /// \name SelectCommands.cpp
@@ -212,6 +221,8 @@ private:
     std::weak_ptr<FCurve> m_active;
     std::optional<Drag> m_drag;
     std::unordered_map<const FCurve*, std::unique_ptr<CurveOverview>> m_overviews;
+    std::unordered_map<const FCurve*, std::array<Drawn, 2>> m_drawn; // by quantity
+    double m_stamp = 0.0;
     mutable std::unordered_map<const FCurve*, Frame> m_scales;
     std::vector<std::pair<int, std::shared_ptr<FCurve>>> m_preview; // the curve's number, and what would become of it
     std::vector<HitRecord> m_selected;

@@ -2,6 +2,7 @@
 
 import { type App, element, format } from "./app";
 import type { View } from "./bridge";
+import { CurvePainter } from "./curves";
 
 export const gutter = { left: 58, bottom: 26, top: 8, right: 10 };
 
@@ -10,7 +11,7 @@ interface Ticks {
     exponent: number;
 }
 
-interface Theme {
+export interface Theme {
     ground: string;
     grid: string;
     zero: string;
@@ -27,10 +28,12 @@ export class Picture {
     private readonly context = this.canvas.getContext("2d")!;
     private theme = this.readTheme();
     private readonly shades = new Map<string, string>();
+    private readonly painters: CurvePainter[];
     /** Of the last picture: how long the library took, and the drawing. */
     readonly cost = { library: 0, canvas: 0 };
 
     constructor(private readonly app: App) {
+        this.painters = [0, 1].map(() => new CurvePainter(app, (colour) => this.shade(colour)));
         new ResizeObserver(() => this.resize()).observe(this.canvas.parentElement!);
         matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
             this.theme = this.readTheme();
@@ -189,7 +192,7 @@ export class Picture {
         if (quantity === 0) this.app.bridge.setView(view);
         const numbers = this.app.bridge.draw(view, quantity);
         this.cost.library += performance.now() - began;
-        this.drawCurves(numbers);
+        this.painters[quantity]!.draw(pen, numbers, view, this.theme);
         const marquee = this.app.marquee;
         if (marquee && quantity === 0) {
             pen.fillStyle = this.theme.selected;
@@ -201,121 +204,5 @@ export class Picture {
             pen.strokeRect(marquee.x0, marquee.y0, marquee.x1 - marquee.x0, marquee.y1 - marquee.y0);
         }
         pen.restore();
-    }
-
-    private drawCurves(numbers: Float64Array): void {
-        const { context: pen, theme, app } = this;
-        let at = 0;
-        const next = () => numbers[at++]!;
-        while (at < numbers.length) {
-            const curve = next();
-            const isPreview = next() === 1;
-            const isSelected = next() === 1;
-            const state = app.state.curves[curve];
-            const colour = this.shade(state?.colour ?? "#444444");
-            const isLocked = state?.locked ?? false;
-            for (let strokes = next(); strokes > 0; --strokes) {
-                const place = next();
-                pen.strokeStyle = place === 3 ? theme.outside : isPreview ? theme.selected : colour;
-                pen.lineWidth = isPreview ? 2.5 : isSelected || curve === app.state.active ? 2.2 : 1.3;
-                pen.globalAlpha = place === 1 ? (isLocked ? 0.55 : 1) : 0.6;
-                pen.setLineDash(isPreview ? [6, 3] : place === 1 ? [] : [5, 4]);
-                const count = next();
-                // Where the line goes up and down in every column, bars cover the same pixels, and are drawn much faster.
-                if (count > 2 * app.view.width) {
-                    this.drawBars(numbers, at, count);
-                    at += 2 * count;
-                    continue;
-                }
-                pen.beginPath();
-                pen.moveTo(next(), next());
-                for (let i = 1; i < count; ++i) pen.lineTo(next(), next());
-                pen.stroke();
-            }
-            pen.strokeStyle = colour;
-            pen.lineWidth = 1;
-            pen.setLineDash([1.5, 3]);
-            for (let jumps = next(); jumps > 0; --jumps) {
-                const x = next();
-                pen.beginPath();
-                pen.moveTo(x, next());
-                pen.lineTo(x, next());
-                pen.stroke();
-            }
-            pen.setLineDash([]);
-            pen.globalAlpha = 1;
-            const keys = next();
-            const firstKey = at;
-            at += keys * 3;
-            for (let handles = next(); handles > 0; --handles) {
-                const [x, y, tipX, tipY] = [next(), next(), next(), next()];
-                const isChosen = next() === 1;
-                pen.strokeStyle = isChosen ? theme.selected : theme.handle;
-                pen.fillStyle = isChosen ? theme.selected : theme.ground;
-                pen.lineWidth = 1;
-                pen.beginPath();
-                pen.moveTo(x, y);
-                pen.lineTo(tipX, tipY);
-                pen.stroke();
-                pen.beginPath();
-                pen.arc(tipX, tipY, 3.2, 0, 7);
-                pen.fill();
-                pen.stroke();
-            }
-            const size = keys * 14 > app.view.width ? 2.5 : 4;
-            for (let i = 0; i < keys; ++i) {
-                const flags = numbers[firstKey + 3 * i + 2]!;
-                this.drawKey(numbers[firstKey + 3 * i]!, numbers[firstKey + 3 * i + 1]!, flags, colour, size);
-            }
-        }
-    }
-
-    private drawBars(numbers: Float64Array, first: number, count: number): void {
-        const pen = this.context;
-        pen.fillStyle = pen.strokeStyle;
-        let column = Math.floor(numbers[first]!);
-        let low = numbers[first + 1]!;
-        let high = low;
-        for (let at = first + 2; at < first + 2 * count; at += 2) {
-            const x = Math.floor(numbers[at]!);
-            const y = numbers[at + 1]!;
-            if (x !== column) {
-                pen.fillRect(column, low, 1, Math.max(1, high - low));
-                low = high = numbers[at - 1]!; // joined to where the line was
-                column = x;
-            }
-            low = Math.min(low, y);
-            high = Math.max(high, y);
-        }
-        pen.fillRect(column, low, 1, Math.max(1, high - low));
-    }
-
-    private drawKey(x: number, y: number, flags: number, colour: string, plain: number): void {
-        const { context: pen, theme } = this;
-        const isChosen = (flags & 1) !== 0;
-        pen.fillStyle = isChosen ? theme.selected : colour;
-        pen.strokeStyle = theme.ground;
-        pen.lineWidth = 1;
-        pen.beginPath();
-        const size = isChosen ? plain + 1 : plain;
-        if (flags & 2) {
-            pen.moveTo(x, y - size - 1);
-            pen.lineTo(x + size + 1, y);
-            pen.lineTo(x, y + size + 1);
-            pen.lineTo(x - size - 1, y);
-            pen.closePath();
-        } else {
-            pen.rect(x - size, y - size, 2 * size, 2 * size);
-        }
-        pen.fill();
-        pen.stroke();
-        if (flags & 4) {
-            pen.strokeStyle = isChosen ? theme.selected : colour;
-            pen.lineWidth = 2;
-            pen.beginPath();
-            pen.moveTo(x - 7, y + 9);
-            pen.lineTo(x + 7, y + 9);
-            pen.stroke();
-        }
     }
 }

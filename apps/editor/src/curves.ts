@@ -22,6 +22,8 @@ interface Drawn {
 
 // Fewer numbers than this are drawn as fast as they are copied.
 const fewNumbers = 20000;
+// More curves than this get the thinnest lines, which browsers draw several times as fast as others.
+const manyCurves = 30;
 
 export class CurvePainter {
     private readonly still = document.createElement("canvas").getContext("2d")!;
@@ -36,8 +38,10 @@ export class CurvePainter {
     /** The pen's origin is the plot's corner, and its clip the plot. */
     draw(pen: Pen, numbers: Float64Array, view: View, theme: Theme): void {
         const all = this.split(numbers);
+        const ratio = pen.getTransform().a;
+        const thin = all.length > manyCurves ? 1 / ratio : 1.3;
         const choose = (isWanted: (drawn: Drawn) => boolean, on: Pen) => {
-            for (const drawn of all) if (isWanted(drawn)) this.drawCurve(on, numbers, drawn, view, theme);
+            for (const drawn of all) if (isWanted(drawn)) this.drawCurve(on, numbers, drawn, view, theme, thin);
         };
         if (numbers.length < fewNumbers) {
             this.lively = null;
@@ -45,7 +49,6 @@ export class CurvePainter {
             return;
         }
 
-        const ratio = pen.getTransform().a;
         const frame = [view.left, view.right, view.bottom, view.top, view.width, view.height, ratio, theme.ground].join();
         const looks = new Map(all.map((drawn) => [drawn.name, drawn.look]));
         const changed = new Set([...looks].filter(([name, look]) => this.looks.get(name) !== look).map(([name]) => name));
@@ -86,7 +89,7 @@ export class CurvePainter {
         return all;
     }
 
-    private drawCurve(pen: Pen, numbers: Float64Array, drawn: Drawn, view: View, theme: Theme): void {
+    private drawCurve(pen: Pen, numbers: Float64Array, drawn: Drawn, view: View, theme: Theme, thin: number): void {
         const { curve, isPreview, isSelected } = drawn;
         const { curves, active } = this.app.state;
         const colour = this.shade(curves[curve]?.colour ?? "#444444");
@@ -96,7 +99,7 @@ export class CurvePainter {
         for (let strokes = next(); strokes > 0; --strokes) {
             const place = next();
             pen.strokeStyle = place === 3 ? theme.outside : isPreview ? theme.selected : colour;
-            pen.lineWidth = isPreview ? 2.5 : isSelected || curve === active ? 2.2 : 1.3;
+            pen.lineWidth = isPreview ? 2.5 : isSelected || curve === active ? 2.2 : thin;
             pen.globalAlpha = place === 1 ? (isLocked ? 0.55 : 1) : 0.6;
             pen.setLineDash(isPreview ? [6, 3] : place === 1 ? [] : [5, 4]);
             const count = next();

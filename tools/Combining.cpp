@@ -268,6 +268,7 @@ public:
     Private::Fit run(double tolerance) const {
         Private::FitProblem problem{{}, {}, 0.0, false, true, 0};
         Interval range{kInfinity, -kInfinity};
+        constexpr int looks = 4; // from one place for a key to the next
         for (const Stretch* s = m_first; s != m_last; ++s) {
             const int parts =
                 std::clamp(static_cast<int>((s->to - s->from) / Keyframe::getMinSeparation() / 2.0), 1, 16);
@@ -275,7 +276,10 @@ public:
                 const double x = s->from + (s->to - s->from) * i / parts;
                 problem.keys.push_back({problem.sites.size()});
                 problem.keys.back().corner = i == 0 ? isCorner(s) : !m_functions[index(s)];
-                problem.sites.push_back({x, valueAt(x)});
+                for (int k = 0; k < looks; ++k) {
+                    const double at = x + (s->to - s->from) / parts * k / looks;
+                    problem.sites.push_back({at, valueAt(at)});
+                }
             }
         }
         problem.keys.push_back({problem.sites.size()});
@@ -310,8 +314,8 @@ public:
         return m_functions[index(s)] ? m_functions[index(s)]->at(x) : m_request.at(x);
     }
     double splitAt(double from, double to) const override {
-        constexpr double mostParts = 256.0;
         const Stretch* s = stretchAt(from);
+        const double mostParts = m_functions[index(s)] ? 4096.0 : 256.0; // a formula may be as rough as it likes
         const double room = std::max(Keyframe::getMinSeparation(), (s->to - s->from) / mostParts);
         const double middle = from + 0.5 * (to - from);
         return middle - from >= room && to - middle >= room ? middle : kNaN;
@@ -337,14 +341,12 @@ private:
         return worst;
     }
 
-    // Where slopes differ, or may do so.
+    // Where slopes differ by more than rounding, or may do so.
     bool isCorner(const Stretch* s) const {
         if (s == m_first || !m_functions[index(s)] || !m_functions[index(s) - 1]) return true;
-        const Stretch* before = s - 1;
-        const double step = 1e-4 * std::min(before->to - before->from, s->to - s->from);
-        const double left = (before->last - valueAt(s->from - step)) / step;
-        const double right = (valueAt(s->from + step) - s->first) / step;
-        return std::abs(left - right) > 1e-2 * (std::abs(left) + std::abs(right)) + 1e-9 * std::abs(s->first);
+        const Interval left = m_functions[index(s) - 1]->over(s->from, s->from).slope;
+        const Interval right = m_functions[index(s)]->over(s->from, s->from).slope;
+        return !(SizeOf(Difference(left, right)) <= 1e-9 * (SizeOf(left) + SizeOf(right)));
     }
 
     const Request& m_request;

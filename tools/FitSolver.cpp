@@ -114,7 +114,17 @@ private:
         const double x = m_judge.splitAt(from, to);
         if (!(x > from && x < to)) return false;
         m_newKeys.push_back({x, m_judge.valueAt(x)});
+        addBetween(from, x);
+        addBetween(x, to);
         return true;
+    }
+
+    // Enough sites to settle both slopes of a piece: without them slopes drift from key to key within the tolerance.
+    void addBetween(double from, double to) {
+        for (const double part : {0.25, 0.5, 0.75}) {
+            const double x = from + part * (to - from), y = m_judge.valueAt(x);
+            if (x > from && x < to && std::isfinite(y) && !isSite(x)) m_newSites.push_back({x, y});
+        }
     }
 
     bool isSite(double x) const {

@@ -1,6 +1,7 @@
 #include "support/Basics.h"
 #include "support/Invariants.h"
 #include "support/Museum.h"
+#include "support/Random.h"
 #include "support/Recorder.h"
 
 using namespace Test;
@@ -52,7 +53,7 @@ void Check(const CombineResult& result, const Formula& formula, double tolerance
     ASSERT_EQ(Fault(*result.curve), "");
     ASSERT_EQ(report.exact, report.fitted.empty() && report.endsExact);
     if (report.withinTolerance) {
-        ASSERT_LE(report.error, std::max(tolerance, 1e-8 * size));
+        ASSERT_LE(report.error, std::max(tolerance, 1e-8 * std::max(size, SizeOf(curve))));
     }
     if (report.fitted.empty()) {
         ASSERT_EQ(report.error, 0.0);
@@ -152,6 +153,30 @@ TEST(Combining, IsExactWhereTheResultIsOfTheSameKinds) {
         EXPECT_TRUE(row.result.report.proved) << row.what;
         if (row.keys > 0) {
             EXPECT_EQ(row.result.curve->size(), row.keys + 1) << row.what;
+        }
+    }
+}
+
+// A smooth curve needs few keys, and slopes at them that do not drift from one to the next.
+TEST(Combining, FitsSmoothCurvesWithinTheTolerance) {
+    Random random(7);
+    const auto make = [&](double low, double high) {
+        std::vector<Key> keys;
+        for (const double x : {0.0, 7.0, 12.0, 20.0}) {
+            const double slope = random.between(-0.1, 0.1) * (high - low);
+            keys.push_back({x, random.between(low, high), Vector2D(-1.0, -slope), Vector2D(1.0, slope)});
+        }
+        return MakeCurve(keys);
+    };
+    for (int i = 0; i < 8; ++i) {
+        const auto a = make(-5, 5), b = make(-5, 5), weight = make(0, 1), by = make(0, 20);
+        for (const auto& [tolerance, most] : {std::pair(1e-2, 40U), {1e-5, 400U}}) {
+            const CombineResult blend = BlendCurves(*a, *b, *weight, tolerance);
+            EXPECT_TRUE(blend.report.withinTolerance) << blend.report.error;
+            EXPECT_LE(blend.curve->size(), most);
+            const CombineResult retimed = RetimeCurve(*a, *by, tolerance);
+            EXPECT_TRUE(retimed.report.withinTolerance) << retimed.report.error;
+            EXPECT_LE(retimed.curve->size(), 3 * most);
         }
     }
 }

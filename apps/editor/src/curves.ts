@@ -37,7 +37,9 @@ export class CurvePainter {
 
     /** The pen's origin is the plot's corner, and its clip the plot. */
     draw(pen: Pen, numbers: Float64Array, view: View, theme: Theme): void {
-        const all = this.split(numbers);
+        const isTop = (drawn: Drawn) => drawn.isPreview || drawn.isSelected || drawn.curve === this.app.state.active;
+        const inOrder = this.split(numbers);
+        const all = [...inOrder.filter((drawn) => !isTop(drawn)), ...inOrder.filter(isTop)];
         const ratio = pen.getTransform().a;
         const thin = all.length > manyCurves ? 1 / ratio : 1.3;
         const choose = (isWanted: (drawn: Drawn) => boolean, on: Pen) => {

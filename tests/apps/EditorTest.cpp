@@ -87,7 +87,7 @@ TEST_F(EditorTest, PicksWhatIsDrawnOnEitherKindOfScale) {
         std::size_t picked = 0;
         while (at < numbers.size()) {
             const double curve = next();
-            at += 2;
+            at += 3;
             for (auto strokes = static_cast<int>(next()); strokes > 0; --strokes) {
                 next();
                 at += 2 * static_cast<std::size_t>(next());
@@ -103,6 +103,46 @@ TEST_F(EditorTest, PicksWhatIsDrawnOnEitherKindOfScale) {
             at += 5 * static_cast<std::size_t>(next());
         }
         EXPECT_GE(picked, 25U) << separate; // of 31 keys; some lie on keys of the other curve
+    }
+}
+
+// What did not change is not computed again: after each edit the picture has to be that of a session which forgot it.
+TEST_F(EditorTest, ShowsEachEditAtOnce) {
+    const editor::CurveView view{0.0, 80.0, -5.0, 12.0, 1000.0, 400.0};
+    const auto draw = [&](int quantity) {
+        std::vector<double> numbers = session.draw(view, static_cast<editor::ViewPolyline::Quantity>(quantity));
+        for (std::size_t at = 0; at < numbers.size();) {
+            numbers.at(at + 3) = 0.0; // the stamp
+            at += 4;
+            for (double strokes = numbers.at(at++); strokes > 0; --strokes)
+                at += 2 + 2 * static_cast<std::size_t>(numbers.at(at + 1));
+            for (const std::size_t width : {3U, 3U, 5U}) at += 1 + width * static_cast<std::size_t>(numbers.at(at));
+        }
+        return numbers;
+    };
+    const std::pair<const char*, Json> kEdits[] = {
+        {"selectKey", {{"curve", 0}, {"key", 2}}},
+        {"setProperty", {{"field", "y"}, {"value", 3}}},
+        {"keyFlag", {{"flag", "locked"}}},
+        {"undo", Json::object()},
+        {"selectKey", {{"curve", 1}, {"key", 1}, {"mode", "add"}}},
+        {"tangentType", {{"type", "flat"}}},
+        {"undo", Json::object()},
+        {"interpolator", {{"expression", "linear"}}},
+        {"setCurve", {{"curve", 0}, {"visible", false}}},
+        {"moveCurve", {{"curve", 1}, {"before", 0}}},
+        {"options", {{"separate", true}}},
+        {"removeKeys", Json::object()},
+        {"selectNone", Json::object()},
+    };
+    for (const auto& [command, arguments] : kEdits) {
+        draw(0), draw(1);
+        call(command, arguments);
+        for (const int quantity : {0, 1}) {
+            const std::vector<double> now = draw(quantity);
+            session.draw({0.0, 81.0, -5.0, 12.0, 1000.0, 400.0}, static_cast<editor::ViewPolyline::Quantity>(quantity));
+            EXPECT_EQ(now, draw(quantity)) << command;
+        }
     }
 }
 

@@ -5,13 +5,22 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
+#include <FCurveLib/Diff.h>
+#include <FCurveLib/Extents.h>
 #include <FCurveLib/InsertBezierKeyframe.h>
 #include <FCurveLib/Keyframe.h>
+#include <FCurveLib/Keys.h>
+#include <FCurveLib/Rectangle.h>
 #include <FCurveLib/Segment.h>
+#include <FCurveLib/Tangent.h>
+#include <FCurveLib/Vector2D.h>
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fcurvetool {
@@ -42,17 +51,69 @@ void RemoveKeys(FCurve& curve, const Interval& interval, bool inside) {
     if ((--curve.end())->getLeftKey() != last) (--curve.end())->setInterpolator(outside);
 }
 
-std::string Cut(FCurve& curve, const Interval& interval) {
-    const bool isKeyed = curve.size() > 1;
-    std::string warning;
-    for (const double x : {interval.low, interval.high}) {
-        const auto at = curve.findSegment(x);
-        if (!isKeyed || !at->getLeftKey() || !at->getRightKey()) continue; // nothing to cut
-        if (PreviewBezierKeyframe(curve, x).outcome == KeyframeInsertion::ChangesShape)
+/// Sets a key at x, which lies between two keys. Where none can stand, what is kept ends at the next key outside.
+void SetEnd(FCurve& curve, double& x, bool isLow, std::string& warning) {
+    const auto at = curve.findSegment(x);
+    const auto left = at->getLeftKey(), right = at->getRightKey();
+    if (!left || !right || left->getX() == x) return;
+    const auto outcome = PreviewBezierKeyframe(curve, x).outcome;
+    if (InsertBezierKeyframe(curve, x) != curve.end()) {
+        if (outcome == KeyframeInsertion::ChangesShape)
             warning = "the cut at frame " + ToText(x) + " changes the curve";
-        InsertBezierKeyframe(curve, x);
+        return;
     }
+    const double wanted = x;
+    x = isLow ? left->getX() : right->getX();
+    warning = "no key can stand at frame " + ToText(wanted) + "; kept up to the one at frame " + ToText(x);
+}
+
+/// What a handle was while its key had neighbours outside.
+class KeptHandle {
+public:
+    explicit KeptHandle(std::shared_ptr<Tangent> tangent)
+        : m_tangent(std::move(tangent)), m_handle(m_tangent->getX(), m_tangent->getY()) {}
+
+    void restore() const {
+        if (m_tangent->getX() == m_handle.x && m_tangent->getY() == m_handle.y) return;
+        m_tangent->setType(Tangent::Fixed);
+        m_tangent->set(m_handle);
+    }
+
+private:
+    std::shared_ptr<Tangent> m_tangent;
+    Vector2D<double> m_handle;
+};
+
+std::string Cut(FCurve& curve, Interval interval) {
+    if (curve.size() == 1) return {}; // no keys
+    const auto before = FCurve::createCopy(curve);
+    const Interval wanted = interval;
+    // What the curve is there, should all its keys lie elsewhere.
+    const auto beyond = interval.high < Keys(curve).front().getX() ? curve.begin()->getInterpolator()
+                                                                   : (--curve.end())->getInterpolator();
+    std::string warning;
+    SetEnd(curve, interval.low, true, warning);
+    SetEnd(curve, interval.high, false, warning);
+
+    std::vector<KeptHandle> handles; // on the inner sides of both ends
+    if (const auto first = FindKey(curve, interval.low, 0.0)) handles.emplace_back(first->getOutTangent());
+    if (const auto last = FindKey(curve, interval.high, 0.0)) handles.emplace_back(last->getInTangent());
     RemoveKeys(curve, interval, false);
+    for (const KeptHandle& handle : handles) handle.restore();
+    if (const double y = before->eval(wanted.low); curve.size() == 1 && std::isfinite(y)) {
+        curve.begin()->setInterpolator(beyond);
+        curve.insertSegment(*Keyframe::create(wanted.low, y), beyond);
+    }
+
+    // Ends that repeat the keys, and kinds that read more of them than their neighbours, cannot be cut so.
+    DiffOptions options;
+    options.start = wanted.low;
+    options.end = wanted.high;
+    const CurveDifference difference = Diff(*before, curve, options);
+    Rectangle<double> box;
+    const double height = GetInteriorExtents(*before, box) ? box.height : 0.0;
+    if (warning.empty() && !(difference.largest <= 1e-9 * std::max(1.0, height)))
+        warning = "changes by " + ToBriefText(difference.largest, 3) + " at frame " + ToText(difference.x);
     return warning;
 }
 

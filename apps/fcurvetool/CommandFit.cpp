@@ -73,7 +73,12 @@ void Fit(FitOfSamplesOptions& options) {
             std::minmax_element(samples.begin(), samples.end(), [](const auto& a, const auto& b) { return a.y < b.y; });
         const FitResult result = FitCurve(samples, tolerance.of(low->y, high->y), options.fit.fit);
         TakeKeys(curve, *result.curve);
-        return reports.add(curve, result.report);
+        const auto lost =
+            std::count_if(samples.begin(), samples.end(), [](const auto& sample) { return !std::isfinite(sample.y); });
+        const std::string warning = reports.add(curve, result.report);
+        if (lost == 0) return warning;
+        return "left out " + std::to_string(lost) + " samples that are not finite" + (warning.empty() ? "" : "; ")
+               + warning;
     });
     reports.print(options.edit.output);
 }

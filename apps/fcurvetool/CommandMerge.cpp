@@ -45,7 +45,8 @@ void Merge(const MergeCommand& options) {
             if (const auto same = *curve.getName() ? FindCurve(*merged, curve.getName()) : nullptr) {
                 if (!options.replaces)
                     throw Failure(document.name + ": a curve \"" + ToPrintable(curve.getName())
-                                  + "\" came before; --replace takes the last one, --prefix keeps both");
+                                  + "\" came before; --replace takes the last one, "
+                                  + (options.prefixes ? "rename keeps both" : "--prefix keeps both"));
                 for (place = merged->begin(); &*place != same.get();) ++place;
                 place = merged->removeCurve(place);
             }

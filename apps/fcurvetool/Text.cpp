@@ -17,12 +17,14 @@ bool IsContinuation(char byte) {
 } // namespace
 
 std::string ToText(double value) {
+    if (std::isnan(value)) return "nan"; // whatever its sign
     NumberBuffer buffer;
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     return std::string(buffer.data(), result.ptr);
 }
 
 std::string ToBriefText(double value, int digits) {
+    if (std::isnan(value)) return "nan";
     NumberBuffer buffer;
     const auto result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, digits);

@@ -8,8 +8,10 @@
 #include <FCurveLib/FileError.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <string>
@@ -90,6 +92,18 @@ int Run(int argc, char** argv) {
     fcurvetool::AddFormats(app);
     fcurvetool::AddCompletion(app);
     fcurvetool::AddManual(app);
+
+    // A frame or a number that is infinite or none at all would pass as one, and do nothing.
+    const CLI::Validator finite(
+        [](const std::string& text) {
+            const double number = std::strtod(text.c_str(), nullptr);
+            return std::isfinite(number) ? std::string() : text + " is not a finite number";
+        },
+        "");
+    for (CLI::App* command : app.get_subcommands({}))
+        for (CLI::Option* option : command->get_options())
+            if (const std::string type = option->get_type_name(); type.compare(0, 5, "FRAME") == 0 || type == "NUMBER")
+                option->check(finite);
 
     const auto helpHint = [&app] {
         const auto chosen = app.get_subcommands();

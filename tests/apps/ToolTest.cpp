@@ -416,16 +416,42 @@ TEST_F(Tool, CurvesAreTakenOutPutTogetherAndRenamed) {
     EXPECT_EQ(load("out.fcrvx")->begin()->eval(10), 40.0) << "the last one, in the place of the first";
     EXPECT_EQ(done("merge b.fcrvx abc.fcrvx --prefix -o out.fcrvx"), (Strings{"b:b", "abc:a", "abc:b", "abc:c"}));
     EXPECT_THAT(run("merge b.fcrvx abc.fcrvx -o no.fcrvx").err, HasSubstr("abc.fcrvx: a curve \"b\" came before"));
+}
 
-    EXPECT_EQ(run("extract --range 20:40 ball.fcrvx cut.fcrvx").code, 0);
-    const auto before = load("ball.fcrvx"), after = load("cut.fcrvx");
-    DiffOptions options;
-    options.start = 20;
-    options.end = 40;
-    for (auto i = before->begin(), j = after->begin(); i != before->end(); ++i, ++j) {
-        EXPECT_LT(Diff(*i, *j, options).largest, 1e-9);
-        EXPECT_EQ(Keys(*j).front().getX(), 20);
-        EXPECT_EQ(Keys(*j).back().getX(), 40);
+// What is taken out is what was there, or a warning says how far it is not.
+TEST_F(Tool, AStretchThatIsTakenOutKeepsItsShape) {
+    const auto automatic = FCurveContainer::create();
+    automatic->addCurve(FCurve::create());
+    automatic->begin()->setName("a");
+    const std::pair<double, double> keys[] = {{0, 0}, {10, 10}, {20, 4}, {30, 12}, {30.5, 11}, {44, 1}};
+    for (const auto& [x, y] : keys) SetKey(*automatic->begin(), x, y, EditSettings::spline());
+    save(*automatic, "auto.fcrvx");
+    const struct {
+        const char* file;
+        const char* range;
+        const char* says;
+    } rows[] = {{"ball.fcrvx", "20:40", ""},
+                {"ball.fcrvx", "20.5:41.25", ""},
+                {"auto.fcrvx", "10:20", ""},
+                {"auto.fcrvx", "5:30", ""},
+                {"auto.fcrvx", "10:30.4995", "a: no key can stand at frame 30.4995; kept up to the one at frame 30.5"},
+                {"ends.fcrvx", "0:20", ""},
+                {"ends.fcrvx", "10:60", "repeated: changes by 4.31 at frame 25"},
+                {"ends.fcrvx", "30:40", "continued: changes by 2.5 at frame 40"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.file) + " " + row.range);
+        const Result result = run(std::string("extract --range ") + row.range + " " + row.file + " cut.fcrvx");
+        EXPECT_EQ(result.code, 0) << result.err;
+        EXPECT_THAT(result.err, HasSubstr(row.says));
+        const auto before = load(row.file), after = load("cut.fcrvx");
+        const std::string range = row.range;
+        DiffOptions options;
+        options.start = std::stod(range);
+        options.end = std::stod(range.substr(range.find(':') + 1));
+        for (auto i = before->begin(), j = after->begin(); i != before->end(); ++i, ++j) {
+            EXPECT_TRUE(result.err.find(i->getName()) < result.err.size() || Diff(*i, *j, options).largest < 1e-9);
+            EXPECT_LE(Keys(*j).back().getX(), std::max(options.end, 30.5));
+        }
     }
 }
 
@@ -443,7 +469,8 @@ TEST_F(Tool, DiffEndsWithOneBeyondTheTolerance) {
                 {"ball.fcrvx slide.fcrvx -c height", 1, "height is not in slide.fcrvx"},
                 {"ball.fcrvx slide.fcrvx", 1, "height is not in slide.fcrvx, and 4 more"},
                 {"ball.fcrvx none.fcrvx", 1, "none.fcrvx: cannot be read"},
-                {"ball.fcrvx up.fcrvx --tolerance -1", 2, "--tolerance: must not be below 0"}};
+                {"ball.fcrvx up.fcrvx --tolerance -1", 2, "--tolerance: must not be below 0"},
+                {"ball.fcrvx up.fcrvx --tolerance nan", 2, "nan is not a finite number"}};
     for (const auto& row : rows) {
         const Result result = run(std::string("diff ") + row.arguments);
         EXPECT_EQ(result.code, row.code) << row.arguments << result.err;

@@ -36,6 +36,7 @@ using Private::Read;
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kLargest = 1e300; // differences beyond it overflow
 
 double UsableTolerance(double tolerance) noexcept {
     return tolerance > 0.0 ? tolerance : 0.0;
@@ -121,7 +122,7 @@ FitResult FitCurve(const std::vector<Vector2D<double>>& samples, double toleranc
     FitProblem problem = EmptyProblem(tolerance, options);
     double reached = -std::numeric_limits<double>::infinity();
     for (const auto& sample : samples) {
-        if (!std::isfinite(sample.x) || !std::isfinite(sample.y) || !(sample.x > reached)) continue;
+        if (!std::isfinite(sample.x) || !(std::abs(sample.y) <= kLargest) || !(sample.x > reached)) continue;
         problem.sites.push_back({sample.x, sample.y});
         reached = sample.x;
     }
@@ -183,7 +184,7 @@ public:
     FitReport run(double tolerance, const FitOptions& options) {
         const FitProblem problem = makeProblem(tolerance, options);
         const Fit fit = Private::SolveFit(problem, *this);
-        bool changed = fit.pieces.size() < m_spans.size() || options.wholeFrames;
+        bool changed = fit.pieces.size() < m_spans.size();
         if (changed) Private::QuietEdit(m_curve, [&] { return changed = apply(fit); });
         if (!changed) return {m_keys.size(), m_keys.size(), 0.0, m_keys.front()->getX(), true};
         FitReport report = ReportOf(fit, m_keys.size());
@@ -238,6 +239,10 @@ private:
                 args.x0 == left.getX() && args.x3 == right.getX() && args.y0 == left.getY() && args.y3 == right.getY();
             if (finite && meetsKeys) span.shape = args;
         }
+        if (span.shape
+            && !(std::abs(span.shape->y0) <= kLargest && std::abs(span.shape->y3) <= kLargest
+                 && std::abs(span.shape->outY) <= kLargest && std::abs(span.shape->inY) <= kLargest))
+            span.shape.reset();
         return span;
     }
 

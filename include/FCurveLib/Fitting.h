@@ -64,16 +64,17 @@ struct FitResult {
 
 /// A curve that is nowhere farther than the tolerance (in the unit of y) from the samples, constant outside them.
 ///
-/// Samples that are not finite, and those whose x is not above all before, are left out. One that is left becomes a
-/// curve of one key, none an empty curve. The tolerance is not held, and the report says so, where options.maxKeys or
-/// options.wholeFrames forbid it, or samples are closer together than keys can be.
+/// Samples that are not finite or beyond 1e300, and those whose x is not above all before, are left out. One that is
+/// left becomes a curve of one key, none an empty curve. The tolerance is not held, and the report says so, where
+/// options.maxKeys or options.wholeFrames forbid it, or samples are closer together than keys can be.
 ///
 /// Near linear in the number of samples.
 FCURVELIB_API FitResult FitCurve(const std::vector<Vector2D<double>>& samples, double tolerance,
                                  const FitOptions& options = {});
 
 /// Removes keys from [start, end] as long as the curve is nowhere in it farther than the tolerance (in the unit of y)
-/// from what it was: proved for every x, not measured at some.
+/// from what it was: proved for every x, not measured at some. Only within 1e-07 frames of an old key or a new one,
+/// where curves have the key's value, it may be farther by as much as they rise in 1e-07 frames.
 ///
 /// The keys that stay are the same objects, with their position, flags and properties. The segments between them become
 /// "bezier()" with fixed tangents; those between two keys that stay do so only where a smooth key asks for it. With
@@ -86,7 +87,7 @@ FCURVELIB_API FitResult FitCurve(const std::vector<Vector2D<double>>& samples, d
 ///    reduced one.
 ///  - Keys that are locked ("fc_lock"), selected ("fc_sel", their own or a tangent's), breakdowns, or at which the
 ///    curve jumps; extremes if asked for.
-///  - Segments that are stepped, numbers, formulas or a host's own kinds, with their keys.
+///  - Segments that are stepped, numbers, formulas or a host's own kinds, or have values beyond 1e300, with their keys.
 ///  - The first and the last key in the range. Their tangents inside keep the slope of the tangents outside where they
 ///    are unified; where that cannot be, they cease to be unified.
 ///

@@ -312,8 +312,10 @@ TEST(ReduceCurve, StaysWithinTheToleranceWhateverTheCurve) {
             Decorate(*curve);
             SCOPED_TRACE(seed);
             const double cut = random.coin() ? 0.0 : random.between(0, 0.3) * (last - first);
-            before += curve->size();
+            const std::size_t size = curve->size();
+            before += size;
             CheckReduction(*curve, first + cut, last, std::pow(10.0, random.between(-4, 0)), options);
+            ASSERT_LE(curve->size(), size);
             after += curve->size();
             if (testing::Test::HasFatalFailure()) return;
         }
@@ -369,6 +371,9 @@ TEST(ReduceCurve, KeepsWhatHasToStay) {
             EXPECT_EQ(key->getOwningCurve() == curve, row.stays) << row.what;
             EXPECT_LE(curve->size(), row.stays ? 6u : 3u) << row.what;
         }
+    const auto huge = CurveThrough({{0, 1e308}, {1, -1e308}, {2, 1e308}}, Linear::create());
+    ReduceCurve(*huge, 0, 2, 1e307);
+    EXPECT_EQ(huge->size(), 4u) << "differences overflow";
 }
 
 TEST(ReduceCurve, LeavesAsManyKeysAsItMay) {

@@ -159,7 +159,7 @@ export class App {
     addKey(values: Arguments): void {
         const added = this.run<{ change: number }>("addKey", values);
         if (added && added.change > 1e-6 * (this.view.top - this.view.bottom))
-            this.tell(`The curve could not keep its shape with a key here: it changes by up to ${format(added.change)}.`);
+            this.tell(`The curve could not keep its shape with a key here: it changes by ${format(added.change)}, or more far away.`);
     }
 
     toFrame(x: number): number {

@@ -217,6 +217,10 @@ const tests = {
     async "the menu sets interpolators of segments and of both ends"(editor) {
         const [, , key] = await editor.keys();
         await editor.click(key.x, key.y, { button: "right" });
+        await editor.press("Delete", "Tab");
+        assert.ok(await editor.page.isHidden("#interpolators"));
+        assert.equal((await editor.keys())[2].x, key.x, "Delete is no shortcut in the menu");
+        await editor.click(key.x, key.y, { button: "right" });
         await editor.page.click("[data-kind='linear()']");
         assert.equal((await editor.keys())[2].kind, "linear()");
         for (const [where, kind] of [["before", "mirror()"], ["after", "cycle_offset()"]]) {
@@ -600,6 +604,16 @@ const tests = {
             .map((control) => control.outerHTML.slice(0, 80))
             .filter((html) => !/id="(message|tool-result|save-size|formula-error)"/.test(html)));
         assert.deepEqual(nameless, []);
+        const names = await editor.page.evaluate(() => [...document.querySelectorAll("#playback input, #right input, #right select")]
+            .map((field) => field.getAttribute("aria-label") ?? (field.getAttribute("aria-labelledby") ?? "").split(" ")
+                .map((id) => document.getElementById(id)?.textContent).join(" ")).filter(Boolean));
+        assert.equal(new Set(names).size, names.length, names.join());
+        await editor.page.focus("#example");
+        await editor.press("ArrowDown", "ArrowDown");
+        assert.equal((await editor.state()).curves.length, 2, "walking opens nothing");
+        await editor.press("Enter");
+        assert.equal((await editor.state()).curves.length, 3);
+        await editor.reset();
         const [, , key] = await editor.keys();
         await editor.click(key.x, key.y); // fields are for what is selected
         const reached = new Set();

@@ -89,14 +89,24 @@ export class App {
 
     private timer = 0;
 
-    /** A message above the curves; errors are read out at once and stay longer. */
-    tell(message: string, isError = false): void {
+    /** A message above the curves; errors, and those with something to press, stay longer. */
+    tell(message: string, isError = false, action?: { text: string; run: () => void }): void {
         const box = element("message");
         box.textContent = message;
+        if (action) {
+            const button = document.createElement("button");
+            button.type = "button";
+            button.textContent = action.text;
+            button.addEventListener("click", () => {
+                box.hidden = true;
+                action.run();
+            });
+            box.append(" ", button);
+        }
         box.classList.toggle("error", isError);
         box.hidden = message === "";
         window.clearTimeout(this.timer);
-        if (message) this.timer = window.setTimeout(() => (box.hidden = true), isError ? 12000 : 5000);
+        if (message) this.timer = window.setTimeout(() => (box.hidden = true), isError || action ? 12000 : 5000);
     }
 
     /** Shows a box of frames and values with some room around it. */

@@ -26,8 +26,8 @@ async function start(): Promise<void> {
     const press = (id: string, isOn: boolean) => element(id).setAttribute("aria-pressed", String(isOn));
     const { settings } = app;
     const actions: Record<string, () => void> = {
-        undo: () => app.run("undo"),
-        redo: () => app.run("redo"),
+        undo: () => files.step("undo"),
+        redo: () => files.step("redo"),
         delete: () => {
             const { selectedKeys, curves } = app.current;
             const isCurve = selectedKeys === 0 && curves.some((curve) => curve.selected);

@@ -7,7 +7,7 @@ import { gutter, type Picture } from "./draw";
 const typeNames = ["Fixed", "Flat", "Linear", "Smooth", "Smooth, continued", "Clamped", "Plateau"];
 const typeCommands = ["fixed", "flat", "linear", "smooth", "continued", "clamped", "plateau"];
 
-function make<K extends keyof HTMLElementTagNameMap>(tag: K, attributes: Record<string, string> = {},
+export function make<K extends keyof HTMLElementTagNameMap>(tag: K, attributes: Record<string, string> = {},
     text = ""): HTMLElementTagNameMap[K] {
     const made = document.createElement(tag);
     for (const [name, value] of Object.entries(attributes)) made.setAttribute(name, value);

@@ -543,10 +543,20 @@ const tests = {
             sizes.push(await editor.page.textContent("#save-size"));
         }
         assert.notEqual(sizes[0], sizes[1], "another rate, another document");
+        await editor.page.fill("#save-rate", "abc");
+        await editor.page.press("#save-rate", "Tab");
+        assert.match(await editor.page.textContent("#save-size"), /"abc" is not a number/);
+        assert.ok(await editor.page.isDisabled("#save-now"));
+        await editor.page.fill("#save-name", "my.shot.json");
+        await editor.page.fill("#save-rate", "25");
+        await editor.page.press("#save-rate", "Tab");
+        assert.equal(await editor.page.inputValue("#save-name"), "my.shot.json");
+        await editor.drop([{ name: "slide.fcrvx", bytes: readFileSync(new URL("slide.fcrvx", examples)) }]);
+        assert.equal(await editor.document("xml"), before, "nothing is opened behind the dialog");
         await editor.page.selectOption("#save-format", "xml");
         assert.match(await editor.page.textContent("#save-size"), /Nothing is lost/);
         const [download] = await Promise.all([editor.page.waitForEvent("download"), editor.page.click("#save-now")]);
-        assert.equal(download.suggestedFilename(), "ball.fcrvx");
+        assert.equal(download.suggestedFilename(), "my.shot.fcrvx");
         assert.equal(readFileSync(await download.path(), "latin1"), before);
         await editor.settle();
         assert.ok((await editor.state()).clean);
@@ -586,15 +596,62 @@ const tests = {
         }
     },
 
-    async "unsaved work comes back after a reload"(editor) {
-        const [, , key] = await editor.keys();
-        await editor.drag([key.x, key.y], [key.x + 3, key.y + 2]);
-        const before = await editor.document();
-        await editor.page.waitForSelector("body[data-kept=yes]", { state: "attached" });
-        await editor.page.goto(editor.page.url().split("?")[0]);
+    async "of several files the first good one opens, and all errors stay"(editor) {
+        const slide = readFileSync(new URL("slide.fcrvx", examples));
+        await editor.click(22, (await editor.keys())[2].y); // a selection is nothing to lose
+        await editor.drop([{ name: "bad.fcrvx", bytes: Buffer.from("junk") }, { name: "slide.fcrvx", bytes: slide },
+            { name: "worse.json", bytes: Buffer.from("[") }]);
+        await editor.page.waitForFunction(() => document.getElementById("message").textContent.includes("worse.json"));
+        for (const name of ["bad.fcrvx", "slide.fcrvx: 3 curves"]) assert.ok((await editor.message()).includes(name), name);
+        assert.equal(await editor.page.textContent("#document-name"), "slide.fcrvx");
+        assert.equal((await editor.state()).curves.length, 3);
+        await editor.page.click("#opening");
+        assert.equal(await editor.page.locator("#report li").count(), 2);
+        await editor.press("Escape", "Control+z");
+        assert.equal(await editor.page.textContent("#document-name"), "ball.fcrvx");
+        assert.ok(await editor.page.isHidden("#recover"));
+    },
+
+    async "unsaved work outlives reloads, links and other tabs"(editor, context) {
+        const { page } = editor;
+        const offer = (in_ = page) => in_.waitForSelector("#recover:not([hidden])", { state: "attached" });
+        await page.goto(`${address}?example=ball`);
         await editor.ready();
-        assert.equal(await editor.document(), before);
+        const [, , key, , other] = await editor.keys();
+        await editor.drag([key.x, key.y], [key.x + 3, key.y + 2]);
+        const work = await editor.document();
+        await page.reload(); // before anything is kept in the background
+        await editor.ready();
+        assert.equal(await editor.document(), work, "an edited example");
+        await page.goto(`${address}?example=slide`);
+        await editor.ready();
+        assert.equal((await editor.state()).curves.length, 3);
+        await offer();
+        await page.goto(address);
+        await editor.ready();
+        assert.equal(await editor.document(), work, "after a link");
         assert.match(await editor.message(), /back/);
+
+        const second = await Editor.open(context, address, editor.problems);
+        await second.click(other.x, other.y);
+        await second.page.waitForSelector("body[data-kept=yes]", { state: "attached" });
+        await page.reload();
+        await editor.ready();
+        assert.equal(await editor.document(), work, "after a click in another tab");
+        await second.drag([other.x, other.y], [other.x + 2, other.y]);
+        const others = await second.document();
+        await second.page.close({ runBeforeUnload: true });
+        await page.reload();
+        await editor.ready();
+        await offer();
+        await page.click("#recover");
+        await page.click("#lost button");
+        await page.waitForFunction(() => document.getElementById("message").textContent.includes("back"));
+        assert.equal(await editor.document(), others, "of a closed tab");
+        await editor.reset("slide");
+        await page.click("#recover");
+        assert.equal(await page.locator("#lost li").count(), 2, "what was replaced");
+        while (await page.isVisible("#recover-dialog")) await page.click("#lost li:first-child button:last-child");
     },
 
     async "everything has a name and can be reached by the keyboard"(editor) {

@@ -114,11 +114,19 @@ export class App {
         const box = this.run<{ left: number; right: number; bottom: number; top: number } | null>("frame", { what });
         if (!box) return;
         let { left, right, bottom, top } = box;
-        if (right - left < 1e-3) [left, right] = [left - 5, right + 5];
+        const widen = (from: number, to: number, least: number, flat: number, part: number): [number, number] => {
+            const room = to - from < least ? Math.max(flat, Math.max(Math.abs(from), Math.abs(to)) * 1e-6) : 0;
+            const [low, high] = [from - room, to + room];
+            const [wideLow, wideHigh] = [low - (high - low) * part, high + (high - low) * part];
+            if (Number.isFinite(wideHigh - wideLow)) return [wideLow, wideHigh];
+            // What spans more than doubles can hold is shown as far as that goes.
+            const most = Number.MAX_VALUE / 2;
+            return Number.isFinite(high - low) ? [low, high] : [Math.max(-most, low), Math.min(most, high)];
+        };
         const magnitude = Math.max(Math.abs(bottom), Math.abs(top));
-        if (top - bottom < 1e-9 * magnitude + 1e-12) [bottom, top] = [bottom - 1, top + 1];
-        const [x, y] = [(right - left) * 0.06, (top - bottom) * 0.12];
-        Object.assign(this.view, { left: left - x, right: right + x, bottom: bottom - y, top: top + y });
+        [left, right] = widen(left, right, 1e-3, 5, 0.06);
+        [bottom, top] = widen(bottom, top, 1e-9 * magnitude + 1e-12, 1, 0.12);
+        Object.assign(this.view, { left, right, bottom, top });
         this.redraw();
     }
 
@@ -129,11 +137,12 @@ export class App {
         const value = view.top - (y / view.height) * (view.top - view.bottom);
         const spanX = (view.right - view.left) * factorX;
         const spanY = (view.top - view.bottom) * factorY;
-        if (spanX > Math.max(1e-6, Math.abs(frame) * 1e-10) && spanX < 1e9) {
+        // Where a document led beyond these bounds, there is a way back.
+        if ((spanX > Math.max(1e-6, Math.abs(frame) * 1e-10) || factorX > 1) && (spanX < 1e9 || factorX < 1)) {
             view.left = frame - (x / view.width) * spanX;
             view.right = view.left + spanX;
         }
-        if (spanY > Math.max(1e-12, Math.abs(value) * 1e-10) && spanY < 1e12) {
+        if ((spanY > Math.max(1e-12, Math.abs(value) * 1e-10) || factorY > 1) && (spanY < 1e12 || factorY < 1)) {
             view.top = value + (y / view.height) * spanY;
             view.bottom = view.top - spanY;
         }
@@ -181,6 +190,24 @@ export function element<T extends HTMLElement = HTMLElement>(id: string): T {
     const found = document.getElementById(id);
     if (!found) throw new Error(`The page has no element ${id}.`);
     return found as T;
+}
+
+/**
+ * A number in about so many characters, if need be with an exponent; not a digit of its size is left out, and a whole
+ * number that is shown for a broken one has an ellipsis.
+ */
+export function shorten(value: number, most: number): string {
+    for (let digits = 7; digits > 0; --digits) {
+        const plain = String(Number(value.toPrecision(digits))).replace("e+", "e");
+        const isWhole = Math.abs(value) < 10 ** digits || value === Number(plain);
+        if (plain.length <= most && isWhole) {
+            const isCut = Number.isInteger(Number(plain)) && !Number.isInteger(value);
+            return isCut && Math.abs(value) >= 1 ? `${Math.trunc(value)}…` : plain;
+        }
+        const scientific = value.toExponential(digits - 1).replace(/\.?0*e\+?/, "e");
+        if (scientific.length <= most) return scientific;
+    }
+    return value.toExponential(0).replace("e+", "e");
 }
 
 /** As few digits as tell a number to about seven places. */

@@ -100,7 +100,7 @@ export class CurvePainter {
         const next = () => numbers[at++]!;
         for (let strokes = next(); strokes > 0; --strokes) {
             const place = next();
-            pen.strokeStyle = place === 3 ? theme.outside : isPreview ? theme.selected : colour;
+            pen.strokeStyle = place === 3 ? theme.outside : isPreview ? theme.preview : colour;
             pen.lineWidth = isPreview ? 2.5 : isSelected || curve === active ? 2.2 : thin;
             pen.globalAlpha = place === 1 ? (isLocked ? 0.55 : 1) : 0.6;
             pen.setLineDash(isPreview ? [6, 3] : place === 1 ? [] : [5, 4]);
@@ -149,7 +149,7 @@ export class CurvePainter {
         const size = keys * 14 > view.width ? 2.5 : 4;
         const shown = numbers.subarray(firstKey, firstKey + 3 * keys);
         drawKeys(pen, shown, false, colour, size, theme.ground);
-        drawKeys(pen, shown, true, theme.selected, size + 1, theme.ground);
+        drawKeys(pen, shown, true, theme.selected, size + 1, theme.preview);
     }
 }
 
@@ -173,7 +173,7 @@ function drawBars(pen: Pen, numbers: Float64Array, first: number, count: number)
 }
 
 /** The selected keys or the others, in one path: x, y and flags of each. */
-function drawKeys(pen: Pen, keys: Float64Array, areChosen: boolean, colour: string, size: number, ground: string): void {
+function drawKeys(pen: Pen, keys: Float64Array, areChosen: boolean, colour: string, size: number, edge: string): void {
     const marks = new Path2D();
     const locks = new Path2D();
     for (let at = 0; at < keys.length; at += 3) {
@@ -194,7 +194,7 @@ function drawKeys(pen: Pen, keys: Float64Array, areChosen: boolean, colour: stri
         }
     }
     pen.fillStyle = colour;
-    pen.strokeStyle = ground;
+    pen.strokeStyle = edge;
     pen.lineWidth = 1;
     pen.fill(marks);
     pen.stroke(marks);

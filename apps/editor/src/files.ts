@@ -91,9 +91,11 @@ export class Files {
         for (const name of ["opening", "recover"])
             element(`${name}-close`).addEventListener("click", () => element<HTMLDialogElement>(`${name}-dialog`).close());
         app.onChange(() => this.keep());
-        addEventListener("pagehide", () => this.flush());
+        addEventListener("pagehide", () => {
+            if (document.body.dataset["kept"] === "no" && app.current.curves.length > 0) this.store?.stash(this.kept());
+        });
         document.addEventListener("visibilitychange", () => {
-            if (document.hidden) this.flush();
+            if (document.hidden && this.timer !== 0) void this.keepNow();
         });
         addEventListener("beforeunload", (event) => {
             if (!this.store && this.unsaved()) event.preventDefault();
@@ -402,11 +404,6 @@ export class Files {
         document.body.dataset["kept"] = "no";
         window.clearTimeout(this.timer);
         this.timer = window.setTimeout(() => void this.keepNow(), 400);
-    }
-
-    /** Before the page goes, which it may do without another word. */
-    private flush(): void {
-        if (this.timer !== 0) void this.keepNow();
     }
 
     private async keepNow(): Promise<void> {

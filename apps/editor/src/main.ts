@@ -2,7 +2,7 @@
 
 import { App, element, format } from "./app";
 import { Bridge } from "./bridge";
-import { Picture } from "./draw";
+import { gutter, Picture } from "./draw";
 import { Files } from "./files";
 import { commitBeforePresses, listen, returnFocus } from "./keyboard";
 import { InterpolatorMenu } from "./menu";
@@ -196,7 +196,7 @@ async function start(): Promise<void> {
         ]],
     ]);
     // For the tests and the curious: all that the page knows.
-    Object.assign(window, { editor: { app, bridge, picture } });
+    Object.assign(window, { editor: { app, bridge, picture, gutter } });
     const address = new URLSearchParams(location.search);
     if (address.has("measure")) {
         await measure(app, picture, Number(address.get("measure")) || 100000);

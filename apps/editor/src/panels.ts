@@ -1,6 +1,6 @@
 // The panels beside the curves: list, properties, table of keys, tools, playback.
 
-import { type App, element, format } from "./app";
+import { type App, element, format, shorten } from "./app";
 import type { Examined, Properties, Rows, Tangents } from "./bridge";
 import { gutter, type Picture } from "./draw";
 
@@ -93,15 +93,17 @@ export class CurveList {
         if ((text === this.shown && !always) || this.list.querySelector("input[type=text]")) return;
         this.shown = text;
         const focused = document.activeElement instanceof HTMLElement ? document.activeElement.id : "";
-        const rows = curves.map((curve, index) => [curve, index] as const)
-            .filter(([curve]) => curve.name.toLowerCase().includes(wanted))
-            .slice(0, 2000)
-            .map(([, index]) => this.row(index));
+        const found = curves.map((curve, index) => [curve, index] as const)
+            .filter(([curve]) => curve.name.toLowerCase().includes(wanted));
+        const rows = found.slice(0, 2000).map(([, index]) => this.row(index));
         this.list.replaceChildren(...rows);
         element<HTMLButtonElement>("remove-curve").disabled = active < 0;
-        element("no-curves").hidden = rows.length > 0;
+        const more = found.length - rows.length;
+        element("no-curves").hidden = rows.length > 0 && more === 0;
         element("no-curves").textContent = curves.length === 0
-            ? "No curves yet. Open a file, drop one here, or add a curve." : "No curve has this in its name.";
+            ? "No curves yet. Open a file, drop one here, or add a curve."
+            : more === 0 ? "No curve has this in its name."
+            : `${more.toLocaleString("en")} more curve${more === 1 ? " is" : "s are"} not listed: search for a part of the name.`;
         if (focused) document.getElementById(focused)?.focus();
         this.settle();
     }
@@ -367,8 +369,21 @@ export class PropertyPanel {
         box.hidden = found.message === undefined;
         field.setAttribute("aria-invalid", String(!box.hidden));
         if (found.message === undefined) return true;
-        box.textContent = `${" ".repeat(found.position ?? 0)}^\n${found.message}`;
+        element("formula-mark").textContent = `${" ".repeat(found.position ?? 0)}^\n`;
+        element("formula-reason").textContent = found.message;
+        this.placeMark(field.value.slice(0, found.position ?? 0));
         return false;
+    }
+
+    /** Under the character after these, however far the field is scrolled; at its edge for one out of sight. */
+    private placeMark(before: string): void {
+        const field = element<HTMLInputElement>("formula");
+        const mark = element("formula-mark");
+        const pen = document.createElement("canvas").getContext("2d")!;
+        pen.font = getComputedStyle(field).font;
+        const room = field.clientWidth - 18 - pen.measureText("^").width;
+        const place = Math.max(0, Math.min(room, pen.measureText(before).width - field.scrollLeft));
+        mark.style.marginLeft = `${place - pen.measureText(" ".repeat(before.length)).width}px`;
     }
 
     private formula(): void {
@@ -395,8 +410,16 @@ export class PropertyPanel {
             field.blur();
             this.showFormula();
         });
-        field.addEventListener("scroll", () => (element("formula-error").style.marginLeft = `${-field.scrollLeft}px`));
+        field.addEventListener("scroll", () => {
+            if (!element("formula-error").hidden) this.check();
+        });
     }
+}
+
+function widthOfDigit(): number {
+    const pen = document.createElement("canvas").getContext("2d")!;
+    pen.font = getComputedStyle(document.body).font;
+    return pen.measureText("0").width;
 }
 
 /** The active curve's keys; as many rows as fit are made. */
@@ -404,6 +427,8 @@ export class KeyTable {
     private readonly box = element("table-box");
     private readonly body = element("rows");
     private readonly rowHeight = 26;
+    private readonly heads = this.box.querySelectorAll("th");
+    private readonly digit = widthOfDigit();
     private readonly settle = rove(this.body, "tr");
 
     constructor(private readonly app: App) {
@@ -422,6 +447,8 @@ export class KeyTable {
             this.body.replaceChildren();
             return;
         }
+        const room = (column: number) => Math.max(5, Math.floor((this.heads[column]!.clientWidth - 12) / this.digit));
+        const [roomX, roomY] = [room(1), room(2)];
         const first = Math.max(0, Math.floor(this.box.scrollTop / this.rowHeight) - 2);
         const count = Math.ceil(this.box.clientHeight / this.rowHeight) + 4;
         const table = this.app.bridge.call<Rows>("rows", { curve: active, first, count });
@@ -440,8 +467,8 @@ export class KeyTable {
             });
             const cells: HTMLElement[] = [label];
             const what = `of key ${number + 1}`;
-            cells.push(this.number(active, number, "x", key.x, `Frame ${what}`),
-                this.number(active, number, "y", key.y, `Value ${what}`),
+            cells.push(this.number(active, number, "x", key.x, roomX, `Frame ${what}`),
+                this.number(active, number, "y", key.y, roomY, `Value ${what}`),
                 this.type(active, number, "in", key.in, `In tangent ${what}`),
                 this.type(active, number, "out", key.out, `Out tangent ${what}`),
                 this.field(active, number, "kind", key.kind, `Interpolator after key ${number + 1}`, (text) => text.trim() || null));
@@ -459,13 +486,20 @@ export class KeyTable {
         this.settle();
     }
 
-    private number(curve: number, key: number, name: string, value: number, label: string): HTMLElement {
-        const field = this.field(curve, key, name, format(value), label, (text) => {
+    /** As much of a number as the cell has room for; all of it while it has the focus. */
+    private number(curve: number, key: number, name: string, value: number, room: number, label: string): HTMLElement {
+        const [full, short] = [String(value), shorten(value, room)];
+        const field = this.field(curve, key, name, full, label, (text) => {
             const number = parse(text);
             if (number === null) this.app.tell(noNumber(label, text), true);
             return number;
         });
         field.inputMode = "decimal";
+        field.value = short;
+        field.addEventListener("focus", () => (field.value = full));
+        field.addEventListener("blur", () => {
+            if (!field.dataset["typed"]) field.value = short;
+        });
         return field;
     }
 
@@ -643,7 +677,7 @@ export class Playback {
         const ratio = devicePixelRatio || 1;
         const { clientWidth: width, clientHeight: height } = this.ball;
         if (width === 0) return;
-        if (this.ball.width !== Math.round(width * ratio)) {
+        if (this.ball.width !== Math.round(width * ratio) || this.ball.height !== Math.round(height * ratio)) {
             this.ball.width = Math.round(width * ratio);
             this.ball.height = Math.round(height * ratio);
         }

@@ -16,6 +16,8 @@ export interface Lost extends Kept {
 
 const area = "documents";
 const prefix = "fcurve-editor ";
+/** Bytes; browsers give a page five million characters or so. */
+const mostStashed = 1500000;
 /** So many documents without a page are kept. */
 const most = 20;
 
@@ -48,6 +50,7 @@ export class Store {
             request.onerror = () => reject(request.error);
         });
         const store = new Store(database);
+        await store.unstash();
         const id = sessionStorage.getItem(area);
         const own = id === null ? undefined : await store.run<Kept | undefined>("readonly", (documents) => documents.get(id));
         // A page that was duplicated starts with the same document under an id of its own. One that is being left lets
@@ -94,6 +97,34 @@ export class Store {
 
     async write(kept: Kept): Promise<void> {
         await this.run("readwrite", (documents) => documents.put(kept, this.id));
+    }
+
+    /**
+     * As write(), for a page that is being left: what it asks of the database then may be dropped, what it puts into
+     * the small storage is not.
+     */
+    stash(kept: Kept): void {
+        void this.write(kept).catch(() => {});
+        if (kept.bytes.length > mostStashed) return;
+        const bytes = btoa(Array.from(kept.bytes, (byte) => String.fromCharCode(byte)).join(""));
+        try {
+            localStorage.setItem(prefix + this.id, JSON.stringify({ ...kept, bytes }));
+        } catch {
+            // It is full; the database may yet do.
+        }
+    }
+
+    /** Into the database what pages that were left could put into the small storage only. */
+    private async unstash(): Promise<void> {
+        for (const key of Object.keys(localStorage).filter((each) => each.startsWith(prefix))) {
+            const id = key.slice(prefix.length);
+            const stashed = JSON.parse(localStorage.getItem(key) ?? "null") as (Omit<Kept, "bytes"> & { bytes: string }) | null;
+            if (!stashed) continue;
+            const kept: Kept = { ...stashed, bytes: Uint8Array.from(atob(stashed.bytes), (byte) => byte.charCodeAt(0)) };
+            const old = await this.run<Kept | undefined>("readonly", (documents) => documents.get(id));
+            if (!old || old.time < kept.time) await this.run("readwrite", (documents) => documents.put(kept, id));
+            localStorage.removeItem(key);
+        }
     }
 
     /** Keeps a document in whose place another was opened; the result is for remove(). */

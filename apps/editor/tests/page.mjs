@@ -73,11 +73,11 @@ export class Editor {
     /** A page's pixel for a frame and a value. */
     async at(frame, value) {
         return this.page.evaluate(([frame, value]) => {
-            const { view } = window.editor.app;
+            const { app: { view }, gutter } = window.editor;
             const box = document.getElementById("plot").getBoundingClientRect();
             return {
-                x: box.left + 58 + ((frame - view.left) / (view.right - view.left)) * view.width,
-                y: box.top + 8 + ((view.top - value) / (view.top - view.bottom)) * view.height,
+                x: box.left + gutter.left + ((frame - view.left) / (view.right - view.left)) * view.width,
+                y: box.top + gutter.top + ((view.top - value) / (view.top - view.bottom)) * view.height,
             };
         }, [frame, value]);
     }
@@ -135,6 +135,19 @@ export class Editor {
         await this.page.fill(`#${id}`, text);
         await this.page.press(`#${id}`, "Enter");
         await this.settle();
+    }
+
+    /** Discards what is offered for recovery; the result is how much that was. */
+    async discard() {
+        if (await this.page.isHidden("#recover")) return 0;
+        await this.page.click("#recover");
+        await this.page.waitForSelector("#recover-dialog[open]");
+        const rows = await this.page.$$("#lost li");
+        for (const row of rows) {
+            await (await row.$("button:last-child")).click();
+            await row.waitForElementState("hidden");
+        }
+        return rows.length;
     }
 
     /** Fresh state: one of the examples, nothing selected, everything in view. */

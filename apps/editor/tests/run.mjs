@@ -504,6 +504,53 @@ const tests = {
         await editor.press("v");
     },
 
+    async "any number has room, on the axes and in the table"(editor) {
+        for (const [value, shown] of [[1000000.25, /^1000000/], [12345678.5, /^1\.23\d*e7$/], [1.7e308, /^[12](\.\d)?e308$/]]) {
+            const parts = ["", `key 86400.25 ${value}`, `key 86401 ${value / 2}`].join("\nsegment linear() {\n}\n");
+            const text = `fcurvetext 1.0\ncurve far {${parts}\nsegment linear() {\n}\n}\n`;
+            await editor.drop([{ name: "far.fcrvt", bytes: Buffer.from(text) }]);
+            const far = await editor.page.inputValue("#cell-0-y");
+            assert.match(far, shown);
+            await editor.page.focus("#cell-0-y");
+            assert.equal(Number(await editor.page.inputValue("#cell-0-y")), value);
+            const room = await editor.page.evaluate(() => {
+                const { app: { view }, gutter, bridge, picture } = window.editor;
+                const pen = picture.canvas.getContext("2d");
+                const scale = view.top > 1e299 ? 1e20 : 1;
+                const { marks } = bridge.call("axis", { low: view.bottom / scale, high: view.top / scale, most: Math.floor(view.height / 44) });
+                return marks.length > 2 ? gutter.left - Math.max(...marks.map(([, label]) => pen.measureText(label).width)) : -1;
+            });
+            assert.ok(room > 8, `the labels of ${value} have room: ${room}`);
+            const { x, y } = await editor.at(86400.25, value);
+            await editor.page.mouse.click(x, y);
+            assert.equal((await editor.state()).selectedKeys, 1, "a key is where it is drawn");
+        }
+    },
+
+    async "all of the page is in windows of all sizes"(editor) {
+        const size = editor.page.viewportSize();
+        for (const [width, height] of [[1280, 900], [1280, 620], [1024, 700], [640, 800]]) {
+            await editor.page.setViewportSize({ width, height });
+            await editor.settle();
+            const found = await editor.page.evaluate(() => {
+                const ball = document.getElementById("ball");
+                return {
+                    page: [document.documentElement.scrollWidth, document.documentElement.scrollHeight],
+                    plot: document.getElementById("plot").clientHeight / innerHeight,
+                    ball: ball.height - Math.round(ball.clientHeight * devicePixelRatio),
+                    cut: [...document.querySelectorAll("header button, #playback *, th")]
+                        .filter((each) => each.scrollWidth > each.clientWidth + 1 && each.clientWidth > 0).map((each) => each.textContent),
+                };
+            });
+            assert.deepEqual(found.page, [width, height]);
+            assert.deepEqual(found.cut, []);
+            assert.equal(found.ball, 0, "a round ball");
+            assert.ok(found.plot > 0.33, `${found.plot} of the height for the graph`);
+        }
+        await editor.page.setViewportSize(size);
+        await editor.settle();
+    },
+
     async "two fingers zoom"(editor, context) {
         const { x, y } = await editor.at(38, 5);
         const session = await context.newCDPSession(editor.page);
@@ -598,6 +645,7 @@ const tests = {
 
     async "of several files the first good one opens, and all errors stay"(editor) {
         const slide = readFileSync(new URL("slide.fcrvx", examples));
+        await editor.discard();
         await editor.click(22, (await editor.keys())[2].y); // a selection is nothing to lose
         await editor.drop([{ name: "bad.fcrvx", bytes: Buffer.from("junk") }, { name: "slide.fcrvx", bytes: slide },
             { name: "worse.json", bytes: Buffer.from("[") }]);
@@ -614,7 +662,8 @@ const tests = {
 
     async "unsaved work outlives reloads, links and other tabs"(editor, context) {
         const { page } = editor;
-        const offer = (in_ = page) => in_.waitForSelector("#recover:not([hidden])", { state: "attached" });
+        const offer = () => page.waitForSelector("#recover:not([hidden])", { state: "attached" });
+        await editor.discard();
         await page.goto(`${address}?example=ball`);
         await editor.ready();
         const [, , key, , other] = await editor.keys();
@@ -649,9 +698,7 @@ const tests = {
         await page.waitForFunction(() => document.getElementById("message").textContent.includes("back"));
         assert.equal(await editor.document(), others, "of a closed tab");
         await editor.reset("slide");
-        await page.click("#recover");
-        assert.equal(await page.locator("#lost li").count(), 2, "what was replaced");
-        while (await page.isVisible("#recover-dialog")) await page.click("#lost li:first-child button:last-child");
+        assert.equal(await editor.discard(), 2, "what was replaced");
     },
 
     async "everything has a name and can be reached by the keyboard"(editor) {

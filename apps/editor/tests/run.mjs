@@ -95,7 +95,7 @@ const tests = {
         const tip = await editor.page.evaluate(() => {
             // The first curve's first out handle, where it is drawn.
             const numbers = [...window.editor.bridge.draw(window.editor.app.view, 0)];
-            let at = 3;
+            let at = 4;
             for (let strokes = numbers[at++]; strokes > 0; --strokes) at += 2 + 2 * numbers[at + 1];
             at += 1 + 3 * numbers[at];
             at += 1 + 3 * numbers[at];

@@ -98,7 +98,7 @@ bool EditHistory::move(bool undo) {
     m_kept += step.bytes;
     hold();
     restoration.summarize();
-    restoration.tellChanges(true);
+    restoration.tellChanges();
     restoration.tellSummary();
     return true;
 }

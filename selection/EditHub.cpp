@@ -303,7 +303,10 @@ void EditHub::cancel(const std::shared_ptr<Frame>& frame) {
     restoration.summarize();
     frame->isOpen = false;
     m_frames.pop_back();
-    restoration.tellChanges(!quiet || !m_frames.empty());
+    if (quiet && m_frames.empty())
+        restoration.tellQuietly(*frame);
+    else
+        restoration.tellChanges();
     if (m_frames.empty()) restoration.tellSummary();
 }
 
@@ -361,13 +364,14 @@ void EditHub::Restoration::tellNothing() noexcept {
     }
 }
 
-void EditHub::Restoration::tellChanges(bool parts) {
+void EditHub::Restoration::tellChanges() {
     const Restored<int> telling(m_hub.m_tellsRestored, m_hub.m_tellsRestored + 1);
-    if (parts) {
-        m_changes.tell(*m_container, std::vector<std::weak_ptr<SelectionState>>(m_hub.m_selections));
-        return;
-    }
-    for (const CurveEdit& edit : m_summary.curves) edit.curve->notifyChanged();
+    m_changes.tell(*m_container, std::vector<std::weak_ptr<SelectionState>>(m_hub.m_selections));
+}
+
+void EditHub::Restoration::tellQuietly(Frame& frame) {
+    const Restored<int> telling(m_hub.m_tellsRestored, m_hub.m_tellsRestored + 1);
+    m_hub.notifyQuietly(frame, m_summary, true);
 }
 
 void EditHub::Restoration::tellSummary() {

@@ -66,8 +66,10 @@ public:
         void summarize();
         // That it came to nothing.
         void tellNothing() noexcept;
-        // To the observers of curves and selections, part by part or, in a hurry, curve by curve.
-        void tellChanges(bool parts);
+        // To the observers of curves and selections, part by part.
+        void tellChanges();
+        // To those of curves, curve by curve, as at the end of that quiet group.
+        void tellQuietly(Frame& frame);
         void tellSummary();
 
     private:

@@ -30,7 +30,7 @@ public:
         Plain = 0,
         /// The observers of curves hear of no parts while the group is open. Each step calls notifyChanged of each
         /// changed curve instead, as a drag does: beginValueChange before its first step, intermediateValueChange,
-        /// endValueChange at the end. Without any step() before the end they get one curveChanged.
+        /// endValueChange at the end or when it is cancelled. Without any step() before they get one curveChanged.
         Quiet = 1,
         /// On the undo stack this group joins the step before it, if that has the same name and came from a group that
         /// was to merge, too, and nothing was undone, edited or marked as saved in between. For keys that nudge.

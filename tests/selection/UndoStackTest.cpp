@@ -58,6 +58,15 @@ TEST(EditGroup, TellsASummaryOfEachStepInsteadOfManyCalls) {
     Document document(20);
     Calls calls;
     document.curve->subscribe(calls);
+    {
+        EditGroup group(*document.curves, "drag", EditGroup::Quiet);
+        KeyAt(*document.curve, 4)->setY(30);
+        group.step();
+        group.cancel();
+    }
+    EXPECT_EQ(calls.heard, "begin step step end ");
+
+    calls.heard.clear();
     Summaries view;
     EditGroup::subscribe(*document.curves, view);
     {

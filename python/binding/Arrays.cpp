@@ -1,6 +1,7 @@
 #include "Arrays.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace FCurvePython {
 
@@ -21,6 +22,16 @@ py::array_t<double> ResultArray(const std::vector<py::ssize_t>& shape, py::handl
     if (!array.writeable() || !std::equal(shape.begin(), shape.end(), array.shape(), array.shape() + array.ndim()))
         throw py::value_error("out is read-only, or of another shape than the result");
     return array;
+}
+
+bool Overlap(const Doubles& x, const double* y, std::size_t n) {
+    if (x.size() == 0) return false;
+    const char* first = reinterpret_cast<const char*>(x.data());
+    const char* last = first;
+    for (py::ssize_t d = 0; d < x.ndim(); ++d) (x.strides(d) < 0 ? first : last) += (x.shape(d) - 1) * x.strides(d);
+    const char* const to = reinterpret_cast<const char*>(y);
+    const std::less<> isBefore;
+    return !isBefore(last, to) && isBefore(first, to + n * sizeof(double));
 }
 
 Pieces::Pieces(const Doubles& array)

@@ -16,6 +16,8 @@ using Doubles = py::array_t<double, py::array::forcecast | py::detail::npy_api::
 Doubles ToDoubles(py::handle numbers, const char* name);
 /// The result of a shape: a new array, or the given one, which has to have that shape.
 py::array_t<double> ResultArray(const std::vector<py::ssize_t>& shape, py::handle out);
+/// Whether writing n results to y may change numbers of x.
+bool Overlap(const Doubles& x, const double* y, std::size_t n);
 /// The next piece of the array's numbers in order: a pointer to them as they lie, or to a copy in the buffer.
 class Pieces {
 public:
@@ -40,7 +42,7 @@ py::object MapNumbers(py::handle x, py::handle out, const Op& op) {
         op(&number, &value, std::size_t{1});
         return py::float_(value);
     }
-    const Doubles numbers = ToDoubles(x, "x");
+    Doubles numbers = ToDoubles(x, "x");
     if (numbers.ndim() == 0 && out.is_none()) {
         double value = 0.0;
         op(numbers.data(), &value, std::size_t{1});
@@ -48,6 +50,9 @@ py::object MapNumbers(py::handle x, py::handle out, const Op& op) {
     }
     py::array_t<double> result = ResultArray({numbers.shape(), numbers.shape() + numbers.ndim()}, out);
     double* y = result.mutable_data();
+    const bool inPlace = numbers.data() == y && (numbers.flags() & py::array::c_style) != 0;
+    if (!inPlace && Overlap(numbers, y, static_cast<std::size_t>(result.size())))
+        numbers = Doubles::ensure(numbers.attr("copy")());
     Pieces pieces(numbers);
     std::vector<double> buffer;
     std::size_t count = 0;

@@ -114,7 +114,6 @@ CurvePtr FromArrays(const Records& records, const py::list& interpolators, int l
     for (const auto interpolator : interpolators) made.push_back(ToInterpolator(interpolator));
     const auto size = static_cast<std::size_t>(records.size());
     const KeyRecord* const keys = records.data();
-    if (records.ndim() != 1) throw py::value_error("Expected an array of one dimension");
     if (leading < 0 || static_cast<std::size_t>(leading) >= made.size())
         throw py::value_error("There is no interpolator for the leading segment");
     Check(keys, size, made.size());

@@ -3,6 +3,7 @@
 #include "FCurveInterchange/FCurveInterchange.h"
 
 #include <optional>
+#include <tuple>
 
 namespace FCurvePython {
 
@@ -59,6 +60,17 @@ void BindConversion(py::module_& module) {
             "Their frames, the first 16.")
         .def_readonly("difference", &Loss::difference, "The largest difference in value, in the curve's unit.")
         .def_readonly("at", &Loss::at, "The frame where it is.")
+        .def("__eq__",
+             [](const Loss& self, py::handle other) -> py::object {
+                 if (!py::isinstance<Loss>(other)) return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+                 const auto& second = py::cast<const Loss&>(other);
+                 const auto parts = [](const Loss& of) {
+                     return std::tie(of.curve, of.what, of.remedy, of.detail, of.count, of.places, of.difference,
+                                     of.at);
+                 };
+                 return py::bool_(parts(self) == parts(second));
+             })
+        .def("__hash__", [](const Loss& self) { return py::hash(ToPython(self.curve + self.detail)); })
         .def("__str__", [](const Loss& self) { return ToPython(Interchange::Describe(self)); })
         .def("__repr__", [](const Loss& self) {
             return py::str("<Loss {!r} {}>").format(ToPython(self.curve), ToPython(Interchange::Describe(self)));
@@ -72,6 +84,12 @@ void BindConversion(py::module_& module) {
         .def("__len__", [](const ConversionReport& self) { return self.losses().size(); })
         .def("__getitem__", [](const ConversionReport& self,
                                py::ssize_t index) { return self.losses()[Place(index, self.losses().size())]; })
+        .def("__getitem__",
+             [](const ConversionReport& self, const py::slice& of) {
+                 py::list all;
+                 for (const Loss& loss : self.losses()) all.append(loss);
+                 return py::object(all[of]);
+             })
         .def(
             "difference", [](const ConversionReport& self, const Text& curve) { return self.difference(curve.bytes); },
             py::arg("curve"), "The largest difference in value of the curve of that name; 0 where it has none.")

@@ -7,6 +7,7 @@
 #include "FCurveLib/Rectangle.h"
 
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 namespace FCurvePython {
@@ -34,9 +35,7 @@ KeyPtr AddKey(FCurve& curve, double x, double y, InterpolatorPtr interpolator) {
     return key;
 }
 
-void SetHandle(Tangent& tangent, const Vector2D<double>& handle, const char* name) {
-    if (tangent.isInTangent() ? handle.x > 0.0 : handle.x < 0.0)
-        throw py::value_error(std::string(name) + " points across its key");
+void SetHandle(Tangent& tangent, const Vector2D<double>& handle) {
     tangent.setType(Tangent::Fixed);
     tangent.setWeighted(true);
     tangent.set(handle);
@@ -46,7 +45,7 @@ CurvePtr MakeCurve(const Text& name, const py::iterable& keys, py::handle interp
     CurvePtr curve = FCurve::create();
     curve->setName(name.c_str());
     const InterpolatorPtr between = ToInterpolator(interpolator);
-    for (const auto key : keys) {
+    for (const auto key : ToList(keys)) {
         const Vector2D<double> position = ToVector(key, "a key");
         AddKey(*curve, position.x, position.y, between);
     }
@@ -65,8 +64,12 @@ void SetExtend(FCurve& curve, py::handle value) {
     } else {
         leading = trailing = ToInterpolator(value);
     }
-    FirstSegment(curve).setInterpolator(leading);
-    LastSegment(curve).setInterpolator(trailing);
+    const SegmentPtr first = FirstSegment(curve).getShared();
+    const SegmentPtr last = LastSegment(curve).getShared();
+    if (first == last && std::strcmp(leading->getExpression(), trailing->getExpression()) != 0)
+        throw py::value_error("A curve without keys has one segment: expected one interpolator for it");
+    first->setInterpolator(leading);
+    last->setInterpolator(trailing);
 }
 
 py::object Range(FCurve& curve) {
@@ -104,8 +107,8 @@ KeyPtr KeyAt(FCurve& curve, double x, double tolerance) {
 void BindEditing(CurveClass& curve) {
     curve.def(
         "add_key",
-        [](FCurve& self, double x, double y, py::object interpolator, py::object in, py::object out, py::object type,
-           bool breakdown, bool unified) {
+        Editing([](FCurve& self, double x, double y, py::object interpolator, py::object in, py::object out,
+                   py::object type, bool breakdown, bool unified) {
             Finite(x, "x");
             Finite(y, "y");
             // All arguments are looked at before the curve changes.
@@ -118,15 +121,15 @@ void BindEditing(CurveClass& curve) {
 
             KeyPtr key = AddKey(self, x, y, between);
             if (breakdown) key->setBreakdown(true);
-            if (!type.is_none()) {
-                key->getInTangent()->setType(both);
-                key->getOutTangent()->setType(both);
-            }
-            if (!in.is_none()) SetHandle(*key->getInTangent(), inHandle, "in_");
-            if (!out.is_none()) SetHandle(*key->getOutTangent(), outHandle, "out");
+            const TangentPtr inTangent = key->getInTangent(); // none, where an observer has removed the key
+            const TangentPtr outTangent = key->getOutTangent();
+            if (inTangent && !type.is_none()) inTangent->setType(both);
+            if (outTangent && !type.is_none()) outTangent->setType(both);
+            if (inTangent && !in.is_none()) SetHandle(*inTangent, inHandle);
+            if (outTangent && !out.is_none()) SetHandle(*outTangent, outHandle);
             if (unified) key->setTangentsUnified(true);
             return key;
-        },
+        }),
         py::arg("x"), py::arg("y"), py::kw_only(), py::arg("interpolator") = py::none(), py::arg("in_") = py::none(),
         py::arg("out") = py::none(), py::arg("type") = py::none(), py::arg("breakdown") = false,
         py::arg("unified") = false,
@@ -137,18 +140,16 @@ void BindEditing(CurveClass& curve) {
         "type: of both tangents otherwise; new ones are 'fixed' and flat.\n"
         "ValueError where a key stands at that x already.");
     curve
-        .def("insert_key", &InsertKey, py::arg("x"),
+        .def("insert_key", Editing(&InsertKey), py::arg("x"),
              "Adds a key on the curve at x and keeps its shape, and returns it. ValueError where none can stand.")
         .def("preview_key", &PreviewKey, py::arg("x"),
              "What insert_key would do: ('keeps shape', 'keeps expression', 'changes shape' or 'refused', and the\n"
              "greatest change of the curve's value).")
-        .def(
-            "remove_key", [](FCurve& self, Keyframe& key) { RemoveKey(self, key); }, py::arg("key"),
-            "Removes the key and the segment that starts at it. ValueError for a key of another curve.")
-        .def("clear", &FCurve::clear, "Removes all keys; name and properties stay.")
-        .def(
-            "assign", [](FCurve& self, const FCurve& other) { self = other; }, py::arg("other"),
-            "Becomes a copy of another curve; observers stay.");
+        .def("remove_key", Editing([](FCurve& self, Keyframe& key) { RemoveKey(self, key); }), py::arg("key"),
+             "Removes the key and the segment that starts at it. ValueError for a key of another curve.")
+        .def("clear", Editing(&FCurve::clear), "Removes all keys; name and properties stay.")
+        .def("assign", Editing([](FCurve& self, const FCurve& other) { self = other; }), py::arg("other"),
+             "Becomes a copy of another curve; observers stay.");
 }
 
 void BindIdentity(CurveClass& curve) {
@@ -190,17 +191,18 @@ void BindCurve(CurveClass& curve) {
     curve
         .def_property(
             "name", [](const FCurve& self) { return ToPython(self.getName()); },
-            [](FCurve& self, const Text& name) { self.setName(name.c_str()); },
+            Editing([](FCurve& self, const Text& name) { self.setName(name.c_str()); }),
             "What a container finds the curve by; need not be unique there.")
         .def_property(
             "extend",
             [](FCurve& self) {
                 return py::make_tuple(ShortExpression(FirstSegment(self)), ShortExpression(LastSegment(self)));
             },
-            &SetExtend,
+            Editing(&SetExtend),
             "How the curve runs before its first and after its last key: a pair of expressions. Set it to a pair, or "
             "to\n"
-            "one for both: 'constant', 'linear', 'cycle', 'cycle_offset', 'mirror', a number, a formula.")
+            "one for both (the only choice without keys): 'constant', 'linear', 'cycle', 'cycle_offset', 'mirror', a "
+            "number, a formula.")
         .def_property_readonly("range", &Range, "(x of the first key, x of the last key); None without keys.")
         .def_property_readonly("extents", &Extents,
                                "The box around the keyed range: (x, y, width, height); None without keys.")

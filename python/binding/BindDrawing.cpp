@@ -34,7 +34,7 @@ std::vector<DrawnCurve> ToDrawn(py::handle curves) {
             add(ToCurve(pair[1]), ToText(pair[0]).bytes);
         }
     } else {
-        for (const auto item : curves) {
+        for (const auto item : ToList(curves)) {
             const CurvePtr curve = ToCurve(item);
             add(curve, curve->getName());
         }

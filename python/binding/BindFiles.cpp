@@ -1,4 +1,6 @@
 #include "Binding.h"
+#include "Lock.h"
+#include "NameScope.h"
 
 #include "FCurveLib/ArrayStreamAdaptor.h"
 #include "FCurveLib/CurveFiles.h"
@@ -22,7 +24,9 @@ ContainerPtr Read(const py::buffer& data, const Text& file, py::handle format) {
         ArrayStreamAdaptor stream(static_cast<const char*>(bytes.ptr), static_cast<int>(bytes.size));
         LoadOptions options;
         if (!format.is_none()) options.format = ToText(format).bytes;
+        NameScope names;
         LoadCurves(stream, *container, options);
+        names.finish();
         return container;
     } catch (const Exception&) {
         RaiseHandled(file.bytes.empty() ? nullptr : file.c_str());
@@ -45,7 +49,7 @@ py::bytes Write(const FCurveContainer& container, const Text& format, const Text
 // None, or what hears of the share that is done; what it raises ends the work.
 std::function<void(double)> ToProgress(const py::object& progress) {
     if (progress.is_none()) return {};
-    return [progress](double share) { progress(share); };
+    return [progress](double share) { CallPython(progress, share); };
 }
 
 ContainerPtr Load(const Text& path, py::handle format, const py::object& progress) {
@@ -54,7 +58,9 @@ ContainerPtr Load(const Text& path, py::handle format, const py::object& progres
         LoadOptions options;
         if (!format.is_none()) options.format = ToText(format).bytes;
         options.progress = ToProgress(progress);
+        NameScope names;
         LoadCurves(path.c_str(), *container, options);
+        names.finish();
         return container;
     } catch (const Exception&) {
         RaiseHandled(path.c_str());

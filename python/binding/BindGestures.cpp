@@ -55,15 +55,14 @@ void BindGestures(py::module_& module) {
     py::class_<Gesture>(module, "Gesture", py::is_final(),
                         "One edit of several steps, as Curve.edit, Container.edit and fcurvelib.edit give it: a block.")
         .def(py::init<ContainerPtr, Text, bool>(), py::arg("curves"), py::arg("name"), py::arg("quiet"))
-        .def("__enter__",
-             [](const py::object& self) {
+        .def("__enter__", Editing([](const py::object& self) {
                  py::cast<Gesture&>(self).enter();
                  return self;
-             })
-        .def("__exit__", [](Gesture& self, const py::object& type, const py::object& /*error*/,
-                            const py::object& /*trace*/) { self.exit(type); })
-        .def("step", &Gesture::step, "Marks a step: in a quiet gesture the observers hear of it.")
-        .def("cancel", &Gesture::cancel, "Puts everything back as it was when the block began.")
+             }))
+        .def("__exit__", Editing([](Gesture& self, const py::object& type, const py::object& /*error*/,
+                                    const py::object& /*trace*/) { self.exit(type); }))
+        .def("step", Editing(&Gesture::step), "Marks a step: in a quiet gesture the observers hear of it.")
+        .def("cancel", Editing(&Gesture::cancel), "Puts everything back as it was when the block began.")
         .def_property_readonly("open", &Gesture::isOpen, "Whether edits still belong to it.");
 }
 

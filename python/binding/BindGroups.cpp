@@ -1,4 +1,5 @@
 #include "Binding.h"
+#include "NameScope.h"
 
 #include "FCurveLib/ClipText.h"
 #include "FCurveLib/CopyKeys.h"
@@ -60,7 +61,7 @@ KeyPtr SetKeyAt(FCurve& curve, double x, double y, const Text& style, py::handle
 KeyGroup ToGroup(py::handle source) {
     if (py::isinstance<FCurve>(source)) return KeyGroup(py::cast<FCurve&>(source));
     std::vector<KeyPtr> keys;
-    for (const auto key : source) {
+    for (const auto key : FCurvePython::ToList(source)) {
         if (!py::isinstance<Keyframe>(key))
             throw py::type_error("Expected keys, found " + std::string(Py_TYPE(key.ptr())->tp_name));
         keys.push_back(py::cast<KeyPtr>(key));
@@ -104,7 +105,7 @@ PasteReport Paste(const KeyClip& clip, py::handle target, py::handle frame, cons
         curves.push_back(ToCurve(target));
         options.match = PasteOptions::ByOrder;
     } else {
-        for (const auto curve : target) curves.push_back(ToCurve(curve));
+        for (const auto curve : FCurvePython::ToList(target)) curves.push_back(ToCurve(curve));
     }
     return PasteKeys(clip, curves, options);
 }
@@ -132,7 +133,7 @@ py::dict ToPython(const PartDifference& difference) {
 
 void BindGroups(py::module_& module, CurveClass& curve) {
     curve.def(
-        "set_key", &SetKeyAt, py::arg("x"), py::arg("y"), py::arg("style") = "shape",
+        "set_key", Editing(&SetKeyAt), py::arg("x"), py::arg("y"), py::arg("style") = "shape",
         py::arg("interpolator") = py::none(),
         "Makes the curve pass through (x, y), and returns the key: the one that stands within 0.001 frames of x, or\n"
         "a new one. style: 'shape' keeps the curve's shape up to the new value; 'flat', 'linear', 'spline',\n"
@@ -174,26 +175,25 @@ void BindGroups(py::module_& module, CurveClass& curve) {
         .def("__len__", &KeyGroup::size)
         .def_property_readonly(
             "keys", [](const KeyGroup& self) { return ToList(self.getKeys()); }, "The keys, curve by curve and by x.")
-        .def(
-            "move",
-            [](KeyGroup& self, py::handle offset, const Text& others, double frameStep, double valueStep) {
-                return MoveKeys(self, ToVector(offset, "offset"), ToOptions(others, frameStep, valueStep));
-            },
-            py::arg("offset"), py::arg("others") = "stop", py::kw_only(), py::arg("frame_step") = 0.0,
-            py::arg("value_step") = 0.0,
-            "Moves the keys by (x, y) from where they stood when the group was made. others: keys in the way 'stop' "
-            "it,\n"
-            "it may 'cross' them, or they 'ripple' along. Steps are grids for the first key, 0 for none.")
-        .def(
-            "scale",
-            [](KeyGroup& self, py::handle pivot, py::handle factor, const Text& others, double frameStep,
-               double valueStep) {
-                const Vector2D<double> by = ToVector(factor, "factor");
-                if (!(by.x > 0.0)) throw py::value_error("Expected a factor of time above 0");
-                return ScaleKeys(self, ToVector(pivot, "pivot"), by, ToOptions(others, frameStep, valueStep));
-            },
-            py::arg("pivot"), py::arg("factor"), py::arg("others") = "stop", py::kw_only(), py::arg("frame_step") = 0.0,
-            py::arg("value_step") = 0.0, "Scales distances from the pivot (x, y) by (x, y), as move.");
+        .def("move",
+             Editing([](KeyGroup& self, py::handle offset, const Text& others, double frameStep, double valueStep) {
+                 return MoveKeys(self, ToVector(offset, "offset"), ToOptions(others, frameStep, valueStep));
+             }),
+             py::arg("offset"), py::arg("others") = "stop", py::kw_only(), py::arg("frame_step") = 0.0,
+             py::arg("value_step") = 0.0,
+             "Moves the keys by (x, y) from where they stood when the group was made. others: keys in the way 'stop' "
+             "it,\n"
+             "it may 'cross' them, or they 'ripple' along. Steps are grids for the first key, 0 for none.")
+        .def("scale",
+             Editing([](KeyGroup& self, py::handle pivot, py::handle factor, const Text& others, double frameStep,
+                        double valueStep) {
+                 const Vector2D<double> by = ToVector(factor, "factor");
+                 if (!(by.x > 0.0)) throw py::value_error("Expected a factor of time above 0");
+                 return ScaleKeys(self, ToVector(pivot, "pivot"), by, ToOptions(others, frameStep, valueStep));
+             }),
+             py::arg("pivot"), py::arg("factor"), py::arg("others") = "stop", py::kw_only(),
+             py::arg("frame_step") = 0.0, py::arg("value_step") = 0.0,
+             "Scales distances from the pivot (x, y) by (x, y), as move.");
 
     py::class_<PasteReport>(module, "PasteReport", py::is_final(), "What became of keys that were pasted.")
         .def_property_readonly(
@@ -212,7 +212,11 @@ void BindGroups(py::module_& module, CurveClass& curve) {
                         "Copied keys with all that is theirs. It never changes.\n\n"
                         "KeyClip(keys): an iterable of keys, a Curve, or the text of a clip.")
         .def(py::init([](py::handle source) {
-                 return PyUnicode_Check(source.ptr()) ? ClipFromText(ToText(source).bytes) : CopyKeys(ToGroup(source));
+                 if (!PyUnicode_Check(source.ptr())) return CopyKeys(ToGroup(source));
+                 NameScope names;
+                 KeyClip clip = ClipFromText(ToText(source).bytes);
+                 names.finish();
+                 return clip;
              }),
              py::arg("keys"))
         .def("__len__", &KeyClip::size)
@@ -220,7 +224,7 @@ void BindGroups(py::module_& module, CurveClass& curve) {
             "text", [](const KeyClip& self) { return FCurvePython::ToPython(ClipToText(self)); },
             "The clip as a text, for a clipboard.")
         .def(
-            "paste", &Paste, py::arg("target"), py::arg("frame") = py::none(), py::arg("mode") = "insert",
+            "paste", Editing(&Paste), py::arg("target"), py::arg("frame") = py::none(), py::arg("mode") = "insert",
             py::arg("match") = "name", py::arg("gap") = 1.0,
             "Pastes into a Curve, a Container or several curves, with the first key at the frame (by default where it\n"
             "came from). mode: 'insert' between other keys, 'replace' those in between, or let them 'ripple' on.\n"

@@ -1,5 +1,6 @@
 #include "HostInterpolator.h"
 #include "Lock.h"
+#include "NameScope.h"
 
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/InterpMaker.h"
@@ -7,8 +8,9 @@
 #include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/UnknownExpression.h"
 
+#include <algorithm>
+#include <cstring>
 #include <list>
-#include <optional>
 #include <stdexcept>
 
 namespace FCurvePython {
@@ -22,11 +24,16 @@ py::dict& Names() {
     return *names;
 }
 
-// Why the last text failed in a callable of a name; empty where none did.
-std::optional<py::error_already_set>& NameError() {
-    static auto* const error = new std::optional<py::error_already_set>();
-    return *error;
-}
+thread_local NameScope* innermost = nullptr;
+thread_local int makersDepth = 0;
+constexpr int kMaxMakersDepth = 64;
+
+// The name that a probe asks for; whether the parser asked for it.
+struct Probe {
+    const char* name;
+    bool isAsked = false;
+};
+thread_local Probe* probing = nullptr;
 
 InterpolatorPtr FromResult(const py::object& made) {
     if (made.is_none()) return nullptr;
@@ -35,6 +42,12 @@ InterpolatorPtr FromResult(const py::object& made) {
     if (PyCallable_Check(made.ptr())) return std::make_shared<HostInterpolator>(made, true);
     return ToInterpolator(made)->clone();
 }
+
+bool IsSerious(const py::error_already_set& raised) {
+    return raised.matches(PyExc_MemoryError) || !raised.matches(PyExc_Exception);
+}
+
+} // namespace
 
 // Asks the names of Python. Empty for others.
 class NameMaker final : public InterpMaker {
@@ -46,28 +59,68 @@ public:
     }
 
 private:
+    [[noreturn]] static void fail() { throw std::runtime_error("A name failed"); } // the text fails
+
     static InterpolatorPtr make(const char* name, const std::list<InterpMaker::Argument>& arguments) {
         if (!Py_IsInitialized()) return nullptr;
         const Locked lock;
+        if (probing) {
+            probing->isAsked = probing->isAsked || std::strcmp(probing->name, name) == 0;
+            return nullptr;
+        }
         const py::str key = ToPython(name);
         if (!Names().contains(key)) return nullptr;
+        NameScope* const scope = innermost;
+        if (scope) {
+            ++scope->m_calls;
+            if (scope->m_replays && scope->m_calls != scope->m_failed) return NumberInterp::create(0.0);
+            if (scope->m_replays && scope->m_raised) fail();
+            if (scope->m_replays) return nullptr;
+        }
         try {
-            py::list values;
-            for (const InterpMaker::Argument& argument : arguments) {
-                if (argument.number)
-                    values.append(*argument.number);
-                else if (argument.expression)
-                    values.append(py::cast(argument.expression));
-                else
-                    values.append(ToPython(argument.text));
+            InterpolatorPtr made = call(name, Names()[key], arguments);
+            if (!made && scope) scope->m_failed = scope->m_calls;
+            return made;
+        } catch (const py::error_already_set& raised) {
+            if (scope) {
+                scope->m_failed = scope->m_calls;
+                if (!scope->m_raised || !IsSerious(*scope->m_raised)) scope->m_raised.emplace(raised);
             }
-            return FromResult(Names()[key](*py::tuple(values)));
-        } catch (py::error_already_set& error) {
-            NameError().emplace(error);
-            throw std::runtime_error("A name failed"); // the text fails
+            fail();
+        }
+    }
+
+    static InterpolatorPtr call(const char* name, const py::object& maker,
+                                const std::list<InterpMaker::Argument>& arguments) {
+        const struct Deeper {
+            Deeper() { ++makersDepth; }
+            ~Deeper() { --makersDepth; }
+        } deeper;
+        if (makersDepth > kMaxMakersDepth) {
+            PyErr_SetString(PyExc_RecursionError, "Names stand for each other without end");
+            throw py::error_already_set();
+        }
+        py::tuple values(arguments.size());
+        std::size_t i = 0;
+        for (const InterpMaker::Argument& argument : arguments)
+            values[i++] = argument.number       ? py::object(py::float_(*argument.number))
+                          : argument.expression ? py::cast(argument.expression)
+                                                : py::object(ToPython(argument.text));
+        PyObject* result = nullptr;
+        TakeLock([&] { result = PyObject_CallObject(maker.ptr(), values.ptr()); });
+        if (!result) throw py::error_already_set();
+        const auto made = py::reinterpret_steal<py::object>(result);
+        try {
+            return FromResult(made);
+        } catch (const py::builtin_exception& wrong) {
+            PyErr_Format(PyExc_TypeError, "What was registered as \"%s\" returned %R: %s", name, made.ptr(),
+                         wrong.what());
+            throw py::error_already_set();
         }
     }
 };
+
+namespace {
 
 // The parser that knows the names; lives for ever, as the factory is given it.
 DefaultFallbackParser& Parser() {
@@ -79,39 +132,69 @@ DefaultFallbackParser& Parser() {
     return *parser;
 }
 
+bool IsKind(const std::string& name) {
+    const auto isIt = [&](const auto& kind) { return kind.first == name + "()"; };
+    return std::any_of(InterpolatorFactory::begin(), InterpolatorFactory::end(), isIt);
+}
+
+// Whether the language leaves the name to others.
+bool IsFree(const Text& name) {
+    Probe probe{name.c_str()};
+    probing = &probe;
+    try {
+        Parser().parseOrThrow(name.c_str());
+    } catch (const DefaultFallbackParser::ParseError&) { // NOLINT(bugprone-empty-catch): nobody answered the probe
+    }
+    probing = nullptr;
+    return probe.isAsked && !IsKind(name.bytes);
+}
+
 void Register(const Text& name, const py::function& maker) {
+    if (!IsFree(name))
+        throw py::value_error("\"" + name.bytes
+                              + "\" can be no name of yours: expected letters, digits and _, and none "
+                              + "of the names that formulas have already");
     Names()[ToPython(name.bytes)] = maker;
     InterpolatorFactory::setParserFallback(&Parser());
 }
 
-[[noreturn]] void RaiseFormulaError(const std::string& text) {
+} // namespace
+
+NameScope::NameScope() noexcept : m_outer(innermost) {
+    innermost = this;
+}
+
+NameScope::~NameScope() {
+    innermost = m_outer;
+}
+
+void NameScope::finish() const {
+    if (m_raised && IsSerious(*m_raised)) throw py::error_already_set(*m_raised);
+}
+
+InterpolatorPtr ReadText(const std::string& text) {
+    if (IsKind(text)) return InterpolatorFactory::create((text + "()").c_str());
+    NameScope scope;
+    InterpolatorPtr made = InterpolatorFactory::create(text.c_str());
+    if (!dynamic_cast<const UnknownExpression*>(made.get())) return made;
+    scope.finish();
+    if (scope.m_raised && scope.m_raised->matches(PyExc_RecursionError)) throw py::error_already_set(*scope.m_raised);
+    scope.m_replays = true;
+    scope.m_calls = 0;
     try {
         Parser().parseOrThrow(text.c_str());
-    } catch (const DefaultFallbackParser::ParseError&) {
-        if (!NameError()) RaiseHandled(nullptr);
-        try {
-            RaiseHandled(nullptr);
-        } catch (py::error_already_set& error) { // because of what the callable raised
-            const py::object raised = error.value();
-            raised.attr("__cause__") = NameError()->value();
-            NameError().reset();
-            error.restore();
-            throw py::error_already_set();
-        }
+    } catch (const DefaultFallbackParser::ParseError& error) {
+        if (!scope.m_raised) RaiseHandled(nullptr);
+        const py::object raised = scope.m_raised->value(); // by what is registered, which says more than the parser
+        const py::object formulaError =
+            CallPython(ErrorClass("FormulaError"), py::str("{}: {}").format(raised.get_type().attr("__name__"), raised),
+                       error.getPosition(), ToPython("ParseError"));
+        formulaError.attr("__cause__") = raised;
+        PyErr_SetObject(py::type::of(formulaError).ptr(), formulaError.ptr());
+        throw py::error_already_set();
     }
     throw py::value_error("\"" + text + "\" is not an expression");
 }
-
-InterpolatorPtr FromText(const std::string& text) {
-    for (auto kind = InterpolatorFactory::begin(); kind != InterpolatorFactory::end(); ++kind)
-        if (kind->first == text + "()") return kind->second;
-    NameError().reset();
-    InterpolatorPtr made = InterpolatorFactory::create(text.c_str());
-    if (dynamic_cast<const UnknownExpression*>(made.get())) RaiseFormulaError(text);
-    return made;
-}
-
-} // namespace
 
 py::handle HostFunction(const Interpolator* interpolator) {
     const auto* const host = dynamic_cast<const HostInterpolator*>(interpolator);
@@ -120,11 +203,11 @@ py::handle HostFunction(const Interpolator* interpolator) {
 
 InterpolatorPtr ToInterpolator(py::handle source) {
     if (py::isinstance<Interpolator>(source)) return py::cast<InterpolatorPtr>(source);
-    if (PyUnicode_Check(source.ptr())) return FromText(ToText(source).bytes);
-    if (PyFloat_Check(source.ptr()) || PyIndex_Check(source.ptr()))
-        return NumberInterp::create(Finite(ToNumber(source), "The interpolator"));
+    if (PyUnicode_Check(source.ptr())) return ReadText(ToText(source).bytes);
     if (PyCallable_Check(source.ptr()))
         return std::make_shared<HostInterpolator>(py::reinterpret_borrow<py::object>(source));
+    if (PyNumber_Check(source.ptr()) && !PyComplex_Check(source.ptr()))
+        return NumberInterp::create(Finite(ToNumber(source), "The interpolator"));
     throw py::type_error("Expected an interpolator, an expression, a number or a callable, found "
                          + std::string(Py_TYPE(source.ptr())->tp_name));
 }
@@ -190,10 +273,7 @@ void BindInterpolators(py::module_& module) {
     module.def(
         "_unregister", [](const Text& name) { Names().attr("pop")(ToPython(name.bytes), py::none()); },
         py::arg("name"));
-    module.def("_forget_names", [] {
-        Names().clear();
-        NameError().reset();
-    });
+    module.def("_forget_names", [] { Names().clear(); });
     module.def(
         "kinds",
         [] {

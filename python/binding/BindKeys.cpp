@@ -83,7 +83,10 @@ void BindView(py::class_<View>& python) {
 
 void DeleteSlice(const Keys& keys, const py::slice& of) {
     const py::list parts = Slice(keys, of);
-    for (const auto key : parts) RemoveKey(*keys.curve, py::cast<Keyframe&>(key));
+    for (const auto part : parts) {
+        auto& key = py::cast<Keyframe&>(part);
+        if (key.getOwningCurve() == keys.curve) RemoveKey(*keys.curve, key); // else an observer did
+    }
 }
 
 // One interpolator for all segments of the slice, or a sequence of as many.
@@ -99,9 +102,10 @@ void SetSlice(const Interpolators& self, const py::slice& of, py::handle source)
     } else {
         made.assign(static_cast<std::size_t>(numbers.length), ToInterpolator(source));
     }
+    std::vector<SegmentPtr> segments; // before observers come and edit
     for (py::ssize_t i = 0; i < numbers.length; ++i)
-        GetIndexedSegment(*self.curve, static_cast<int>(numbers[i]))
-            ->setInterpolator(made[static_cast<std::size_t>(i)]);
+        segments.push_back(GetIndexedSegment(*self.curve, static_cast<int>(numbers[i])));
+    for (std::size_t i = 0; i < segments.size(); ++i) segments[i]->setInterpolator(made[i]);
 }
 
 // One for all segments between keys, or as many as there are segments.
@@ -135,11 +139,11 @@ void BindKeys(py::module_& module, CurveClass& curve) {
              [](const Keys& self) {
                  return KeyIterator{self.curve, nullptr};
              })
-        .def(
-            "__delitem__",
-            [](const Keys& self, py::ssize_t index) { RemoveKey(*self.curve, *self.at(Place(index, self.size()))); },
-            py::arg("index"))
-        .def("__delitem__", &DeleteSlice, py::arg("slice"))
+        .def("__delitem__", Editing([](const Keys& self, py::ssize_t index) {
+                 RemoveKey(*self.curve, *self.at(Place(index, self.size())));
+             }),
+             py::arg("index"))
+        .def("__delitem__", Editing(&DeleteSlice), py::arg("slice"))
         .def("__contains__",
              [](const Keys& self, py::handle key) {
                  return py::isinstance<Keyframe>(key) && py::cast<Keyframe&>(key).getOwningCurve() == self.curve;
@@ -158,14 +162,12 @@ void BindKeys(py::module_& module, CurveClass& curve) {
         "The interpolators of a curve's segments. Set an element, or a slice to one or to as many.");
     BindView(interpolators);
     interpolators
-        .def(
-            "__setitem__",
-            [](const Interpolators& self, py::ssize_t index, py::handle source) {
-                GetIndexedSegment(*self.curve, static_cast<int>(Place(index, self.size())))
-                    ->setInterpolator(ToInterpolator(source));
-            },
-            py::arg("index"), py::arg("interpolator"))
-        .def("__setitem__", &SetSlice, py::arg("slice"), py::arg("interpolators"))
+        .def("__setitem__", Editing([](const Interpolators& self, py::ssize_t index, py::handle source) {
+                 GetIndexedSegment(*self.curve, static_cast<int>(Place(index, self.size())))
+                     ->setInterpolator(ToInterpolator(source));
+             }),
+             py::arg("index"), py::arg("interpolator"))
+        .def("__setitem__", Editing(&SetSlice), py::arg("slice"), py::arg("interpolators"))
         .def("__repr__", &Describe<Interpolators>);
 
     curve
@@ -175,7 +177,7 @@ void BindKeys(py::module_& module, CurveClass& curve) {
             "segments", [](const CurvePtr& self) { return Segments{self}; },
             "The segments, as a sequence: one more than keys.")
         .def_property(
-            "interpolators", [](const CurvePtr& self) { return Interpolators{self}; }, &SetAll,
+            "interpolators", [](const CurvePtr& self) { return Interpolators{self}; }, Editing(&SetAll),
             "The interpolators of the segments, as a sequence. Set it to one for all segments between keys, or to a\n"
             "list of one for every segment.");
 }

@@ -1,4 +1,5 @@
 #include "Binding.h"
+#include "Lock.h"
 
 #include "FCurveLib/ContainerObserver.h"
 #include "FCurveLib/FCurveObserver.h"
@@ -9,8 +10,18 @@ namespace FCurvePython {
 
 namespace {
 
-// Calls handler(what, subject, part, detail, value), with the lock, on the thread that edits. What that raises leaves
-// the edit as it leaves the handler. The handler may destroy this object: nothing of it is touched after the call.
+// What the handler raises comes out of the edit that is told of.
+template<class... Arguments>
+void Tell(py::object handler, const Arguments&... arguments) {
+    try {
+        CallPython(handler, arguments...);
+    } catch (const py::error_already_set& raised) {
+        if (!Edit::keep(raised)) throw;
+    }
+}
+
+// Calls handler(what, subject, part, detail, value), with the lock, on the thread that edits. The handler may destroy
+// this object: nothing of it is touched after the call.
 class CurveListener final : public FCurveObserver {
 public:
     explicit CurveListener(py::object handler) : m_handler(std::move(handler)) {}
@@ -73,8 +84,7 @@ public:
 private:
     void tell(const char* what, FCurve& curve, const py::object& part, const char* detail = "",
               const char* value = "") const {
-        const py::object handler = m_handler;
-        handler(what, curve.getShared(), part, ToPython(detail), ToPython(value));
+        Tell(m_handler, what, curve.getShared(), part, ToPython(detail), ToPython(value));
     }
     template<class Part>
     void tellPart(const char* what, Part& part, const char* detail, const char* value = "") const {
@@ -98,9 +108,8 @@ public:
     bool isOrphan() const { return m_container.expired(); }
 
     void containerChanged(FCurveContainer& container) override {
-        const py::object handler = m_handler;
         const ContainerPtr shared = container.getShared();
-        handler("container", shared, shared, "", "");
+        Tell(m_handler, "container", shared, shared, "", "");
     }
 
 private:
@@ -122,7 +131,7 @@ void BindObservers(py::module_& module, CurveClass& curve) {
         .def("listen", &ContainerListener::listen, py::arg("container"))
         .def_property_readonly("is_orphan", &ContainerListener::isOrphan);
 
-    curve.def("notify", &FCurve::notifyChanged,
+    curve.def("notify", Editing(&FCurve::notifyChanged),
               "Tells the observers that the curve changed: in a drag, that it made a step.");
     module.def(
         "_set_change_type",

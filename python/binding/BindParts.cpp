@@ -41,22 +41,23 @@ SegmentPtr RightSegment(Keyframe& key) {
 void BindKey(py::class_<Keyframe, KeyPtr>& key) {
     // Position
     key.def_property(
-           "x", &Keyframe::getX, [](Keyframe& self, double x) { self.setX(Finite(x, "x")); },
+           "x", &Keyframe::getX, Editing([](Keyframe& self, double x) { self.setX(Finite(x, "x")); }),
            "Its place in frames. In a curve it keeps 0.001 frames from its neighbours, and takes breakdown keys along.")
-        .def_property(
-            "y", &Keyframe::getY, [](Keyframe& self, double y) { self.setY(Finite(y, "y")); },
-            "The curve's value at the key.")
+        .def_property("y", &Keyframe::getY, Editing([](Keyframe& self, double y) { self.setY(Finite(y, "y")); }),
+                      "The curve's value at the key.")
         .def_property(
             "position", [](const Keyframe& self) { return ToPython(self.get()); },
-            [](Keyframe& self, py::handle pair) { self.set(ToVector(pair, "position")); }, "(x, y), set in one edit.");
+            Editing([](Keyframe& self, py::handle pair) { self.set(ToVector(pair, "position")); }),
+            "(x, y), set in one edit.");
     // Flags
-    key.def_property("breakdown", &Keyframe::isBreakdown, &Keyframe::setBreakdown,
+    key.def_property("breakdown", &Keyframe::isBreakdown, Editing(&Keyframe::setBreakdown),
                      "Whether it moves in proportion with the keys around it.")
-        .def_property("unified", &Keyframe::isTangentsUnified, &Keyframe::setTangentsUnified,
+        .def_property("unified", &Keyframe::isTangentsUnified, Editing(&Keyframe::setTangentsUnified),
                       "Whether its tangents lie on one straight line through it.")
         .def_property(
             "locked", [](const Keyframe& self) { return *self.getProperty("fc_lock") != '\0'; },
-            [](Keyframe& self, bool locked) { SetLocked(self, locked); }, "Whether editors and tools keep it.");
+            Editing([](Keyframe& self, bool locked) { SetLocked(self, locked); }),
+            "Whether editors and tools keep it.");
     // Relations
     key.def_property_readonly(
            "in_tangent", [](Keyframe& self) { return self.getInTangent(); }, "None outside a curve.")
@@ -68,9 +69,9 @@ void BindKey(py::class_<Keyframe, KeyPtr>& key) {
             "right_segment", [](Keyframe& self) { return self.getRightSegment(); }, "None outside a curve.")
         .def_property(
             "interpolator", [](Keyframe& self) { return RightSegment(self)->getInterpolator(); },
-            [](Keyframe& self, py::handle interpolator) {
+            Editing([](Keyframe& self, py::handle interpolator) {
                 RightSegment(self)->setInterpolator(ToInterpolator(interpolator));
-            },
+            }),
             "The interpolator of the segment that starts here.")
         .def_property_readonly("previous", &PreviousKey, "The key before it, or None.")
         .def_property_readonly("next", &NextKey, "The key after it, or None.")
@@ -86,32 +87,31 @@ void BindKey(py::class_<Keyframe, KeyPtr>& key) {
 void BindTangent(py::class_<Tangent, TangentPtr>& tangent) {
     tangent
         .def_property(
-            "x", &Tangent::getX, [](Tangent& self, double x) { self.setX(Finite(x, "x")); },
+            "x", &Tangent::getX, Editing([](Tangent& self, double x) { self.setX(Finite(x, "x")); }),
             "The handle's offset from its key, in frames: 0 or less for an in tangent, 0 or more for an out tangent.")
-        .def_property(
-            "y", &Tangent::getY, [](Tangent& self, double y) { self.setY(Finite(y, "y")); },
-            "The handle's offset from its key, in the curve's unit.")
+        .def_property("y", &Tangent::getY, Editing([](Tangent& self, double y) { self.setY(Finite(y, "y")); }),
+                      "The handle's offset from its key, in the curve's unit.")
         .def_property(
             "handle", [](const Tangent& self) { return ToPython(self.get()); },
-            [](Tangent& self, py::handle pair) { self.set(ToVector(pair, "handle")); },
+            Editing([](Tangent& self, py::handle pair) { self.set(ToVector(pair, "handle")); }),
             "(x, y), an offset from the key. An unweighted handle is held to a third of its segment in x.")
-        .def_property(
-            "angle", &Tangent::getAngle, [](Tangent& self, double angle) { self.setAngle(Finite(angle, "angle")); },
-            "In radians; both tangents on one straight line through a key have the same.")
-        .def_property(
-            "weight", &Tangent::getWeight,
-            [](Tangent& self, double weight) { self.setWeight(Finite(weight, "weight")); }, "The handle's length.")
+        .def_property("angle", &Tangent::getAngle,
+                      Editing([](Tangent& self, double angle) { self.setAngle(Finite(angle, "angle")); }),
+                      "In radians; both tangents on one straight line through a key have the same.")
+        .def_property("weight", &Tangent::getWeight,
+                      Editing([](Tangent& self, double weight) { self.setWeight(Finite(weight, "weight")); }),
+                      "The handle's length.")
         .def_property(
             "type",
             [](const Tangent& self) {
                 return py::str(self.getType() < std::size(kTangentTypes) ? kTangentTypes[self.getType()] : "unknown");
             },
-            [](Tangent& self, const Text& type) { self.setType(TangentType(type)); },
+            Editing([](Tangent& self, const Text& type) { self.setType(TangentType(type)); }),
             "'fixed', 'flat', 'linear', 'smooth', 'smooth_continued', 'clamped' or 'plateau'. All but 'fixed' compute\n"
             "the handle anew whenever a key nearby changes.")
-        .def_property("weighted", &Tangent::isWeighted, &Tangent::setWeighted,
+        .def_property("weighted", &Tangent::isWeighted, Editing(&Tangent::setWeighted),
                       "Whether the handle may have any length.")
-        .def_property("weight_locked", &Tangent::isWeightLocked, &Tangent::setWeightLocked,
+        .def_property("weight_locked", &Tangent::isWeightLocked, Editing(&Tangent::setWeightLocked),
                       "Whether a weighted handle keeps its length.")
         .def_property_readonly("is_in", &Tangent::isInTangent, "Whether it stands at the right end of its segment.")
         .def_property_readonly(
@@ -132,10 +132,10 @@ void BindTangent(py::class_<Tangent, TangentPtr>& tangent) {
 
 void BindSegment(py::class_<Segment, SegmentPtr>& segment) {
     segment
-        .def_property(
-            "interpolator", &Segment::getInterpolator,
-            [](Segment& self, py::handle interpolator) { self.setInterpolator(ToInterpolator(interpolator)); },
-            "How the curve runs here; set it to an Interpolator, an expression, a number, or a callable.")
+        .def_property("interpolator", &Segment::getInterpolator, Editing([](Segment& self, py::handle interpolator) {
+                          self.setInterpolator(ToInterpolator(interpolator));
+                      }),
+                      "How the curve runs here; set it to an Interpolator, an expression, a number, or a callable.")
         .def_property_readonly(
             "left_key", [](Segment& self) { return self.getLeftKey(); }, "None for the leading segment.")
         .def_property_readonly(

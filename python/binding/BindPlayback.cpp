@@ -46,12 +46,13 @@ py::object SampleCompiled(const CompiledCurve& self, double start, double step, 
 }
 
 py::object EvalPose(const CompiledSet& self, py::handle x, py::handle out) {
-    const Contiguous frames(ToDoubles(x, "x"));
+    Contiguous frames(ToDoubles(x, "x"));
     std::vector<py::ssize_t> shape(frames.shape(), frames.shape() + frames.ndim());
     shape.push_back(static_cast<py::ssize_t>(self.size()));
     py::array_t<double> values = ResultArray(shape, out);
-    const double* const from = frames.data();
     double* const to = values.mutable_data();
+    if (Overlap(frames, to, static_cast<std::size_t>(values.size()))) frames = Contiguous(frames.attr("copy")());
+    const double* const from = frames.data();
     const auto n = static_cast<std::size_t>(frames.size());
     WithoutLock(n * self.size(), [&] { self.eval(from, n, to); });
     return std::move(values);
@@ -67,7 +68,7 @@ CompiledSet MakePose(py::handle curves) {
     if (py::isinstance<FCurveContainer>(curves)) return CompiledSet(py::cast<const FCurveContainer&>(curves));
     std::vector<CurvePtr> kept;
     std::vector<const FCurve*> list;
-    for (const auto curve : curves) {
+    for (const auto curve : ToList(curves)) {
         kept.push_back(ToCurve(curve));
         list.push_back(kept.back().get());
     }

@@ -1,7 +1,9 @@
 #include "Arrays.h"
+#include "Lock.h"
 
 #include "FCurveLib/Baking.h"
 #include "FCurveLib/Combining.h"
+#include "FCurveLib/EditGroup.h"
 #include "FCurveLib/Fitting.h"
 #include "FCurveLib/Sampling.h"
 #include "FCurveLib/Smoothing.h"
@@ -138,12 +140,12 @@ void BindFitting(py::module_& module, CurveClass& curve) {
         py::arg("whole_frames") = false, py::arg("max_keys") = std::size_t{0}, "As fit: (curve, FitReport).");
     curve.def(
         "reduce",
-        [](FCurve& self, double tolerance, py::handle start, py::handle end, bool weighted, bool broken,
-           bool keepExtremes, bool wholeFrames, std::size_t maxKeys) {
+        Editing([](FCurve& self, double tolerance, py::handle start, py::handle end, bool weighted, bool broken,
+                   bool keepExtremes, bool wholeFrames, std::size_t maxKeys) {
             const Range range(self, start, end);
             return ReduceCurve(self, range.start, range.end, Tolerance(tolerance),
                                ToOptions(weighted, broken, keepExtremes, wholeFrames, maxKeys));
-        },
+        }),
         py::arg("tolerance"), py::arg("start") = py::none(), py::arg("end") = py::none(), py::kw_only(),
         py::arg("weighted") = false, py::arg("broken") = false, py::arg("keep_extremes") = false,
         py::arg("whole_frames") = false, py::arg("max_keys") = std::size_t{0},
@@ -166,31 +168,37 @@ void BindResampling(CurveClass& curve) {
         },
         py::arg("start") = py::none(), py::arg("end") = py::none(), py::arg("step") = 1.0,
         "(x, y): arrays of the samples at start, start + step ... up to end, in frames. Without start and end, those "
-        "of\n"
-        "the keyed range, at whole multiples of step.");
+        "at\n"
+        "whole multiples of step, from the one at or before the first key to the one at or after the last.");
+    curve.def("bake", Editing([](FCurve& self, double step, py::handle start, py::handle end) {
+                  if (start.is_none() && end.is_none()) return BakeInterior(self, Step(step));
+                  const Range range(self, start, end);
+                  BakeCurve(self, range.start, range.end, Step(step));
+              }),
+              py::arg("step") = 1.0, py::arg("start") = py::none(), py::arg("end") = py::none(),
+              "Replaces the curve between start and end (in frames) by linear keys at whole multiples of step.");
     curve.def(
-        "bake",
-        [](FCurve& self, double step, py::handle start, py::handle end) {
-            if (start.is_none() && end.is_none()) return BakeInterior(self, Step(step));
-            const Range range(self, start, end);
-            BakeCurve(self, range.start, range.end, Step(step));
-        },
-        py::arg("step") = 1.0, py::arg("start") = py::none(), py::arg("end") = py::none(),
-        "Replaces the curve between start and end (in frames) by linear keys at whole multiples of step.");
-    curve.def(
-        "bake_samples", [](FCurve& self, py::handle x, py::handle y) { BakeSamples(self, ToPoints(x, y)); },
+        "bake_samples", Editing([](FCurve& self, py::handle x, py::handle y) { BakeSamples(self, ToPoints(x, y)); }),
         py::arg("x"), py::arg("y"),
         "Replaces the curve from the first to the last sample by linear keys through them: arrays of one length.");
     curve.def(
         "smooth",
-        [](FCurve& self, int width, const Text& filter, double step, py::handle start, py::handle end) {
+        Editing([](FCurve& self, int width, const Text& filter, double step, py::handle start, py::handle end) {
             if (width < 0) throw py::value_error("Expected a width of 0 or more");
             const auto kind =
                 static_cast<SmoothFilter>(Choose(filter, {"box", "triangle", "gaussian", "savitzky_golay"}));
-            if (start.is_none() && end.is_none()) return SmoothCurveInterior(self, Step(step), width, kind);
+            Step(step);
             const Range range(self, start, end);
-            SmoothCurve(self, range.start, range.end, Step(step), width, kind);
-        },
+            // The last value is asked for when the new keys stand: what an interpolator raises there takes them back.
+            const ContainerPtr whole = FCurveContainer::create();
+            whole->addCurve(self.getShared());
+            EditGroup group(*whole);
+            if (start.is_none() && end.is_none())
+                SmoothCurveInterior(self, step, width, kind);
+            else
+                SmoothCurve(self, range.start, range.end, step, width, kind);
+            group.end();
+        }),
         py::arg("width"), py::arg("filter") = "gaussian", py::arg("step") = 1.0, py::arg("start") = py::none(),
         py::arg("end") = py::none(),
         "Samples the curve in steps (of frames) and replaces each sample by the weighted mean of itself and width\n"
@@ -199,54 +207,126 @@ void BindResampling(CurveClass& curve) {
 
 void BindTransformation(py::module_& module, CurveClass& curve) {
     curve.def(
-        "transform",
-        [](FCurve& self, py::handle scale, py::handle offset) {
+        "transform", Editing([](FCurve& self, py::handle scale, py::handle offset) {
             return Kept(TransformCurve(self, ToVector(scale, "scale"), ToVector(offset, "offset")));
-        },
+        }),
         py::arg("scale") = py::make_tuple(1.0, 1.0), py::arg("offset") = py::make_tuple(0.0, 0.0),
         "Maps every point (x, y) to (scale[0] * x + offset[0], scale[1] * y + offset[1]), and returns the expressions\n"
         "that have no image and were kept. A negative scale of x reverses time; 0 is a ValueError.");
     curve.def(
-        "flip",
-        [](FCurve& self, const Text& axes, py::handle about) {
+        "flip", Editing([](FCurve& self, const Text& axes, py::handle about) {
             const auto type = static_cast<FlipType>(Choose(axes, {"x", "y", "xy"}));
             if (about.is_none()) return Kept(FlipCurveAboutCentroid(self, type));
             const Vector2D<double> centre = ToVector(about, "about");
             return Kept(FlipCurve(self, type, centre.x, centre.y));
-        },
+        }),
         py::arg("axes"), py::arg("about") = py::none(),
         "Mirrors in time ('x'), value ('y') or both ('xy') about a point (x, y), by default the centre of the keyed\n"
         "range.");
-    curve.def(
-        "unroll", [](FCurve& self, double turn) { return UnrollAngles(self, turn); }, py::arg("turn") = 360.0,
-        "Adds whole turns to keys, so that an angle does not jump. Returns how many keys moved.");
-    module.def("unroll", &Unroll, py::arg("x"), py::arg("y"), py::arg("z"), py::arg("order") = "xyz",
+    curve.def("unroll", Editing([](FCurve& self, double turn) { return UnrollAngles(self, turn); }),
+              py::arg("turn") = 360.0,
+              "Adds whole turns to keys, so that an angle does not jump. Returns how many keys moved.");
+    module.def("unroll", Editing(&Unroll), py::arg("x"), py::arg("y"), py::arg("z"), py::arg("order") = "xyz",
                py::arg("turn") = 360.0,
                "The same rotations without jumps: three curves of the angles about x, y and z, with keys at the same\n"
                "frames, applied in this order. Returns at how many frames keys moved.");
-    curve.def(
-        "retime",
-        [](FCurve& self, const FCurve& by, double tolerance) {
-            return RetimeCurve(self, by, Tolerance(tolerance)).curve;
-        },
-        py::arg("by"), py::arg("tolerance") = 1e-3,
-        "A new curve: at x, this one's value at by(x). What is no segment of the library is fitted within the\n"
-        "tolerance.");
+}
+
+CombineResult Blend(const FCurve& a, const FCurve& b, py::handle weight, double tolerance) {
+    if (py::isinstance<FCurve>(weight)) return BlendCurves(a, b, py::cast<const FCurve&>(weight), Tolerance(tolerance));
+    const CurvePtr constant = FCurve::create();
+    FirstSegment(*constant).setInterpolator(ToInterpolator(py::float_(ToNumber(weight))));
+    return BlendCurves(a, b, *constant, Tolerance(tolerance));
+}
+
+CombineResult Add(const FCurve& a, const FCurve& b, double tolerance) {
+    return AddCurves(a, b, Tolerance(tolerance));
+}
+
+CombineResult Retime(const FCurve& curve, const FCurve& by, double tolerance) {
+    return RetimeCurve(curve, by, Tolerance(tolerance));
+}
+
+py::tuple WithReport(const CombineResult& result) {
+    return py::make_tuple(result.curve, result.report);
+}
+
+// The curve alone: that it misses the tolerance is a warning then.
+CurvePtr Warned(const CombineResult& result) {
+    const CombineReport& report = result.report;
+    if (!report.withinTolerance) {
+        const std::string words = "The result misses the tolerance: it is " + NumberText(report.error)
+                                  + " off at frame " + NumberText(report.errorAt);
+        const py::object type = ErrorClass("ToleranceWarning");
+        int status = 0;
+        TakeLock([&] { status = PyErr_WarnEx(type.ptr(), words.c_str(), 1); });
+        if (status != 0) throw py::error_already_set();
+    }
+    return result.curve;
+}
+
+void BindCombining(py::module_& module, CurveClass& curve) {
+    py::class_<CombineReport>(module, "CombineReport", "How near a combined curve came to what was asked for.")
+        .def_readonly("exact", &CombineReport::exact, "Whether it is that, up to rounding, between its keys.")
+        .def_property_readonly(
+            "fitted",
+            [](const CombineReport& self) {
+                py::list ranges;
+                for (const CombineReport::Range& range : self.fitted)
+                    ranges.append(py::make_tuple(range.from, range.to));
+                return ranges;
+            },
+            "Where it is not, and was fitted: pairs of frames, in ascending order.")
+        .def_readonly("ends_exact", &CombineReport::endsExact,
+                      "Whether it is that before its first and after its last key; else it holds its value there.")
+        .def_readonly("proved", &CombineReport::proved,
+                      "Whether the error is bounded everywhere, not only measured at many places.")
+        .def_readonly("error", &CombineReport::error, "The largest distance in value between the keys.")
+        .def_readonly("error_at", &CombineReport::errorAt, "The frame where it is.")
+        .def_readonly("within_tolerance", &CombineReport::withinTolerance,
+                      "Whether the error is no more than was asked for.")
+        .def("__repr__", [](const CombineReport& self) {
+            return py::str("<CombineReport {}, error {} at {}>")
+                .format(self.exact ? "exact" : "fitted", self.error, self.errorAt);
+        });
+    const auto toleranceArg = py::arg("tolerance") = 1e-3;
+    curve
+        .def(
+            "retime",
+            [](const FCurve& self, const FCurve& by, double tolerance) { return Warned(Retime(self, by, tolerance)); },
+            py::arg("by"), toleranceArg,
+            "A new curve: at x, this one's value at by(x). What is no segment of the library is fitted within the\n"
+            "tolerance; where that fails, there is a ToleranceWarning.")
+        .def(
+            "retime_report",
+            [](const FCurve& self, const FCurve& by, double tolerance) {
+                return WithReport(Retime(self, by, tolerance));
+            },
+            py::arg("by"), toleranceArg, "As retime: (curve, CombineReport), without a warning.");
     module.def(
         "blend",
         [](const FCurve& a, const FCurve& b, py::handle weight, double tolerance) {
-            if (py::isinstance<FCurve>(weight))
-                return BlendCurves(a, b, py::cast<const FCurve&>(weight), Tolerance(tolerance)).curve;
-            const CurvePtr constant = FCurve::create();
-            FirstSegment(*constant).setInterpolator(ToInterpolator(py::float_(ToNumber(weight))));
-            return BlendCurves(a, b, *constant, Tolerance(tolerance)).curve;
+            return Warned(Blend(a, b, weight, tolerance));
         },
-        py::arg("a"), py::arg("b"), py::arg("weight"), py::arg("tolerance") = 1e-3,
-        "A new curve from a to b: a(x) + weight(x) * (b(x) - a(x)). weight is a Curve or a number.");
+        py::arg("a"), py::arg("b"), py::arg("weight"), toleranceArg,
+        "A new curve from a to b: a(x) + weight(x) * (b(x) - a(x)). weight is a Curve or a number. Fitted as\n"
+        "Curve.retime, with a ToleranceWarning where that fails.");
     module.def(
-        "add",
-        [](const FCurve& a, const FCurve& b, double tolerance) { return AddCurves(a, b, Tolerance(tolerance)).curve; },
-        py::arg("a"), py::arg("b"), py::arg("tolerance") = 1e-3, "A new curve, the sum of two: a layer on a base.");
+        "blend_report",
+        [](const FCurve& a, const FCurve& b, py::handle weight, double tolerance) {
+            return WithReport(Blend(a, b, weight, tolerance));
+        },
+        py::arg("a"), py::arg("b"), py::arg("weight"), toleranceArg,
+        "As blend: (curve, CombineReport), without a warning.");
+    module.def(
+        "add", [](const FCurve& a, const FCurve& b, double tolerance) { return Warned(Add(a, b, tolerance)); },
+        py::arg("a"), py::arg("b"), toleranceArg,
+        "A new curve, the sum of two: a layer on a base. Fitted as Curve.retime, with a ToleranceWarning where that\n"
+        "fails.");
+    module.def(
+        "add_report",
+        [](const FCurve& a, const FCurve& b, double tolerance) { return WithReport(Add(a, b, tolerance)); },
+        py::arg("a"), py::arg("b"), toleranceArg, "As add: (curve, CombineReport), without a warning.");
 }
 
 } // namespace
@@ -255,6 +335,7 @@ void BindTools(py::module_& module, CurveClass& curve) {
     BindFitting(module, curve);
     BindResampling(curve);
     BindTransformation(module, curve);
+    BindCombining(module, curve);
 }
 
 } // namespace FCurvePython

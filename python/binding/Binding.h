@@ -4,6 +4,8 @@
 /// What the sources of the Python module share. Each bind function adds the classes of one topic; BindModule.cpp calls
 /// them in an order in which every class is known before a signature names it.
 
+#include "Edits.h"
+
 #include "FCurveLib/FCurve.h"
 #include "FCurveLib/FCurveContainer.h"
 #include "FCurveLib/Interpolator.h"
@@ -60,6 +62,8 @@ inline py::tuple ToPython(const Vector2D<double>& vector) {
 }
 /// A number as Python's repr shows it, without a fraction where there is none.
 std::string NumberText(double number);
+/// What an iterable gives.
+py::list ToList(py::handle items);
 /// The place in a sequence of that size that an index means, negative ones from the end; IndexError where it has none.
 std::size_t Place(py::ssize_t index, std::size_t size);
 /// @}
@@ -69,6 +73,8 @@ std::size_t Place(py::ssize_t index, std::size_t size);
 
 /// A class of fcurvelib._errors.
 py::object ErrorClass(const char* name);
+/// Raises one, made of these arguments.
+[[noreturn]] void Raise(const char* name, const py::tuple& arguments);
 /// Raises the exception of the library that is being handled as its Python class, with the message that its formatter
 /// has for the file of that name (null for none). All others pass.
 [[noreturn]] void RaiseHandled(const char* file);
@@ -140,6 +146,8 @@ private:
 
 /// Becomes the pairs: what they lack is erased, what is equal stays untouched.
 void AssignProperties(Properties& properties, py::handle pairs);
+/// The (key, value) that dict.update would take of these, each a tuple.
+py::list Pairs(const py::object& pairs, const py::kwargs& more);
 
 /// Adds the attribute `properties` to a part's class.
 template<class Class>
@@ -150,10 +158,10 @@ void DefineProperties(Class& python) {
         [](const std::shared_ptr<Part>& part) -> std::unique_ptr<Properties> {
             return std::make_unique<PropertiesOf<Part>>(part);
         },
-        [](const std::shared_ptr<Part>& part, py::handle pairs) {
+        Editing([](const std::shared_ptr<Part>& part, py::handle pairs) {
             PropertiesOf<Part> properties(part);
             AssignProperties(properties, pairs);
-        },
+        }),
         "The texts that this part carries, as a mapping of str to str. An empty text erases its key.");
 }
 

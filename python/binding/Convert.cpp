@@ -1,4 +1,5 @@
 #include "Binding.h"
+#include "Lock.h"
 
 #include "FCurveLib/DefaultFallbackParser.h"
 #include "FCurveLib/DrawCurves.h"
@@ -33,7 +34,8 @@ Text ToText(py::handle text) {
 }
 
 double ToNumber(py::handle number) {
-    const double result = PyFloat_AsDouble(number.ptr());
+    double result = 0.0;
+    TakeLock([&] { result = PyFloat_AsDouble(number.ptr()); });
     if (result == -1.0 && PyErr_Occurred()) throw py::error_already_set();
     return result;
 }
@@ -48,6 +50,13 @@ Vector2D<double> ToVector(py::handle pair, const char* name) {
         throw py::type_error(std::string("Expected a pair (x, y) for ") + name);
     const auto items = py::reinterpret_borrow<py::sequence>(pair);
     return {Finite(ToNumber(items[0]), name), Finite(ToNumber(items[1]), name)};
+}
+
+py::list ToList(py::handle items) {
+    PyObject* list = nullptr;
+    TakeLock([&] { list = PySequence_List(items.ptr()); });
+    if (!list) throw py::error_already_set();
+    return py::reinterpret_steal<py::list>(list);
 }
 
 std::string NumberText(double number) {
@@ -66,6 +75,17 @@ py::object ErrorClass(const char* name) {
     return py::module_::import("fcurvelib._errors").attr(name);
 }
 
+void Raise(const char* name, const py::tuple& arguments) {
+    const py::object type = ErrorClass(name);
+    PyObject* error = nullptr;
+    TakeLock([&] { error = PyObject_CallObject(type.ptr(), arguments.ptr()); });
+    if (error) {
+        PyErr_SetObject(type.ptr(), error);
+        Py_DECREF(error);
+    }
+    throw py::error_already_set();
+}
+
 namespace {
 
 // The message for the exception that is being handled.
@@ -81,12 +101,6 @@ py::str KindOf(const std::exception& error) {
     const char* const what = error.what();
     const char* const colon = std::strrchr(what, ':');
     return ToPython(colon ? colon + 1 : what);
-}
-
-[[noreturn]] void Raise(const char* name, const py::tuple& arguments) {
-    const py::object type = ErrorClass(name);
-    PyErr_SetObject(type.ptr(), type(*arguments).ptr());
-    throw py::error_already_set();
 }
 
 [[noreturn]] void RaiseFileError(const FileError& error, const char* file, const py::object& workingFile) {
@@ -120,8 +134,10 @@ void RaiseHandled(const char* file) {
         RaiseFileError(error, file, isWhole ? py::object(ToPython(error.workingPath())) : py::none());
     } catch (const FileError& error) {
         RaiseFileError(error, file, py::none());
-    } catch (const BadPictureSize&) {
-        Raise("PictureSizeError", py::make_tuple(MessageOf(file)));
+    } catch (const BadPictureSize& error) {
+        Raise("PictureSizeError", py::make_tuple("Expected 100 to 20000 pixels each way, and for this picture at least "
+                                                 + NumberText(std::ceil(error.leastWidth())) + " x "
+                                                 + NumberText(std::ceil(error.leastHeight()))));
     } catch (const Exception&) {
         Raise("Error", py::make_tuple(MessageOf(file)));
     }

@@ -1,4 +1,4 @@
-#include "Binding.h"
+#include "NameScope.h"
 
 #include "FCurveLib/FCurveFormatInterface.h"
 #include "FCurveLib/ReadWrite.h"
@@ -144,7 +144,9 @@ CurvePtr CurveFromState(const py::tuple& state) {
     if (state.size() != 3) throw py::value_error("Not the state of a curve");
     CurvePtr curve = FCurve::create();
     FCurve::Switch quiet(*curve);
+    NameScope names;
     ReadFCurveFromString(py::cast<std::string>(state[0]), "binary", *curve);
+    names.finish();
     std::size_t number = 0;
     auto position = curve->begin();
     const auto segmentOf = [&](std::size_t wanted) -> Segment& {

@@ -1,5 +1,6 @@
 #include "HostInterpolator.h"
 
+#include "Edits.h"
 #include "Lock.h"
 
 namespace FCurvePython {
@@ -8,7 +9,7 @@ std::shared_ptr<PyObject> Share(py::object object) {
     return {object.release().ptr(), [](PyObject* held) {
                 if (!Py_IsInitialized()) return;
                 const Locked lock;
-                Py_DECREF(held);
+                TakeLock([held] { Py_DECREF(held); });
             }};
 }
 
@@ -34,7 +35,9 @@ SegmentPtr ToKeep(const Segment& segment) {
 
 double Call(PyObject* function, double x, const Segment& segment) {
     const Locked lock;
-    return ToNumber(py::handle(function)(x, ToKeep(segment)));
+    const Evaluating evaluating;
+    const auto kept = py::reinterpret_borrow<py::object>(function);
+    return ToNumber(CallPython(kept, x, ToKeep(segment)));
 }
 
 } // namespace

@@ -4,30 +4,28 @@
 
 #include <chrono>
 #include <thread>
-
-#ifdef __GLIBCXX__
-#include <cxxabi.h>
-#endif
+#include <utility>
 
 namespace FCurvePython {
 
 /// \name The interpreter's lock
 /// Where a thread asks for it after the interpreter has ended, CPython ends the thread by unwinding its stack, through
-/// destructors that need the lock or forbid unwinding. These let such a thread wait for the end of the process instead.
+/// destructors that need the lock or forbid unwinding. Python's own code gives the lock away and asks for it again
+/// between any two steps. These let such a thread wait for the end of the process instead.
 /// @{
 
-/// Calls what takes the lock.
+/// Calls what takes the lock, or runs Python's code, and throws nothing. What owns objects of Python stays outside.
 template<class Function>
 void TakeLock(const Function& take) {
-#ifdef __GLIBCXX__
-    try {
-        take();
-    } catch (const abi::__forced_unwind&) {
-        for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
-    }
-#else
+    // deliberate: a destructor, as a handler of the unwinding ends the process where another exception is being handled
+    struct Parking {
+        bool isUnwinding = true;
+        ~Parking() {
+            while (isUnwinding) std::this_thread::sleep_for(std::chrono::hours(1));
+        }
+    } parking;
     take();
-#endif
+    parking.isUnwinding = false;
 }
 
 /// Has the lock while it lives, in any thread.
@@ -57,6 +55,16 @@ public:
 private:
     PyThreadState* m_thread;
 };
+
+/// Calls a callable with these arguments, which become objects of Python; what it raises is thrown. Needs the lock.
+template<class... Arguments>
+pybind11::object CallPython(pybind11::handle function, Arguments&&... arguments) {
+    const pybind11::tuple packed = pybind11::make_tuple(std::forward<Arguments>(arguments)...);
+    PyObject* result = nullptr;
+    TakeLock([&] { result = PyObject_CallObject(function.ptr(), packed.ptr()); });
+    if (!result) throw pybind11::error_already_set();
+    return pybind11::reinterpret_steal<pybind11::object>(result);
+}
 /// @}
 
 } // namespace FCurvePython

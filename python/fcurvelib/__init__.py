@@ -10,11 +10,11 @@ curve; evaluating one that nobody edits is safe from any number.
 """
 
 from . import _core, _views
-from ._core import (CompiledCurve, Container, Curve, FitReport, Gesture, Interpolator, Interpolators, Key, KeyClip,
+from ._core import (CombineReport, CompiledCurve, Container, Curve, FitReport, Gesture, Interpolator, Interpolators, Key, KeyClip,
                     KeyGroup, Keys, Loss, MoveReport, PasteReport, Pose, Properties, Report, Segment, Segments,
-                    Tangent, add, blend, draw, fit_report, key_dtype, kinds, unroll)
+                    Tangent, add, add_report, blend, blend_report, draw, fit_report, key_dtype, kinds, unroll)
 from ._errors import (Error, FileAccessError, FileError, FileMissingError, FormatError, FormulaError, PictureSizeError,
-                      UnknownFormatError)
+                      ToleranceWarning, UnknownFormatError)
 from ._files import Format, convert, dumps, formats, load, loads, save
 from ._names import register, unregister
 from ._observers import Change, Subscription, drag, edit, on_change
@@ -23,11 +23,11 @@ from ._tools import CurveArrays, fit, tangent_types
 __version__ = "19.0.0"
 
 __all__ = [
-    "Change", "CompiledCurve", "Container", "Curve", "CurveArrays", "Error", "FileAccessError", "FileError",
+    "Change", "CombineReport", "CompiledCurve", "Container", "Curve", "CurveArrays", "Error", "FileAccessError", "FileError",
     "FileMissingError", "FitReport", "Format", "FormatError", "FormulaError", "Gesture", "Interpolator",
     "Interpolators", "Key", "KeyClip", "KeyGroup", "Keys", "Loss", "MoveReport", "PasteReport", "PictureSizeError",
-    "Pose", "Properties", "Report", "Segment", "Segments", "Subscription", "Tangent", "UnknownFormatError", "add",
-    "blend", "convert", "draw", "drag", "dumps", "edit", "fit", "fit_report", "formats", "key_dtype", "kinds",
+    "Pose", "Properties", "Report", "Segment", "Segments", "Subscription", "Tangent", "ToleranceWarning",
+    "UnknownFormatError", "add", "add_report", "blend", "blend_report", "convert", "draw", "drag", "dumps", "edit", "fit", "fit_report", "formats", "key_dtype", "kinds",
     "load", "loads", "on_change", "register", "save", "tangent_types", "unregister", "unroll",
 ]
 

@@ -70,6 +70,10 @@ class FileError(Error, OSError):
         return type(self), (self.message, self.file, self.errno, self.strerror, self.working_file)
 
 
+class ToleranceWarning(UserWarning):
+    """What was fitted is farther from what was asked for than the tolerance: fcurvelib.blend_report has figures."""
+
+
 class FileMissingError(FileError, FileNotFoundError):
     """There is no such file or folder."""
 

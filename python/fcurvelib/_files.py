@@ -2,11 +2,19 @@
 
 from __future__ import annotations
 
+import io
+import math
 import os
+import re
 from collections.abc import Callable, Iterable, Mapping
 from typing import Any, NamedTuple, Optional, Union
 
 from . import _core
+from ._errors import FileError, UnknownFormatError
+
+_DECLARED = re.compile(r"""\ufeff?\s*<\?xml\b[^>]*?\s(encoding\s*=\s*(?:"[^">]*"|'[^'>]*'))""")
+_SETTINGS = frozenset(["chan.frames", "css.pieces", "csv.decimal", "csv.rows", "csv.separator", "csv.shape", "csv.time",
+                       "gltf.folder", "gltf.into", "usda.into"])
 
 Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 Progress = Optional[Callable[[float], Any]]
@@ -51,12 +59,15 @@ def load(source: Any, format: Optional[str] = None, *, progress: Progress = None
 
 
 def loads(data: Union[str, bytes, bytearray, memoryview], format: Optional[str] = None) -> _core.Container:
-    """As load, from the document itself."""
+    """As load, from the document itself. A str counts as decoded, whatever encoding it names."""
     return _read(data, "", format)
 
 
 def _read(data: Any, file: str, format: Optional[str]) -> _core.Container:
     if isinstance(data, str):
+        declared = _DECLARED.match(data)
+        if declared:  # in what it was encoded, before somebody decoded it; blanks keep line and column of errors
+            data = data[:declared.start(1)] + " " * len(declared[1]) + data[declared.end(1):]
         data = data.encode("utf-8", "surrogateescape")
     return _core._read(data, file, format)
 
@@ -72,8 +83,21 @@ def _format_for(file: str) -> str:
     if format is not None:
         return format
     extensions = ", ".join("." + known.extension for known in formats() if known.writable)
-    raise ValueError(f"{file}: no format that is written has this extension; there are {extensions}. "
-                     "Name another one by its format")
+    raise UnknownFormatError(f"{file}: no format that is written has this extension; there are {extensions}. "
+                             "Name another one by its format", file)
+
+
+def _write_all(target: Any, document: bytes) -> None:
+    rest: Union[bytes, memoryview] = document
+    while rest:  # files without a buffer may take a part of it
+        written = target.write(rest)
+        if not isinstance(written, int):
+            if isinstance(target, io.RawIOBase):
+                raise FileError("The file takes no more now, as it does not wait: open it with a buffer")
+            return
+        if written <= 0:
+            raise FileError("The file takes no more")
+        rest = memoryview(rest)[written:]
 
 
 def save(curves: Curves, target: Any, format: Optional[str] = None, *, progress: Progress = None) -> None:
@@ -82,10 +106,11 @@ def save(curves: Curves, target: Any, format: Optional[str] = None, *, progress:
     The format is that of the path's extension (.fcrvx, .fcrvb) unless it is named; "xml" for a file object. A file that
     is there is replaced when the new one is whole, not before; it keeps its permissions, and a link goes on leading to
     it. progress as in load: the old file stays when it raises. FileError says what the system refused.
+    UnknownFormatError, which is a ValueError, where no format has the extension.
     """
     container = _container(curves)
     if _is_file_object(target, "write"):
-        target.write(_core._write(container, format or "xml", ""))
+        _write_all(target, _core._write(container, format or "xml", ""))
         return
     file = _path(target)
     _core._save(container, file, format or _format_for(file), progress)
@@ -103,9 +128,15 @@ def convert(source: Any, target: Any, format: Optional[str] = None, *, source_fo
 
     frame_rate: frames a second where the file does not say; 0 for the format's own choice. tolerance: how far a curve
     may be off where it is split or fitted, as a share of its range of values. settings: of single formats, by
-    "format.setting". An empty report: every curve came over with its shape, to 1e-9 of its range, and with all its
+    "format.setting"; ValueError for unknown ones, and for numbers below 0 or not finite. An empty report: every curve came over with its shape, to 1e-9 of its range, and with all its
     parts.
     """
+    for label, number in (("frame_rate", frame_rate), ("tolerance", tolerance)):
+        if not 0 <= number < math.inf:
+            raise ValueError(f"Expected a {label} of 0 or more, found {number}")
+    unknown = sorted(set(settings or {}) - _SETTINGS)
+    if unknown:
+        raise ValueError(f"There is no setting {', '.join(map(str, unknown))}; there are {', '.join(sorted(_SETTINGS))}")
     report = _core.Report()
     with _core._Conversion(report, frame_rate, tolerance, dict(settings or {})):
         save(load(source, source_format), target, format)

@@ -16,6 +16,8 @@ def register(name: str, maker: Optional[_Maker] = None) -> Any:
     maker(*arguments) makes what it stands for: an interpolator, a callable (x, segment), a number, or an expression.
     Arguments are floats where they do not depend on x, Interpolators where they do, and str where they stand in
     double quotation marks. An exception makes the text a FormulaError; in a file, an expression that nobody understands.
+    MemoryError and what is no Exception (KeyboardInterrupt) come out as they are; of a text, RecursionError too.
+    ValueError for a name that has a meaning already ("sin", "linear", "pi") or is none.
 
         @fc.register("wobble")
         def wobble(size=1.0):

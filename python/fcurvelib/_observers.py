@@ -118,8 +118,13 @@ def observe(self: Union[_core.Curve, _core.Container], callback: Callback, *, we
     """Calls callback(change) at each edit, on the thread that edits, before the edit returns.
 
     Weakly: as long as something else holds the callback (or the object that it is a method of), or the Subscription
-    that is returned. With weak=False until it is cancelled or the curve goes. What the callback raises comes out of
-    the edit, which is complete then.
+    that is returned. Methods of built-in types (list.append) are made anew whenever they are named: keep the
+    Subscription. With weak=False until it is cancelled or the curve goes; what the callback holds is let go of then at
+    one of the next subscriptions.
+
+    What the callback raises comes out of the edit, which is complete then, and all observers were called: bulk edits
+    (update, paste, del keys[a:b]) go through to their end, too. Of several exceptions the first comes out, or the first
+    that is no Exception, as KeyboardInterrupt.
     """
     return _subscribe(self, callback, weak)
 
@@ -156,7 +161,7 @@ def edit(curves: Union[_core.Curve, _core.Container, Iterable[_core.Curve]], nam
     objects: keys that are held are in their curve again. Gestures nest. name is for the undo menu of a host.
 
     Observers hear of each edit as always; of a quiet gesture they hear, at the end, one 'curve' of each changed curve;
-    with step() calls inside 'begin', 'step' for each of them and 'end', as in a drag.
+    with step() calls inside 'begin', 'step' for each of them and 'end', as in a drag, however the block ends. What an observer raises while the block ends comes out of it, and the edits stay.
     """
     if isinstance(curves, _core.Curve):
         curves = (curves,)

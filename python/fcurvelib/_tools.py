@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import operator
 from collections.abc import Sequence
-from typing import Any, NamedTuple, Union
+from typing import Any, NamedTuple, Optional, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -46,6 +47,14 @@ def to_arrays(self: _core.Curve) -> CurveArrays:
     return CurveArrays(*_core._to_arrays(self))
 
 
+def _index(number: Any) -> Optional[int]:
+    """An int, or an integer of numpy, as an array of no dimension is one, too; None for all else."""
+    try:
+        return None if isinstance(number, bool) else operator.index(number)
+    except TypeError:
+        return None
+
+
 def from_arrays(keys: npt.ArrayLike, interpolators: Union[_core._Kind, Sequence[_core._Kind]] = "bezier()",
                 leading: Union[int, _core._Kind] = "constant()", *, name: str = "") -> _core.Curve:
     """A curve of keys: a structured array with some or all fields of key_dtype, x and y at least, in ascending x.
@@ -53,12 +62,19 @@ def from_arrays(keys: npt.ArrayLike, interpolators: Union[_core._Kind, Sequence[
     Bits are kept; a handle that has no fields, or is NaN, is computed by its tangent's type. interpolators: one for all
     segments that start at keys, or a list that the field interpolator names. leading: that before the first key, or its
     place in the list. A last key without the field interpolator is followed by the leading one.
-    ValueError where x does not rise, a number is not finite, or a handle points across its key.
+    ValueError where x does not rise, a number is not finite, a handle points across its key, or there is no tangent type
+    or interpolator of a number.
     """
+    several = isinstance(interpolators, (list, tuple, _core.Interpolators, np.ndarray))
+    kinds: list[Any] = list(interpolators) if several else [interpolators]  # type: ignore[arg-type]
     given = np.asarray(keys)
     fields = given.dtype.names
     if fields is None or "x" not in fields or "y" not in fields:
         raise TypeError("Expected a structured array with fields x and y")
+    if len(kinds) == 0:
+        raise ValueError("Expected one interpolator at least")
+    if given.ndim != 1:
+        raise ValueError("Expected an array of one dimension")
     unknown = set(fields) - set(_core.key_dtype.names or ())
     if unknown:
         raise ValueError(f"There is no field {', '.join(sorted(unknown))} of keys")
@@ -67,12 +83,13 @@ def from_arrays(keys: npt.ArrayLike, interpolators: Union[_core._Kind, Sequence[
         records[field] = np.nan
     for field in fields:
         records[field] = given[field]
+        if records[field].dtype.kind != "f" and not np.array_equal(records[field], given[field]):
+            raise ValueError(f"The field {field} has a number that is out of its range")
 
-    several = isinstance(interpolators, (list, tuple))
-    kinds: list[Any] = list(interpolators) if isinstance(interpolators, (list, tuple)) else [interpolators]
-    if not isinstance(leading, int) or isinstance(leading, bool) or not several:
+    place = _index(leading) if several else None
+    if place is None:
         kinds.append(leading)
-        leading = len(kinds) - 1
+        place = len(kinds) - 1
     if "interpolator" not in fields and records.size:
-        records["interpolator"][-1] = leading
-    return _core._from_arrays(records, kinds, leading, name)
+        records["interpolator"][-1] = place
+    return _core._from_arrays(records, kinds, place, name)

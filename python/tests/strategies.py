@@ -21,6 +21,6 @@ def curves(draw):
             tangent.type = draw(tangent_types)
         for part in (key, key.right_segment, key.in_tangent):
             part.properties = draw(st.dictionaries(st.sampled_from(["a", "fc_sel", "ü"]), texts.filter(bool)))
-    curve.extend = draw(kinds), draw(kinds)
+    curve.extend = (draw(kinds), draw(kinds)) if curve.keys else draw(kinds)
     curve.properties = draw(st.dictionaries(texts.filter(bool), texts.filter(bool), max_size=3))
     return curve

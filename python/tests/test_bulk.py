@@ -55,7 +55,23 @@ def test_wrong_arrays_raise(ball, field, value):
         fc.Curve.from_arrays(*arrays)
 
 
+@pytest.mark.parametrize("field,value", [("in_type", 256), ("in_type", -255), ("interpolator", 2**32 + 1), ("breakdown", 2),
+                                         ("interpolator", 0.5)])
+def test_numbers_that_no_field_holds_raise(field, value):
+    with pytest.raises(ValueError, match=field):
+        fc.Curve.from_arrays(np.array([(1, 0, value)], [("x", float), ("y", float), (field, type(value))]), ["linear", "bezier"])
+
+
+def test_arrays_survive_a_file_of_numpy(ball, tmp_path):
+    ball.extend = "cycle", "mirror"
+    keys, kinds, leading = ball.to_arrays()
+    np.savez(tmp_path / "a.npz", keys=keys, kinds=[str(kind) for kind in kinds], leading=leading)
+    with np.load(tmp_path / "a.npz") as read:
+        assert fc.Curve.from_arrays(read["keys"], read["kinds"], read["leading"], name="height") == ball
+
+
 @pytest.mark.parametrize("wrong,error", [
+    (lambda c: fc.Curve.from_arrays(c.to_arrays().keys, []), ValueError),
     (lambda c: fc.Curve.from_arrays(np.zeros(3)), TypeError), (lambda c: fc.fit([1, 2], [1], 0.1), ValueError),
     (lambda c: fc.Curve.from_arrays(np.zeros(1, [("x", float), ("y", float), ("z", float)])), ValueError),
     (lambda c: fc.fit("ab", [1], 0.1), TypeError), (lambda c: fc.fit([1], [1], -1), ValueError), (lambda c: c.bake(0), ValueError),
@@ -64,7 +80,8 @@ def test_wrong_arrays_raise(ball, field, value):
     (lambda c: fc.unroll(c, c.copy(), fc.Curve()), ValueError), (lambda c: c.compile().sample(0, 1, -1), ValueError),
     (lambda c: c.set_key(np.nan, 1), ValueError), (lambda c: c.set_key(1, 1, "round"), ValueError), (lambda c: fc.KeyGroup([3]), TypeError),
     (lambda c: fc.KeyGroup(c).scale((0, 0), (0, 1)), ValueError), (lambda c: fc.KeyClip("none"), fc.FormatError),
-    (lambda c: fc.KeyClip(c).paste(c, mode="x"), ValueError), (lambda c: fc.draw(c, width=3), fc.PictureSizeError), (lambda c: fc.draw(3), TypeError), (lambda c: fc.blend(c, c, "a"), TypeError)])
+    (lambda c: fc.KeyClip(c).paste(c, mode="x"), ValueError), (lambda c: fc.draw(c, width=3), fc.PictureSizeError), (lambda c: fc.draw(c, height=3), fc.PictureSizeError),
+    (lambda c: fc.draw(3), TypeError), (lambda c: fc.blend(c, c, "a"), TypeError)])
 def test_wrong_arguments_of_tools_change_nothing(ball, wrong, error):
     before = ball.copy()
     with pytest.raises(error):
@@ -107,6 +124,15 @@ def test_tools_do_as_they_say(ball):
     slower = fc.Curve("by", [(0, 0), (48, 24)], "linear")
     assert ball.retime(slower)(24) == pytest.approx(ball(12), abs=1e-3)
     assert fc.blend(ball, flat, 0.25)(12) == pytest.approx(0.75 * ball(12), abs=1e-3) and fc.add(ball, ball)(12) == 16
+    jagged = fc.Curve("j", [(0, 0), (24, 1)], lambda x, segment: x * 7.3 % 1)
+    for plain, report in ((fc.add, fc.add_report), (lambda *of: fc.blend(*of, 0.5), lambda *of: fc.blend_report(*of, 0.5)),
+                          (lambda a, b: b.retime(a), lambda a, b: b.retime_report(a))):
+        with pytest.warns(fc.ToleranceWarning, match="off at frame"):
+            missed = plain(ball, jagged)
+        curve, told = report(ball, jagged)
+        assert np.array_equal(curve.to_arrays().keys, missed.to_arrays().keys) and not told.within_tolerance and told.error > 1e-3
+        assert not told.exact and told.fitted and not told.proved
+    assert fc.add_report(ball, ball)[1].within_tolerance
 
 
 @given(curves(), st.lists(st.floats(-2000, 2000), min_size=1, max_size=20))

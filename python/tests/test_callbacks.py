@@ -82,7 +82,22 @@ def test_gestures_end_step_nest_and_tell(ball):
     with ball.edit(quiet=True):
         ball.keys[0].y = 5
     assert heard(changes) == ["curve"]
+    for error in (None, KeyError):
+        changes.clear()
+        with contextlib.suppress(KeyError), ball.edit(quiet=True) as gesture:
+            ball.keys[0].y = 6
+            gesture.step()
+            raise error if error else KeyError(gesture.cancel())
+        assert heard(changes) == ["begin", "step", "step", "end"] and ball.keys[0].y == 5
     subscription.cancel()
+
+    def refuse(change):
+        raise LookupError
+
+    with ball.on_change(refuse), pytest.raises(LookupError):
+        with ball.edit(quiet=True):
+            ball.keys[2].y = 4
+    assert ball.keys[2].y == 4
 
     container = fc.Container([ball])
     with container.edit() as outer:
@@ -154,6 +169,27 @@ def test_what_a_callback_raises_comes_out_of_the_edit(ball):
         ball.on_change(3)
 
 
+@pytest.mark.parametrize("edit", [
+    lambda c: c.__setitem__("b", c["height"]), lambda c: c.update(b=fc.Curve("x"), c=fc.Curve("y")), lambda c: c.pop("height"),
+    lambda c: setattr(c["height"], "extend", ("cycle", "mirror")), lambda c: setattr(c["height"], "interpolators", ["linear"] * 4),
+    lambda c: setattr(c["height"], "properties", {"a": "1", "b": "2"}), lambda c: c["height"].properties.update(a="1", b="2"),
+    lambda c: c["height"].keys.__delitem__(slice(0, 2)), lambda c: c["height"].set_key(6, 1, "stepped"),
+    lambda c: c["height"].add_key(5, 5, in_=(-1, 1), out=(2, 2), breakdown=True), lambda c: fc.KeyClip(c["b"]).paste(c["height"], 5)])
+def test_an_edit_is_complete_before_observers_errors_come_out_of_it(edit):
+    made = [fc.Container([fc.Curve("height", [(1, 0), (12, 8), (24, 0)]), fc.Curve("b", [(0, 1), (2, 2)])]) for _ in range(2)]
+    heard = []
+
+    def refuse(change):
+        heard.append(change.what)
+        raise KeyboardInterrupt if len(heard) == 2 else LookupError
+
+    edit(made[0])
+    with made[1].on_change(refuse), made[1]["height"].on_change(refuse), made[1]["b"].on_change(refuse):
+        with pytest.raises((LookupError, KeyboardInterrupt)) as raised:
+            edit(made[1])
+    assert made[1] == made[0] and raised.type is (KeyboardInterrupt if len(heard) > 1 else LookupError)
+
+
 def test_a_callback_may_do_anything():
     """Edit, cancel itself and others, subscribe, drop the curve."""
     container, log = fc.Container([fc.Curve("height", [(1, 0), (12, 8), (24, 0)])]), []
@@ -209,6 +245,60 @@ def test_interpolators_in_python(ball):
     del ball
     gc.collect()
     assert stash[0].left_key.position == (1, 0)
+
+
+@pytest.mark.parametrize("edit", [
+    lambda c, s: setattr(s, "interpolator", "linear"), lambda c, s: c.keys.__delitem__(0), lambda c, s: c.clear(), lambda c, s: c.add_key(3, 3),
+    lambda c, s: setattr(s.left_key, "y", 5), lambda c, s: c.bake(), lambda c, s: c.edit().__enter__(), lambda c, s: fc.Container().add(c)])
+@pytest.mark.parametrize("call", [lambda c: c(5.0), lambda c: c.derivative(5.0), lambda c: c.bake(), lambda c: c.smooth(2), lambda c: c.extents,
+                                  lambda c: c.compile()(np.full(300, 5.0)), lambda c: fc.blend(c, c, 0.5)])
+def test_nothing_is_edited_while_an_interpolator_is_called(ball, call, edit):
+    ball.interpolators[1] = lambda x, segment: edit(ball, segment) or 1.0
+    before = ball.copy()
+    with pytest.raises(fc.Error, match="edited"):
+        call(ball)
+    assert ball == before
+
+
+def test_smoothing_is_all_or_nothing(ball):
+    ball.interpolators[-1] = lambda x, segment: 1 / 0 if x >= 24 and len(ball.keys) > 3 else 0.0
+    before = ball.copy()
+    with pytest.raises(ZeroDivisionError):
+        ball.smooth(2)
+    assert ball == before
+
+
+def test_makers_that_fail(ball, tmp_path):
+    def fails(what):
+        class Marked(what):
+            pass
+
+        failed.append(weakref.ref(Marked))
+        raise Marked("it")
+
+    failed, makers = [], {"rr": lambda: fc.Interpolator("rr"), "stop": lambda: fails(KeyboardInterrupt), "full": lambda: fails(MemoryError),
+                          "wrong": lambda: [3], "nan": lambda: math.nan, "bad": lambda: fails(KeyError)}
+    for name in ("sin", "linear", "x", "pi", "", "a b", "1a", "a(", "cycle"):
+        with pytest.raises(ValueError, match="name"):
+            fc.register(name, lambda: 1)
+    try:
+        for name, maker in makers.items():
+            fc.register(name, maker)
+        for text, error, words in (("1 + rr", RecursionError, "end"), ("stop + 1", KeyboardInterrupt, ""), ("full()", MemoryError, ""),
+                                   ("1 + wrong", fc.FormulaError, r"\[3\]"), ("nan", fc.FormulaError, "finite"), ("x * bad", fc.FormulaError, "it")):
+            with pytest.raises(error, match=words) as raised:
+                ball.interpolators[1] = text
+            assert error is not fc.FormulaError or raised.value.position == max(text.find("wrong"), text.find("bad"), 0)
+        document = fc.dumps(ball).decode()
+        for name, error in (("rr", None), ("stop", KeyboardInterrupt), ("full", MemoryError), ("bad", None)):
+            with pytest.raises(error) if error else contextlib.nullcontext():
+                assert fc.loads(document.replace("bezier()", name))["height"](5.0) == 0
+    finally:
+        for name in makers:
+            fc.unregister(name)
+    del raised
+    gc.collect()
+    assert [it() for it in failed] == [None] * len(failed)
 
 
 def test_names_in_python_work_in_curves_formulas_and_files(ball):
@@ -283,6 +373,10 @@ def test_threads_load_evaluate_and_drop(data):
     "", "del curve", "fc.register('late', lambda: lambda x, s: 1); curve.extend = 'late'",
     "import atexit; atexit.register(lambda: setattr(curve.keys[0], 'y', 3))",
     "threading.Thread(target=lambda: [compiled.eval(np.arange(5000.0)) for _ in range(20)], daemon=True).start()",
+    *(f"def loop():\n    while True:\n        try: {work}\n        except Exception: pass\n"
+      "for _ in range(3): threading.Thread(target=loop, daemon=True).start()\nimport time; time.sleep(0.1)"
+      for work in ("fc.Interpolator('sin(')", "curve.copy()(3.0)", "fc.Curve('c', [(0, 0)]).notify()",
+                   "fc.Curve('c', iter([(0, 0), (1, 1)])).edit().__enter__().cancel()", "fc.dumps(fc.loads(fc.dumps(curve)))")),
     "class Last:\n    def __del__(self): curve.keys[0].y = 4\nlast = Last(); last.me = last"])
 def test_the_interpreter_may_end_first(last):
     program = f"""

@@ -31,6 +31,16 @@ def test_values_of_numbers_and_arrays_of_any_shape(ball):
         if x.ndim:
             out = np.empty(x.shape)
             assert ball(x, out=out) is out and np.array_equal(out, values)
+    x = np.linspace(0, 30, 10_001)
+    values, pose = ball(x), fc.Pose([ball])
+    for function in (ball, ball.compile(), ball.inside):
+        for shift in (0, 1, 7):
+            both = np.concatenate([x, np.zeros(7)])
+            assert np.array_equal(function(both[:x.size], out=both[shift:][:x.size]), function(x))
+        both = x.copy()
+        assert np.array_equal(function(both[::2], out=both[:5001]), function(x[::2]))
+    both = x.copy()
+    assert np.array_equal(pose(both[:-1], out=both[1:, None])[:, 0], pose(x[:-1])[:, 0])
     assert ball([1, 12]).tolist() == [0, 8]
     assert np.isnan(fc.Curve("line", [(0, 0), (2, 2)], "linear")(np.nan)) or ball(np.nan) == 0
 
@@ -71,6 +81,7 @@ def test_wrong_types_raise_and_change_nothing(ball, bad):
     lambda c: c.add_key(5, 0, type="round"), lambda c: setattr(c.keys[0], "x", np.inf), lambda c: setattr(c, "extend", "wobbly"),
     lambda c: setattr(c, "extend", ("linear", "cycle", "mirror")), lambda c: setattr(c, "name", "a\0b"),
     lambda c: c.remove_key(fc.Curve("", [(1, 1)]).keys[0]), lambda c: setattr(c, "interpolators", ["linear"]),
+    lambda c: setattr(fc.Curve(), "extend", ("cycle", "mirror")),
     lambda c: setattr(c.keys[0].out_tangent, "type", "x"), lambda c: c.properties.update({"a": "b\0"})])
 def test_wrong_values_raise_and_change_nothing(ball, bad):
     before = ball.copy()
@@ -134,7 +145,7 @@ def test_added_keys_keep_what_runs_beyond_the_keys():
         assert list(curve.interpolators) == ["cycle()", "linear()", "linear()", "mirror()"]
         assert curve.extend == ("cycle", "mirror")
     curve.interpolators = "bezier"
-    curve.interpolators[0] = 3
+    curve.interpolators[0] = np.float32(3)
     curve.interpolators[-2:] = ["sin(x)", "x"]
     assert [str(kind) for kind in curve.interpolators] == ["3", "bezier()", "sin(x)", "x"] and curve(-100) == 3
     assert curve.add_key(6, 0).interpolator == "bezier()" and curve.add_key(18, 0).interpolator == "sin(x)"
@@ -161,6 +172,10 @@ def test_properties_are_a_mapping(ball):
     assert properties.get("z", "?") == "?" and properties.pop("a") == "1" and len(properties) == 1
     with pytest.raises(KeyError):
         properties["a"]
+    for mapping in (properties, fc.Container()):
+        assert mapping.pop("none", 3) == 3 and mapping.pop("none", None) is None
+        with pytest.raises(KeyError):
+            mapping.pop("none")
     with pytest.raises(KeyError):
         del properties["a"]
     ball.properties = properties
@@ -176,6 +191,9 @@ def test_a_container_is_an_ordered_mapping(ball):
     assert list(curves) == ["height", "squash", "height"] and curves["height"] is ball and "squash" in curves
     assert [curve is twin for curve in curves.values()] == [False, False, True] and twin in curves
     assert [name for name, _ in curves.items()] == list(curves.keys())
+    assert list(fc.Container(curves).values()) == [ball, other, twin] == [*reversed(curves.values())][::-1]
+    assert twin in curves.values() and ("height", twin) in curves.items() and [*reversed(curves.items())][0] == ("height", twin)
+    assert [*reversed(curves.keys())] == ["height", "squash", "height"] and ball.keys == ball.keys != twin.keys
     curves["squash"] = twin
     assert list(curves) == ["height", "squash"] and twin.name == "squash" and other not in curves
     assert curves.get("none") is None and curves.pop("height") is ball and len(curves) == 1

@@ -69,4 +69,10 @@ def test_reports_tell_what_was_lost(tmp_path, ball):
     report = fc.convert(tmp_path / "a.fcrvx", tmp_path / "a.csv", "csv", frame_rate=25)
     assert report and {loss.curve for loss in report} <= {"", "height"} and len(str(report).splitlines()) == len(report)
     assert {"what", "remedy", "places"} <= set(__import__("json").loads(report.to_json())["losses"][0])
+    assert report[:] == list(report) and report.index(report[-1]) == len(report) - 1 and report[-1] in report
+    for wrong in ({"frame_rate": -1}, {"frame_rate": float("nan")}, {"tolerance": -1e-9}, {"settings": {"csv.nosuch": "1"}}):
+        with pytest.raises(ValueError, match=next(iter(wrong)).rstrip("s")):
+            fc.convert(tmp_path / "a.fcrvx", tmp_path / "b.csv", **wrong)
+    sources = "".join(it.read_text() for it in (TOP / "interchange").rglob("*.cpp"))
+    assert set(re.findall(r'setting\("([a-z.]+)"\)', sources)) == fc._files._SETTINGS
     assert all(loss.what and loss.remedy and loss.count >= 1 and str(loss) for loss in report)

@@ -1,5 +1,6 @@
 """Loading and saving: paths, bytes, file objects, and what is wrong with them."""
 
+import contextlib
 import errno
 import io
 import os
@@ -35,6 +36,31 @@ def test_paths_and_file_objects(tmp_path, ball, data):
     assert fc.load(io.StringIO(buffer.getvalue().decode())) == fc.loads(buffer.getvalue().decode())
     assert len(fc.load(data / "camera.chan", format="hchan")) == 6
 
+    class Short(io.RawIOBase):
+        def write(self, piece):
+            taken.append(bytes(piece[:100]))
+            return len(taken[-1]) if len(taken) < limit else 0
+
+    for limit in (10**6, 2):
+        taken = []
+        with pytest.raises(fc.FileError) if limit == 2 else contextlib.nullcontext():
+            fc.save(ball, Short())
+    assert len(taken) == 2
+    taken, limit = [], 10**6
+    fc.save(ball, Short())
+    assert b"".join(taken) == fc.dumps(ball)
+
+
+@pytest.mark.parametrize("declared", ["ISO-8859-1", "UTF-8", "utf-16", "none"])
+def test_text_is_decoded_whatever_it_declares(tmp_path, declared):
+    document = fc.dumps(fc.Curve("é€", [(1, 2)])).decode().replace('encoding="UTF-8"', f"encoding = '{declared}'")
+    assert declared in document and list(fc.loads(document)) == ["é€"] == list(fc.load(io.StringIO("\ufeff" + document)))
+    with pytest.raises(fc.FormatError) as raised:
+        fc.loads(document.replace("?>", "?><wrong>", 1), "xml")
+    assert raised.value.column == document.index("?>") + 3
+    if declared == "ISO-8859-1":
+        assert list(fc.loads(document.replace("€", "").encode(declared))) == ["é"]
+
 
 def test_a_wrong_document_tells_file_line_and_column(tmp_path):
     file = tmp_path / "walk.fcrvt"
@@ -64,7 +90,7 @@ def test_what_cannot_be_read_or_written_leaves_old_files(tmp_path, ball):
         fc.loads(b"", format="nonsense")
     with pytest.raises(fc.UnknownFormatError):
         fc.save(ball, file, format="text of none")
-    with pytest.raises(ValueError, match="extension"):
+    with pytest.raises(fc.UnknownFormatError, match="extension"):
         fc.save(ball, tmp_path / "a.txt")
     ball.name = "n" * (1 << 21)
     with pytest.raises(fc.FormatError):

@@ -21,6 +21,10 @@ value: float = curve(1.5)
 values: np.typing.NDArray[np.float64] = curve(np.linspace(0, 1, 5)) + 1
 curve.keys[1].out_tangent.type = "plateau"
 curve.extend = ("cycle", "mirror")
+curve.extend, curve.interpolators, curve.keys[0].interpolator = "cycle", "linear", 3.5
+curve.properties = curve.segments[0].properties = {"a": "b"}
+kinds: fc.Interpolators = curve.interpolators
+svg: str = curve._repr_svg_()
 names: list[str] = [key.properties.get("name", "") for key in curve.keys]
 """
 

@@ -25,9 +25,12 @@ std::vector<Keyframe*> KeysOf(FCurve& curve) {
     return keys;
 }
 
-// The same angle, whole turns apart, that is nearest to another.
+constexpr double kRounding = 1e-9; // turns by which one angle counts as no nearer than another
+
+// The same angle, whole turns apart, that is nearest to another; of two that are as near, the one with fewer turns.
 double Nearest(double angle, double to, double turn) noexcept {
-    const double turns = std::round((to - angle) / turn);
+    const double way = (to - angle) / turn;
+    const double turns = std::copysign(std::ceil(std::abs(way) - 0.5 - kRounding), way);
     const double moved = angle + turns * turn;
     return turns == 0.0 || !std::isfinite(moved) ? angle : moved;
 }
@@ -96,7 +99,7 @@ std::size_t UnrollAngles(FCurve& x, FCurve& y, FCurve& z, RotationOrder order, d
             farSame += std::abs(same[c] - before);
             farOther += std::abs(other[c] - before);
         }
-        const bool takesOther = farOther < farSame - 1e-9 * turn; // of two that are as near, what is there
+        const bool takesOther = farOther < farSame - kRounding * turn; // of two that are as near, what is there
         bool differs = false;
         for (std::size_t c = 0; c < 3; ++c) {
             moves[c].push_back({takesOther ? other[c] : same[c], takesOther && c == second[order]});

@@ -15,7 +15,9 @@ inline namespace v19 {
 ///
 /// A rotation has many angles: whole turns more or less, and for three angles about three axes, with the second one
 /// reflected at a quarter turn, another three: (a, b, c) and (a + 180, 180 - b, c + 180) are the same. From the second
-/// key on, each key takes those that are nearest to the key before (least sum of distances over the channels).
+/// key on, each key takes those that are nearest to the key before (least sum of distances over the channels). Of two
+/// that are as near it keeps what it has: half a turn stays half a turn that way round, and a second call changes
+/// nothing.
 ///
 /// The rotation at each key stays what it was; only what is interpolated in between changes. Keys move in value, with
 /// their tangents; where the second angle is reflected, its handles are turned over, so that its slopes go with it. The

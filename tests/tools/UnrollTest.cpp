@@ -89,6 +89,19 @@ TEST(UnrollAngles, TakesWholeTurnsFromOneChannel) {
     EXPECT_EQ(UnrollAngles(*curve), 0u);
     EXPECT_EQ(recorder.take(), Heard{});
 
+    // What is half a turn away is as near as it gets.
+    for (const auto& angles : {std::array<double, 4>{0, 180, 360, 540}, {0, -180, -360, -540}, {90, -90, 90, -90}}) {
+        Channels channels;
+        for (auto& channel : channels) channel = FCurve::create();
+        for (int x = 0; x < 4; ++x) {
+            const double angle = angles[static_cast<std::size_t>(x)];
+            for (auto& channel : channels)
+                AddKey(*channel, x, &channel == &channels[0] ? angle : 0.0, Linear::create());
+        }
+        EXPECT_EQ(UnrollAngles(*channels[0]), 0u);
+        EXPECT_EQ(UnrollAngles(*channels[0], *channels[1], *channels[2], ROTATION_XYZ), 0u);
+    }
+
     const auto radians = CurveThrough({{0, 3}, {1, -3}}, Linear::create());
     EXPECT_EQ(UnrollAngles(*radians, 360 * kDegree), 1u);
     EXPECT_NEAR(radians->eval(1), 360 * kDegree - 3, 1e-15);

@@ -163,9 +163,11 @@ public:
             const double nextA = keyA ? keyA->getX() : kInfinity;
             const double nextB = keyB ? keyB->getX() : kInfinity;
             const double to = std::min({nextA, nextB, end});
-            if (!HasSameShape(*a, *b)) compare(*a, *b, from, to);
-            if (nextA <= to) a = Read::rightSegment(*keyA);
-            if (nextB <= to) b = Read::rightSegment(*keyB);
+            const Segment* const afterA = nextA <= to ? Read::rightSegment(*keyA) : a;
+            const Segment* const afterB = nextB <= to ? Read::rightSegment(*keyB) : b;
+            if (!HasSameShape(*a, *b)) compare(*a, *b, from, to, difference(*afterA, *afterB, to));
+            a = afterA;
+            b = afterB;
             if (to == end) break;
             from = to;
         }
@@ -186,8 +188,13 @@ private:
         m_result.x = x;
     }
 
-    void compare(const Segment& a, const Segment& b, double from, double to) {
+    // The curves differ by the given gap where the stretch ends: that frame belongs to what comes after it.
+    void compare(const Segment& a, const Segment& b, double from, double to, double gapAtEnd) {
         constexpr std::size_t places = 32;
+        constexpr double rounding = 1e-9;
+        const double gapBefore = difference(a, b, to);
+        const bool jumps = gapBefore != gapAtEnd && !(std::abs(gapBefore - gapAtEnd) <= rounding * gapBefore);
+        if (jumps && from < to) to = std::nextafter(to, from);
         std::array<double, places + 1> xs, gaps;
         for (std::size_t i = 0; i <= places; ++i) {
             xs[i] = i == places ? to : from + (to - from) * (static_cast<double>(i) / places);

@@ -96,6 +96,7 @@ bool EditHistory::move(bool undo) {
     m_kept -= step.bytes;
     step.bytes = step.record->bytes(*m_curves);
     m_kept += step.bytes;
+    if (!m_done.empty()) m_done.back().merges = false;
     hold();
     restoration.summarize();
     restoration.tellChanges();

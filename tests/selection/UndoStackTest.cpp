@@ -165,6 +165,10 @@ TEST(UndoStack, MergesNudgesAndKnowsTheSavedState) {
     nudge("up");
     EXPECT_EQ(stack.redoSize(), 0U);
     EXPECT_FALSE(stack.isClean());
+    stack.undo();
+    stack.redo();
+    nudge("up"); // not into what was undone meanwhile
+    EXPECT_EQ(stack.undoSize(), 2U);
 }
 
 TEST(UndoStack, KeepsWhatWasTouchedWithinItsBytes) {

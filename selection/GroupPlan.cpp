@@ -42,18 +42,14 @@ double Scaled(double x, double pivot, double factor) noexcept {
 } // namespace
 
 GroupPlan::GroupPlan(KeyGroup& group, const GroupTarget& target, const MoveOptions& options)
-    : m_group(group), m_target(target), m_options(options), m_factor(group.m_factor) {}
+    : m_group(group), m_asked(target), m_target(target), m_options(options), m_factor(group.m_factor) {}
 
 MoveReport GroupPlan::run() {
     gather();
-    if (!m_curves.empty()) {
-        snap();
-        planCurves();
-        m_part = limit();
-        m_report.isLimited = m_part < 1.0;
-        if (m_report.isLimited) limitToGrid();
-        m_factor = {m_group.m_factor.x + m_part * (m_target.factor.x - m_group.m_factor.x), m_target.factor.y};
-
+    const bool isPlanned = !m_curves.empty() && (plan(true) || plan(false));
+    if (isPlanned) {
+        m_factor = m_target.factor;
+        if (m_part < 1.0) m_factor.x = m_group.m_factor.x + m_part * (m_target.factor.x - m_group.m_factor.x);
         // Curves in which nobody is passed are complete before anybody hears of it.
         std::deque<PendingChanges> changes;
         std::vector<std::pair<Curve*, std::vector<Spot>>> crossed;
@@ -67,6 +63,9 @@ MoveReport GroupPlan::run() {
         for (PendingChanges& change : changes) change.notify();
         for (auto& [curve, passing] : crossed) cross(*curve, passing);
         m_group.m_factor = m_factor;
+    }
+    if (!m_curves.empty()) {
+        m_report.isLimited = m_report.isLimited || !isPlanned;
         const Entry& anchor = m_group.m_entries[m_group.m_anchor];
         m_report.offset = anchor.key->get() - anchor.start;
     }
@@ -88,6 +87,19 @@ void GroupPlan::gather() {
     for (Curve& curve : m_curves)
         std::sort(curve.entries.begin(), curve.entries.end(),
                   [](const Entry* a, const Entry* b) { return a->key->getX() < b->key->getX(); });
+}
+
+// Whether there is a place for each key.
+bool GroupPlan::plan(bool isFromStart) {
+    m_isFromStart = isFromStart;
+    m_target = m_asked;
+    snap();
+    planCurves();
+    m_part = limit();
+    m_report.isLimited = m_part < 1.0;
+    if (m_report.isLimited) limitToGrid();
+    if (isFromStart) takePart();
+    return isPossible();
 }
 
 // --- where to --------------------------------------------------------------------------------------------------------
@@ -124,6 +136,10 @@ void GroupPlan::snap() {
     m_snappedY = keyY;
 }
 
+double GroupPlan::fromOf(const Entry& entry) const {
+    return m_isFromStart ? entry.start.x : entry.key->getX();
+}
+
 Vector2D<double> GroupPlan::wantedOf(const Entry& entry) const {
     return {&entry == m_snappedX ? m_grid.x
                                  : Scaled(entry.start.x, m_target.pivot.x, m_target.factor.x) + m_target.offset.x,
@@ -132,12 +148,13 @@ Vector2D<double> GroupPlan::wantedOf(const Entry& entry) const {
 }
 
 double GroupPlan::wayOf(const Entry& entry) const {
-    return wantedOf(entry).x - entry.key->getX();
+    // One for all, to the last bit, where it is.
+    return m_isFromStart && !m_target.scales ? m_target.offset.x : wantedOf(entry).x - fromOf(entry);
 }
 
 // Once the part of the way is known.
 Vector2D<double> GroupPlan::placeOf(const Spot& spot) const {
-    const double x = spot.key->getX() + m_part * spot.way;
+    const double x = spot.from + m_part * spot.way;
     if (!spot.entry) return {x, spot.key->getY()};
     const Vector2D<double> wanted = wantedOf(*spot.entry);
     return {m_part == 1.0 ? wanted.x : x, wanted.y};
@@ -154,7 +171,8 @@ void GroupPlan::planCurve(Curve& curve) const {
     std::vector<Spot>& spots = curve.spots;
     spots.clear();
     if (m_options.others == MoveOptions::Cross) {
-        for (Entry* entry : curve.entries) spots.push_back({entry->key.get(), wayOf(*entry), entry, false});
+        for (Entry* entry : curve.entries)
+            spots.push_back({entry->key.get(), fromOf(*entry), wayOf(*entry), entry, false});
         return;
     }
     const bool ripples = m_options.others == MoveOptions::Ripple;
@@ -164,20 +182,22 @@ void GroupPlan::planCurve(Curve& curve) const {
         Keyframe* at = curve.entries[next]->key.get();
         for (Keyframe* before = at; (before = Read::previousKey(*before));) {
             at = before;
-            if (!before->isBreakdown()) break;
+            if (!before->isBreakdown() || m_target.cuts) break;
         }
-        double way = 0.0;
+        double way = 0.0, back = 0.0;
         bool isPast = false; // the first key of the group
         for (; at; at = Read::nextKey(*at)) {
             const bool isOfGroup = next < curve.entries.size() && curve.entries[next]->key.get() == at;
             if (isOfGroup) {
-                way = wayOf(*curve.entries[next]);
+                Entry* const entry = curve.entries[next++];
+                way = wayOf(*entry);
+                back = fromOf(*entry) - at->getX();
                 isPast = true;
-                spots.push_back({at, way, curve.entries[next++], false});
+                spots.push_back({at, fromOf(*entry), way, entry, false});
             } else if (isPast && ripples) {
-                spots.push_back({at, way, nullptr, false});
+                spots.push_back({at, at->getX() + back, way, nullptr, false});
             } else {
-                spots.push_back({at, 0.0, nullptr, at->isBreakdown()});
+                spots.push_back({at, at->getX(), 0.0, nullptr, at->isBreakdown() && !m_target.cuts});
                 if (isPast && !at->isBreakdown()) break;
             }
         }
@@ -188,13 +208,13 @@ void GroupPlan::planCurve(Curve& curve) const {
             while (end < spots.size() && spots[end].follows) ++end;
             const Spot* const left = i > first ? &spots[i - 1] : nullptr;
             const Spot* const right = end < spots.size() ? &spots[end] : nullptr;
+            const auto backOf = [](const Spot& spot) { return spot.from - spot.key->getX(); };
             for (; i < end; ++i) {
-                if (!left || !right) {
-                    spots[i].way = (left ? left : right)->way;
-                    continue;
-                }
-                const double from = left->key->getX(), to = right->key->getX();
-                spots[i].way = left->way + (spots[i].key->getX() - from) / (to - from) * (right->way - left->way);
+                const Spot &a = left ? *left : *right, &b = right ? *right : *left;
+                const double x = spots[i].key->getX(), from = a.key->getX(), to = b.key->getX();
+                const double proportion = from < to ? (x - from) / (to - from) : 0.0;
+                spots[i].way = a.way + proportion * (b.way - a.way);
+                spots[i].from = x + backOf(a) + proportion * (backOf(b) - backOf(a));
             }
         }
     }
@@ -220,7 +240,7 @@ double GroupPlan::limit() const {
     for (const Curve& curve : m_curves)
         for (std::size_t i = 0; i + 1 < curve.spots.size(); ++i) {
             const Spot &left = curve.spots[i], &right = curve.spots[i + 1];
-            part = std::min(part, Meeting(left.key->getX(), right.key->getX(), left.way, right.way));
+            part = std::min(part, Meeting(left.from, right.from, left.way, right.way));
         }
     if (m_options.others != MoveOptions::Cross) return part;
     // Back from place to place until nobody lands too near to a key that stays.
@@ -239,7 +259,7 @@ double GroupPlan::limit() const {
 
 // The part of the way, not above the given one, at which the key is far enough from the keys that stay around it.
 double GroupPlan::roomFor(const Curve& curve, const Entry& entry, double part) const {
-    const double from = entry.key->getX(), way = wayOf(entry);
+    const double from = fromOf(entry), way = wayOf(entry);
     if (way == 0.0) return part;
     const double x = from + part * way;
     Segment& segment = Read::findSegment(*curve.curve, x);
@@ -268,18 +288,19 @@ const GroupPlan::Run* GroupPlan::runOf(const Curve& curve, const Keyframe& key) 
     return &*std::prev(after);
 }
 
-// The last place on the grid before the one where the group was held back; where it is, if there is none between.
+// The last place on the grid before the one where the group was held back; where it came from, if there is none
+// between.
 void GroupPlan::limitToGrid() {
     if (!m_snappedX) return;
-    const double now = m_snappedX->key->getX();
+    const double from = fromOf(*m_snappedX);
     const double step = m_options.frameStep, origin = m_options.frameOrigin;
     constexpr int patience = 100'000;
     for (int i = 0; i < patience && m_part < 1.0; ++i) {
-        const double way = m_grid.x - now;
-        const double place = (now + m_part * way - origin) / step;
+        const double way = m_grid.x - from;
+        const double place = (from + m_part * way - origin) / step;
         const double rounding = 1e-9;
         m_grid.x = origin + (way > 0.0 ? std::floor(place + rounding) : std::ceil(place - rounding)) * step;
-        if (way > 0.0 ? m_grid.x <= now : m_grid.x >= now) break;
+        if (way > 0.0 ? m_grid.x <= from : m_grid.x >= from) break;
         const double start = m_snappedX->start.x, pivot = m_target.pivot.x;
         if (m_target.scales)
             m_target.factor.x = (m_grid.x - pivot) / (start - pivot);
@@ -292,6 +313,38 @@ void GroupPlan::limitToGrid() {
     if (m_part < 1.0) m_part = 0.0;
 }
 
+// From here on only as far is wanted, and the way is the one from where the keys are now.
+void GroupPlan::takePart() {
+    if (m_part < 1.0) {
+        m_snappedX = nullptr;
+        m_target.offset.x *= m_part;
+        m_target.factor.x = 1.0 + m_part * (m_target.factor.x - 1.0);
+    }
+    m_part = 1.0;
+    m_isFromStart = false;
+    planCurves();
+}
+
+// Whether the keys' places are numbers, in the order of the keys, and free: far away rounding may leave no room, and
+// the way from the start may lead over keys that were edited meanwhile.
+bool GroupPlan::isPossible() const {
+    const auto isTaken = [&](const Curve& curve, double x) {
+        const Keyframe* const there = Read::leftKey(Read::findSegment(*curve.curve, x));
+        return there && there->getX() == x && !runOf(curve, *there);
+    };
+    for (const Curve& curve : m_curves) {
+        const Spot* before = nullptr;
+        for (const Spot& spot : curve.spots) {
+            const Vector2D<double> to = placeOf(spot);
+            if (!std::isfinite(to.x) || !std::isfinite(to.y)) return false;
+            if (before && before->key != spot.key && !(placeOf(*before).x < to.x)) return false;
+            if (m_options.others == MoveOptions::Cross && isTaken(curve, to.x)) return false;
+            before = &spot;
+        }
+    }
+    return true;
+}
+
 // --- the move --------------------------------------------------------------------------------------------------------
 
 // Moves all keys of the curve at once, as Keyframe::set would one. Nothing, if the curve is not as it was planned.
@@ -300,7 +353,6 @@ void GroupPlan::move(Curve& curve, PendingChanges& changes) {
     for (const Spot& spot : curve.spots) {
         if (Read::curve(*spot.key) != curve.curve.get()) return;
         const Vector2D<double> to = placeOf(spot);
-        if (!std::isfinite(to.x) || !std::isfinite(to.y)) return;
         if (to != spot.key->get() || (spot.entry && m_factor != m_group.m_factor))
             moves.push_back({spot.key, to, spot.entry});
     }
@@ -380,10 +432,9 @@ void GroupPlan::cross(Curve& curve, const std::vector<Spot>& passing) {
     std::vector<std::shared_ptr<Block>> travellers;
     std::vector<Vector2D<double>> places;
     for (const Spot& spot : passing) {
-        const Vector2D<double> to = placeOf(spot);
-        if (Read::curve(*spot.key) != &c || !std::isfinite(to.x) || !std::isfinite(to.y)) return;
+        if (Read::curve(*spot.key) != &c) return;
         travellers.push_back(Block::of(*spot.key)->self.lock());
-        places.push_back(to);
+        places.push_back(placeOf(spot));
     }
     std::vector<Spot> stay;
     std::size_t leaving = 0; // in the same order

@@ -18,11 +18,13 @@ struct GroupTarget {
     Vector2D<double> pivot;
     Vector2D<double> factor{1.0, 1.0};
     bool scales = false; // or moves
+    bool cuts = false;   // breakdown keys before the group's first one stay
 };
 
 // One move of a group: looks for how far it can go, then goes there. The way of each key is a straight line in a
-// parameter, 0 where the key is now and 1 where it is wanted, so two neighbours meet at one place on it, and the group
-// as a whole goes as far as the first meeting allows.
+// parameter, 0 where the key stood when the group was made and 1 where it is wanted, so two neighbours meet at one
+// place on it, and the group as a whole goes as far as the first meeting allows, wherever a drag has taken it
+// meanwhile. Where others have come in between it starts from where the keys are now.
 class GroupPlan {
 public:
     GroupPlan(KeyGroup& group, const GroupTarget& target, const MoveOptions& options);
@@ -33,6 +35,7 @@ private:
 
     struct Spot {
         Keyframe* key;
+        double from; // its place at the parameter 0
         double way;
         Entry* entry; // null for a key outside the group
         bool follows; // a breakdown key, whose way its neighbours decide
@@ -56,6 +59,7 @@ private:
     };
 
     void gather();
+    bool plan(bool isFromStart);
     void snap();
     void planCurves();
     void planCurve(Curve& curve) const;
@@ -63,9 +67,12 @@ private:
     void limitToGrid();
 
     double limit() const;
+    void takePart();
+    bool isPossible() const;
     double roomFor(const Curve& curve, const Entry& entry, double part) const;
     const Run* runOf(const Curve& curve, const Keyframe& key) const;
 
+    double fromOf(const Entry& entry) const;
     Vector2D<double> wantedOf(const Entry& entry) const;
     double wayOf(const Entry& entry) const;
     Vector2D<double> placeOf(const Spot& spot) const;
@@ -76,7 +83,9 @@ private:
     void scaleHandles(const Entry& entry, PendingChanges& changes) const;
 
     KeyGroup& m_group;
-    GroupTarget m_target;
+    const GroupTarget m_asked;
+    GroupTarget m_target; // on the grids
+    bool m_isFromStart = true;
     const MoveOptions m_options;
     std::vector<Curve> m_curves;
     const Entry* m_snappedX = nullptr; // the keys that stand exactly on the grids

@@ -32,7 +32,7 @@ struct MoveReport {
     std::size_t keys = 0;    ///< of the group, still in their curves
     std::size_t others = 0;  ///< keys outside the group that moved: those that shifted along, and breakdown keys
     std::size_t passed = 0;  ///< keys of the group that passed another one
-    bool isLimited = false;  ///< something held the group back in time
+    bool isLimited = false;  ///< something held the group back in time, or there was no place for one of its keys
     Vector2D<double> offset; ///< by how much the group's first key in time is now away from where it stood
     Vector2D<double> factor; ///< by which distances are now scaled
 };
@@ -40,6 +40,11 @@ struct MoveReport {
 /// \name Move and scale keys as one group
 /// From where the keys stood when the group was made, as one rigid whole over all its curves: where one key is held
 /// back all are, and distances between keys of the group never change, or change all by one factor.
+///
+/// On a grid, a group that is held back halts at the last place before, seen from where it started; there, if there is
+/// none between. Its place never depends on the way that a drag took, unless others edited the curves meanwhile: then
+/// the way counts from where the keys are now. Where offsets or factors are so large that rounding would put two keys
+/// on one frame, or leave no number, nothing changes.
 ///
 /// What stands outside the group stops it, is passed, or shifts along (MoveOptions); breakdown keys keep their
 /// proportion of the way, automatic tangents follow, keys that others have put closer than 0.001 keep that distance.

@@ -159,7 +159,7 @@ void BindGroups(py::module_& module, CurveClass& curve) {
         .def_readonly("keys", &MoveReport::keys, "How many of the group are in their curves.")
         .def_readonly("others", &MoveReport::others, "How many keys moved along.")
         .def_readonly("passed", &MoveReport::passed, "How many passed others.")
-        .def_readonly("is_limited", &MoveReport::isLimited, "Whether other keys held the group back.")
+        .def_readonly("is_limited", &MoveReport::isLimited, "Whether something held the group back.")
         .def_property_readonly(
             "offset", [](const MoveReport& self) { return FCurvePython::ToPython(self.offset); },
             "(x, y): how far the first key is from where it stood.")

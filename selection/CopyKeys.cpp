@@ -5,6 +5,7 @@
 #include "FCurveLib/KeyGroup.h"
 #include "FCurveLib/MoveKeys.h"
 #include "model/Read.h"
+#include "selection/GroupPlan.h"
 #include "tools/ClipCurve.h"
 
 #include <algorithm>
@@ -70,11 +71,13 @@ Curves TargetsOf(const KeyClip& clip, const Curves& curves, PasteOptions::Match 
     return targets;
 }
 
-// Shifts the keys from the frame on.
-std::size_t Shift(FCurve& curve, double frame, double by) {
+// Shifts the keys from the frame on, and nothing before it.
+MoveReport Shift(FCurve& curve, double frame, double by) {
     KeyGroup later(curve, std::nextafter(frame - Keyframe::getMinSeparation(), frame));
-    if (later.empty()) return 0;
-    return MoveKeys(later, {by, 0.0}).keys;
+    Private::GroupTarget target;
+    target.offset.x = by;
+    target.cuts = true;
+    return Private::GroupPlan(later, target, {}).run();
 }
 
 } // namespace
@@ -88,15 +91,17 @@ PasteReport PasteKeys(const KeyClip& clip, const Curves& curves, const PasteOpti
     for (const FCurve& source : clip.getCurves()) {
         const std::shared_ptr<FCurve>& target = targets[number++];
         const auto pasted = target ? Private::ShiftedCurve(source, frames, report.kept) : nullptr;
-        if (!pasted) {
+        MoveReport shift;
+        if (pasted && options.mode == PasteOptions::Ripple) {
+            const double first = Read::rightKey(Read::firstSegment(*pasted))->getX();
+            const double last = Read::leftKey(Read::lastSegment(*pasted))->getX();
+            shift = Shift(*target, first, last - first + gap);
+        }
+        if (!pasted || shift.isLimited) {
             report.unmatched.emplace_back(source.getName());
             continue;
         }
-        if (options.mode == PasteOptions::Ripple) {
-            const double first = Read::rightKey(Read::firstSegment(*pasted))->getX();
-            const double last = Read::leftKey(Read::lastSegment(*pasted))->getX();
-            report.shifted += Shift(*target, first, last - first + gap);
-        }
+        report.shifted += shift.keys;
         Private::CurvePaste result = Private::PasteInto(*target, *pasted, options.mode == PasteOptions::Replace);
         ++report.curves;
         report.removed += result.removed;

@@ -29,7 +29,10 @@ struct PasteOptions {
     Match match = ByName;
     /// Where the clip's first key goes; by default where it came from.
     double frame = std::numeric_limits<double>::quiet_NaN();
-    double gap = 1.0; ///< frames between the last pasted key and the first one that was shifted
+    /// Ripple: by how many frames more than the clip's length keys shift, at least Keyframe::getMinSeparation(); 1 if
+    /// not finite. A key at the first pasted one's frame comes to stand so far after the last one, a later one as much
+    /// later.
+    double gap = 1.0;
 };
 
 /// What came of it.
@@ -45,7 +48,8 @@ struct PasteReport {
 /// \name Copy
 /// Keys with positions, tangents, flags, properties, and the segments that start there. Where the shape between two
 /// neighbours depends on keys that are not copied (a spline() at the end, say), the clip has bezier() of the same
-/// shape. Keys that are in no curve any more are left out. n log n.
+/// shape, if there is one: a match() that starts or ends beside its keys, at a formula, number or step that is not
+/// copied, stays a match() and meets what it finds there. Keys that are in no curve any more are left out. n log n.
 /// @{
 FCURVELIB_API KeyClip CopyKeys(const KeyGroup& group);
 FCURVELIB_API KeyClip CopyKeys(Selection& selection);
@@ -54,7 +58,9 @@ FCURVELIB_API KeyClip CopyKeys(Selection& selection);
 /// \name Paste
 /// Between pasted keys the curve has the clip's shape exactly, moved in time; formulas in x are rewritten for that. A
 /// tangent whose type would give another handle there becomes Fixed. Tangents at the ends of the clip that face other
-/// keys follow their types. Fixed ones keep their slope.
+/// keys follow their types. Fixed ones keep their slope. Another shape have: what `report.kept` names, a match() that
+/// met something that was not copied (CopyKeys), and a spline() next to a key that Insert has left among the pasted
+/// ones.
 ///
 /// Beyond its last key a curve goes on as it did, as with SetKey. Edits by the public setters; n log n.
 /// @{

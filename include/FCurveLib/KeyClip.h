@@ -13,8 +13,9 @@ inline namespace v19 {
 /// they hold, and any number of threads may paste from it.
 ///
 /// It holds a curve for each curve that keys were copied from, of the same name and with copies of these keys alone.
-/// Between keys that were neighbours it has the shape that the curve had there; its end segments say what follows the
-/// last key where another one does. Selection is left behind, curve properties too.
+/// Between keys that were neighbours it has the shape that the curve had there, but for a match() that met a formula,
+/// number or step that is not in it (CopyKeys); its end segments say what follows the last key where another one does.
+/// Selection is left behind, curve properties too.
 class FCURVELIB_API KeyClip {
 public:
     /// Without keys.

@@ -104,6 +104,7 @@ TEST(PasteKeys, MakesRoomAsAsked) {
         SCOPED_TRACE(testing::Message() << row.mode << " at " << row.frame);
         const auto target = CurveThrough({{100, 7}, {101, 8}, {107, 9}, {120, 0}}, straight());
         (--target->end())->setInterpolator(InterpolatorFactory::create("cycle()"));
+        KeyAt(*target, 1)->setBreakdown(true); // before the pasted keys it stays, too
         const auto container = makeContainer({target});
         PasteOptions options;
         options.mode = row.mode;
@@ -118,6 +119,11 @@ TEST(PasteKeys, MakesRoomAsAsked) {
             const bool isLast = &key.getRightSegment() == &*--target->end();
             EXPECT_TRUE(isLast || SameCurve::expression(key.getRightSegment()) != "cycle()");
         }
+        options.mode = PasteOptions::Ripple;
+        options.frame = 99;
+        options.gap = 1e300;
+        EXPECT_EQ(PasteKeys(clip, *container, options).unmatched.size(), 1U) << "nobody can shift so far";
+        EXPECT_EQ(KeysOf(*target), row.expected);
     }
 }
 

@@ -193,17 +193,16 @@ export function element<T extends HTMLElement = HTMLElement>(id: string): T {
 }
 
 /**
- * A number in about so many characters, if need be with an exponent; not a digit of its size is left out, and a whole
+ * A number in so many characters, if need be with an exponent; not a digit of its size is left out, and a whole
  * number that is shown for a broken one has an ellipsis.
  */
 export function shorten(value: number, most: number): string {
     for (let digits = 7; digits > 0; --digits) {
         const plain = String(Number(value.toPrecision(digits))).replace("e+", "e");
         const isWhole = Math.abs(value) < 10 ** digits || value === Number(plain);
-        if (plain.length <= most && isWhole) {
-            const isCut = Number.isInteger(Number(plain)) && !Number.isInteger(value);
-            return isCut && Math.abs(value) >= 1 ? `${Math.trunc(value)}…` : plain;
-        }
+        const isCut = Number.isInteger(Number(plain)) && !Number.isInteger(value) && Math.abs(value) >= 1;
+        const shown = isCut ? `${Math.trunc(value)}…` : plain;
+        if (shown.length <= most && isWhole) return shown;
         const scientific = value.toExponential(digits - 1).replace(/\.?0*e\+?/, "e");
         if (scientific.length <= most) return scientific;
     }

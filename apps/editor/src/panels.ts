@@ -210,6 +210,17 @@ export class CurveList {
     }
 }
 
+/** What is wrong with a formula where this is left to read; the parser has one message for all that it cannot read. */
+function reasonOf(message: string, rest: string): string {
+    if (!message.includes("unknown error")) return message;
+    if (rest.startsWith("\"")) return "The text in quotes has no end.";
+    const number = Number(/^[\d.]+(e[-+]?\d+)?/i.exec(rest)?.[0] ?? 1);
+    if (number === 0 || number === Infinity) return "The number is too large or too small.";
+    const [character] = rest;
+    if (character === undefined || /[\w(),+\-*/%]/.test(character)) return "The formula is too long, or nested too deeply.";
+    return `"${character}" is not understood in a formula.${character === "^" ? " A power is written **." : ""}`;
+}
+
 /** What is selected, from the library's examiner: fields show mixed values as mixed, and can be typed into. */
 export class PropertyPanel {
     private last: Properties | null = null;
@@ -370,7 +381,7 @@ export class PropertyPanel {
         field.setAttribute("aria-invalid", String(!box.hidden));
         if (found.message === undefined) return true;
         element("formula-mark").textContent = `${" ".repeat(found.position ?? 0)}^\n`;
-        element("formula-reason").textContent = found.message;
+        element("formula-reason").textContent = reasonOf(found.message, field.value.slice(found.position ?? 0));
         this.placeMark(field.value.slice(0, found.position ?? 0));
         return false;
     }
@@ -671,7 +682,7 @@ export class Playback {
         if (document.activeElement !== field) field.value = format(Math.round(app.frame * 1000) / 1000);
         const values = app.bridge.values(app.frame);
         for (const cell of document.querySelectorAll<HTMLElement>("#curves [data-value]"))
-            cell.textContent = format(Number((values[Number(cell.dataset["value"])] ?? 0).toPrecision(5)));
+            cell.textContent = shorten(Number((values[Number(cell.dataset["value"])] ?? 0).toPrecision(5)), 7);
         const value = values[app.state.active] ?? 0;
 
         const ratio = devicePixelRatio || 1;

@@ -9,6 +9,8 @@
 #include <FCurveLib/FormatInterface.h>
 #include <FCurveLib/Stream.h>
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cmath>
 
@@ -100,18 +102,25 @@ void CurveReader::readCurves(Stream& stream, FormatInterface& target) {
     readBytes(bytes, target);
 }
 
-void CurveReader::readBytes(std::string_view bytes, FormatInterface& target) const {
-    Document document = parse(bytes);
+Document CurveReader::documentOf(std::string_view bytes) const {
+    Document document;
+    try {
+        document = parse(bytes);
+    } catch (const nlohmann::json::exception& error) { // is none of this library's
+        throw BadDocument(error.what());
+    }
     LimitCheck(bytes, document);
     TakeWantedRate(document);
-    EmitDocument(document, target);
+    return document;
+}
+
+void CurveReader::readBytes(std::string_view bytes, FormatInterface& target) const {
+    EmitDocument(documentOf(bytes), target);
 }
 
 void CurveReader::readCurve(Stream& stream, FormatInterface& target) {
     const std::string bytes = ReadAll(stream);
-    Document document = parse(bytes);
-    LimitCheck(bytes, document);
-    TakeWantedRate(document);
+    const Document document = documentOf(bytes);
     if (document.tracks.empty()) throw BadDocument("There is no curve.");
     EmitTrack(document.tracks.front(), target);
 }

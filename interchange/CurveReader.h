@@ -34,6 +34,10 @@ protected:
     virtual Document parse(std::string_view bytes) const = 0;
     // Whether a document begins like this: its first 16 KiB, or all of it.
     virtual bool recognises(std::string_view opening, bool isWhole) const = 0;
+
+private:
+    // Parsed, within the limits, in the frames that are wanted.
+    Document documentOf(std::string_view bytes) const;
 };
 
 // To the report of the conversion, if there is one.

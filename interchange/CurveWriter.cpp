@@ -10,6 +10,9 @@
 #include <FCurveLib/ContainerInterface.h>
 #include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/Stream.h>
+#include <FCurveLib/Transform.h>
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -44,6 +47,26 @@ void Write(const std::string& bytes, Stream& stream) {
         throw TooMuch("The document is longer than a stream can hold.");
     for (std::size_t at = 0; at < bytes.size(); at += kPiece)
         stream.writeData(bytes.data() + at, static_cast<int>(std::min(kPiece, bytes.size() - at)));
+}
+
+// Curves that count in one rate and are wanted in another keep their seconds.
+void TakeRate(FCurveContainer& curves, double wanted) {
+    double stated = 0.0;
+    const bool isStated = ParseNumber(curves.getProperty(kFrameRate), stated) && stated > 0.0;
+    if (!isStated || !(wanted > 0.0 && std::isfinite(wanted)) || stated == wanted) return;
+    const double scale = wanted / stated;
+    const std::string rates = "from " + ShortNumber(stated) + " to " + ShortNumber(wanted) + " frames a second";
+    for (FCurve& curve : curves) {
+        const TransformResult result = TransformCurve(curve, {scale, 1.0}, {0.0, 0.0});
+        if (!result.transformed)
+            throw NotWritable("The keys of " + Quoted(curve.getName()) + " cannot go " + rates + '.');
+        for (const std::string& expression : result.kept)
+            Lose({curve.getName(), Loss::Time, Loss::Replaced, Quoted(expression) + " stays, " + rates, 1, {}, 0, 0});
+    }
+    for (const char* key : {kFirstFrame, kLastFrame})
+        if (double frame = 0.0; ParseNumber(curves.getProperty(key), frame))
+            curves.setProperty(key, NumberText(frame * scale).c_str());
+    curves.setProperty(kFrameRate, NumberText(wanted).c_str());
 }
 
 // Bytes that are read where they stand.
@@ -138,8 +161,11 @@ private:
             ~Clear() { draft.clear(); }
         } const clearing{*this};
         RequireLimits(*curves);
+        ConversionOptions options = Conversion::options();
+        if (const double there = m_writer.rateThere(); there > 0.0) options.frameRate = there;
+        TakeRate(*curves, options.frameRate);
         Notes notes;
-        const std::string bytes = m_writer.compose(*curves, notes);
+        const std::string bytes = compose(notes);
         const std::size_t longest = std::min<std::size_t>(Conversion::options().longest, 0x7FFFFFFF);
         if (bytes.size() > longest)
             throw TooMuch("The document would have " + std::to_string(bytes.size()) + " bytes; the limit is "
@@ -149,7 +175,7 @@ private:
             Comparer comparer(*curves, notes);
             Returned target(comparer);
             ConversionReport nothing; // reading reports what the document has, which here is what the comparison finds
-            const Conversion reading(nothing, Conversion::options());
+            const Conversion reading(nothing, options);
             Reader* const reader = FormatFactory::getReader(m_writer.getFormatType());
             View stream(bytes);
             if (auto* const own = dynamic_cast<CurveReader*>(reader))
@@ -159,6 +185,14 @@ private:
             comparer.finish(target.container(), *report);
         }
         Write(bytes, m_stream);
+    }
+
+    std::string compose(Notes& notes) const {
+        try {
+            return m_writer.compose(*curves, notes);
+        } catch (const nlohmann::json::exception& error) { // is none of this library's
+            throw NotWritable(error.what());
+        }
     }
 
     const CurveWriter& m_writer;

@@ -28,6 +28,8 @@ protected:
     // The document of these curves; raises NotWritable or TooMuch. A reader of the same format must read it back.
     // Names that come back differently go to the notes.
     virtual std::string compose(const FCurveContainer& curves, Notes& notes) const = 0;
+    // Frames a second in which the document counts that is there and into which curves are written; 0 for a new one.
+    virtual double rateThere() const { return 0.0; }
 
 private:
     class Draft; // of one document

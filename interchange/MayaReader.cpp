@@ -23,6 +23,11 @@ constexpr double kPi = 3.14159265358979323846;
 // Of a vertical unweighted tangent, in value a second.
 constexpr double kSteepest = 5729577.948511148;
 
+// Degrees for a unit that is not known.
+double RadiansOf(const AngularUnit* unit) {
+    return unit ? unit->radians : kPi / 180.0;
+}
+
 struct Word {
     enum Type : unsigned char { Text, Semicolon, Open, Close, End };
     Type type = End;
@@ -151,6 +156,7 @@ private:
 
     void finish(MayaCurve& curve);
     void setTimeUnit(std::string_view unit, double& scale, bool isHeader);
+    static void loseUnit(std::string detail);
     void tell(const MayaCurve& curve, Loss::What what, Loss::Remedy remedy, std::string detail,
               const double* place = nullptr) const;
     double slopeOf(const MayaCurve& curve, std::size_t index, bool isIn) const;
@@ -197,6 +203,14 @@ void MayaParser::tell(const MayaCurve& curve, Loss::What what, Loss::Remedy reme
     Lose(loss);
 }
 
+void MayaParser::loseUnit(std::string detail) {
+    Loss loss;
+    loss.what = Loss::Units;
+    loss.remedy = Loss::Replaced;
+    loss.detail = std::move(detail);
+    Lose(loss);
+}
+
 void MayaParser::setTimeUnit(std::string_view unit, double& scale, bool isHeader) {
     const double wanted = Conversion::options().frameRate;
     if (const double seconds = MayaClockSeconds(unit); seconds > 0.0) {
@@ -206,11 +220,7 @@ void MayaParser::setTimeUnit(std::string_view unit, double& scale, bool isHeader
     }
     double rate = MayaFrameRate(unit);
     if (rate <= 0.0) {
-        Loss loss;
-        loss.what = Loss::Units;
-        loss.remedy = Loss::Replaced;
-        loss.detail = "time unit " + Quoted(unit) + " by film";
-        Lose(loss);
+        loseUnit("time unit " + Quoted(unit) + " by film");
         rate = 24.0;
     }
     // A host that wants another rate gets the same seconds.
@@ -237,16 +247,19 @@ void MayaParser::readHeader(const Word& word) {
     } else if (word.is("timeUnit")) {
         setTimeUnit(text, m_timeScale, true);
     } else if (word.is("linearUnit")) {
-        for (const LinearUnit& unit : kLinearUnits) {
-            if (text != unit.name && text != unit.longName) continue;
-            keep(kLinearUnit, unit.name);
-            m_linearPerCentimetre = 0.01 / unit.meters;
+        if (const LinearUnit* const unit = FindUnit(kLinearUnits, text)) {
+            keep(kLinearUnit, unit->name);
+            m_linearPerCentimetre = 0.01 / unit->meters;
+        } else {
+            loseUnit("linear unit " + Quoted(text));
         }
     } else if (word.is("angularUnit")) {
-        if (text == "rad" || text == "radian") m_angleUnit = 1.0;
-        if (text == "min" || text == "minute") m_angleUnit = kPi / 10800.0;
-        if (text == "sec" || text == "second") m_angleUnit = kPi / 648000.0;
-        keep(kAngularUnit, m_angleUnit == 1.0 ? "rad" : text == "degree" ? "deg" : text);
+        if (const AngularUnit* const unit = FindUnit(kAngularUnits, text)) {
+            keep(kAngularUnit, unit->name);
+            m_angleUnit = RadiansOf(unit);
+        } else {
+            loseUnit("angular unit " + Quoted(text) + " by deg");
+        }
     } else if (word.is("startTime")) {
         frame(kFirstFrame);
     } else if (word.is("endTime")) {
@@ -384,7 +397,7 @@ void MayaParser::readAnimData() {
         else if (word.is("outputUnit"))
             m_track.properties.emplace_back("maya_output_unit", std::string(value));
         else if (word.is("tangentAngleUnit"))
-            curve.angleUnit = value.substr(0, 3) == "rad" ? 1.0 : kPi / 180.0;
+            curve.angleUnit = RadiansOf(FindUnit(kAngularUnits, value));
         else if (word.is("preInfinity"))
             curve.pre = value;
         else if (word.is("postInfinity"))
@@ -557,6 +570,7 @@ void MayaParser::finish(MayaCurve& curve) {
         }
         tell(curve, Loss::Tangents, Loss::Shortened, "overlong handles", &left.x);
     }
+    if (!keys.empty()) TakeRise(track, keys.back().at.y - keys.front().at.y);
     m_document.tracks.push_back(std::move(track));
 }
 

@@ -3,6 +3,7 @@
 #include "interchange/MayaFormat.h"
 #include "interchange/MayaTangents.h"
 #include "interchange/Numbers.h"
+#include "interchange/Units.h"
 
 #include <FCurveLib/FormatType.h>
 #include <FCurveLib/Segment.h>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -29,8 +31,10 @@ struct TimeUnit {
 TimeUnit TimeUnitOf(double rate) {
     static constexpr const char* words[] = {"game",  "film",      "pal",      "ntsc",      "show",    "palf",
                                             "ntscf", "23.976fps", "29.97fps", "47.952fps", "59.94fps"};
+    // As exporters write them: 23.976, 29.9700012207031. In frames, so that no key moves.
+    constexpr double kClose = 2e-6;
     for (const char* word : words)
-        if (std::fabs(MayaFrameRate(word) - rate) <= 1e-9 * rate) return {word, 1.0};
+        if (std::fabs(MayaFrameRate(word) - rate) <= kClose * rate) return {word, 1.0};
     if (rate == std::floor(rate) && rate >= 2.0 && rate <= 6000.0) return {ShortNumber(rate) + "fps", 1.0};
     return {"sec", 1.0 / rate};
 }
@@ -87,21 +91,25 @@ private:
     Notes& m_notes;
     double m_rate;
     TimeUnit m_unit;
+    bool m_hasDegrees = true;                // as the unit of values; angles of tangents are in degrees always
     std::map<std::string, int> m_attributes; // of each node so far
+    std::set<std::string> m_names;           // under which curves come back
     std::string m_text = "animVersion 1.1;\nmayaVersion 2018;\n";
 };
 
 void MayaDocument::writeHeader(const FCurveContainer& curves) {
-    const auto propertyOr = [&](const char* key, const char* otherwise) {
+    const auto unitOf = [&](const char* key, const auto& units, const char* otherwise) -> std::string {
         const std::string value = curves.getProperty(key);
-        return value.empty() ? otherwise : value;
+        const auto* const unit = FindUnit(units, value);
+        if (!unit && !value.empty())
+            Lose({"", Loss::Units, Loss::Replaced, Quoted(value) + " by " + otherwise, 1, {}, 0.0, 0.0});
+        return unit ? unit->name : otherwise;
     };
-    const std::string linear = propertyOr(kLinearUnit, "cm");
     line("timeUnit", m_unit.name);
-    line("linearUnit", std::string_view(" mm cm m km in ft yd mi ").find(' ' + linear + ' ') == std::string_view::npos
-                           ? "cm"
-                           : linear);
-    line("angularUnit", propertyOr(kAngularUnit, "deg") == "rad" ? "rad" : "deg");
+    line("linearUnit", unitOf(kLinearUnit, kLinearUnits, "cm"));
+    const std::string angular = unitOf(kAngularUnit, kAngularUnits, "deg");
+    line("angularUnit", angular);
+    m_hasDegrees = angular == "deg";
     double first = HUGE_VAL;
     double last = -HUGE_VAL;
     for (const FCurve& curve : curves) {
@@ -139,6 +147,15 @@ std::string MayaDocument::nameOf(const FCurve& curve, std::string& node) {
     std::replace(backNode.begin(), backNode.end(), '|', '/');
     const std::string back = JoinName({backNode, name.channel});
     if (back != curve.getName()) m_notes.rename(curve, back);
+    if (!m_names.insert(back).second && back != curve.getName())
+        Lose({curve.getName(),
+              Loss::Names,
+              Loss::Renamed,
+              Quoted(back) + ", which another curve is called, too",
+              1,
+              {},
+              0.0,
+              0.0});
     return node.empty() ? name.channel : full + name.channel + ' ' + name.channel + ' ' + node;
 }
 
@@ -227,6 +244,7 @@ void MayaDocument::writeKey(const FCurve& curve, const Track& track, std::size_t
 void MayaDocument::writeCurve(const FCurve& curve) {
     Abilities abilities;
     abilities.constantNext = true;
+    abilities.rises = true;
     const Track track = Resolve(curve, abilities, m_notes);
     std::string node;
     const std::string name = nameOf(curve, node);
@@ -251,6 +269,7 @@ void MayaDocument::writeCurve(const FCurve& curve) {
     line("  input", input == "unitless" ? input : "time");
     line("  output", Word(output, ""));
     line("  weighted", weighted ? "1" : "0");
+    if (!m_hasDegrees) line("  tangentAngleUnit", "deg");
     line("  preInfinity", infinities[track.leading.kind]);
     line("  postInfinity", infinities[track.trailing.kind]);
     m_text += "  keys {\n";

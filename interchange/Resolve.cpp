@@ -332,6 +332,7 @@ Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
         in = stretch.in;
         inType = stretch.inType;
     }
+    if (abilities.rises) GiveRise(track);
     if (!abilities.jumps) SeparateJumps(track);
     return track;
 }

@@ -54,6 +54,7 @@ private:
 struct Abilities {
     bool constantNext = false;
     bool jumps = false; // a knot whose limit from the left is another value than its own
+    bool rises = false; // repetitions that rise, by the difference of the outer keys' values
 };
 
 // The curve by knots and pieces; the control points are those after correction of overlong handles. Numbers, unknown

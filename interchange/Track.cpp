@@ -1,6 +1,13 @@
 #include "interchange/Track.h"
 
+#include "FCurveInterchange/ConversionReport.h"
+#include "interchange/CurveReader.h"
+#include "interchange/Numbers.h"
+
 #include <FCurveLib/FormatInterface.h>
+
+#include <cmath>
+#include <iterator>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -45,7 +52,76 @@ void EmitSegment(const char* expression, const Knot* left, const Knot* right, Fo
     target.finishSegment();
 }
 
+bool IsRaised(const Track& track) {
+    return track.knots.size() > 1
+           && (track.leading.kind == End::CycleOffset || track.trailing.kind == End::CycleOffset);
+}
+
+// Whether the last piece holds a value, and leaves room for a further key.
+bool EndsWithStep(const Track& track) {
+    const Knot& from = *(track.knots.end() - 2);
+    return from.piece == Piece::Constant && track.knots.back().x - from.x >= 2.0 * Keyframe::getMinSeparation();
+}
+
+void LoseRise(const Track& track, Loss::Remedy remedy, const char* detail, double difference) {
+    Loss loss;
+    loss.curve = track.name;
+    loss.what = Loss::Ends;
+    loss.remedy = remedy;
+    loss.detail = detail;
+    loss.places = {track.knots.back().x};
+    loss.difference = difference;
+    loss.at = track.knots.back().x;
+    Lose(loss);
+}
+
+// What the piece from a knot on starts with.
+double StartOf(const Track& track, std::size_t index) {
+    double number = 0.0;
+    for (const auto& [knot, expression] : track.pieceExpressions)
+        if (knot == index && ParseNumber(expression, number)) return number;
+    return track.knots[index].piece == Piece::ConstantNext ? track.knots[index + 1].y : track.knots[index].y;
+}
+
 } // namespace
+
+void TakeRise(Track& track, double rise) {
+    if (!IsRaised(track)) return;
+    std::vector<Knot>& knots = track.knots;
+    const std::size_t end = knots.size() - 1;
+    const double start = StartOf(track, 0);
+    const double own = (knots[end - 1].piece == Piece::Constant ? StartOf(track, end - 1) : knots[end].y) - start;
+    if (own == rise) return;
+    if (!EndsWithStep(track)) {
+        LoseRise(track, Loss::Replaced, "by how much a repetition rises", std::fabs(own - rise));
+        return;
+    }
+    LoseRise(track, Loss::Split, "the last step of a repetition takes 0.001 frames", 0.0);
+    Knot step;
+    step.x = knots[end].x - Keyframe::getMinSeparation();
+    step.y = start + rise;
+    knots.insert(std::prev(knots.end()), step);
+    for (auto& [knot, property] : track.keyProperties)
+        if (knot == end) ++knot;
+}
+
+void GiveRise(Track& track) {
+    if (!IsRaised(track)) return;
+    Knot& first = track.knots.front();
+    Knot& last = track.knots.back();
+    const auto isShown = [](const End& end) { return end.kind == End::Hold || end.kind == End::Line; };
+    const double start = first.piece == Piece::ConstantNext ? track.knots[1].before : first.y;
+    if (!isShown(track.trailing)) last.y = last.before;
+    if (!isShown(track.leading) && first.piece == Piece::ConstantNext) {
+        first.y = first.before = start;
+        first.piece = Piece::Constant;
+    }
+    const double told = last.y - (track.leading.kind == End::Hold ? first.before : first.y);
+    const double own = last.before - start;
+    // A reader finds a step at the end, and so does the comparison.
+    if (told != own && !EndsWithStep(track))
+        LoseRise(track, Loss::Replaced, "by how much a repetition rises", std::fabs(told - own));
+}
 
 Cubic CubicOf(const Track& track, std::size_t index) {
     const Knot& left = track.knots[index];

@@ -78,6 +78,15 @@ struct Document {
 
 // Precondition: index + 1 is a knot.
 Cubic CubicOf(const Track& track, std::size_t index);
+// Other programs raise each turn of a repetition by the last key's value less the first one's; here turns rise as the
+// curve does, without a step at its last key.
+// From a document where turns rise by so much: where a held piece ends in another value, that one takes 0.001 frames.
+// What is not met is reported.
+void TakeRise(Track& track, double rise);
+// For such a document: outer keys that nothing shows get the values by which turns rise as here. Reports what is
+// shown, and what makes them rise otherwise.
+void GiveRise(Track& track);
+
 // Of knots that are no Bezier pieces: the line, with handles of a third.
 Cubic LineOf(const Knot& left, const Knot& right);
 

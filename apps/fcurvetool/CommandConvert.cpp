@@ -1,9 +1,11 @@
 #include "Commands.h"
 #include "EditCommand.h"
+#include "Failure.h"
 #include "Files.h"
 #include "Input.h"
 #include "Losses.h"
 #include "Progress.h"
+#include "Text.h"
 #include "Warnings.h"
 #include "WriteDocument.h"
 
@@ -25,8 +27,11 @@ struct ConvertOptions {
 void Convert(const ConvertOptions& options) {
     const std::string output = ChooseOutput(options.file, options.output, options.isInPlace);
     const std::string format = ChooseFormat(options.format, output);
-    if (!options.losses.report.empty())
+    if (!options.losses.report.empty()) {
         RefuseInput(options.losses.report, {options.file}, "the report would replace it");
+        if (IsSamePlace(options.losses.report, output))
+            throw UsageError("--report and OUTPUT are both " + ToPrintable(output));
+    }
     Losses losses(options.losses);
     const Document document = ReadDocument(options.file, options.input);
     Warnings warnings(options.input.isStrict);

@@ -54,6 +54,22 @@ bool IsSameFile(const std::string& a, const std::string& b) {
     return a != "-" && b != "-" && fs::equivalent(a, b, ignored);
 }
 
+namespace {
+
+fs::path WholePath(const std::string& path) {
+    std::error_code ignored;
+    return fs::weakly_canonical(fs::absolute(path, ignored), ignored);
+}
+
+} // namespace
+
+bool IsSamePlace(const std::string& a, const std::string& b) {
+    std::error_code ignored;
+    if (a == "-" || b == "-") return a == b;
+    if (fs::exists(a, ignored) && !fs::is_regular_file(a, ignored)) return false; // a device takes both
+    return IsSameFile(a, b) || WholePath(a) == WholePath(b);
+}
+
 void RefuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice) {
     for (const std::string& input : inputs)
         if (IsSameFile(output, input) && fs::is_regular_file(output))

@@ -24,6 +24,9 @@ void Append(VEM_FN::FCurveLib::Stream& stream, std::string_view text);
 /// Whether both paths lead to one file that exists.
 bool IsSameFile(const std::string& a, const std::string& b);
 
+/// Whether what is written to one replaces what is written to the other; so for - twice. Neither needs to be there.
+bool IsSamePlace(const std::string& a, const std::string& b);
+
 /// UsageError where the output is one of the inputs: no input is replaced unless the user says so.
 void RefuseInput(const std::string& output, const std::vector<std::string>& inputs, const std::string& advice);
 

@@ -1,12 +1,15 @@
 #include "WriteDocument.h"
 
 #include "Failure.h"
+#include "Files.h"
 #include "Input.h"
 #include "Losses.h"
 #include "Text.h"
 
 #include <FCurveInterchange/Conversion.h>
+#include <FCurveInterchange/Formats.h>
 #include <FCurveLib/Exception.h>
+#include <FCurveLib/FileError.h>
 #include <FCurveLib/FormatFactory.h>
 #include <FCurveLib/MemoryStream.h>
 #include <FCurveLib/OldFormat.h>
@@ -137,6 +140,15 @@ std::string FormatDocument(const FCurveContainer& curves, const std::string& for
             for (std::size_t i = before; i < report.losses().size(); ++i)
                 warnings.add(name + ": lost in \"" + format + "\": " + DescribeLoss(report.losses()[i]));
         }
+    } catch (const LoadError& error) {
+        throw Failure(Describe(error));
+    } catch (const Interchange::NotWritable& error) {
+        const std::string message = error.message();
+        // What is wrong with a document that a setting names begins with its path.
+        for (const auto& [key, path] : Interchange::Conversion::options().settings)
+            if (!path.empty() && message.compare(0, path.size() + 1, path + ':') == 0)
+                throw Failure(ToPrintable(message));
+        throw Failure(DescribeException(name));
     } catch (const Exception&) {
         throw Failure(DescribeException(name));
     }

@@ -14,9 +14,9 @@ namespace Interchange {
 
 /// What a reader or writer cannot know from the file or the curves.
 struct ConversionOptions {
-    /// Frames a second, of the curves. Where a document states another rate its frames are counted anew, so that they
-    /// stay at their seconds. 0: what the document says, or the container's property "frame_rate"; 24 where neither
-    /// does.
+    /// Frames a second, of the curves. Where a document that is read, or the property "frame_rate" of a container that
+    /// is written, states another rate, frames are counted anew, so that they stay at their seconds. 0: what the
+    /// document says, or the container's property; 24 where neither does.
     double frameRate = 0.0;
     /// How far a curve may be off where it is split or fitted, as a share of its range of values.
     double tolerance = 1e-4;

@@ -40,7 +40,7 @@ constexpr const char* kFrameRate = "frame_rate";     ///< frames a second
 constexpr const char* kFirstFrame = "first_frame";   ///< of the range that the file names
 constexpr const char* kLastFrame = "last_frame";     ///< likewise
 constexpr const char* kLinearUnit = "linear_unit";   ///< mm cm m km in ft yd mi
-constexpr const char* kAngularUnit = "angular_unit"; ///< deg rad
+constexpr const char* kAngularUnit = "angular_unit"; ///< deg rad min sec
 /// @}
 
 } // namespace Interchange

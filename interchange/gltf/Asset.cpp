@@ -240,7 +240,10 @@ std::string_view Asset::buffer(std::size_t index) {
         } else if (!decoded) {
             const auto path = RelativePath(uri.text());
             if (!path) uri.refuse("The path does not lead beside the document.");
-            decoded = m_neighbour ? m_neighbour(*path) : std::nullopt;
+            if (!m_neighbour)
+                uri.refuse("The data are in the file " + Interchange::Quoted(*path)
+                           + "; the setting gltf.folder tells where that is.");
+            decoded = m_neighbour(*path);
             if (!decoded)
                 uri.refuse("There is no readable file " + Interchange::Quoted(*path) + " beside the document.");
         }

@@ -275,15 +275,14 @@ bool GltfReader::recognises(std::string_view opening, bool) const {
 
 Document GltfReader::parse(std::string_view bytes) const {
     const std::string folder = Conversion::options().setting("gltf.folder");
-    const auto neighbour = [&](const std::string& path) -> std::optional<std::string> {
-        if (folder.empty()) return std::nullopt;
+    const Neighbour neighbour = [&](const std::string& path) -> std::optional<std::string> {
         try {
             return ReadFile(folder + '/' + path);
         } catch (const Exception&) {
             return std::nullopt;
         }
     };
-    return AnimationReader(bytes, neighbour).read();
+    return AnimationReader(bytes, folder.empty() ? nullptr : neighbour).read();
 }
 
 } // namespace Interchange

@@ -693,7 +693,7 @@ GltfWriter::~GltfWriter() = default;
 std::string GltfWriter::compose(const FCurveContainer& curves, Notes& notes) const {
     const std::string path = Conversion::options().setting("gltf.into");
     const std::string existing = path.empty() ? kNewDocument : ReadFile(path);
-    return AnimationWriter(curves, notes, existing, path.empty()).document(m_shape);
+    return WithDocument(path, [&] { return AnimationWriter(curves, notes, existing, path.empty()).document(m_shape); });
 }
 
 } // namespace Interchange

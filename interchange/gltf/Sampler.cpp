@@ -1,5 +1,7 @@
 #include "interchange/gltf/Sampler.h"
 
+#include "FCurveInterchange/Formats.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -32,8 +34,11 @@ struct Line {
     double after = 0.0;
 };
 
-float TimeOf(double x, double rate, double offset) noexcept {
-    return static_cast<float>(std::max((x - offset) / rate, 0.0));
+float TimeOf(double x, double rate, double offset) {
+    const double time = std::max((x - offset) / rate, 0.0);
+    if (!(time <= static_cast<double>(std::numeric_limits<float>::max())))
+        throw NotWritable("The time of a key is beyond the range of single precision.");
+    return static_cast<float>(time);
 }
 
 void AddPart(Line& line, Part part) {

@@ -63,6 +63,7 @@ public:
         }
         m_track.leading.kind = endOf(true);
         m_track.trailing.kind = endOf(false);
+        TakeRise(m_track, knots.back().value - knots.front().preValue);
         return std::move(m_track);
     }
 
@@ -287,7 +288,10 @@ private:
         if (knots.size() < 2) return End::Hold;
         if (end.boundary && *end.boundary != (isPre ? knots.back().time : knots.front().time))
             LoseAt(m_track.name, Loss::Ends, Loss::Replaced, "a loop over a part by one over all knots", {at});
-        if (Jumps(knots.front()) || Jumps(knots.back()))
+        // After a held segment nothing shows the other value.
+        const Mode before = knots[knots.size() - 2].mode;
+        const bool comesHeld = before == Mode::Held || before == Mode::None;
+        if (Jumps(knots.front()) || (Jumps(knots.back()) && !comesHeld))
             LoseAt(m_track.name, Loss::Ends, Loss::Replaced, "a jump at the end of a loop", {at});
         return end.kind == SplineEnd::Repeat  ? End::CycleOffset
                : end.kind == SplineEnd::Reset ? End::Cycle

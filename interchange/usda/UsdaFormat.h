@@ -30,6 +30,7 @@ public:
 
 private:
     std::string compose(const FCurveContainer& curves, Notes& notes) const override;
+    double rateThere() const override;
 };
 
 // "usda", "USD text layer", "usda".

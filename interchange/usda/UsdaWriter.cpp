@@ -124,8 +124,17 @@ struct Target {
     }
 };
 
+// A curve's name is the path of its attribute; components of transformations belong to theirs: "ball/translation/x" is
+// "translation:x" of "ball".
 Target TargetOf(const std::string& name) {
-    const ChannelName parts = SplitName(name);
+    ChannelName parts = SplitName(name);
+    const std::size_t slash = parts.channel.rfind('/');
+    const bool isKnown = FindTransform(parts.channel) || parts.channel.compare(0, 9, "rotation/") == 0
+                         || parts.channel.compare(0, 8, "weights/") == 0;
+    if (slash != std::string::npos && slash > 0 && slash + 1 < parts.channel.size() && !isKnown) {
+        parts.node += (parts.node.empty() ? "" : "/") + parts.channel.substr(0, slash);
+        parts.channel.erase(0, slash + 1);
+    }
     Target target;
     if (parts.node.empty()) {
         target.prims.emplace_back("curves");
@@ -422,8 +431,7 @@ private:
         const auto [entry, isNew] = m_vectors.try_emplace(vector, m_statements.size());
         if (isNew) {
             statement.type = type.name;
-            const ChannelName parts = SplitName(name);
-            statement.target.attribute = Identifier(parts.channel.substr(0, parts.channel.size() - 2), true);
+            statement.target = TargetOf(name.substr(0, slash));
             statement.components.resize(type.components);
             finish(statement, name.substr(0, slash));
             m_statements.push_back(std::move(statement));
@@ -439,7 +447,7 @@ private:
         const std::string head = statement.type + ' ' + statement.target.attribute;
         if (!statement.components.empty())
             return head + ".timeSamples = " + SamplesText(statement.components, indent, lineEnd);
-        const Track track = Resolve(*statement.curve, {true, true}, m_notes);
+        const Track track = Resolve(*statement.curve, {true, true, true}, m_notes);
         if (track.knots.empty()) return {};
         return head + ".spline = " + SplineText(track, statement.type, indent, lineEnd).text();
     }
@@ -516,11 +524,13 @@ TextSpan WholeLines(std::string_view text, TextSpan span) {
     return {begin, end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1)};
 }
 
-// The curves of a layer as a reader gives them, without a report.
+// The curves of a layer as a reader gives them, in the layer's own frames and without a report.
 std::shared_ptr<FCurveContainer> CurvesOf(const std::string& layer) {
     auto curves = FCurveContainer::create();
     ContainerInterface target(*curves);
-    const Conversion reading(Conversion::options());
+    ConversionOptions options = Conversion::options();
+    options.frameRate = 0.0;
+    const Conversion reading(options);
     MemoryStream stream;
     stream.writeData(layer.data(), static_cast<int>(layer.size()));
     stream.setPosition(0);
@@ -593,6 +603,7 @@ std::string LayerText::into(const std::string& layerText) {
             throw NotWritable("The attribute " + Quoted(known->first) + " has the type " + Quoted(attribute.type)
                               + ", which the curve cannot have.");
         statement.type = attribute.type;
+        statement.target.attribute = attribute.name;
         const TextSpan& spline = attribute.splineText;
         const TextSpan& samples = attribute.samplesText;
         // The one that stands first is replaced, the other removed.
@@ -653,8 +664,16 @@ UsdaWriter::~UsdaWriter() = default;
 
 std::string UsdaWriter::compose(const FCurveContainer& curves, Notes& notes) const {
     LayerText text(curves, notes);
-    const std::string existing = Conversion::options().setting("usda.into");
-    return existing.empty() ? text.layer(curves) : text.into(ReadFile(existing));
+    const std::string path = Conversion::options().setting("usda.into");
+    if (path.empty()) return text.layer(curves);
+    return WithDocument(path, [&] { return text.into(ReadFile(path)); });
+}
+
+double UsdaWriter::rateThere() const {
+    constexpr double kUnstated = 24.0;
+    const std::string path = Conversion::options().setting("usda.into");
+    if (path.empty()) return 0.0;
+    return WithDocument(path, [&] { return ParseLayer(ReadFile(path)).rate.value_or(kUnstated); });
 }
 
 } // namespace Interchange

@@ -166,6 +166,7 @@ convert ball.fcrvx ball.unknown => --to is required
 convert ball.fcrvx b.csv --set long => --set: "long" is not FORMAT.SETTING=VALUE
 convert ball.fcrvx b.csv --tolerance 0 => --tolerance: must be above 0
 convert ball.fcrvx b.csv --report ball.fcrvx => ball.fcrvx is the input, too
+convert ball.fcrvx b.csv --report ./b.csv => --report and OUTPUT are both b.csv
 convert ball.fcrvx slide.chan --to chan => --to: "chan" cannot be written
 )");
 }
@@ -191,6 +192,8 @@ info ragged.chan => ragged.chan:3:
 eval word.chan 1 => word.chan:2:3:
 sample mismatched.fcrvx => mismatched.fcrvx:4:28:
 convert --format hchan - out.fcrvx <word.chan => <stdin>:2:3:
+convert slide.fcrvx b.usda --set usda.into=none.usda => none.usda: cannot be read: No such file or directory
+convert slide.fcrvx b.usda --set usda.into=letter.txt => letter.txt:1:1: Expected
 plot ball.fcrvx --curve nobody => ball.fcrvx: no curve "nobody" (it has height, squash)
 plot ball.fcrvx --select height:99 => --select: height has no key 99
 plot ball.fcrvx -o nowhere/ball.svg => nowhere/ball.svg: cannot be written: No such file or directory

@@ -63,6 +63,37 @@ TEST(Conversion, ManyThreadsWriteEveryFormatAtATime) {
     }
 }
 
+TEST(Conversion, KeepsSeconds) {
+    RegisterFormats();
+    for (const char* const format : {"csv", "gltf", "hClip", "lottie", "maya_anim", "text", "usda"}) {
+        SCOPED_TRACE(format);
+        const auto curves = FCurveContainer::create();
+        const auto curve = FCurve::create();
+        curve->setName("ball/tx");
+        for (const double x : {0.0, 50.0})
+            curve->insertSegment(*Keyframe::create(x, x / 10), InterpolatorFactory::create("linear()"));
+        curves->addCurve(curve);
+        curves->setProperty("frame_rate", "25");
+        curves->setProperty("last_frame", "50");
+        MemoryStream stream;
+        {
+            ConversionOptions faster;
+            faster.frameRate = 50.0;
+            const Conversion conversion(faster);
+            WriteCurves(*curves, stream, format);
+        }
+        stream.setPosition(0);
+        const auto back = FCurveContainer::create();
+        LoadOptions options;
+        options.format = format;
+        LoadCurves(stream, *back, options);
+        const std::string stated = back->getProperty("frame_rate");
+        EXPECT_EQ(stated, std::string(format) == "csv" ? "" : "50");
+        EXPECT_NEAR(back->begin()->eval(100), 5.0, 1e-6);
+        EXPECT_NEAR(back->begin()->eval(50), 2.5, 1e-6);
+    }
+}
+
 TEST(ConversionReport, JoinsPlacesAndSpeaks) {
     ConversionReport report;
     for (int i = 0; i < 40; ++i)

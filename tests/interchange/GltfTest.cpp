@@ -171,6 +171,14 @@ TEST(Gltf, ContinuesOverTheRangeThatTheContainerStates) {
     EXPECT_EQ(valueOf(*back, "a/k", 40), valueOf(*back, "a/k", 30));
 }
 
+TEST(Gltf, RefusesTimesBeyondSinglePrecision) {
+    for (const char* const format : {"gltf", "glb"})
+        for (const double x : {9e39, 1e300}) {
+            EXPECT_THROW(written({named("a/tx", {{0, 0}, {x, 1}})}, format), NotWritable) << x;
+            EXPECT_THROW(written({named("a/k", {{-x, 0}, {x, 1}})}, format), NotWritable) << x;
+        }
+}
+
 // Components that have no curve, keys that others have, frames before 0, weights of a shape that is made for them.
 TEST(Gltf, JoinsComponents) {
     auto curves =

@@ -145,11 +145,21 @@ const std::vector<Feature>& features() {
              return curve;
          }},
         {"breakdown keys", [] { return linear([](FCurve& curve) { secondKey(curve).setBreakdown(true); }); }},
-        {"unified tangents", [] { return linear([](FCurve& curve) { secondKey(curve).setTangentsUnified(true); }); }},
+        {"unified tangents",
+         [] {
+             return linear([](FCurve& curve) {
+                 secondKey(curve).set(7, 0); // its lines are one
+                 secondKey(curve).setTangentsUnified(true);
+             });
+         }},
         {"locked weights",
          [] {
-             return linear(
-                 [](FCurve& curve) { eachTangent(curve, [](Tangent& tangent) { tangent.setWeightLocked(true); }); });
+             return linear([](FCurve& curve) { // of a key both: formats have one flag for them
+                 for (Segment& segment : curve) {
+                     if (segment.getLeftKey()) segment.getOutTangent()->setWeightLocked(true);
+                     if (segment.getRightKey()) segment.getInTangent()->setWeightLocked(true);
+                 }
+             });
          }},
         {"locked keys", [] { return linear([](FCurve& curve) { SetLocked(secondKey(curve), true); }); }},
         {"display settings", [] { return linear([](FCurve& curve) { SetVisible(curve, false); }); }},

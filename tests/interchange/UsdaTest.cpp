@@ -171,12 +171,31 @@ TEST(Usda, ChangesNothingElseInALayer) {
                                              + "\r\n\t}\r\n}\r\n// end\r\n"
                                                "\r\ndef \"other\"\r\n{\r\n    double new"
                                              + spline("    ") + "\r\n}\r\n");
+    // Of an attribute whose name looks like a component, and of a prim that is not there; at the layer's rate.
+    const std::string rig = "#usda 1.0\n( timeCodesPerSecond = 50 )\ndef \"rig\" {\n  double a = 1\n}\n";
+    writeWholeFile(path, rig);
+    const auto two = containerOf({step("rig/a"), step("rig/low/b")});
+    two->setProperty("frame_rate", "25");
+    std::string joined = rig;
+    joined.insert(joined.find("}\n"),
+                  "  double a.spline = {\n      0: 1; post linear,\n      4: 3; post held,\n  }\n"
+                  "    def \"low\"\n    {\n        double b.spline = {\n"
+                  "            0: 1; post linear,\n            4: 3; post held,\n        }\n    }\n");
+    EXPECT_EQ(written(*two, options), joined);
     writeWholeFile(path, "#usda 1.0\nover \"rig\" { variantSet \"v\" = { \"a\" { double lift.spline = { 0: 1 } } }\n"
                          "int lift.timeSamples = { 0: 1 } }\n");
     EXPECT_THROW(written(*containerOf({step("rig{v=a}/lift")}), options), NotWritable);
     EXPECT_THROW(written(*containerOf({step("rig/lift")}), options), NotWritable);
     options.settings["usda.into"] = folder.file("none");
-    EXPECT_THROW(written(*curves, options), Exception);
+    EXPECT_THROW(written(*curves, options), LoadError);
+    writeWholeFile(path, "#usda 1.0\n]");
+    options.settings["usda.into"] = path;
+    try {
+        written(*curves, options);
+        ADD_FAILURE() << "a layer that is none";
+    } catch (const NotWritable& refusal) {
+        EXPECT_EQ(std::string(refusal.message()).substr(0, path.size() + 6), path + ":2:1: ");
+    }
 }
 
 TEST(Usda, LeavesWhatDidNotChangeInALayer) {

@@ -3,12 +3,15 @@
 #include "FCurveInterchange/Conversion.h"
 
 #include <FCurveLib/Bezier.h>
+#include <FCurveLib/BezierInterpBase.h>
 #include <FCurveLib/Constant.h>
 #include <FCurveLib/ConstantNext.h>
 #include <FCurveLib/DisplayProperties.h>
 #include <FCurveLib/Evaluation.h>
 #include <FCurveLib/Linear.h>
+#include <FCurveLib/NumberInterp.h>
 #include <FCurveLib/Segment.h>
+#include <FCurveLib/UnknownExpression.h>
 
 #include <algorithm>
 #include <array>
@@ -25,18 +28,50 @@ namespace {
 
 constexpr double kEqual = 1e-9; // of a curve's range of values, of a span, of a frame
 
+constexpr double kTooNarrow = 1e-5; // frames: steps at keys whose time was rounded differ for that long
+
 struct Worst {
     double difference = 0.0;
     double at = 0.0;
+    // The places on both sides of it.
+    double from = 0.0;
+    double to = 0.0;
+    double last = -HUGE_VAL; // where it was looked at last, with rising x
 
     void see(double a, double b, double x) {
         const double off = a == b || (std::isnan(a) && std::isnan(b)) ? 0.0 : std::fabs(a - b);
+        if (at == last) to = x;
         if (off > difference || std::isnan(off)) {
             difference = std::isnan(off) ? HUGE_VAL : off;
-            at = x;
+            at = to = x;
+            from = std::isfinite(last) ? last : x;
         }
+        last = x;
     }
 };
+
+// Looks closer and closer around the largest difference so far. `evaluate` sees both values at an x.
+template<class Evaluate>
+void Refine(Worst& worst, const Evaluate& evaluate) {
+    constexpr int kParts = 8;
+    constexpr int kMostRounds = 12;
+    for (int round = 0; round < kMostRounds && std::isfinite(worst.difference); ++round) {
+        const double step = (worst.to - worst.from) / kParts;
+        if (!(step > 0.01 * kTooNarrow)) return;
+        Worst closer;
+        closer.last = worst.from;
+        for (int i = 1; i < kParts; ++i) evaluate(closer, worst.from + i * step);
+        if (closer.at == closer.last) closer.to = worst.to;
+        const double before = worst.difference;
+        if (closer.difference > before) {
+            worst = closer;
+        } else { // what is larger lies next to it, if anywhere
+            worst.from = std::max(worst.from, worst.at - step);
+            worst.to = std::min(worst.to, worst.at + step);
+        }
+        if (round > 2 && !(worst.difference > 1.001 * before)) return;
+    }
+}
 
 template<class Part>
 bool KeepsProperties(const Part& original, const Part* back) {
@@ -66,11 +101,17 @@ bool IsLocal(const Interpolator* kind) {
     return std::any_of(kinds.begin(), kinds.end(), [&](const auto& one) { return one.get() == kind; });
 }
 
+// Kinds that may turn anywhere between their keys: formulas, repetitions, hosts' own.
+bool IsWild(const Interpolator* kind) {
+    return kind && !IsLocal(kind) && !dynamic_cast<const BezierInterpBase*>(kind)
+           && !dynamic_cast<const NumberInterp*>(kind) && !dynamic_cast<const UnknownExpression*>(kind);
+}
+
 class Comparison {
 public:
     Comparison(const FCurve& original, const FCurve& back, const Notes& notes, ConversionReport& report)
-        : m_original(original), m_back(back), m_notes(notes), m_report(report), m_range(RangeOf(original)), m_at(back) {
-    }
+        : m_original(original), m_back(back), m_notes(notes), m_report(report), m_range(RangeOf(original)),
+          m_tolerance(ToleranceOf(original)), m_at(back) {}
 
     void run() {
         compareHead();
@@ -162,17 +203,75 @@ private:
         if (!isEqual) lose(Loss::Tangents, Loss::Replaced, isUsed ? "handles" : "handles that shape nothing", &x);
     }
 
-    // Values over the segment, by what came back in its place. m_at stands at its left key, or before it.
-    Worst measure(const Segment& segment, double x0, double x1) {
-        Worst worst;
+    // Values over the segment, between the keys of both curves: at irregular places, many of them where it is wild.
+    // m_at stands at its left key, or before it.
+    Worst measure(const Segment& segment, double x0, double x1, bool isWild) {
+        constexpr double kPerFrame = 32.0;
+        constexpr double kFewest = 128.0; // of a wild segment
+        constexpr double kMost = 262144.0;
+        const double width = x1 - x0;
+        double perFrame = 0.0;
+        if (isWild) {
+            perFrame = std::clamp(width * kPerFrame, kFewest, std::clamp(m_wildPlaces, kFewest, kMost)) / width;
+            m_wildPlaces -= perFrame * width;
+        }
+        m_places.assign(1, x0);
         const Walk here = m_at;
-        for (const double part : {0.0, 0.0005, 0.02, 0.17, 0.33, 0.5, 0.66, 0.83, 0.98, 0.9995}) {
-            const double x = x0 + part * (x1 - x0);
+        for (double from = x0; from < x1;) {
+            m_at.goTo(from);
+            const double to = std::min(m_at.next(), x1);
+            const bool isAll = from == x0 && to == x1;
+            if (isAll && !isWild) {
+                for (const double part : {0.0005, 0.02, 0.17, 0.33, 0.5, 0.66, 0.83, 0.98, 0.9995})
+                    m_places.push_back(x0 + part * width);
+            } else if (isAll || to - from > kTooNarrow) {
+                constexpr double kFewestOfPiece = 2.0; // that came back
+                constexpr double kFewestOfCurve = 4.0;
+                const bool isCurve = m_at->getInterpolator() == m_bezier;
+                const double fewest = isCurve ? kFewestOfCurve : kFewestOfPiece;
+                if (isCurve && from > x0) m_places.push_back(from);
+                const auto count = static_cast<int>(std::ceil(std::max(fewest, perFrame * (to - from))));
+                for (int i = 0; i < count; ++i) m_places.push_back(from + (to - from) * IrregularPlace(i, count));
+            }
+            from = to;
+        }
+        m_at = here;
+        if (!isWild) addSteepPlaces(segment);
+
+        Worst worst;
+        for (const double x : m_places) {
             m_at.goTo(x);
             worst.see(EvalSegment(x, segment), EvalSegment(x, *m_at), x);
         }
+        if (worst.at == worst.last) worst.to = std::max(worst.at, x1 - kTooNarrow);
         m_at = here;
         return worst;
+    }
+
+    // Where a Bezier segment with weighted handles is steep, places at equal distances in x are too far apart.
+    void addSteepPlaces(const Segment& segment) {
+        const auto out = segment.getOutTangent();
+        const auto in = segment.getInTangent();
+        if (!out->isWeighted() && !in->isWeighted()) return;
+        const auto* const bezier = dynamic_cast<const BezierInterpBase*>(segment.getInterpolator().get());
+        if (!bezier) return;
+        Cubic cubic{};
+        auto& p = cubic.p;
+        bezier->getBezierArgs(segment, p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y, p[3].x, p[3].y);
+        if (IsThirds(cubic)) return;
+        for (const double t : {0.03, 0.12, 0.27, 0.41, 0.58, 0.74, 0.87, 0.96}) {
+            const double x = PointAt(cubic, t).x;
+            if (x > p[0].x && x < p[3].x - kTooNarrow) m_places.push_back(x);
+        }
+        std::sort(m_places.begin(), m_places.end());
+    }
+
+    // Once a difference may be the largest of its kind, as the report tells that one only.
+    template<class Original>
+    void refine(Loss::What what, Worst& worst, const Original& original) {
+        if (!(worst.difference > 0.7 * m_largest[what])) return;
+        Refine(worst, [&](Worst& closer, double x) { closer.see(original(x), m_back.eval(x), x); });
+        m_largest[what] = std::max(m_largest[what], worst.difference);
     }
 
     // From one key to the other; `left` is the key that came back for the first.
@@ -198,11 +297,20 @@ private:
         const bool isSurelyEqual = isSameKind && kind == backKind && IsLocal(kind.get())
                                    && isClose(left->get(), from.get()) && isClose(right->get(), to.get())
                                    && isClose(out->get(), backOut->get()) && isClose(in->get(), backIn->get());
-        if (!isSurelyEqual) worst = measure(segment, x0, x1);
+        if (!isSurelyEqual) worst = measure(segment, x0, x1, !isSameKind && IsWild(kind.get()));
 
         if (!isSameKind || isOff(worst)) {
-            if (const Notes::Hint* const hint = m_notes.find(m_original, x0, x1)) {
-                lose(hint->what, hint->remedy, hint->detail, &x0, worst);
+            const Notes::Hint* const hint = m_notes.find(m_original, x0, x1);
+            if (isOff(worst))
+                refine(hint         ? hint->what
+                       : isSameKind ? Loss::Tangents
+                                    : Loss::Kind,
+                       worst, [&](double x) { return EvalSegment(x, segment); });
+            if (hint) {
+                const bool isWithin =
+                    worst.difference <= 1.01 * m_tolerance // rounding of the values that are written
+                    || (hint->remedy != Loss::Fitted && hint->remedy != Loss::Split && hint->remedy != Loss::Sampled);
+                lose(hint->what, hint->remedy, hint->detail + (isWithin ? "" : ", beyond the tolerance"), &x0, worst);
                 const bool tellsPieces = hint->what == Loss::Kind || hint->what == Loss::Formulas;
                 if (!back && !tellsPieces) lose(Loss::Kind, Loss::Split, Became(segment, "other pieces"), &x0);
             } else if (isSameKind) {
@@ -230,15 +338,21 @@ private:
         const bool isSameKind = ExpressionOf(segment) == ExpressionOf(*end);
         const double x0 = left ? left->getX() : right ? right->getX() : 0.0;
         const double span = spanOfKeys();
+        constexpr double kFar = 2.6;
+        constexpr int kPlaces = 320; // of a wild end
         Worst worst;
-        for (const double part : {0.0, 0.0007, 0.25, 0.5, 0.97, 1.3, 2.6}) {
-            const double x = left ? x0 + part * span : x0 - part * span;
+        m_places.assign({0.0, 0.0007, 0.25, 0.5, 0.97, 1.3, kFar});
+        if (!isSameKind && (IsWild(segment.getInterpolator().get()) || IsWild(end->getInterpolator().get())))
+            for (int i = 0; i < kPlaces; ++i) m_places.push_back(kFar * IrregularPlace(i, kPlaces));
+        for (double& place : m_places) place = left ? x0 + place * span : x0 - place * span;
+        std::sort(m_places.begin(), m_places.end());
+        for (const double x : m_places) {
             if (x == x0 && right) continue; // the first interior segment's
-            const double value = EvalSegment(x, segment);
             // At the last key exactly, repetitions give one end's value or the other's.
-            worst.see(value, m_back.eval(x), x);
+            worst.see(EvalSegment(x, segment), m_back.eval(x), x);
         }
         if (!isSameKind || isOff(worst)) {
+            if (isOff(worst)) refine(Loss::Ends, worst, [&](double x) { return EvalSegment(x, segment); });
             const bool isRounded = isSameKind && worst.difference <= 1e-6 * m_range;
             lose(Loss::Ends, isRounded ? Loss::Rounded : Loss::Replaced,
                  std::string(side) + ", " + (isSameKind ? "values" : Became(segment, '"' + ExpressionOf(*end) + '"')),
@@ -274,7 +388,12 @@ private:
     const Notes& m_notes;
     ConversionReport& m_report;
     double m_range;
+    double m_tolerance;
     Walk m_at; // along the curve that came back
+    const std::shared_ptr<Interpolator> m_bezier = Bezier::create();
+    std::vector<double> m_places;                    // that are looked at
+    double m_wildPlaces = 4e6;                       // how many more there may be
+    std::array<double, Loss::Units + 1> m_largest{}; // that was refined, by what it is about
 };
 
 } // namespace

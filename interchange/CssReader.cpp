@@ -214,23 +214,37 @@ void Line::readLinear(Track& track) {
         for (std::size_t j = i; j < next; ++j) stops[j].input = from + step * static_cast<double>(j - i + 1);
     }
     constexpr double kGap = 0.001;
+    // Outside the stops it goes on along the first line and the last.
+    const std::size_t count = stops.size();
+    const auto along = [](const Stop& from, const Stop& to, double input) {
+        return Stop{from.output + (to.output - from.output) * ((input - *from.input) / (*to.input - *from.input)),
+                    input};
+    };
+    if (count > 1 && kWidth * *stops[0].input > kGap && *stops[0].input < *stops[1].input)
+        stops.insert(stops.begin(), along(stops[0], stops[1], 0.0));
+    if (const std::size_t last = stops.size() - 1;
+        count > 1 && kWidth * (1.0 - *stops[last].input) > kGap && *stops[last - 1].input < *stops[last].input)
+        stops.push_back(along(stops[last - 1], stops[last], 1.0));
     for (const Stop& stop : stops) {
         const double x = kWidth * *stop.input;
         std::vector<Knot>& knots = track.knots;
         if (!knots.empty() && !(x > knots.back().x)) {
-            // A jump: what came before ends a little earlier.
-            const bool hasRoom = knots.size() > 1 && x - knots[knots.size() - 2].x > 2.0 * kGap;
+            // A jump: what came before ends a little earlier, and holds.
             if (knots.back().y == stop.output) continue;
             Lose({track.name, Loss::Time, Loss::Moved, "a key before a jump, by 0.001 frames", 1, {x}, 0.0, 0.0});
-            if (hasRoom || knots.size() == 1)
-                knots.back().x = x - kGap;
-            else
+            Knot* const line = knots.size() > 1 ? &knots[knots.size() - 2] : nullptr;
+            if (line && x - line->x <= 2.0 * kGap) {
                 knots.pop_back();
+            } else {
+                if (line) knots.back().y -= (knots.back().y - line->y) * (kGap / (x - line->x));
+                knots.back().x = x - kGap;
+            }
+            knots.back().piece = Piece::Constant;
         }
         knots.push_back(KnotAt(x, stop.output));
         knots.back().piece = Piece::Linear;
     }
-    if (stops.size() == 1) track.knots.push_back(KnotAt(kWidth, stops[0].output));
+    if (count == 1) track.knots = {KnotAt(0.0, stops[0].output), KnotAt(kWidth, stops[0].output)};
 }
 
 // "/* name: 1 2, 25 4 */": the easing's 0 and 1 stand at these frames and values.

@@ -50,7 +50,9 @@ std::string StepsOf(const Track& track, const Frame& frame) {
 
 void AppendStop(std::string& text, const Frame& frame, double x, double y) {
     if (text.back() != '(') text += ", ";
-    AppendNumber(text, frame.share(y));
+    const double share = frame.share(y);
+    if (!std::isfinite(share)) throw NotWritable("A value is too large beside the curve's rise to be a share of it.");
+    AppendNumber(text, share);
     text += ' ';
     AppendNumber(text, frame.percent(x));
     text += '%';
@@ -59,9 +61,12 @@ void AppendStop(std::string& text, const Frame& frame, double x, double y) {
 // The polyline through all knots, and along Bezier pieces within the tolerance.
 std::string Polyline(const FCurve& curve, const Track& track, const Frame& frame, Notes& notes) {
     const double tolerance = ToleranceOf(curve);
+    const std::size_t longest = Conversion::options().longest;
     std::string text = "linear(";
     std::vector<Vector2D<double>> corners;
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
+        if (text.size() > longest)
+            throw TooMuch("The document would have more than " + std::to_string(longest) + " bytes, the limit.");
         const Knot& knot = track.knots[i];
         if (knot.before != knot.y) AppendStop(text, frame, knot.x, knot.before);
         AppendStop(text, frame, knot.x, knot.y);

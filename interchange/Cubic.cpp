@@ -135,7 +135,7 @@ double DistanceFromChord(const Cubic& cubic) noexcept {
 }
 
 void AppendCorners(const Cubic& cubic, double tolerance, double minWidth, std::vector<Vector2D<double>>& corners) {
-    constexpr double kShortest = 1.0 / (1 << 20);
+    constexpr double kShortest = 1.0 / (1 << 14);
     double step = 1.0;
     for (double from = 0.0; from < 1.0;) {
         const Cubic rest = from > 0.0 ? Cut(cubic, from).second : cubic;
@@ -146,7 +146,7 @@ void AppendCorners(const Cubic& cubic, double tolerance, double minWidth, std::v
             const Cubic piece = to < 1.0 ? Cut(rest, (to - from) / (1.0 - from)).first : rest;
             const double off = piece.width() > 0.0 ? DistanceFromChord(piece) : 0.0;
             factor = std::clamp(off > 0.0 ? 0.95 * std::sqrt(tolerance / off) : 2.0, 0.1, 2.0);
-            if (!(off > tolerance) || piece.width() < 2.0 * minWidth || to - from < kShortest) {
+            if (!(off > tolerance) || !std::isfinite(off) || piece.width() < 2.0 * minWidth || to - from < kShortest) {
                 if (to < 1.0) corners.push_back(piece.p[3]);
                 break;
             }

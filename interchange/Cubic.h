@@ -43,7 +43,8 @@ Distance MeasureDistance(const Cubic& cubic, const Cubic& thirds, double enough 
 double DistanceFromChord(const Cubic& cubic) noexcept;
 
 // The inner corners of a polyline from end to end that is nowhere farther from the cubic than the tolerance (in y), but
-// where its lines would be narrower than minWidth. Of few lines: each is about as long as it may be.
+// where its lines would be narrower than minWidth, or where the distance is beyond all numbers. Of few lines: each is
+// about as long as it may be; of some 10^4 at most.
 void AppendCorners(const Cubic& cubic, double tolerance, double minWidth, std::vector<Vector2D<double>>& corners);
 // Halves the cubic in its parameter into pieces whose handles reach a third, each nowhere farther from it than the
 // tolerance (in y); they are appended, from left to right. Returns the largest distance that was found; it exceeds the

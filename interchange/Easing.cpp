@@ -1,6 +1,7 @@
 #include "interchange/Easing.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace VEM_FN::FCurveLib {
@@ -10,60 +11,76 @@ namespace Interchange {
 
 namespace {
 
-constexpr int kDeepest = 4;
-
 bool IsWithin(const Cubic& cubic) {
     const double rounding = 1e-9 * cubic.width();
     return cubic.p[1].x <= cubic.p[3].x + rounding && cubic.p[2].x >= cubic.p[0].x - rounding;
 }
 
-// Returns whether all pieces fit.
-bool Halve(const Cubic& cubic, int depth, std::vector<Cubic>& pieces) {
-    if (IsWithin(cubic) || depth == kDeepest) {
-        pieces.push_back(cubic);
-        Cubic& last = pieces.back();
-        const bool fits = IsWithin(cubic);
-        last.p[1].x = std::min(last.p[1].x, last.p[3].x);
-        last.p[2].x = std::max(last.p[2].x, last.p[0].x);
-        return fits;
-    }
-    const auto [left, right] = Cut(cubic, 0.5);
-    const bool leftFits = Halve(left, depth + 1, pieces);
-    return Halve(right, depth + 1, pieces) && leftFits;
+// Where the cubic's y turns: the roots of a t^2 + b t + d0, up to a factor y'(t).
+std::array<double, 2> TurnsOf(double d0, double d1, double d2) {
+    const double a = d0 - 2.0 * d1 + d2;
+    const double b = 2.0 * (d1 - d0);
+    if (a == 0.0) return {b != 0.0 ? -d0 / b : 0.0, 0.0};
+    const double discriminant = b * b - 4.0 * a * d0;
+    if (!(discriminant >= 0.0)) return {0.0, 0.0};
+    const double q = -0.5 * (b + std::copysign(std::sqrt(discriminant), b));
+    return {q / a, q != 0.0 ? d0 / q : 0.0};
 }
 
-// Where it ends as high as it starts, cut at its extreme values.
-void CutAtExtremes(const Cubic& cubic, std::vector<Cubic>& pieces) {
-    const double d0 = cubic.p[1].y - cubic.p[0].y;
-    const double d1 = cubic.p[2].y - cubic.p[1].y;
-    const double d2 = cubic.p[3].y - cubic.p[2].y;
-    const double rise = std::fabs(cubic.p[3].y - cubic.p[0].y);
+// Where the cubic must be cut, if anywhere within 0 and 1, in rising order.
+std::array<double, 2> CutsOf(const Cubic& cubic) {
+    const auto& p = cubic.p;
+    // As high at its end as at its start: at its extreme values.
+    const double d0 = p[1].y - p[0].y;
+    const double d2 = p[3].y - p[2].y;
     const double height = std::max(std::fabs(d0), std::fabs(d2));
-    std::vector<double> places;
-    if (height > 0.0 && rise <= 1e-9 * height) {
-        const double a = d0 - 2.0 * d1 + d2;
-        const double b = 2.0 * (d1 - d0);
-        const double discriminant = b * b - 4.0 * a * d0;
-        if (a == 0.0 && b != 0.0) {
-            places.push_back(-d0 / b);
-        } else if (discriminant >= 0.0) {
-            const double q = -0.5 * (b + std::copysign(std::sqrt(discriminant), b));
-            if (a != 0.0) places.push_back(q / a);
-            if (q != 0.0) places.push_back(d0 / q);
-        }
+    if (height > 0.0 && std::fabs(p[3].y - p[0].y) <= 1e-9 * height) {
+        auto turns = TurnsOf(d0, p[2].y - p[1].y, d2);
+        std::sort(turns.begin(), turns.end());
+        return turns;
     }
-    std::sort(places.begin(), places.end());
+    if (IsWithin(cubic)) return {};
+    // Where x is slowest. On both sides x'(t) only rises or falls from there, so that its Bezier coefficients, the
+    // distances of the control points, cannot be negative; nor can those of any part.
+    const double dx0 = p[1].x - p[0].x;
+    const double dx1 = p[2].x - p[1].x;
+    return {(dx0 - dx1) / (dx0 - 2.0 * dx1 + p[3].x - p[2].x), 0.0};
+}
+
+// Keeps a handle's direction.
+void Shorten(Vector2D<double>& tip, const Vector2D<double>& key, double x) {
+    tip = {x, key.y + (tip.y - key.y) * ((x - key.x) / (tip.x - key.x))};
+}
+
+// Appends pieces that fit; returns whether all do, and none had to be changed.
+bool Fit(const Cubic& cubic, int depth, std::vector<Cubic>& pieces) {
+    constexpr double kGap = Keyframe::getMinSeparation();
+    constexpr int kDeepest = 4; // extremes, slowest place, extremes; once more for rounding
+    const std::array<double, 2> cuts = CutsOf(cubic);
     Cubic rest = cubic;
-    double from = 0.0;
-    for (const double place : places) {
-        if (!(place > from + 1e-9 && place < 1.0 - 1e-9)) continue;
-        const auto [left, right] = Cut(rest, (place - from) / (1.0 - from));
-        if (!(left.width() > 0.0 && right.width() > 0.0)) continue;
-        pieces.push_back(left);
-        rest = right;
-        from = place;
+    bool fits = true;
+    if (depth < kDeepest) {
+        double from = 0.0;
+        for (double place : cuts) {
+            if (!(place > 0.0 && place < 1.0) || !(rest.width() > 2.0 * kGap)) continue;
+            // Keys closer than that to each other are none; what is left of the piece beside one is that wide.
+            const double x = PointAt(cubic, place).x;
+            if (x < rest.p[0].x + kGap) place = ParameterAt(cubic, rest.p[0].x + kGap);
+            if (x > rest.p[3].x - kGap) place = ParameterAt(cubic, rest.p[3].x - kGap);
+            if (!(place > from && place < 1.0)) continue;
+            const auto [left, right] = Cut(rest, (place - from) / (1.0 - from));
+            if (!(left.width() > 0.0 && right.width() > 0.0)) continue;
+            fits = Fit(left, depth + 1, pieces) && fits;
+            rest = right;
+            from = place;
+        }
+        if (from > 0.0) return Fit(rest, depth + 1, pieces) && fits;
     }
+    fits = cuts == std::array<double, 2>{};
+    if (rest.p[1].x > rest.p[3].x) Shorten(rest.p[1], rest.p[0], rest.p[3].x);
+    if (rest.p[2].x < rest.p[0].x) Shorten(rest.p[2], rest.p[3], rest.p[0].x);
     pieces.push_back(rest);
+    return fits;
 }
 
 } // namespace
@@ -72,18 +89,21 @@ void CutToEasings(Track& track, const FCurve& curve, Notes& notes) {
     // Most curves need no cut and stay as they are, handles to the last digit; the first cut moves what was walked to
     // `knots`.
     std::vector<Knot> knots;
-    std::vector<Cubic> halves;
     std::vector<Cubic> pieces;
     for (std::size_t i = 0; i < track.knots.size(); ++i) {
         Knot& right = track.knots[i];
         if (i > 0 && track.knots[i - 1].piece == Piece::Bezier) {
             const Cubic cubic = CubicOf(track, i - 1);
-            halves.clear();
             pieces.clear();
-            if (!Halve(cubic, 0, halves))
+            if (!Fit(cubic, 0, pieces)) {
                 notes.add(curve, cubic.p[0].x, cubic.p[3].x, Loss::Tangents, Loss::Shortened,
-                          "handles that reach far beyond the segment");
-            for (const Cubic& half : halves) CutAtExtremes(half, pieces);
+                          "handles of a piece too narrow to be cut");
+                if (pieces.size() == 1) {
+                    const auto& p = pieces[0].p;
+                    (knots.empty() ? track.knots[i - 1] : knots.back()).out.handle = {p[1].x - p[0].x, p[1].y - p[0].y};
+                    right.in.handle = {p[2].x - p[3].x, p[2].y - p[3].y};
+                }
+            }
             if (pieces.size() > 1 && knots.empty()) {
                 knots.reserve(track.knots.size() + pieces.size());
                 knots.assign(track.knots.begin(), track.knots.begin() + static_cast<std::ptrdiff_t>(i));

@@ -25,7 +25,8 @@ struct Easing {
 };
 
 // Cuts Bezier pieces until each is an easing: where handles leave the width, and where a piece ends at the value at
-// which it starts though it moves between. Exact but for rounding.
+// which it starts though it moves between. Exact but for rounding; only beside a key, where keys 0.001 frames apart
+// leave no room for a cut, are handles shortened, which the notes say.
 void CutToEasings(Track& track, const FCurve& curve, Notes& notes);
 
 // Of a Bezier piece that was cut; a flat one has y1 = 0 and y2 = 1.

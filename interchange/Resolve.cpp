@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -63,18 +64,46 @@ Cubic ArgsOf(const BezierInterpBase& interpolator, const Segment& segment) {
     return cubic;
 }
 
-// Formulas and the like, as few Bezier pieces.
-Stretch Fitted(const Segment& segment, double x0, double x1, double tolerance) {
+// The largest distance of what was fitted from the segment, at irregular places.
+double DistanceBetween(const FCurve& fitted, const Segment& segment, double x0, double x1, int count) {
+    double largest = 0.0;
+    Walk walk(fitted);
+    for (int i = 0; i < count; ++i) {
+        const double x = x0 + (x1 - x0) * IrregularPlace(i, count);
+        walk.goTo(x);
+        const double off = std::fabs(EvalSegment(x, *walk) - EvalSegment(x, segment));
+        if (off > largest && std::isfinite(off)) largest = off;
+    }
+    return largest;
+}
+
+// Of samples that are as dense as it takes: twice as many each time, as long as that helps.
+FitResult FitDensely(const Segment& segment, double x0, double x1, double tolerance) {
     constexpr double kPerFrame = 8.0;
     constexpr double kFewest = 64.0;
     constexpr double kMost = 65536.0;
-    const auto count = static_cast<int>(std::clamp(std::ceil((x1 - x0) * kPerFrame), kFewest, kMost));
+    constexpr int kVeryMost = 262144;
+    constexpr int kTries = 3; // that may leave it as bad: of a jump, or of what is far too fast
+    auto count = static_cast<int>(std::clamp(std::ceil((x1 - x0) * kPerFrame), kFewest, kMost));
+    double before = HUGE_VAL;
     std::vector<Vector2D<double>> samples;
-    for (int i = 0; i <= count; ++i) {
-        const double x = i == count ? x1 : x0 + (x1 - x0) * i / count;
-        samples.emplace_back(x, EvalSegment(x, segment));
+    for (int tries = 0;; count *= 2) {
+        samples.clear();
+        for (int i = 0; i <= count; ++i) {
+            const double x = i == count ? x1 : x0 + (x1 - x0) * i / count;
+            samples.emplace_back(x, EvalSegment(x, segment));
+        }
+        FitResult fit = FitCurve(samples, 0.5 * tolerance); // half of it for what lies between the samples
+        const double off = DistanceBetween(*fit.curve, segment, x0, x1, count);
+        if (off > 0.75 * before) ++tries;
+        if (!(off > 0.9 * tolerance) || tries == kTries || 2 * count > kVeryMost) return fit;
+        before = off;
     }
-    const FitResult fit = FitCurve(samples, 0.5 * tolerance); // half of it for what lies between the samples
+}
+
+// Formulas and the like, as few Bezier pieces.
+Stretch Fitted(const Segment& segment, double x0, double x1, double tolerance) {
+    const FitResult fit = FitDensely(segment, x0, x1, tolerance);
     Stretch stretch;
     for (const Segment& piece : *fit.curve) {
         const auto left = piece.getLeftKey();
@@ -217,7 +246,7 @@ double RangeOf(const FCurve& curve) {
     Rectangle<double> box;
     if (!GetInteriorExtents(curve, box)) return 1.0;
     const double size = box.height > 0.0 ? box.height : std::fabs(box.y);
-    return size > 0.0 && std::isfinite(size) ? size : 1.0;
+    return size > 0.0 ? std::min(size, std::numeric_limits<double>::max()) : 1.0;
 }
 
 double ToleranceOf(const FCurve& curve) {

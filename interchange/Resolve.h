@@ -74,6 +74,8 @@ public:
             findNext();
         }
     }
+    // Where the next segment starts; HUGE_VAL after the last.
+    double next() const { return m_next; }
     const Segment& operator*() const { return *m_at; }
     const Segment* operator->() const { return &*m_at; }
 
@@ -85,8 +87,14 @@ private:
 
     FCurve::const_iterator m_at;
     FCurve::const_iterator m_end;
-    double m_next = 0.0; // where the next segment starts
+    double m_next = 0.0;
 };
+
+// Places in 0..1 that keep no step with anything that repeats itself: rising with i, `count` of them.
+inline double IrregularPlace(int i, int count) noexcept {
+    constexpr double kGolden = 0.6180339887498949;
+    return (i + std::fmod(kGolden * (i + 1), 1.0)) / count;
+}
 
 // Continues the track from the frame `from` and up to the frame `to`, where the curve does not hold its ends there: for
 // formats that know nothing else outside the keys. Fitted within the tolerance of the conversion.

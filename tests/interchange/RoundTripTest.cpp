@@ -240,6 +240,69 @@ TEST_P(EveryFormat, TellsWhatBecomesOfRandomCurves) {
     EXPECT_EQ(check(curves, labels) == 0, isSampled) << "whether a curve comes back whole";
 }
 
+// What turns fast, between whole frames, or nowhere a number can go.
+TEST_P(EveryFormat, TellsTheLargestDifference) {
+    const std::pair<const char*, double> formulas[] = {{"sin(x)", 2000.0},
+                                                       {"sin(20*x)", 100.0},
+                                                       {"10*exp(-(x-25.3)*(x-25.3))", 100.0},
+                                                       {"x-3*floor(x/3)", 100.0},
+                                                       {"exp(x*500)", 10.0}};
+    std::vector<std::shared_ptr<FCurve>> curves;
+    for (const auto& [formula, last] : formulas) {
+        curves.push_back(FCurve::create());
+        curves.back()->insertSegment(*Keyframe::create(0.0, 0.0), InterpolatorFactory::create(formula));
+        curves.back()->insertSegment(*Keyframe::create(last, 1.0), Constant::create());
+    }
+    const std::vector<Trip> trips = convert(curves, GetParam());
+    for (std::size_t i = 0; i < curves.size(); ++i) {
+        if (!trips[i].back) continue;
+        constexpr int kPlaces = 20000;
+        double largest = 0.0;
+        for (int j = 0; j < kPlaces; ++j) {
+            const double x = formulas[i].second * (j + 0.37) / kPlaces;
+            const double off = std::fabs(curves[i]->eval(x) - trips[i].back->eval(x));
+            if (std::isfinite(off)) largest = std::max(largest, off);
+        }
+        double told = 0.0;
+        for (const Loss& loss : trips[i].report.losses()) told = std::max(told, loss.difference);
+        EXPECT_GE(told, 0.95 * largest) << formulas[i].first << all(trips[i].report);
+        if (!names(trips[i].report, {Loss::Formulas})) continue;
+        const bool says = all(trips[i].report).find("beyond the tolerance") != std::string::npos;
+        EXPECT_TRUE(says || largest < 0.5) << formulas[i].first;
+        EXPECT_TRUE(i != 1 || told < 2e-2) << "that fits, up to the jump at its end" << all(trips[i].report);
+    }
+}
+
+TEST(Easings, HoldHandlesOfAnyLength) {
+    RegisterFormats();
+    const double handles[][5] = {{10, 5, -10, 5, 0}, {10, -5, -10, 30, 0}, {9, 2, -9, 8, 0},  {10, 4, -10, -4, 0},
+                                 {9, 4, -4, 2, 0},   {10, 5, -10, 20, 0},  {13, 0, -3, 4, 5}, {2, 9, -13, 1, 1e-12}};
+    ConversionOptions options;
+    options.settings["css.pieces"] = "yes";
+    const Conversion conversion(options);
+    for (const auto& [outX, outY, inX, inY, end] : handles) {
+        const auto curve = FCurve::create();
+        curve->insertSegment(*Keyframe::create(0.0, 0.0), Bezier::create());
+        curve->insertSegment(*Keyframe::create(10.0, end), Constant::create());
+        Segment& segment = *std::next(curve->begin());
+        for (const auto& tangent : {segment.getOutTangent(), segment.getInTangent()}) tangent->setWeighted(true);
+        segment.getOutTangent()->set(outX, outY);
+        segment.getInTangent()->set(inX, inY);
+        const auto curves = FCurveContainer::create();
+        curves->addCurve(curve);
+        for (const char* const format : {"css_easings", "lottie"}) {
+            MemoryStream bytes;
+            WriteCurves(*curves, bytes, format);
+            bytes.setPosition(0);
+            const auto back = FCurveContainer::create();
+            ContainerInterface target(*back);
+            FormatFactory::getReader(format)->readCurves(bytes, target);
+            for (double x = 0.003; x < 10.0; x += 0.0147) // where it is vertical, digits of x cost many of y
+                EXPECT_NEAR(back->begin()->eval(x), curve->eval(x), 1e-5) << format << ' ' << outX << ' ' << outY;
+        }
+    }
+}
+
 TEST(Easings, LeaveHandlesOfFarFramesUnweighted) {
     RegisterFormats();
     const auto curve = FCurve::create();

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -65,8 +67,9 @@ struct Frame {
     bool isHeld = false;
 };
 
-// The keyframes of a property; none of a shape, whose values are objects.
+// The keyframes of a property.
 struct Keyframes {
+    const char* content = nullptr; // what it is, where its values are objects; then there are none
     std::size_t dimensions = 0;
     std::vector<Frame> frames;
     std::vector<double> numbers;
@@ -126,7 +129,11 @@ Keyframes KeyframesAt(const JsonValue& array, const std::string& path) {
         const bool isLast = i + 1 == count;
         const JsonValue start = keyframe["s"];
         if (!start.isNull()) {
-            if (start.isArray() && !start.empty() && start[std::size_t{0}].isObject()) return {};
+            Keyframes other;
+            if (start.isObject()) other.content = count > 1 ? "a text that changes" : "";
+            if (start.isArray() && !start.empty() && start[std::size_t{0}].isObject())
+                other.content = "an animated shape";
+            if (other.content) return other;
             frame.start = all.add(start, {&way, "s"});
         } else if (isLast && i > 0) {
             frame.start = frames[i - 1].end; // as old files end
@@ -187,6 +194,135 @@ bool IsCurved(const Keyframes& all, std::size_t index) {
     return chord == 0.0;
 }
 
+// Whether x rises with the parameter; then handles may reach out of the unit square.
+bool Rises(const Easing& easing) {
+    const double first = easing.x1;
+    const double second = easing.x2 - easing.x1;
+    const double third = 1.0 - easing.x2;
+    return first >= 0.0 && third >= 0.0 && (second >= 0.0 || second * second <= first * third);
+}
+
+Cubic CubicOf(const Easing& easing) {
+    return {{{0.0, 0.0}, {easing.x1, easing.y1}, {easing.x2, easing.y2}, {1.0, 1.0}}};
+}
+
+// With handles shortened along their direction until x rises.
+Easing Shortened(Easing easing) {
+    if (easing.x1 > 1.0) easing.y1 /= easing.x1;
+    if (easing.x2 < 0.0) easing.y2 = 1.0 - (1.0 - easing.y2) / (1.0 - easing.x2);
+    easing.x1 = std::clamp(easing.x1, 0.0, 1.0);
+    easing.x2 = std::clamp(easing.x2, 0.0, 1.0);
+    return easing;
+}
+
+// How far that leads from what the easing was, at whatever parameter a player finds for an x; in shares.
+Distance DistanceOfShortened(const Easing& easing, const Easing& shortened) {
+    constexpr int kPlaces = 256;
+    const Cubic from = CubicOf(easing);
+    const Cubic to = CubicOf(shortened);
+    Distance largest;
+    for (int i = 1; i < kPlaces; ++i) {
+        const Vector2D<double> point = PointAt(from, static_cast<double>(i) / kPlaces);
+        if (!(point.x >= 0.0 && point.x <= 1.0)) continue;
+        const double off = std::fabs(point.y - PointAt(to, ParameterAt(to, point.x)).y);
+        if (off > largest.y) largest = {off, point.x};
+    }
+    return largest;
+}
+
+// The way of all dimensions from a keyframe to the next, eased by its length.
+class ArcMotion {
+public:
+    struct Stand {
+        int part;
+        double share; // of the part
+    };
+
+    ArcMotion(const Keyframes& all, std::size_t index)
+        : m_all(all), m_index(index), m_ease(CubicOf(easeOf(all, index))), m_lengths{0.0} {
+        for (int part = 1; part <= kParts; ++part) {
+            double square = 0.0;
+            for (std::size_t d = 0; d < all.dimensions; ++d) {
+                const double step = point(d, part) - point(d, part - 1);
+                square += step * step;
+            }
+            m_lengths.push_back(m_lengths.back() + std::sqrt(square));
+        }
+    }
+
+    Stand at(double x) const {
+        const Frame& frame = m_all.frames[m_index];
+        const double share = (x - frame.t) / (m_all.frames[m_index + 1].t - frame.t);
+        const double way = PointAt(m_ease, ParameterAt(m_ease, share)).y * m_lengths.back();
+        // Beyond its ends the way goes on straight; so do the outermost parts.
+        const auto after = std::upper_bound(m_lengths.begin() + 1, m_lengths.end() - 1, way);
+        const double length = *after - *(after - 1);
+        return {static_cast<int>(after - m_lengths.begin()) - 1, length > 0.0 ? (way - *(after - 1)) / length : 0.0};
+    }
+    double value(const Stand& stand, std::size_t dimension) const {
+        const double from = point(dimension, stand.part);
+        return from + stand.share * (point(dimension, stand.part + 1) - from);
+    }
+
+private:
+    static constexpr int kParts = 256;
+
+    static Easing easeOf(const Keyframes& all, std::size_t index) {
+        const std::size_t easings = all.frames[index].easings;
+        const Easing easing = easings == kNone ? Easing{} : all.easings[easings];
+        return Rises(easing) ? easing : Shortened(easing);
+    }
+    double point(std::size_t d, int part) const {
+        const Frame& frame = m_all.frames[m_index];
+        const double a = m_all.start(m_index)[d];
+        const double b = m_all.start(m_index + 1)[d];
+        const Cubic cubic{
+            {{0.0, a}, {0.0, a + m_all.handle(frame.leave, d)}, {0.0, b + m_all.handle(frame.arrive, d)}, {0.0, b}}};
+        return PointAt(cubic, 1.0 * part / kParts).y;
+    }
+
+    const Keyframes& m_all;
+    std::size_t m_index;
+    Cubic m_ease;
+    std::vector<double> m_lengths;
+};
+
+void AddKnot(Track& track, double x, double y, bool moves) {
+    if (!track.knots.empty() && !(x > track.knots.back().x)) return;
+    Knot knot;
+    knot.x = x;
+    knot.y = y;
+    knot.piece = moves ? Piece::Linear : Piece::Constant;
+    track.knots.push_back(knot);
+}
+
+bool IsNumeric(const JsonValue& value) {
+    if (value.isNumber()) return true;
+    bool isNumeric = value.isArray();
+    for (const JsonValue& element : value) isNumeric = isNumeric && element.isNumber();
+    return isNumeric;
+}
+
+// A name each; '#' and the number is added where there is none, or another has the same.
+std::vector<std::string> NamesOf(const JsonValue& objects, const char* otherwise = nullptr) {
+    std::vector<std::string> names;
+    std::unordered_map<std::string, std::size_t> counts;
+    for (const JsonValue& object : objects) ++counts[names.emplace_back(object["nm"].text())];
+    std::size_t index = 0;
+    for (const JsonValue& object : objects) {
+        std::string& name = names[index++];
+        const bool isNamed = otherwise ? !name.empty() : object.contains("nm");
+        if (isNamed && counts[name] == 1) continue;
+        if (otherwise && !object[otherwise].text().empty()) {
+            name = object[otherwise].text();
+            continue;
+        }
+        do name += '#' + std::to_string(index);
+        while (counts.count(name) > 0);
+    }
+    return names;
+}
+
 class LottieDocument {
 public:
     explicit LottieDocument(const JsonValue& root) {
@@ -194,14 +330,16 @@ public:
         if (root.isObject() && root.contains("fr") && root["fr"].isNumber()) rate = root["fr"].number();
         if (std::isfinite(rate)) m_document.rate = rate;
         m_document.properties.emplace_back(kFrameRate, NumberText(FrameRateOr(rate)));
+        if (root.isObject()) m_first = root["ip"].number();
         for (const auto& [member, property] : {std::pair("ip", kFirstFrame), std::pair("op", kLastFrame)})
             if (root.isObject() && root.contains(member) && root[member].isNumber())
                 m_document.properties.emplace_back(property, NumberText(root[member].number()));
         if (!root.isObject()) Refuse("", "Expected an object.");
         if (root.contains("layers")) {
             if (!root["layers"].isArray()) Refuse("/layers", "Expected an array.");
-            std::size_t index = 0;
-            for (const JsonValue& layer : root["layers"]) readLayer(layer, index++);
+            readLayers(root["layers"], "", "/layers");
+            if (root["assets"].isArray()) readAssets(root["assets"]);
+            walk(root["slots"], "slots", "/slots");
         } else if (root.contains("k") || root.contains("s")) {
             read(root, textOf(root, "nm").empty() ? "property" : textOf(root, "nm"), "", true);
         } else {
@@ -214,23 +352,77 @@ public:
 private:
     static std::string textOf(const JsonValue& object, const char* member) { return object[member].text(); }
 
-    void readLayer(const JsonValue& layer, std::size_t index);
+    void readLayers(const JsonValue& layers, const std::string& node, const std::string& path);
+    void readAssets(const JsonValue& assets);
+    void readLayer(const JsonValue& layer, const std::string& name, const std::string& path);
     void walk(const JsonValue& value, const std::string& name, const std::string& path);
     void read(const JsonValue& property, const std::string& name, const std::string& path, bool isWhole);
+    std::string uniqueName(const std::string& name) {
+        std::string unique = name;
+        while (!m_names.try_emplace(unique, 1U).second) unique = name + '#' + std::to_string(++m_names[name]);
+        return unique;
+    }
     void readDimension(const Keyframes& all, std::size_t dimension, Track& track);
     bool readArcs(const Keyframes& all, std::vector<Track>& tracks);
 
+    // A layer that shows a composition at other frames than its own.
+    struct Showing {
+        std::string layer;
+        std::string asset;
+        double start;
+    };
+
     Document m_document;
+    double m_first = 0.0;
+    double m_arcFrames = 1e6; // that may still be sampled
+    std::vector<Showing> m_showings;
+    std::unordered_map<std::string, std::size_t> m_names; // of properties, with the last number that made one free
 };
 
 std::string Joined(const std::string& name, const std::string& channel) {
     return name.empty() ? channel : name + '/' + channel;
 }
 
-void LottieDocument::readLayer(const JsonValue& layer, std::size_t index) {
-    const std::string path = "/layers/" + std::to_string(index);
+void LottieDocument::readLayers(const JsonValue& layers, const std::string& node, const std::string& path) {
+    const std::vector<std::string> names = NamesOf(layers);
+    std::size_t index = 0;
+    for (const JsonValue& layer : layers) {
+        readLayer(layer, Joined(node, names[index]), path + '/' + std::to_string(index));
+        ++index;
+    }
+}
+
+// Compositions that layers show; their keys stay at their own frames.
+void LottieDocument::readAssets(const JsonValue& assets) {
+    const std::vector<std::string> names = NamesOf(assets, "id");
+    std::unordered_set<std::string> moving;
+    std::size_t index = 0;
+    for (const JsonValue& asset : assets) {
+        const std::size_t before = m_document.tracks.size();
+        if (asset["layers"].isArray())
+            readLayers(asset["layers"], names[index], "/assets/" + std::to_string(index) + "/layers");
+        if (m_document.tracks.size() > before) moving.insert(textOf(asset, "id"));
+        ++index;
+    }
+    for (const Showing& showing : m_showings)
+        if (moving.count(showing.asset) > 0)
+            Lose({showing.layer,
+                  Loss::Time,
+                  Loss::Dropped,
+                  "the frames at which a composition is shown",
+                  1,
+                  {showing.start},
+                  0.0,
+                  0.0});
+}
+
+void LottieDocument::readLayer(const JsonValue& layer, const std::string& name, const std::string& path) {
     if (!layer.isObject()) Refuse(path, "Expected an object.");
-    const std::string name = layer.contains("nm") ? textOf(layer, "nm") : '#' + std::to_string(index + 1);
+    const double start = layer["st"].number();
+    const JsonValue stretch = layer["sr"];
+    if (layer.contains("refId")
+        && (start != 0.0 || (stretch.isNumber() && stretch.number() != 1.0) || layer.contains("tm")))
+        m_showings.push_back({name, textOf(layer, "refId"), start});
     static constexpr const char* transforms[][2] = {
         {"o", "opacity"},   {"r", "rotateZ"}, {"rx", "rotateX"}, {"ry", "rotateY"}, {"rz", "rotateZ"},
         {"p", "translate"}, {"s", "scale"},   {"a", "anchor"},   {"sk", "skew"},    {"sa", "skewAxis"}};
@@ -270,6 +462,7 @@ void LottieDocument::walk(const JsonValue& value, const std::string& name, const
         read(value, name, path, false);
         return;
     }
+    if (value.isObject() && value["x"].isText() && value.contains("k")) read(value, name, path, false);
     std::size_t index = 0;
     for (const JsonValue& element : value) {
         if (element.isStructured()) {
@@ -290,9 +483,9 @@ void LottieDocument::readDimension(const Keyframes& all, std::size_t dimension, 
         Knot knot;
         knot.x = frame.t;
         knot.y = all.numbers[frame.start + dimension];
-        if (!knots.empty() && !(knot.x > knots.back().x)) {
+        const double gap = Keyframe::getMinSeparation();
+        if (!knots.empty() && !(knot.x - knots.back().x > 0.5 * gap)) {
             // The later one shows; what led to the earlier one ends a little before.
-            const double gap = Keyframe::getMinSeparation();
             Lose({track.name, Loss::Time, Loss::Moved, "a key before a jump, by 0.001 frames", 1, {knot.x}, 0.0, 0.0});
             if (knots.size() > 1 && knot.x - knots[knots.size() - 2].x <= 2.0 * gap)
                 knots.pop_back();
@@ -323,13 +516,18 @@ void LottieDocument::readDimension(const Keyframes& all, std::size_t dimension, 
             continue;
         }
         Easing easing = all.easings[frame.easings + dimension];
-        if (!(easing.x1 >= 0.0 && easing.x1 <= 1.0 && easing.x2 >= 0.0 && easing.x2 <= 1.0)) {
-            Lose({track.name, Loss::Tangents, Loss::Shortened, "handles beyond the segment", 1, {left.x}, 0.0, 0.0});
-            // Along their direction.
-            if (easing.x1 > 1.0) easing.y1 /= easing.x1;
-            if (easing.x2 < 0.0) easing.y2 = 1.0 - (1.0 - easing.y2) / (1.0 - easing.x2);
-            easing.x1 = std::clamp(easing.x1, 0.0, 1.0);
-            easing.x2 = std::clamp(easing.x2, 0.0, 1.0);
+        if (!Rises(easing)) {
+            const Easing shortened = Shortened(easing);
+            const Distance off = DistanceOfShortened(easing, shortened);
+            Lose({track.name,
+                  Loss::Tangents,
+                  Loss::Shortened,
+                  "handles beyond the segment",
+                  1,
+                  {left.x},
+                  off.y * std::fabs(right.y - left.y),
+                  left.x + off.at * (right.x - left.x)});
+            easing = shortened;
         }
         SetEasing(left, right, easing);
     }
@@ -338,65 +536,54 @@ void LottieDocument::readDimension(const Keyframes& all, std::size_t dimension, 
 // Along an arc the dimensions have one easing, of the way: a key a frame. Returns whether there is an arc.
 bool LottieDocument::readArcs(const Keyframes& all, std::vector<Track>& tracks) {
     const std::vector<Frame>& frames = all.frames;
-    constexpr double kMostFrames = 1e6;
+    constexpr double kGap = Keyframe::getMinSeparation();
     bool hasArc = false;
     for (std::size_t i = 0; i + 1 < frames.size() && !hasArc; ++i) hasArc = IsCurved(all, i);
-    if (!hasArc || frames.back().t - frames.front().t > kMostFrames) return false;
-    constexpr int kParts = 256;
+    if (!hasArc) return false;
+    const double length = frames.back().t - frames.front().t;
+    if (!(length <= m_arcFrames)) {
+        for (const Track& track : tracks)
+            Lose({track.name, Loss::Kind, Loss::Replaced, "motion along a long arc, by a line", 1, {}, 0.0, 0.0});
+        return false;
+    }
+    m_arcFrames -= length;
+    std::vector<Distance> off(tracks.size());
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const Frame& frame = frames[i];
-        const auto add = [&](double x, std::size_t d, double y, Piece piece) {
-            if (!tracks[d].knots.empty() && !(x > tracks[d].knots.back().x)) return;
-            Knot knot;
-            knot.x = x;
-            knot.y = y;
-            knot.piece = piece;
-            tracks[d].knots.push_back(knot);
-        };
         const bool moves = i + 1 < frames.size() && !frame.isHeld;
-        for (std::size_t d = 0; d < tracks.size(); ++d)
-            add(frame.t, d, all.start(i)[d], moves ? Piece::Linear : Piece::Constant);
+        for (std::size_t d = 0; d < tracks.size(); ++d) AddKnot(tracks[d], frame.t, all.start(i)[d], moves);
         if (!moves) continue;
-        const double* const end = all.start(i + 1);
-        const auto point = [&](std::size_t d, double t) {
-            const double a = all.start(i)[d];
-            const double leave = all.handle(frame.leave, d);
-            const double arrive = all.handle(frame.arrive, d);
-            const Cubic cubic{{{0.0, a}, {0.0, a + leave}, {0.0, end[d] + arrive}, {0.0, end[d]}}};
-            return PointAt(cubic, t).y;
-        };
-        std::vector<double> lengths{0.0};
-        for (int part = 1; part <= kParts; ++part) {
-            double square = 0.0;
-            for (std::size_t d = 0; d < tracks.size(); ++d) {
-                const double step = point(d, 1.0 * part / kParts) - point(d, 1.0 * (part - 1) / kParts);
-                square += step * step;
+        const ArcMotion motion(all, i);
+        const double next = frames[i + 1].t;
+        double before = frame.t;
+        for (double x = std::floor(frame.t) + 1.0; before < next; ++x) {
+            const bool isLast = x > next - kGap;
+            const double to = isLast ? next : x;
+            if (!isLast && x < before + kGap) continue;
+            const ArcMotion::Stand end = motion.at(to);
+            for (const double part : {0.23, 0.47, 0.71}) { // a line leads there
+                const ArcMotion::Stand here = motion.at(before + part * (to - before));
+                for (std::size_t d = 0; d < tracks.size(); ++d) {
+                    const double from = tracks[d].knots.back().y;
+                    const double line = from + part * (motion.value(end, d) - from);
+                    const double distance = std::fabs(line - motion.value(here, d));
+                    if (distance > off[d].y) off[d] = {distance, before + part * (to - before)};
+                }
             }
-            lengths.push_back(lengths.back() + std::sqrt(square));
-        }
-        const double width = frames[i + 1].t - frame.t;
-        const Easing easing = frame.easings == kNone ? Easing{} : all.easings[frame.easings];
-        const Cubic ease{{{0.0, 0.0},
-                          {std::clamp(easing.x1, 0.0, 1.0), easing.y1},
-                          {std::clamp(easing.x2, 0.0, 1.0), easing.y2},
-                          {1.0, 1.0}}};
-        for (double x = std::floor(frame.t) + 1.0; x < frames[i + 1].t; ++x) {
-            const double way = PointAt(ease, ParameterAt(ease, (x - frame.t) / width)).y * lengths.back();
-            // Beyond its ends the way goes on straight; so do the outermost parts.
-            const auto after = std::upper_bound(lengths.begin() + 1, lengths.end() - 1, way);
-            const auto part = static_cast<int>(after - lengths.begin()) - 1;
-            const auto index = static_cast<std::size_t>(part);
-            const double length = lengths[index + 1] - lengths[index];
-            const double share = length > 0.0 ? (way - lengths[index]) / length : 0.0;
-            for (std::size_t d = 0; d < tracks.size(); ++d) {
-                const double a = point(d, 1.0 * part / kParts);
-                const double b = point(d, 1.0 * (part + 1) / kParts);
-                add(x, d, a + share * (b - a), Piece::Linear);
-            }
+            for (std::size_t d = 0; d < tracks.size() && !isLast; ++d)
+                AddKnot(tracks[d], to, motion.value(end, d), true);
+            before = to;
         }
     }
-    for (const Track& track : tracks)
-        Lose({track.name, Loss::Kind, Loss::Sampled, "motion along an arc, a key a frame", 1, {}, 0.0, 0.0});
+    for (std::size_t d = 0; d < tracks.size(); ++d)
+        Lose({tracks[d].name,
+              Loss::Kind,
+              Loss::Sampled,
+              "motion along an arc, a key a frame",
+              1,
+              {},
+              off[d].y,
+              off[d].at});
     return true;
 }
 
@@ -413,37 +600,44 @@ void LottieDocument::read(const JsonValue& property, const std::string& name, co
     const std::string place = path + "/k";
     if (k.isArray() && k.empty()) Refuse(place, "The array is empty.");
     const bool isAnimated = k.isArray() && k[std::size_t{0}].isObject();
-    if (!isAnimated && !isWhole) return; // what does not move is no curve
+    const std::string expression = textOf(property, "x");
+    if (!isAnimated && !isWhole && expression.empty()) return; // what does not move is no curve
     Keyframes all;
     if (isAnimated) {
         all = KeyframesAt(k, place);
-        if (all.frames.empty()) {
-            Lose({name, Loss::Curves, Loss::Dropped, "an animated shape", 1, {}, 0.0, 0.0});
+        if (all.content) {
+            if (*all.content) Lose({name, Loss::Curves, Loss::Dropped, all.content, 1, {}, 0.0, 0.0});
             return;
         }
+    } else if (!isWhole && !IsNumeric(k)) {
+        Lose({name, Loss::Formulas, Loss::Dropped, "an expression", 1, {}, 0.0, 0.0});
+        return;
     } else if (k.isNumber() || k.isArray()) {
-        all.frames.emplace_back().start = all.add(k, Way{nullptr, nullptr, 0, place});
+        Frame& frame = all.frames.emplace_back();
+        frame.t = m_first;
+        frame.start = all.add(k, Way{nullptr, nullptr, 0, place});
         all.dimensions = all.numbers.size();
     } else {
         Refuse(place, "Expected numbers or keyframes.");
     }
     const std::size_t dimensions = all.dimensions;
     std::vector<Track> tracks(dimensions);
+    const std::string unique = uniqueName(name);
     const bool isTransform = name.size() >= 5
                              && (name.compare(name.size() - 5, 5, "scale") == 0
                                  || (name.size() >= 9 && name.compare(name.size() - 9, 9, "translate") == 0));
     for (std::size_t d = 0; d < dimensions; ++d) {
-        tracks[d].name = name;
+        tracks[d].name = unique;
         tracks[d].path = path;
         if (dimensions == 1) continue;
         if (isTransform && d < 3)
             tracks[d].name += "XYZ"[d];
         else
             tracks[d].name += std::string("/") + (dimensions <= 3 ? std::string(1, "xyz"[d]) : std::to_string(d));
+        tracks[d].name = uniqueName(tracks[d].name);
     }
     if (!readArcs(all, tracks))
         for (std::size_t d = 0; d < dimensions; ++d) readDimension(all, d, tracks[d]);
-    const std::string expression = textOf(property, "x");
     for (Track& track : tracks) {
         if (!expression.empty()) {
             track.properties.emplace_back("lottie_expression", expression);

@@ -1,4 +1,4 @@
-#include "Binding.h"
+#include "HostInterpolator.h"
 
 #include "FCurveLib/Exception.h"
 
@@ -19,11 +19,11 @@ PYBIND11_MODULE(_core, module) {
         }
     });
 
-    CurveClass curve(module, "Curve", py::is_final(),
+    CurveClass curve(module, "Curve", py::is_final(), CollectableCurve(),
                      "A function curve: maps x (time, in frames) to a value.\n\n"
                      "Curve(name='', keys=(), interpolator='bezier()')\n\n"
                      "keys are pairs (x, y), in any order; the interpolator is that of the segments between them.");
-    ContainerClass container(module, "Container", py::is_final(),
+    ContainerClass container(module, "Container", py::is_final(), CollectableContainer(),
                              "Curves by name, in order: a mapping of str to Curve.\n\n"
                              "Container(curves=())\n\n"
                              "curves is an iterable of Curve, or a mapping whose keys become the curves' names.");

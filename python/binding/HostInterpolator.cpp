@@ -49,6 +49,20 @@ HostInterpolator::HostInterpolator(const py::object& function, bool isNamed)
     setExpression(ExpressionOf(function).c_str());
 }
 
+std::atomic<std::size_t>& HostInterpolator::Alive::count() noexcept {
+    static std::atomic<std::size_t> count{0};
+    return count;
+}
+
+int HostInterpolator::visit(visitproc visitor, void* argument) const {
+    for (const auto* held : {&m_function, &m_first, &m_second}) {
+        if (held->use_count() != 1) continue; // none, or clones have it, too
+        const int result = visitor(held->get(), argument);
+        if (result != 0) return result;
+    }
+    return 0;
+}
+
 double HostInterpolator::eval(double x, const Segment& segment) const {
     return Call(m_function.get(), x, segment);
 }

@@ -260,6 +260,35 @@ def test_nothing_is_edited_while_an_interpolator_is_called(ball, call, edit):
     assert ball == before
 
 
+def test_curves_that_their_interpolators_refer_to_are_collected():
+    def alone(several):
+        curve = fc.Curve("c", [(0, 0), (5, 5), (9, 1)])
+        curve.interpolators = (lambda x, segment: curve.keys[0].y) if several else "linear"
+        curve.interpolators[-1] = lambda x, segment: curve(0)
+        return weakref.ref(curve)
+
+    def together():
+        container = fc.Container([fc.Curve("a", [(0, 0)]), fc.Curve("b")])
+        container["a"].extend = lambda x, segment: container["b"](x)
+        return weakref.ref(container)
+
+    gone = [alone(False), alone(True), together()]
+    gc.collect()
+    assert [it() for it in gone] == [None] * 3
+
+    def shared():
+        curve = fc.Curve("c", [(0, 0), (5, 5)])
+        curve.interpolators = lambda x, segment: 7.0 if curve else 0.0
+        keepers.extend([fc.Container([curve]), curve.copy(), curve.compile(), curve.segments[1], curve.interpolators[1]])
+
+    keepers = []
+    shared()
+    for _ in range(3):
+        gc.collect()
+        container, copied, compiled, segment, kind = keepers
+        assert (container["c"](2.0), copied(2.0), compiled(2.0), kind(2.0, segment)) == (7, 7, 7, 7)
+
+
 def test_smoothing_is_all_or_nothing(ball):
     ball.interpolators[-1] = lambda x, segment: 1 / 0 if x >= 24 and len(ball.keys) > 3 else 0.0
     before = ball.copy()

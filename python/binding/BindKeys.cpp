@@ -102,9 +102,14 @@ void SetSlice(const Interpolators& self, const py::slice& of, py::handle source)
     } else {
         made.assign(static_cast<std::size_t>(numbers.length), ToInterpolator(source));
     }
-    std::vector<SegmentPtr> segments; // before observers come and edit
-    for (py::ssize_t i = 0; i < numbers.length; ++i)
-        segments.push_back(GetIndexedSegment(*self.curve, static_cast<int>(numbers[i])));
+    std::vector<SegmentPtr> segments(made.size()); // before observers come and edit
+    auto position = self.curve->begin();
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < segments.size(); ++i) { // from left to right, whatever the slice's direction
+        const std::size_t place = numbers.step > 0 ? i : segments.size() - 1 - i;
+        for (const std::size_t wanted = numbers[static_cast<py::ssize_t>(place)]; at < wanted; ++at) ++position;
+        segments[place] = position->getShared();
+    }
     for (std::size_t i = 0; i < segments.size(); ++i) segments[i]->setInterpolator(made[i]);
 }
 

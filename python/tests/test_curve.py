@@ -146,7 +146,7 @@ def test_added_keys_keep_what_runs_beyond_the_keys():
         assert curve.extend == ("cycle", "mirror")
     curve.interpolators = "bezier"
     curve.interpolators[0] = np.float32(3)
-    curve.interpolators[-2:] = ["sin(x)", "x"]
+    curve.interpolators[:1:-1] = ["x", "sin(x)"]
     assert [str(kind) for kind in curve.interpolators] == ["3", "bezier()", "sin(x)", "x"] and curve(-100) == 3
     assert curve.add_key(6, 0).interpolator == "bezier()" and curve.add_key(18, 0).interpolator == "sin(x)"
 

@@ -46,8 +46,12 @@ export function readNumber(app: App, field: HTMLInputElement): number | null {
  */
 function rove(box: HTMLElement, rows: string): () => void {
     const controls = (part: Element) => [...part.querySelectorAll<HTMLElement>("button, input, select")];
+    const known = new WeakSet<Element>();
+    let reached: Element | null = null;
     const reach = (row: Element | null) => {
-        for (const control of controls(box)) control.tabIndex = control.closest(rows) === row ? 0 : -1;
+        if (reached && reached !== row) for (const control of controls(reached)) control.tabIndex = -1;
+        if (row) for (const control of controls(row)) control.tabIndex = 0;
+        reached = row;
     };
     box.addEventListener("focusin", (event) => reach((event.target as Element).closest(rows)));
     box.addEventListener("keydown", (event) => {
@@ -62,6 +66,11 @@ function rove(box: HTMLElement, rows: string): () => void {
         if (control instanceof HTMLInputElement) control.select();
     });
     return () => {
+        for (const row of box.querySelectorAll(rows)) {
+            if (known.has(row)) continue;
+            known.add(row);
+            for (const control of controls(row)) control.tabIndex = -1;
+        }
         const wanted = [":focus-within", ".active", ".selected", ":not([aria-hidden])"];
         reach(wanted.map((each) => box.querySelector(rows + each)).find((row) => row !== null) ?? null);
     };
@@ -72,6 +81,8 @@ export class CurveList {
     private readonly list = element("curves");
     private readonly search = element<HTMLInputElement>("search");
     private shown = "";
+    /** Of the curves in the list, by their numbers: what a row shows. */
+    private rows = new Map<number, { text: string; row: HTMLLIElement }>();
     private readonly settle = rove(this.list, "li");
 
     constructor(private readonly app: App, private readonly picture: Picture) {
@@ -95,8 +106,16 @@ export class CurveList {
         const focused = document.activeElement instanceof HTMLElement ? document.activeElement.id : "";
         const found = curves.map((curve, index) => [curve, index] as const)
             .filter(([curve]) => curve.name.toLowerCase().includes(wanted));
-        const rows = found.slice(0, 2000).map(([, index]) => this.row(index));
-        this.list.replaceChildren(...rows);
+        const old = this.rows;
+        this.rows = new Map(found.slice(0, 2000).map(([curve, index]) => {
+            const text = JSON.stringify({ ...curve, low: 0, high: 0, isActive: index === active });
+            const same = always ? undefined : old.get(index);
+            return [index, same?.text === text ? same : { text, row: this.row(index) }];
+        }));
+        const rows = [...this.rows.values()].map(({ row }) => row);
+        // Rows that are as they were stay in the page, which costs browsers much less than to take all anew.
+        if (rows.length !== this.list.children.length) this.list.replaceChildren(...rows);
+        else [...this.list.children].forEach((child, i) => child === rows[i] || child.replaceWith(rows[i]!));
         element<HTMLButtonElement>("remove-curve").disabled = active < 0;
         const more = found.length - rows.length;
         element("no-curves").hidden = rows.length > 0 && more === 0;
@@ -681,8 +700,10 @@ export class Playback {
         const field = element<HTMLInputElement>("frame");
         if (document.activeElement !== field) field.value = format(Math.round(app.frame * 1000) / 1000);
         const values = app.bridge.values(app.frame);
-        for (const cell of document.querySelectorAll<HTMLElement>("#curves [data-value]"))
-            cell.textContent = shorten(Number((values[Number(cell.dataset["value"])] ?? 0).toPrecision(5)), 7);
+        for (const cell of document.querySelectorAll<HTMLElement>("#curves [data-value]")) {
+            const text = shorten(Number((values[Number(cell.dataset["value"])] ?? 0).toPrecision(5)), 7);
+            if (cell.textContent !== text) cell.textContent = text;
+        }
         const value = values[app.state.active] ?? 0;
 
         const ratio = devicePixelRatio || 1;

@@ -404,6 +404,23 @@ const tests = {
         await editor.press("v");
     },
 
+    async "of thousands of curves the list tells what it leaves out"(editor) {
+        const curves = Array.from({ length: 2002 }, (_, i) => `curve c${i} {\nsegment linear() {\n}\n}`);
+        await editor.drop([{ name: "many.fcrvt", bytes: Buffer.from(`fcurvetext 1.0\n${curves.join("\n")}\n`) }]);
+        assert.equal(await editor.page.locator("#curves li").count(), 2000);
+        assert.match(await editor.page.textContent("#no-curves"), /^2 more curves are not listed/);
+        const rows = await editor.page.$$("#curves li:nth-child(-n+3)");
+        await editor.page.focus("#plot");
+        await editor.press("PageDown");
+        const isKept = (row) => row.evaluate((each) => each.isConnected);
+        assert.deepEqual(await Promise.all(rows.map(isKept)), [false, false, true], "only rows that changed are new");
+        assert.equal(await editor.page.getAttribute("#curve-1", "aria-current"), "true");
+        await editor.page.fill("#search", "c2001");
+        await editor.settle();
+        assert.ok(await editor.page.isVisible("#curve-2001"));
+        await editor.page.fill("#search", "");
+    },
+
     async "fields show what is common, and set it"(editor) {
         const keys = await editor.keys();
         await editor.click(keys[0].x, keys[0].y);

@@ -125,10 +125,10 @@ export class Files {
             if (!isShown && own && !own.clean) await store.leave();
         } catch {
             this.store = null;
-            app.tell("This browser keeps nothing for this page: save before you leave.");
         }
         if (!isShown) this.example(example ?? "ball");
         app.drawNow();
+        if (!this.store) app.tell("This browser keeps nothing for this page: save before you leave.", true);
         const lost = await this.offer();
         if (lost > 0)
             app.tell(`${element("message").firstChild?.textContent ?? ""} There is other unsaved work from before.`, false,
@@ -255,8 +255,9 @@ export class Files {
         element<HTMLInputElement>("fps").value = format(rate);
     }
 
-    private showName(): void {
+    private showName(clean = true): void {
         element("document-name").textContent = this.name;
+        document.title = `${clean ? "" : "• "}${this.name} – Curve editor`;
     }
 
     /** Errors first; what did not come over in short, the whole of it by a button. */
@@ -411,7 +412,7 @@ export class Files {
         this.timer = 0;
         const { bridge } = this.app;
         const kept = this.kept();
-        document.title = `${kept.clean ? "" : "• "}${this.name} – Curve editor`;
+        this.showName(kept.clean);
         // An empty document could not be read again; what was there before is worth more.
         if (!this.store || this.app.current.curves.length === 0) return;
         try {
@@ -436,7 +437,8 @@ export class Files {
 
     private kept(): Kept {
         const bytes = this.bytes();
-        const clean = this.saved !== null && indexedDB.cmp(bytes, this.saved) === 0;
+        const { saved } = this;
+        const clean = saved !== null && saved.length === bytes.length && saved.every((byte, i) => byte === bytes[i]);
         return { name: this.name, bytes, time: Date.now(), clean };
     }
 

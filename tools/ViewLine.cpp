@@ -17,6 +17,7 @@ using Pixel = Vector2D<double>;
 
 constexpr double kMargin = 16.0; // pixels above and below the view in which the line is kept
 constexpr std::size_t kMostPointsInColumn = 4;
+constexpr double kNearEnough = 0.14; // pixels
 
 // Makes strokes of a curve's points: cuts off what is far above or below the view, and leaves at most four points in a
 // column.
@@ -139,7 +140,7 @@ private:
             if (!isKept(part.end - 1)) m_kept.push_back(part.end - 1);
         }
         const ViewPolyline::Place place = strokes.back().place;
-        if (!keepFarthest()) merge(begun);
+        if (!keepFarthest()) merge(begun, isNew ? nullptr : &previous);
         std::sort(m_kept.begin(), m_kept.end());
         // What is kept moves to the column's start.
         std::size_t to = m_columnBegin;
@@ -159,32 +160,46 @@ private:
 
     // Keeps what the contract promises where four points are too few: the first and the last, the highest and the
     // lowest. All strokes become one.
-    void merge(std::size_t begun) {
+    void merge(std::size_t begun, const Pixel* previous) {
         std::vector<ViewPolyline::Stroke>& strokes = m_out.strokes;
+        const bool isOnePlace = strokes.back().place == strokes[begun - 1].place;
         strokes.resize(begun);
         while (!m_out.jumps.empty() && m_out.jumps.back().x >= m_column) m_out.jumps.pop_back();
         const auto begin = m_out.points.begin() + static_cast<std::ptrdiff_t>(m_columnBegin);
         const auto isHigher = [](const Pixel& a, const Pixel& b) { return a.y < b.y; };
-        const auto [high, low] = std::minmax_element(begin, m_out.points.end(), isHigher);
-        m_parts.assign(1, {nullptr, m_columnBegin, m_out.points.size()});
-        m_kept = {m_columnBegin, m_out.points.size() - 1};
-        for (const auto extreme : {high, low}) {
-            const auto i = static_cast<std::size_t>(extreme - m_out.points.begin());
-            if (!isKept(i)) m_kept.push_back(i);
-        }
-        keepFarthest();
+        const auto extremes = std::minmax_element(begin, m_out.points.end(), isHigher);
+        // The line may as well go on from an extreme as from a last point that is next to it.
+        const auto last = std::max(extremes.first, extremes.second);
+        const auto isNextTo = [&](const Pixel& pixel) { return squaredDistance(pixel, *last, *last) <= 0.1 * 0.1; };
+        const bool endsThere = last != begin && std::all_of(last, m_out.points.end(), isNextTo);
+        const auto end = static_cast<std::size_t>((endsThere ? last + 1 : m_out.points.end()) - m_out.points.begin());
+        const auto keep = [&](const Pixel* before) {
+            m_parts.assign(1, {before, m_columnBegin, end});
+            m_kept = {end - 1};
+            if (!before) m_kept.push_back(m_columnBegin);
+            for (const auto extreme : {extremes.first, extremes.second}) {
+                const auto i = static_cast<std::size_t>(extreme - m_out.points.begin());
+                if (!isKept(i)) m_kept.push_back(i);
+            }
+            keepFarthest();
+            return findFarthest().first;
+        };
+        // Where all are close without the first point, it is not needed either.
+        constexpr double closeEnough = 0.2;
+        const double farthest = keep(nullptr);
+        if (!isOnePlace || !previous || farthest <= kNearEnough * kNearEnough) return;
+        if (const double other = keep(previous); other > closeEnough * closeEnough || other > farthest) keep(nullptr);
     }
 
     // Keeps what is farthest from the line through the points that are kept. Whether so many are enough.
     bool keepFarthest() {
         constexpr double near = 0.02;
-        constexpr double nearEnough = 0.14;
         std::pair<double, std::size_t> farthest = findFarthest();
         while (farthest.first > near * near && m_kept.size() < kMostPointsInColumn) {
             m_kept.push_back(farthest.second);
             farthest = findFarthest();
         }
-        return farthest.first <= nearEnough * nearEnough && m_kept.size() <= kMostPointsInColumn;
+        return farthest.first <= kNearEnough * kNearEnough && m_kept.size() <= kMostPointsInColumn;
     }
 
     bool isKept(std::size_t i) const { return std::find(m_kept.begin(), m_kept.end(), i) != m_kept.end(); }

@@ -53,10 +53,10 @@ struct ViewPolyline {
 ///     ViewLine(*curve, {0, 240, -10, 10, 1920, 400}, line);
 ///     for (const auto& stroke : line.strokes) draw(&line.points[stroke.first], stroke.count);
 ///
-/// Within a quarter of a pixel of the curve, with at most 4 points a pixel column; where these are too few, from the
-/// lowest to the highest value in the column. It has a gap where the curve jumps or has no finite value, and a new
-/// stroke where the place changes: from the same point, or from the next where four are too few. docs/editing.md has
-/// the exceptions: jumps too close to show, formulas between two looks.
+/// Within a quarter of a pixel of the curve, with at most 4 points a pixel column; where these are too few, within a
+/// column of it, from the lowest to the highest value there and across its gaps. It has a gap where the curve jumps or
+/// has no finite value, and a new stroke where the place changes: from the same point, or from the next where four are
+/// too few. docs/editing.md has the exceptions: jumps too close to show, formulas between two looks.
 ///
 /// Empties the output first; an invalid view gives no stroke. Linear in the keys in view, at most some 50 ns each, and
 /// in the view's width. Writes nothing but the output: any number of threads may look at a curve that nobody edits.

@@ -269,6 +269,34 @@ TEST(ViewLine, HasGapsWhereTheCurveJumps) {
     }
 }
 
+// Two points for a jump in a column leave two for the bend before it: nearly as close as where there is no jump.
+TEST(ViewLine, StaysCloseWhereAGapCloses) {
+    ViewPolyline line;
+    for (const double bend : {2.0, 8.0, 16.0, 30.0}) {
+        const auto curve = CurveThrough({{0, 0}, {8.25, 70}}, Bezier::create());
+        std::prev(curve->end())->setInterpolator(InterpolatorFactory::create("cycle()"));
+        Keys(*curve)[0].getOutTangent().set(2.75, 4);
+        Keys(*curve)[1].getInTangent().set(-2.75, bend);
+        for (double left = 100; left < 101; left += 0.01) {
+            const CurveView view{left, left + 30, -20, 80, 30, 100};
+            ViewLine(*curve, view, line);
+            double worst = 0;
+            for (double x = 0; x < view.width; x += 0.05) {
+                const double y = view.toPixelY(curve->eval(view.toFrame(x)));
+                double nearest = kInfinity;
+                for (std::size_t i = 1; i < line.points.size(); ++i) {
+                    const V a = line.points[i - 1], d = line.points[i] - a;
+                    const double t =
+                        std::clamp(((x - a.x) * d.x + (y - a.y) * d.y) / (d.x * d.x + d.y * d.y), 0.0, 1.0);
+                    nearest = std::min(nearest, std::hypot(x - a.x - t * d.x, y - a.y - t * d.y));
+                }
+                worst = std::max(worst, nearest);
+            }
+            ASSERT_LE(worst, 0.26) << "bend " << bend << " from frame " << left;
+        }
+    }
+}
+
 TEST(ViewLine, TellsWhichStretchIsWhich) {
     auto curve = MakeCurve({{0, 0, {}, {}, "linear()"}, {10, 5, {}, {}, "dance(("}, {20, 0, {}, {}, "constant()"}});
     ViewPolyline line;

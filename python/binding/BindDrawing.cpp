@@ -1,4 +1,5 @@
 #include "Binding.h"
+#include "Lock.h"
 
 #include "FCurveLib/DrawCurves.h"
 
@@ -29,7 +30,7 @@ std::vector<DrawnCurve> ToDrawn(py::handle curves) {
         const CurvePtr curve = ToCurve(curves);
         add(curve, curve->getName());
     } else if (py::hasattr(curves, "items")) {
-        for (const auto item : curves.attr("items")()) {
+        for (const auto item : ToList(CallPython(curves.attr("items")))) {
             const auto pair = py::cast<py::tuple>(item);
             add(ToCurve(pair[1]), ToText(pair[0]).bytes);
         }

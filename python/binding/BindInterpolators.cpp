@@ -78,20 +78,20 @@ private:
             if (scope->m_replays) return nullptr;
         }
         try {
-            InterpolatorPtr made = call(name, Names()[key], arguments);
+            InterpolatorPtr made = call(Names()[key], arguments);
             if (!made && scope) scope->m_failed = scope->m_calls;
             return made;
         } catch (const py::error_already_set& raised) {
             if (scope) {
                 scope->m_failed = scope->m_calls;
+                scope->m_name = name;
                 if (!scope->m_raised || !IsSerious(*scope->m_raised)) scope->m_raised.emplace(raised);
             }
             fail();
         }
     }
 
-    static InterpolatorPtr call(const char* name, const py::object& maker,
-                                const std::list<InterpMaker::Argument>& arguments) {
+    static InterpolatorPtr call(const py::object& maker, const std::list<InterpMaker::Argument>& arguments) {
         const struct Deeper {
             Deeper() { ++makersDepth; }
             ~Deeper() { --makersDepth; }
@@ -113,8 +113,7 @@ private:
         try {
             return FromResult(made);
         } catch (const py::builtin_exception& wrong) {
-            PyErr_Format(PyExc_TypeError, "What was registered as \"%s\" returned %R: %s", name, made.ptr(),
-                         wrong.what());
+            PyErr_Format(PyExc_TypeError, "It returned %R: %s", made.ptr(), wrong.what());
             throw py::error_already_set();
         }
     }
@@ -187,7 +186,9 @@ InterpolatorPtr ReadText(const std::string& text) {
         if (!scope.m_raised) RaiseHandled(nullptr);
         const py::object raised = scope.m_raised->value(); // by what is registered, which says more than the parser
         const py::object formulaError =
-            CallPython(ErrorClass("FormulaError"), py::str("{}: {}").format(raised.get_type().attr("__name__"), raised),
+            CallPython(ErrorClass("FormulaError"),
+                       py::str("What was registered as \"{}\" failed: {}: {}")
+                           .format(ToPython(scope.m_name), raised.get_type().attr("__name__"), raised),
                        error.getPosition(), ToPython("ParseError"));
         formulaError.attr("__cause__") = raised;
         PyErr_SetObject(py::type::of(formulaError).ptr(), formulaError.ptr());

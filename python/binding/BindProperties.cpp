@@ -1,4 +1,5 @@
 #include "Binding.h"
+#include "Lock.h"
 
 #include <utility>
 #include <vector>
@@ -29,7 +30,7 @@ py::list Pairs(const py::object& pairs, const py::kwargs& more) {
     if (!py::hasattr(pairs, "keys"))
         add(pairs);
     else if (py::hasattr(pairs, "items"))
-        add(pairs.attr("items")());
+        add(CallPython(pairs.attr("items")));
     else
         add(py::dict(pairs).attr("items")());
     add(more.attr("items")());

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 
 namespace FCurvePython {
 
@@ -25,6 +26,7 @@ private:
 
     NameScope* m_outer;
     std::optional<py::error_already_set> m_raised;
+    std::string m_name;       // of the maker that raised it
     std::size_t m_calls = 0;  // of makers
     std::size_t m_failed = 0; // which of them failed
     bool m_replays = false;   // without calling them

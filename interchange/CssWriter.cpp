@@ -23,7 +23,14 @@ struct Frame {
     double x1 = 1.0;
     double y1 = 1.0;
 
-    double percent(double x) const { return x == x1 ? 100.0 : (x - x0) / (x1 - x0) * 100.0; }
+    // Of which the reader makes x, or the number before it: where the curve jumps there, it has done so at x.
+    double percent(double x) const {
+        if (x == x1) return 100.0;
+        double percent = (x - x0) / (x1 - x0) * 100.0;
+        for (int i = 0; i < 8 && x0 + 100.0 * (percent / 100.0) * ((x1 - x0) / 100.0) > x; ++i)
+            percent = std::nextafter(percent, 0.0);
+        return percent;
+    }
     double share(double y) const { return y == y1 ? 1.0 : (y - y0) / (y1 - y0); }
 };
 

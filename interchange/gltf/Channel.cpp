@@ -52,17 +52,20 @@ struct Arc {
     double half;
 };
 
-// How far the cubic with the arc's ends and end slopes is off, once normalised.
-double MissedBy(const Arc& arc) {
+// How far the cubic with the arc's ends and these slopes there is off, once normalised.
+double MissedBy(const Arc& arc, const Quaternion& leaving, const Quaternion& arriving) {
     double largest = 0.0;
     for (const double s : {0.2, 0.35, 0.5}) { // symmetric
         const double t = 1.0 - s;
         const Quaternion ends = Sum(t * t * (1.0 + 2.0 * s), arc.from, s * s * (1.0 + 2.0 * t), arc.to);
-        const Quaternion slopes = Sum(s * t * t, arc.leaving(), -s * s * t, arc.arriving());
+        const Quaternion slopes = Sum(s * t * t, leaving, -s * s * t, arriving);
         const Quaternion off = Sum(1.0, Normalised(Sum(1.0, ends, 1.0, slopes)), -1.0, arc.at(s));
         largest = std::max(largest, std::sqrt(Dot(off, off)));
     }
     return largest;
+}
+double MissedBy(const Arc& arc) {
+    return MissedBy(arc, arc.leaving(), arc.arriving());
 }
 
 bool AreNeighbours(const Channel& channel, std::size_t key, double rate) noexcept {
@@ -73,7 +76,7 @@ bool AreNeighbours(const Channel& channel, std::size_t key, double rate) noexcep
 
 } // namespace
 
-void FollowArcs(Channel& channel, double tolerance) {
+Distance FollowArcs(Channel& channel, double tolerance) {
     constexpr double kStraight = 0.0873; // half a turn of ten degrees: a line is as good
     constexpr int kMostPieces = 64;
     Channel result;
@@ -85,6 +88,7 @@ void FollowArcs(Channel& channel, double tolerance) {
         result.in.insert(result.in.end(), in.begin(), in.end());
         result.out.insert(result.out.end(), out.begin(), out.end());
     };
+    Distance largest;
     Quaternion last{};
     Quaternion in{};
     for (std::size_t k = 0; k < channel.keys(); ++k) {
@@ -100,6 +104,10 @@ void FollowArcs(Channel& channel, double tolerance) {
                 pieces *= 2;
             const double start = channel.times[k - 1];
             const double width = static_cast<double>(channel.times[k]) - start;
+            const Arc first(last, whole.at(1.0 / pieces)); // as long as all others
+            const Quaternion line = Sum(-1.0, first.from, 1.0, first.to);
+            const double off = whole.half > kStraight ? MissedBy(first) : MissedBy(first, line, line);
+            if (off > largest.y) largest = {off, start + 0.2 * width / pieces};
             for (int i = 0; i < pieces; ++i) {
                 const Arc arc(whole.at(static_cast<double>(i) / pieces), whole.at((i + 1.0) / pieces));
                 const bool isStraight = whole.half <= kStraight;
@@ -120,6 +128,7 @@ void FollowArcs(Channel& channel, double tolerance) {
         last = next;
     }
     channel = std::move(result);
+    return largest;
 }
 
 double FrameOf(float time, double rate, double offset) noexcept {

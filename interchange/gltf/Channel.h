@@ -2,6 +2,7 @@
 
 // One channel of an animation as numbers, on its way from an accessor to splines.
 
+#include "interchange/Cubic.h"
 #include "interchange/usda/Layer.h"
 
 #include <cstddef>
@@ -29,8 +30,9 @@ struct Channel {
 };
 
 // Rotations x y z w, linear ones as cubics that follow the great circle: normalised, with the signs that make
-// neighbours the nearest, and with further keys where one piece is off by more than the tolerance.
-void FollowArcs(Channel& channel, double tolerance);
+// neighbours the nearest, and with further keys where one piece is off by more than the tolerance. Returns how far they
+// are off, once normalised, and at which second.
+Distance FollowArcs(Channel& channel, double tolerance);
 
 // The frame of a time: the whole one, or the one of few digits, that a writer rounded to this time.
 double FrameOf(float time, double rate, double offset) noexcept;

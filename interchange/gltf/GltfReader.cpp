@@ -100,13 +100,15 @@ private:
         }
         Channel channel = dataOf(sampler, target);
         if (target.isRotation && channel.interpolation == Interpolation::Linear) {
-            FollowArcs(channel, kArcTolerance);
+            const Distance off = FollowArcs(channel, kArcTolerance);
             if (channel.keys() > 1) {
                 Loss loss;
                 loss.curve = target.name;
                 loss.what = Loss::Kind;
                 loss.remedy = Loss::Fitted;
                 loss.detail = "turns along great circles";
+                loss.difference = off.y;
+                loss.at = off.at * m_rate + m_offset;
                 Lose(loss);
             }
         }

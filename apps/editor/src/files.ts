@@ -109,11 +109,9 @@ export class Files {
     async start(wanted: string | null): Promise<void> {
         const { app } = this;
         const example = wanted !== null && examples[wanted] ? wanted : null;
-        const [navigation] = performance.getEntriesByType("navigation") as PerformanceNavigationTiming[];
-        const isReturn = navigation !== undefined && navigation.type !== "navigate";
         let isShown = false;
         try {
-            const { store, own } = await Store.open();
+            const { store, own, isReturn } = await Store.open();
             this.store = store;
             if (own && (isReturn || (!example && !own.clean))) isShown = this.restore(own);
             if (!isShown && !example) {
@@ -122,7 +120,7 @@ export class Files {
                 else if (own?.clean) isShown = this.restore(own);
             }
             // What is not shown must not be overwritten by what is.
-            if (!isShown && own && !own.clean) await store.leave();
+            if (!isShown && own) await store.leave();
         } catch {
             this.store = null;
         }

@@ -35,14 +35,15 @@ export class Store {
         database.onversionchange = () => database.close();
         addEventListener("pagehide", () => this.release());
         addEventListener("pageshow", (event) => {
-            if (!event.persisted) return;
-            sessionStorage.setItem(area, this.id);
-            void this.claim(this.id, 0);
+            if (event.persisted) void this.claim(this.id, 0);
         });
     }
 
-    /** The store, and what this page had when it was left. Throws where the browser keeps nothing. */
-    static async open(): Promise<{ store: Store; own: Kept | undefined }> {
+    /**
+     * The store, and what this page had when it was left, by a reload or for another page of its history; else what the
+     * tab had before. Throws where the browser keeps nothing.
+     */
+    static async open(): Promise<{ store: Store; own: Kept | undefined; isReturn: boolean }> {
         const database = await new Promise<IDBDatabase>((resolve, reject) => {
             const request = indexedDB.open("fcurve-editor", 1);
             request.onupgradeneeded = () => request.result.createObjectStore(area);
@@ -51,12 +52,13 @@ export class Store {
         });
         const store = new Store(database);
         await store.unstash();
-        const id = sessionStorage.getItem(area);
+        const left = (history.state as Record<string, string> | null)?.[area];
+        const id = left ?? sessionStorage.getItem(area);
         const own = id === null ? undefined : await store.run<Kept | undefined>("readonly", (documents) => documents.get(id));
         // A page that was duplicated starts with the same document under an id of its own. One that is being left lets
         // go of its id, which may take a moment.
         if (id === null || !(await store.claim(id, 1000))) await store.leave();
-        return { store, own };
+        return { store, own, isReturn: left !== undefined };
     }
 
     /** Goes on under a new id; the record stays, as one whose page was closed. */
@@ -81,8 +83,11 @@ export class Store {
                 });
             }).catch((error: DOMException) => resolve(!/^(Abort|Timeout)Error$/.test(error.name)));
         }));
-        if (isMine) sessionStorage.setItem(area, (this.id = id));
-        return isMine;
+        if (!isMine) return false;
+        this.id = id;
+        sessionStorage.setItem(area, id);
+        history.replaceState({ [area]: id }, "");
+        return true;
     }
 
     private run<T>(mode: IDBTransactionMode, act: (documents: IDBObjectStore) => IDBRequest<T>): Promise<T> {

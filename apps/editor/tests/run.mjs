@@ -707,6 +707,9 @@ const tests = {
         await editor.ready();
         assert.equal((await editor.state()).curves.length, 3);
         await offer();
+        await page.goBack();
+        await editor.ready();
+        assert.equal(await editor.document(), work, "on the way back");
         await page.goto(address);
         await editor.ready();
         assert.equal(await editor.document(), work, "after a link");

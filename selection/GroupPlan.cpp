@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <deque>
+#include <limits>
 #include <unordered_map>
 #include <utility>
 
@@ -325,8 +326,15 @@ void GroupPlan::takePart() {
     planCurves();
 }
 
-// Whether the keys' places are numbers, in the order of the keys, and free: far away rounding may leave no room, and
-// the way from the start may lead over keys that were edited meanwhile.
+// Whether rounding moves the key against others by more than it may, as it does not where the key stood.
+bool GroupPlan::isBlurred(const Entry& entry, double x) const {
+    const auto roundingAt = [](double place) { return std::numeric_limits<double>::epsilon() * std::abs(place); };
+    const double farthest = m_target.scales ? std::max(std::abs(x), std::abs(m_target.pivot.x)) : std::abs(x);
+    return roundingAt(farthest) > std::max(kSeparation, 2.0 * m_target.factor.x * roundingAt(entry.start.x));
+}
+
+// Whether the keys' places are numbers, in the order of the keys, and free: the way from the start may lead over keys
+// that were edited meanwhile.
 bool GroupPlan::isPossible() const {
     const auto isTaken = [&](const Curve& curve, double x) {
         const Keyframe* const there = Read::leftKey(Read::findSegment(*curve.curve, x));
@@ -337,6 +345,7 @@ bool GroupPlan::isPossible() const {
         for (const Spot& spot : curve.spots) {
             const Vector2D<double> to = placeOf(spot);
             if (!std::isfinite(to.x) || !std::isfinite(to.y)) return false;
+            if (spot.entry && isBlurred(*spot.entry, to.x)) return false;
             if (before && before->key != spot.key && !(placeOf(*before).x < to.x)) return false;
             if (m_options.others == MoveOptions::Cross && isTaken(curve, to.x)) return false;
             before = &spot;

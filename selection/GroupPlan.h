@@ -68,6 +68,7 @@ private:
 
     double limit() const;
     void takePart();
+    bool isBlurred(const Entry& entry, double x) const;
     bool isPossible() const;
     double roomFor(const Curve& curve, const Entry& entry, double part) const;
     const Run* runOf(const Curve& curve, const Keyframe& key) const;

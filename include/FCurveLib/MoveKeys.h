@@ -43,8 +43,8 @@ struct MoveReport {
 ///
 /// On a grid, a group that is held back halts at the last place before, seen from where it started; there, if there is
 /// none between. Its place never depends on the way that a drag took, unless others edited the curves meanwhile: then
-/// the way counts from where the keys are now. Where offsets or factors are so large that rounding would put two keys
-/// on one frame, or leave no number, nothing changes.
+/// the way counts from where the keys are now. Where offsets or factors are so large that rounding would move keys
+/// against each other by 0.001 (4e12 frames and more), or leave no number, nothing changes.
 ///
 /// What stands outside the group stops it, is passed, or shifts along (MoveOptions); breakdown keys keep their
 /// proportion of the way, automatic tangents follow, keys that others have put closer than 0.001 keep that distance.

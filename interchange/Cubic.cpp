@@ -145,14 +145,15 @@ void AppendCorners(const Cubic& cubic, double tolerance, double minWidth, std::v
             to = from + step < 1.0 ? from + step : 1.0;
             const Cubic piece = to < 1.0 ? Cut(rest, (to - from) / (1.0 - from)).first : rest;
             const double off = piece.width() > 0.0 ? DistanceFromChord(piece) : 0.0;
-            factor = std::clamp(off > 0.0 ? 0.95 * std::sqrt(tolerance / off) : 2.0, 0.1, 2.0);
-            if (!(off > tolerance) || !std::isfinite(off) || piece.width() < 2.0 * minWidth || to - from < kShortest) {
+            const bool isUseful = off > 0.0 && std::isfinite(off);
+            factor = std::clamp(isUseful ? 0.95 * std::sqrt(tolerance / off) : 2.0, 0.1, 2.0);
+            if (!(off > tolerance) || !isUseful || piece.width() < 2.0 * minWidth || to - from < kShortest) {
                 if (to < 1.0) corners.push_back(piece.p[3]);
                 break;
             }
             step = (to - from) * std::min(factor, 0.9);
         }
-        step = (to - from) * factor;
+        step = std::max((to - from) * factor, kShortest);
         from = to;
     }
 }

@@ -77,33 +77,51 @@ double DistanceBetween(const FCurve& fitted, const Segment& segment, double x0, 
     return largest;
 }
 
-// Of samples that are as dense as it takes: twice as many each time, as long as that helps.
-FitResult FitDensely(const Segment& segment, double x0, double x1, double tolerance) {
+std::vector<Vector2D<double>> SamplesOf(const Segment& segment, double x0, double x1, int count) {
+    std::vector<Vector2D<double>> samples;
+    samples.reserve(static_cast<std::size_t>(count) + 1);
+    for (int i = 0; i <= count; ++i) {
+        const double x = i == count ? x1 : x0 + (x1 - x0) * i / count;
+        samples.emplace_back(x, EvalSegment(x, segment));
+    }
+    return samples;
+}
+
+double LargestStep(const std::vector<Vector2D<double>>& samples) {
+    double largest = 0.0;
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        largest = std::max(largest, std::fabs(samples[i].y - samples[i - 1].y));
+    return largest;
+}
+
+// Of samples that are as dense as it takes, twice as many each time, while that makes the steps between them smaller:
+// more of them do not help where the curve jumps. What is beyond the first fit is taken from the budget.
+FitResult FitDensely(const Segment& segment, double x0, double x1, double tolerance, double& budget) {
     constexpr double kPerFrame = 8.0;
     constexpr double kFewest = 64.0;
     constexpr double kMost = 65536.0;
     constexpr int kVeryMost = 262144;
-    constexpr int kTries = 3; // that may leave it as bad: of a jump, or of what is far too fast
+    constexpr int kTries = 3;
     auto count = static_cast<int>(std::clamp(std::ceil((x1 - x0) * kPerFrame), kFewest, kMost));
-    double before = HUGE_VAL;
-    std::vector<Vector2D<double>> samples;
-    for (int tries = 0;; count *= 2) {
-        samples.clear();
-        for (int i = 0; i <= count; ++i) {
-            const double x = i == count ? x1 : x0 + (x1 - x0) * i / count;
-            samples.emplace_back(x, EvalSegment(x, segment));
-        }
-        FitResult fit = FitCurve(samples, 0.5 * tolerance); // half of it for what lies between the samples
-        const double off = DistanceBetween(*fit.curve, segment, x0, x1, count);
-        if (off > 0.75 * before) ++tries;
-        if (!(off > 0.9 * tolerance) || tries == kTries || 2 * count > kVeryMost) return fit;
-        before = off;
+    std::vector<Vector2D<double>> samples = SamplesOf(segment, x0, x1, count);
+    for (;;) {
+        // Half of it for what lies between the samples.
+        FitResult fit = FitCurve(samples, 0.5 * tolerance);
+        if (!(DistanceBetween(*fit.curve, segment, x0, x1, count) > 0.9 * tolerance)) return fit;
+        const double step = LargestStep(samples);
+        int tries = 0;
+        do {
+            count *= 2;
+            if (tries++ == kTries || count > kVeryMost || budget < count) return fit;
+            budget -= count;
+            samples = SamplesOf(segment, x0, x1, count);
+        } while (!(LargestStep(samples) < 0.75 * step));
     }
 }
 
 // Formulas and the like, as few Bezier pieces.
-Stretch Fitted(const Segment& segment, double x0, double x1, double tolerance) {
-    const FitResult fit = FitDensely(segment, x0, x1, tolerance);
+Stretch Fitted(const Segment& segment, double x0, double x1, double tolerance, double& budget) {
+    const FitResult fit = FitDensely(segment, x0, x1, tolerance, budget);
     Stretch stretch;
     for (const Segment& piece : *fit.curve) {
         const auto left = piece.getLeftKey();
@@ -184,10 +202,11 @@ void BakeEnds(const FCurve& curve, double from, double to, Track& track) {
     std::vector<Knot>& knots = track.knots;
     if (knots.empty()) return;
     const double tolerance = ToleranceOf(curve);
+    double budget = 1e6;
     const Segment& leading = *curve.begin();
     const Segment& trailing = *std::prev(curve.end());
     if (to > knots.back().x && !Holds(trailing, knots.back().x, to, knots.back().y)) {
-        const Stretch stretch = Fitted(trailing, knots.back().x, to, tolerance);
+        const Stretch stretch = Fitted(trailing, knots.back().x, to, tolerance, budget);
         Knot& joint = knots.back();
         joint.y = stretch.knots.front().y;
         joint.piece = stretch.knots.front().piece;
@@ -198,7 +217,7 @@ void BakeEnds(const FCurve& curve, double from, double to, Track& track) {
         track.trailing = {};
     }
     if (from < knots.front().x && !Holds(leading, from, knots.front().x, knots.front().before)) {
-        const Stretch stretch = Fitted(leading, from, knots.front().x, tolerance);
+        const Stretch stretch = Fitted(leading, from, knots.front().x, tolerance, budget);
         knots.front().before = stretch.end;
         knots.front().in.handle = stretch.in;
         knots.insert(knots.begin(), stretch.knots.begin(), stretch.knots.end());
@@ -341,7 +360,7 @@ Track Resolve(const FCurve& curve, const Abilities& abilities, Notes& notes) {
                       number ? "number" : "expression that is unknown or absent");
         } else {
             if (tolerance < 0.0) tolerance = ToleranceOf(curve);
-            stretch = Fitted(segment, x, right->getX(), tolerance);
+            stretch = Fitted(segment, x, right->getX(), tolerance, notes.samplesLeft());
             notes.add(curve, x, right->getX(), Loss::Formulas, Loss::Fitted,
                       "\"" + std::string(kind->getExpression()) + '"');
         }

@@ -39,6 +39,9 @@ public:
     // The name under which the curve comes back, where it is not its own.
     void rename(const FCurve& curve, std::string name) { m_names[&curve] = std::move(name); }
 
+    // How many more samples fits may take where the first are too far apart.
+    double& samplesLeft() { return m_samplesLeft; }
+
     // To be called after the last hint, before the first search.
     void sort();
     // The last hint that starts before the middle of from .. to, if it covers that; else null.
@@ -48,6 +51,7 @@ public:
 private:
     std::map<const FCurve*, std::vector<Hint>> m_hints;
     std::map<const FCurve*, std::string> m_names;
+    double m_samplesLeft = 2e6;
 };
 
 // What a format can say besides constant, linear and Bezier pieces.

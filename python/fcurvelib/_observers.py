@@ -107,8 +107,8 @@ def _subscribe(subject: Any, callback: Callback, weak: bool) -> Subscription:
     global _purge_at
     if not callable(callback):
         raise TypeError(f"Expected a callable, found {type(callback).__name__}")
-    if len(_entries) >= _purge_at:  # those whose curves have gone
-        for entry in [entry for entry in _entries if not entry.active]:
+    if len(_entries) >= _purge_at:  # those whose curves have gone; other threads subscribe meanwhile
+        for entry in [known for known in _entries.copy() if not known.active]:
             entry.cancel()
         _purge_at = max(64, 2 * len(_entries))
     return Subscription(_Entry(subject, callback, weak), callback)

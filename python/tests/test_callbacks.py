@@ -386,6 +386,8 @@ def test_threads_load_evaluate_and_drop(data):
                 pose = curves.compile()
                 del curves
                 curve.keys[0].y += 1
+                for _ in range(100):
+                    fc.Curve().on_change(print, weak=False)
                 assert calls and np.isfinite(pose.eval(np.arange(500.0))).all() and subscription.active
         except BaseException as error:
             failures.append(error)

@@ -189,7 +189,12 @@ private:
         if (!KeepsProperties(key, back)) lose(Loss::Properties, Loss::Dropped, "of keys", &x);
     }
 
-    // Likewise.
+    bool isEqual(const Tangent& a, const Tangent& b, double span) const {
+        return std::fabs(a.getX() - b.getX()) <= kEqual * span
+               && std::fabs(a.getY() - b.getY()) <= kEqual * std::max(m_range, std::fabs(a.getY()));
+    }
+
+    // Null: none came back.
     void compareTangent(const Tangent& tangent, const Tangent* back, bool isUsed, double x, double span) {
         if (!KeepsProperties(tangent, back)) lose(Loss::Properties, Loss::Dropped, "of tangents", &x);
         if (tangent.isWeightLocked() && !(back && back->isWeightLocked()))
@@ -197,15 +202,13 @@ private:
         if (!back) return;
         if (tangent.getType() != back->getType()) lose(Loss::Kind, Loss::Replaced, "types of tangents", &x);
         if (tangent.isWeighted() != back->isWeighted()) lose(Loss::Kind, Loss::Replaced, "weighted tangents", &x);
-        const bool isEqual =
-            std::fabs(tangent.getX() - back->getX()) <= kEqual * span
-            && std::fabs(tangent.getY() - back->getY()) <= kEqual * std::max(m_range, std::fabs(tangent.getY()));
-        if (!isEqual) lose(Loss::Tangents, Loss::Replaced, isUsed ? "handles" : "handles that shape nothing", &x);
+        if (!isEqual(tangent, *back, span))
+            lose(Loss::Tangents, Loss::Replaced, isUsed ? "handles" : "handles that shape nothing", &x);
     }
 
     // Values over the segment, between the keys of both curves: at irregular places, many of them where it is wild.
-    // m_at stands at its left key, or before it.
-    Worst measure(const Segment& segment, double x0, double x1, bool isWild) {
+    // m_at stands at its left key, or before it. Where handles came back but for rounding, few places do.
+    Worst measure(const Segment& segment, double x0, double x1, bool isWild, bool isNear) {
         constexpr double kPerFrame = 32.0;
         constexpr double kFewest = 128.0; // of a wild segment
         constexpr double kMost = 262144.0;
@@ -236,7 +239,7 @@ private:
             from = to;
         }
         m_at = here;
-        if (!isWild) addSteepPlaces(segment);
+        if (!isWild && !isNear) addSteepPlaces(segment);
 
         Worst worst;
         for (const double x : m_places) {
@@ -299,7 +302,8 @@ private:
         const bool isSurelyEqual = isSameKind && kind == backKind && IsLocal(kind.get())
                                    && isClose(left->get(), from.get()) && isClose(right->get(), to.get())
                                    && isClose(out->get(), backOut->get()) && isClose(in->get(), backIn->get());
-        if (!isSurelyEqual) worst = measure(segment, x0, x1, isWild);
+        const bool isNear = isSameKind && isEqual(*out, *backOut, x1 - x0) && isEqual(*in, *backIn, x1 - x0);
+        if (!isSurelyEqual) worst = measure(segment, x0, x1, isWild, isNear);
 
         if (!isSameKind || isOff(worst)) {
             const Notes::Hint* const hint = m_notes.find(m_original, x0, x1);

@@ -372,6 +372,9 @@ CsvReader::CsvReader() : CurveReader(FormatType("csv", "Comma-separated values",
 Document CsvReader::parse(std::string_view bytes) const {
     const std::size_t mark = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
     Document document = Table(bytes.substr(mark)).document();
+    for (const Track& track : document.tracks)
+        if (!IsUtf8(track.name))
+            Lose({track.name, Loss::Names, Loss::Replaced, "letters that are no UTF-8, by their bytes", 1, {}, 0, 0});
     for (Track& track : document.tracks) track.offset += mark;
     return document;
 }

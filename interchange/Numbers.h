@@ -21,6 +21,8 @@ std::string ShortNumber(double number);
 // too small for a double is a zero of its sign.
 bool ParseNumber(std::string_view text, double& number) noexcept;
 
+bool IsUtf8(std::string_view text);
+
 // A foreign text for a message: in double quotes, cut to a readable length, with anything but printable ASCII as '?'.
 std::string Quoted(std::string_view text);
 

@@ -5,6 +5,7 @@
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
+#include <FCurveInterchange/Conversion.h>
 #include <FCurveLib/CurveFiles.h>
 #include <FCurveLib/Exception.h>
 #include <FCurveLib/ExceptionFormatter.h>
@@ -33,6 +34,7 @@ namespace fcurvetool {
 
 using namespace VEM_FN::FCurveLib;
 using HoudiniChanFormat::HoudiniChanReader;
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -192,6 +194,12 @@ Document ReadDocument(const std::string& path, const InputOptions& options) {
     if (auto* const reader = dynamic_cast<HoudiniChanReader*>(FormatFactory::getReader(chan)))
         reader->setFrameColumn(frameColumn.value_or(HoudiniChanReader::Auto));
     Progress progress("reading " + document.name);
+    // Files that belong to the document are beside it.
+    Interchange::ConversionOptions conversion = Interchange::Conversion::options();
+    if (path != "-") conversion.settings.try_emplace("gltf.folder", (fs::path(".") / path).parent_path().string());
+    Interchange::ConversionReport unread;
+    Interchange::ConversionReport* const report = Interchange::Conversion::report();
+    const Interchange::Conversion here(report ? *report : unread, conversion);
     LoadOptions load;
     load.format = options.format;
     load.progress = [&progress](double share) { progress.set(share); };

@@ -28,6 +28,7 @@ ConversionOptions ConversionOptionsOf(const LossOptions& options) {
             throw UsageError("--set: \"" + ToPrintable(setting) + "\" is not FORMAT.SETTING=VALUE");
         result.settings[setting.substr(0, equals)] = setting.substr(equals + 1);
     }
+    if (const std::string fault = FaultOfSettings(result); !fault.empty()) throw UsageError("--set: " + fault);
     return result;
 }
 

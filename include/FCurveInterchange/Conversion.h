@@ -20,7 +20,8 @@ struct ConversionOptions {
     double frameRate = 0.0;
     /// How far a curve may be off where it is split or fitted, as a share of its range of values.
     double tolerance = 1e-4;
-    /// Of one format alone, by "format.setting": docs/formats/ names them. Unknown ones have no effect.
+    /// Of one format alone, by "format.setting": docs/formats/ names them. Unknown ones, and values that a setting
+    /// does not know, have no effect; FaultOfSettings finds them.
     std::map<std::string, std::string> settings;
     /// Bytes of a document. Readers of this library hold it in memory and refuse a longer one before they read it,
     /// writers before the first byte, so that what is written opens again. FormatLimits bound what stands in it.
@@ -32,6 +33,10 @@ struct ConversionOptions {
         return found == settings.end() ? std::string() : found->second;
     }
 };
+
+/// What is wrong with the settings: a name that no format of this library knows, or a value that a setting does not
+/// take, with those that there are. Empty where nothing is. For hosts whose users type them.
+FCURVEINTERCHANGE_API std::string FaultOfSettings(const ConversionOptions& options);
 
 /// Hands options to the readers and writers of this library, and collects what they lose, while it lives, in its own
 /// thread:

@@ -5,7 +5,9 @@
 #include "interchange/Files.h"
 #include "interchange/Json.h"
 #include "interchange/Numbers.h"
+#include "interchange/Units.h"
 #include "interchange/gltf/Asset.h"
+#include "interchange/gltf/Euler.h"
 #include "interchange/gltf/GltfFormat.h"
 #include "interchange/gltf/Matrix.h"
 #include "interchange/gltf/NodeNames.h"
@@ -35,6 +37,8 @@ using namespace Gltf;
 
 namespace {
 
+constexpr double kRadians = 3.14159265358979323846 / 180.0; // of a degree
+constexpr double kDegrees = 1.0 / kRadians;
 constexpr std::size_t kMostWeights = 4096;
 constexpr const char* kNewDocument = R"({"asset":{"version":"2.0","generator":"FCurveLib"}})";
 constexpr const char* kData = "data:application/octet-stream;base64,";
@@ -145,6 +149,7 @@ struct Property {
     std::vector<double> values;     // of components without a curve
     std::vector<std::string> names; // that a reader would give
     bool isArray = false;
+    EulerAngles angles; // of a rotation that they make; it has no other curves
 };
 
 struct NewNode {
@@ -165,7 +170,10 @@ public:
         constexpr double kMostFrames = 1e6;
         if (ParseNumber(curves.getProperty(kFirstFrame), m_from) && ParseNumber(curves.getProperty(kLastFrame), m_to))
             m_hasRange = m_from < m_to && m_to - m_from <= kMostFrames;
+        if (const AngularUnit* const unit = FindUnit(kAngularUnits, curves.getProperty(kAngularUnit)))
+            m_radians = unit->radians;
         for (const FCurve& curve : curves) add(curve);
+        addEulers();
     }
 
     std::string document(Shape shape) {
@@ -204,6 +212,34 @@ private:
             }
         }
         addExtra(curve, animation, parts);
+        if (const auto transform = FindTransform(parts.channel); // it came here: a rotation
+            transform && transform->kind == TransformChannel::Rotate && !parts.node.empty()) {
+            const FCurve*& place = m_eulers[{animation, parts.node}][static_cast<std::size_t>(transform->axis)];
+            if (!place) place = &curve;
+        }
+    }
+
+    // Angles also become rotations, which is what players take. Readers of this library pass these over: the angles
+    // are there.
+    void addEulers() {
+        for (const auto& [owner, angles] : m_eulers) {
+            Property property;
+            property.animation = owner.first;
+            property.node = nodeOf(owner.second);
+            property.path = "rotation";
+            property.key = "/nodes/" + std::to_string(*property.node) + "/rotation";
+            property.curves.resize(4);
+            property.values = restOf(property, 4);
+            property.angles = {angles, m_radians};
+            if (!m_byKey.try_emplace(owner.first + '\n' + property.key, m_properties.size()).second) {
+                for (const FCurve* curve : angles) loseAngle(curve, Loss::Dropped, "an angle beside a quaternion");
+                continue;
+            }
+            m_properties.push_back(std::move(property));
+        }
+    }
+    static void loseAngle(const FCurve* curve, Loss::Remedy remedy, const std::string& detail) {
+        if (curve) Lose({curve->getName(), Loss::Kind, remedy, detail + "; the angle stays beside it", 1, {}, 0, 0});
     }
 
     static bool findPath(const std::string& channel, std::string& path, std::size_t& component) {
@@ -555,7 +591,9 @@ private:
                 components.push_back(
                     {curve ? &tracks[i][c] : nullptr, property.values[c], curve ? ToleranceOf(*curve) : 0.0});
             }
-            const Channel channel = ChannelOf(components, m_rate, offset, property.path == "rotation");
+            const Channel channel = hasAngles(property)
+                                        ? rotationOf(property.angles, offset)
+                                        : ChannelOf(components, m_rate, offset, property.path == "rotation");
             const std::size_t input = inputOf(channel.times);
             static constexpr const char* words[] = {"STEP", "LINEAR", "CUBICSPLINE"};
             samplers += (i > 0 ? ",{\"input\":" : "{\"input\":") + std::to_string(input)
@@ -569,6 +607,22 @@ private:
                 + std::string(kFrameRate) + "\":" + NumberText(m_rate);
         if (offset != 0.0) text += std::string(",\"") + kOffset + "\":" + NumberText(offset);
         return text += "}}";
+    }
+
+    static bool hasAngles(const Property& property) {
+        return std::any_of(property.angles.curves.begin(), property.angles.curves.end(),
+                           [](const FCurve* curve) { return curve != nullptr; });
+    }
+    Channel rotationOf(const EulerAngles& angles, double offset) const {
+        const bool hasRange = m_hasRange && m_to > offset;
+        const EulerChannel result =
+            Gltf::ChannelOf(angles, m_rate, offset, hasRange ? std::max(m_from, offset) : 0.0, hasRange ? m_to : 0.0,
+                            std::max(Conversion::options().tolerance, 1e-7));
+        for (const FCurve* curve : angles.curves)
+            loseAngle(curve, Loss::Sampled,
+                      "a quaternion of angles about x, y and z, in this order, up to "
+                          + ShortNumber(result.furthest * kDegrees) + " degrees off");
+        return result.channel;
     }
 
     std::string channelText(const Property& property, std::size_t sampler) {
@@ -669,6 +723,8 @@ private:
     double m_to = 0.0;
     std::vector<Property> m_properties;
     std::unordered_map<std::string, std::size_t> m_byKey; // properties by animation and key
+    std::map<std::pair<std::string, std::string>, std::array<const FCurve*, 3>> m_eulers; // by animation and node
+    double m_radians = kRadians;                                                          // of an angle's unit
     std::vector<NewNode> m_newNodes;
     std::unordered_map<std::string, std::size_t> m_newByName;
     std::map<std::size_t, std::vector<std::pair<std::string, double>>> m_extras; // by node

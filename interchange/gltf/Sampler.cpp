@@ -34,13 +34,6 @@ struct Line {
     double after = 0.0;
 };
 
-float TimeOf(double x, double rate, double offset) {
-    const double time = std::max((x - offset) / rate, 0.0);
-    if (!(time <= static_cast<double>(std::numeric_limits<float>::max())))
-        throw NotWritable("The time of a key is beyond the range of single precision.");
-    return static_cast<float>(time);
-}
-
 void AddPart(Line& line, Part part) {
     if (part.end > part.begin) line.parts.push_back(part);
 }
@@ -179,6 +172,13 @@ void Normalise(Channel& channel) {
 }
 
 } // namespace
+
+float TimeOf(double x, double rate, double offset) {
+    const double time = std::max((x - offset) / rate, 0.0);
+    if (!(time <= static_cast<double>(std::numeric_limits<float>::max())))
+        throw NotWritable("The time of a key is beyond the range of single precision.");
+    return static_cast<float>(time);
+}
 
 Channel ChannelOf(const std::vector<Component>& components, double rate, double offset, bool isRotation) {
     std::vector<Line> lines;

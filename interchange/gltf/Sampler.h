@@ -21,6 +21,9 @@ struct Component {
     double tolerance = 0.0; // of its values, where pieces have to be split
 };
 
+// Of a frame, in seconds; not before 0. Throws NotWritable where single precision has no such number.
+float TimeOf(double x, double rate, double offset);
+
 // Steps if there are steps only; lines, with jumps, if there are lines too, but for rotations; cubics else. Rotations
 // come out with length 1 at each key. Times count from the frame `offset`.
 Channel ChannelOf(const std::vector<Component>& components, double rate, double offset, bool isRotation);

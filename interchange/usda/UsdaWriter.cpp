@@ -70,18 +70,6 @@ std::vector<std::string_view> Split(std::string_view text) {
     return parts;
 }
 
-bool IsUtf8(std::string_view text) {
-    for (std::size_t i = 0; i < text.size();) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const std::size_t length = byte < 0x80 ? 1 : byte >= 0xC2 && byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-        if ((byte >= 0x80 && byte < 0xC2) || byte > 0xF4 || length > text.size() - i) return false;
-        for (std::size_t k = 1; k < length; ++k)
-            if ((static_cast<unsigned char>(text[i + k]) & 0xC0U) != 0x80) return false;
-        i += length;
-    }
-    return true;
-}
-
 // In quotes, on one line. Bytes that are no UTF-8 are escaped.
 std::string QuotedText(std::string_view text) {
     constexpr char digits[] = "0123456789abcdef";

@@ -109,6 +109,8 @@ void BindConversion(py::module_& module) {
                  scope->options.tolerance = tolerance;
                  for (const auto item : settings)
                      scope->options.settings[ToText(item.first).bytes] = ToText(item.second).bytes;
+                 if (const std::string fault = Interchange::FaultOfSettings(scope->options); !fault.empty())
+                     throw py::value_error(fault);
                  return scope;
              }),
              py::keep_alive<1, 2>(), py::arg("report"), py::arg("frame_rate"), py::arg("tolerance"),

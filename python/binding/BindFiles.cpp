@@ -2,12 +2,14 @@
 #include "Lock.h"
 #include "NameScope.h"
 
+#include "FCurveInterchange/Conversion.h"
 #include "FCurveLib/ArrayStreamAdaptor.h"
 #include "FCurveLib/CurveFiles.h"
 #include "FCurveLib/FormatFactory.h"
 #include "FCurveLib/MemoryStream.h"
 #include "FCurveLib/ReadWrite.h"
 
+#include <filesystem>
 #include <functional>
 #include <limits>
 

@@ -164,6 +164,9 @@ insert ball.fcrvx out.fcrvx => --at is required
 convert ball.fcrvx => OUTPUT is required
 convert ball.fcrvx ball.unknown => --to is required
 convert ball.fcrvx b.csv --set long => --set: "long" is not FORMAT.SETTING=VALUE
+convert ball.fcrvx b.csv --set csv.shpae=long => --set: There is no setting "csv.shpae"; there are chan.frames, css.
+convert ball.fcrvx b.csv --set csv.shape=sideways => --set: csv.shape is wide or long or table, not "sideways".
+convert ball.fcrvx b.csv --set csv.time=0 => --set: csv.time is rows or the number of a column, not "0".
 convert ball.fcrvx b.csv --tolerance 0 => --tolerance: must be above 0
 convert ball.fcrvx b.csv --report ball.fcrvx => ball.fcrvx is the input, too
 convert ball.fcrvx b.csv --report ./b.csv => --report and OUTPUT are both b.csv

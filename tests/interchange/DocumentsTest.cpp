@@ -70,7 +70,7 @@ std::vector<Sample> samplesOf(const std::string& format) {
                     sample.options.settings[word.substr(0, equals)] = word.substr(equals + 1);
             }
         } else if (line.compare(0, 4, "--- ") == 0) {
-            samples.back().expected.push_back(line.substr(4));
+            samples.back().expected.push_back(withBytes(line.substr(4)));
         } else {
             samples.back().bytes += line + '\n';
         }

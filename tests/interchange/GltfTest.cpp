@@ -171,6 +171,43 @@ TEST(Gltf, ContinuesOverTheRangeThatTheContainerStates) {
     EXPECT_EQ(valueOf(*back, "a/k", 40), valueOf(*back, "a/k", 30));
 }
 
+// By matrices: x turns first.
+TEST(Gltf, GivesPlayersARotationOfAngles) {
+    const std::vector<std::shared_ptr<FCurve>> angles = {
+        named("arm/rotateX", {{-6, 0, {}, {}, "linear()"}, {24, 720}}), named("arm/ry", {{0, 10}, {9, 80}, {24, -45}}),
+        named("arm/rotate/z", {{0, 30, {}, {}, "constant()"}, {12, -100}})};
+    std::string bytes = written(angles, "gltf");
+    for (const auto& angle : angles)
+        EXPECT_NEAR(valueOf(*read(bytes), angle->getName(), 7.25), angle->eval(7.25), 1e-4) << "as it was";
+    const std::string names = "\"curves\"";
+    bytes.replace(bytes.find(names, bytes.find("\"rotation\"")), names.size(), "\"plain\"");
+    const auto curves = read(bytes);
+    for (double x = -6; x <= 24; x += 0.25) {
+        if (std::fabs(x - 12) < 0.3) continue; // a jump
+        double q[4];
+        for (int i = 0; i < 4; ++i) q[i] = valueOf(*curves, std::string("arm/rotation/") + "xyzw"[i], x);
+        const double length = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
+        for (double& part : q) part /= length;
+        double v[3] = {0.3, -0.5, 0.8};
+        const double u[3] = {v[0], v[1], v[2]};
+        for (int axis = 0; axis < 3; ++axis) {
+            const double angle = angles[static_cast<std::size_t>(axis)]->eval(x) * 3.14159265358979323846 / 180;
+            double& a = v[(axis + 1) % 3];
+            double& b = v[(axis + 2) % 3];
+            const double turned = a * std::cos(angle) - b * std::sin(angle);
+            b = a * std::sin(angle) + b * std::cos(angle);
+            a = turned;
+        }
+        for (int i = 0; i < 3; ++i) { // v + 2 q x (q x v + w v)
+            const auto cross = [&](const double* w, int k) {
+                return q[(k + 1) % 3] * w[(k + 2) % 3] - q[(k + 2) % 3] * w[(k + 1) % 3];
+            };
+            const double inner[3] = {cross(u, 0) + q[3] * u[0], cross(u, 1) + q[3] * u[1], cross(u, 2) + q[3] * u[2]};
+            EXPECT_NEAR(u[i] + 2 * cross(inner, i), v[i], 1e-3) << x;
+        }
+    }
+}
+
 TEST(Gltf, RefusesTimesBeyondSinglePrecision) {
     for (const char* const format : {"gltf", "glb"})
         for (const double x : {9e39, 1e300}) {

@@ -43,7 +43,9 @@ std::string ListOf(std::string_view words, const std::string& comma) {
 } // namespace
 
 std::string FaultOfSettings(const ConversionOptions& options) {
-    for (const auto& [name, value] : options.settings) {
+    for (const auto& said : options.settings) {
+        const std::string& name = said.first;
+        const std::string& value = said.second;
         const auto* const setting =
             std::find_if(std::begin(kSettings), std::end(kSettings), [&](const auto& one) { return one.name == name; });
         if (setting == std::end(kSettings)) {

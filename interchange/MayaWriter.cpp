@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
 
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
@@ -91,9 +90,9 @@ private:
     Notes& m_notes;
     double m_rate;
     TimeUnit m_unit;
-    bool m_hasDegrees = true;                // as the unit of values; angles of tangents are in degrees always
-    std::map<std::string, int> m_attributes; // of each node so far
-    std::set<std::string> m_names;           // under which curves come back
+    bool m_hasDegrees = true;                   // as the unit of values; angles of tangents are in degrees always
+    std::map<std::string, int> m_attributes;    // of each node so far
+    std::map<std::string, std::string> m_names; // under which curves come back
     std::string m_text = "animVersion 1.1;\nmayaVersion 2018;\n";
 };
 
@@ -147,11 +146,11 @@ std::string MayaDocument::nameOf(const FCurve& curve, std::string& node) {
     std::replace(backNode.begin(), backNode.end(), '|', '/');
     const std::string back = JoinName({backNode, name.channel});
     if (back != curve.getName()) m_notes.rename(curve, back);
-    if (!m_names.insert(back).second && back != curve.getName())
+    if (const auto other = m_names.emplace(back, curve.getName()).first; other->second != curve.getName())
         Lose({curve.getName(),
               Loss::Names,
               Loss::Renamed,
-              Quoted(back) + ", which another curve is called, too",
+              Quoted(back) + ", which " + Quoted(other->second) + " is called, too",
               1,
               {},
               0.0,

@@ -63,15 +63,18 @@ bool EndsWithStep(const Track& track) {
     return from.piece == Piece::Constant && track.knots.back().x - from.x >= 2.0 * Keyframe::getMinSeparation();
 }
 
+// By how much a turn rises otherwise: the difference is that in the third one.
 void LoseRise(const Track& track, Loss::Remedy remedy, const char* detail, double difference) {
+    const double first = track.knots.front().x;
+    const double last = track.knots.back().x;
     Loss loss;
     loss.curve = track.name;
     loss.what = Loss::Ends;
     loss.remedy = remedy;
     loss.detail = detail;
-    loss.places = {track.knots.back().x};
-    loss.difference = difference;
-    loss.at = track.knots.back().x;
+    loss.places = {last};
+    loss.difference = 3.0 * difference;
+    loss.at = track.trailing.kind == End::CycleOffset ? last + 2.5 * (last - first) : first - 2.5 * (last - first);
     Lose(loss);
 }
 

@@ -94,6 +94,25 @@ TEST(Conversion, KeepsSeconds) {
     }
 }
 
+TEST(ConversionReport, NamesCurvesThatBecomeOne) {
+    RegisterFormats();
+    const auto curves = FCurveContainer::create();
+    for (const char* const name : {"a/b c", "a/b_c", "a/d", "a/d"}) {
+        const auto curve = FCurve::create();
+        curve->setName(name);
+        curve->insertSegment(*Keyframe::create(0, 1), InterpolatorFactory::create("constant()"));
+        curves->addCurve(curve);
+    }
+    ConversionReport report;
+    const Conversion conversion(report);
+    MemoryStream stream;
+    WriteCurves(*curves, stream, "maya_anim");
+    std::string told;
+    for (const Loss& loss : report.losses())
+        if (loss.what == Loss::Names) told += loss.curve + ": " + loss.detail + '\n';
+    EXPECT_EQ(told, "a/b_c: \"a/b_c\", which \"a/b c\" is called, too\na/b c: a/b_c\n");
+}
+
 TEST(ConversionReport, JoinsPlacesAndSpeaks) {
     ConversionReport report;
     for (int i = 0; i < 40; ++i)

@@ -374,7 +374,7 @@ private:
 
     Document m_document;
     double m_first = 0.0;
-    double m_arcFrames = 1e6; // that may still be sampled
+    double m_arcFrames = 2.5e5; // that may still be sampled
     std::vector<Showing> m_showings;
     std::unordered_map<std::string, std::size_t> m_names; // of properties, with the last number that made one free
 };
@@ -562,6 +562,7 @@ bool LottieDocument::readArcs(const Keyframes& all, std::vector<Track>& tracks) 
             if (!isLast && x < before + kGap) continue;
             const ArcMotion::Stand end = motion.at(to);
             for (const double part : {0.23, 0.47, 0.71}) { // a line leads there
+                if (!Conversion::report()) break;
                 const ArcMotion::Stand here = motion.at(before + part * (to - before));
                 for (std::size_t d = 0; d < tracks.size(); ++d) {
                     const double from = tracks[d].knots.back().y;

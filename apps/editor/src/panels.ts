@@ -460,6 +460,8 @@ export class KeyTable {
     private readonly heads = this.box.querySelectorAll("th");
     private readonly digit = widthOfDigit();
     private readonly settle = rove(this.body, "tr");
+    /** What the rows show: as long as that stays, they do, since making them costs as much as a picture. */
+    private shown = "";
 
     constructor(private readonly app: App) {
         this.box.addEventListener("scroll", () => this.show());
@@ -475,6 +477,7 @@ export class KeyTable {
         title.textContent = active >= 0 ? `Keys of ${curves[active]!.name || "(no name)"}` : "Keys";
         if (active < 0) {
             this.body.replaceChildren();
+            this.shown = "";
             return;
         }
         const room = (column: number) => Math.max(5, Math.floor((this.heads[column]!.clientWidth - 12) / this.digit));
@@ -482,6 +485,9 @@ export class KeyTable {
         const first = Math.max(0, Math.floor(this.box.scrollTop / this.rowHeight) - 2);
         const count = Math.ceil(this.box.clientHeight / this.rowHeight) + 4;
         const table = this.app.bridge.call<Rows>("rows", { curve: active, first, count });
+        const shown = JSON.stringify([active, table, roomX, roomY]);
+        if (shown === this.shown) return;
+        this.shown = shown;
         const focus = this.body.contains(document.activeElement) ? document.activeElement!.id : "";
         const spacer = (rows: number) => {
             const row = make("tr", { "aria-hidden": "true" });

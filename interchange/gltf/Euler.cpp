@@ -1,5 +1,6 @@
 #include "interchange/gltf/Euler.h"
 
+#include "interchange/gltf/Quaternion.h"
 #include "interchange/gltf/Sampler.h"
 
 #include <FCurveLib/FCurve.h>
@@ -18,12 +19,6 @@ namespace Gltf {
 
 namespace {
 
-using Quaternion = std::array<double, 4>; // x y z w
-
-double Dot(const Quaternion& a, const Quaternion& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3];
-}
-
 // qz qy qx: x turns first.
 Quaternion RotationAt(const EulerAngles& angles, double x) {
     double sine[3];
@@ -40,27 +35,16 @@ Quaternion RotationAt(const EulerAngles& angles, double x) {
             cosine[0] * cosine[1] * cosine[2] + sine[0] * sine[1] * sine[2]};
 }
 
-Quaternion Slerp(const Quaternion& a, Quaternion b, double s) {
-    double cosine = Dot(a, b);
-    if (cosine < 0.0) {
-        for (double& part : b) part = -part;
-        cosine = -cosine;
-    }
-    const double angle = std::acos(std::min(cosine, 1.0));
-    const bool isSmall = angle < 1e-6;
-    const double u = isSmall ? 1.0 - s : std::sin((1.0 - s) * angle) / std::sin(angle);
-    const double v = isSmall ? s : std::sin(s * angle) / std::sin(angle);
-    Quaternion result{};
-    for (std::size_t i = 0; i < 4; ++i) result[i] = u * a[i] + v * b[i];
-    return result;
+// With the sign that is nearer to another.
+Quaternion Nearer(const Quaternion& rotation, const Quaternion& other) {
+    return Dot(rotation, other) < 0.0 ? Sum(-1.0, rotation, 0.0, rotation) : rotation;
 }
 
 // The turn that leads from one to the other.
 double TurnBetween(const Quaternion& a, const Quaternion& b) {
-    double square = 0.0; // of the chord: precise for small turns, which a cosine is not
-    const double sign = Dot(a, b) < 0.0 ? -1.0 : 1.0;
-    for (std::size_t i = 0; i < 4; ++i) square += (a[i] - sign * b[i]) * (a[i] - sign * b[i]);
-    return 4.0 * std::asin(std::min(0.5 * std::sqrt(square), 1.0));
+    // By the chord: precise for small turns, which a cosine is not.
+    const Quaternion chord = Sum(1.0, a, -1.0, Nearer(b, a));
+    return 4.0 * std::asin(std::min(0.5 * std::sqrt(Dot(chord, chord)), 1.0));
 }
 
 struct Sample {
@@ -86,10 +70,10 @@ private:
     void refine(const Sample& left, const Sample& right) {
         constexpr double kClosest = 0.001;
         constexpr std::size_t kMostSamples = 1000000;
+        const Arc arc(left.rotation, Nearer(right.rotation, left.rotation));
         double worst = 0.0;
         for (const double s : {0.25, 0.5, 0.75})
-            worst = std::max(worst, TurnBetween(Slerp(left.rotation, right.rotation, s),
-                                                RotationAt(m_angles, left.x + s * (right.x - left.x))));
+            worst = std::max(worst, TurnBetween(arc.at(s), RotationAt(m_angles, left.x + s * (right.x - left.x))));
         const double middle = left.x + 0.5 * (right.x - left.x);
         // Where the angles jump the last piece is as steep as can be.
         if (worst <= m_tolerance || right.x - left.x < 2.0 * kClosest || !(left.x < middle && middle < right.x)
@@ -138,18 +122,16 @@ EulerChannel ChannelOf(const EulerAngles& angles, double rate, double offset, do
     Quaternion before{0.0, 0.0, 0.0, 1.0};
     const std::vector<Sample>& samples = sampler.samples;
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        Quaternion rotation = samples[i].rotation;
+        const Quaternion& rotation = samples[i].rotation;
         // What stays needs no samples between its first and its last.
         if (i > 0 && i + 1 < samples.size() && samples[i - 1].rotation == rotation
             && samples[i + 1].rotation == rotation)
             continue;
         const float time = TimeOf(samples[i].x, rate, offset);
         if (!channel.times.empty() && !(time > channel.times.back())) continue;
-        if (Dot(before, rotation) < 0.0)
-            for (double& part : rotation) part = -part;
-        before = rotation;
+        before = Nearer(rotation, before);
         channel.times.push_back(time);
-        channel.values.insert(channel.values.end(), rotation.begin(), rotation.end());
+        channel.values.insert(channel.values.end(), before.begin(), before.end());
     }
     if (channel.keys() == 1) channel.interpolation = Interpolation::Step;
     return result;

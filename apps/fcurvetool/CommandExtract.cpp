@@ -55,16 +55,11 @@ void RemoveKeys(FCurve& curve, const Interval& interval, bool inside) {
 void SetEnd(FCurve& curve, double& x, bool isLow, std::string& warning) {
     const auto at = curve.findSegment(x);
     const auto left = at->getLeftKey(), right = at->getRightKey();
-    if (!left || !right || left->getX() == x) return;
-    const auto outcome = PreviewBezierKeyframe(curve, x).outcome;
-    if (InsertBezierKeyframe(curve, x) != curve.end()) {
-        if (outcome == KeyframeInsertion::ChangesShape)
-            warning = "the cut at frame " + ToText(x) + " changes the curve";
-        return;
-    }
+    if (!left || !right || left->getX() == x || InsertBezierKeyframe(curve, x) != curve.end()) return;
     const double wanted = x;
     x = isLow ? left->getX() : right->getX();
-    warning = "no key can stand at frame " + ToText(wanted) + "; kept up to the one at frame " + ToText(x);
+    warning += (warning.empty() ? "" : ", ") + ("no key can stand at frame " + ToText(wanted))
+               + "; kept up to the one at frame " + ToText(x);
 }
 
 /// What a handle was while its key had neighbours outside.
@@ -112,8 +107,9 @@ std::string Cut(FCurve& curve, Interval interval) {
     const CurveDifference difference = Diff(*before, curve, options);
     Rectangle<double> box;
     const double height = GetInteriorExtents(*before, box) ? box.height : 0.0;
-    if (warning.empty() && !(difference.largest <= 1e-9 * std::max(1.0, height)))
-        warning = "changes by " + ToBriefText(difference.largest, 3) + " at frame " + ToText(difference.x);
+    if (!(difference.largest <= 1e-9 * std::max(1.0, height)))
+        warning += (warning.empty() ? "" : ", ")
+                   + ("changes by " + ToBriefText(difference.largest, 3) + " at frame " + ToText(difference.x));
     return warning;
 }
 

@@ -342,7 +342,7 @@ export class Files {
         return this.formats.write.find((each) => each.name === name)!;
     }
 
-    /** What is asked of the writer; empty fields leave it to the document. Null, with a message, for what is no number. */
+    /** What is asked of the writer; empty fields leave it to the document. Null, with a message, where one is not a number. */
     private options(): { format: string; frameRate: number; tolerance: number } | null {
         const isOwn = ownFormats.includes(this.format.name);
         const wrong: string[] = [];

@@ -123,9 +123,14 @@ export class Store {
     private async unstash(): Promise<void> {
         for (const key of Object.keys(localStorage).filter((each) => each.startsWith(prefix))) {
             const id = key.slice(prefix.length);
-            const stashed = JSON.parse(localStorage.getItem(key) ?? "null") as (Omit<Kept, "bytes"> & { bytes: string }) | null;
-            if (!stashed) continue;
-            const kept: Kept = { ...stashed, bytes: Uint8Array.from(atob(stashed.bytes), (byte) => byte.charCodeAt(0)) };
+            let kept: Kept;
+            try {
+                const stashed = JSON.parse(localStorage.getItem(key)!) as Omit<Kept, "bytes"> & { bytes: string };
+                kept = { ...stashed, bytes: Uint8Array.from(atob(stashed.bytes), (byte) => byte.charCodeAt(0)) };
+            } catch {
+                localStorage.removeItem(key); // not what a page put there
+                continue;
+            }
             const old = await this.run<Kept | undefined>("readonly", (documents) => documents.get(id));
             if (!old || old.time < kept.time) await this.run("readwrite", (documents) => documents.put(kept, id));
             localStorage.removeItem(key);

@@ -630,7 +630,7 @@ const tests = {
         await editor.page.press("#save-rate", "Tab");
         assert.equal(await editor.page.inputValue("#save-name"), "my.shot.json");
         await editor.drop([{ name: "slide.fcrvx", bytes: readFileSync(new URL("slide.fcrvx", examples)) }]);
-        assert.equal(await editor.document("xml"), before, "nothing is opened behind the dialog");
+        assert.equal(await editor.document("xml"), before, "nothing is opened while the dialog is");
         await editor.page.selectOption("#save-format", "xml");
         assert.match(await editor.page.textContent("#save-size"), /Nothing is lost/);
         const [download] = await Promise.all([editor.page.waitForEvent("download"), editor.page.click("#save-now")]);

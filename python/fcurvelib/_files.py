@@ -13,8 +13,6 @@ from . import _core
 from ._errors import FileError, UnknownFormatError
 
 _DECLARED = re.compile(r"""\ufeff?\s*<\?xml\b[^>]*?\s(encoding\s*=\s*(?:"[^">]*"|'[^'>]*'))""")
-_SETTINGS = frozenset(["chan.frames", "css.pieces", "csv.decimal", "csv.rows", "csv.separator", "csv.shape", "csv.time",
-                       "gltf.folder", "gltf.into", "usda.into"])
 
 Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 Progress = Optional[Callable[[float], Any]]
@@ -128,15 +126,12 @@ def convert(source: Any, target: Any, format: Optional[str] = None, *, source_fo
 
     frame_rate: frames a second where the file does not say; 0 for the format's own choice. tolerance: how far a curve
     may be off where it is split or fitted, as a share of its range of values. settings: of single formats, by
-    "format.setting"; ValueError for unknown ones, and for numbers below 0 or not finite. An empty report: every curve came over with its shape, to 1e-9 of its range, and with all its
-    parts.
+    "format.setting"; ValueError for unknown ones, and for numbers below 0 or not finite. An empty report: every curve
+    came over with its shape, to 1e-9 of its range, and with all its parts.
     """
     for label, number in (("frame_rate", frame_rate), ("tolerance", tolerance)):
         if not 0 <= number < math.inf:
             raise ValueError(f"Expected a {label} of 0 or more, found {number}")
-    unknown = sorted(set(settings or {}) - _SETTINGS)
-    if unknown:
-        raise ValueError(f"There is no setting {', '.join(map(str, unknown))}; there are {', '.join(sorted(_SETTINGS))}")
     report = _core.Report()
     with _core._Conversion(report, frame_rate, tolerance, dict(settings or {})):
         save(load(source, source_format), target, format)

@@ -74,5 +74,8 @@ def test_reports_tell_what_was_lost(tmp_path, ball):
         with pytest.raises(ValueError, match=next(iter(wrong)).rstrip("s")):
             fc.convert(tmp_path / "a.fcrvx", tmp_path / "b.csv", **wrong)
     sources = "".join(it.read_text() for it in (TOP / "interchange").rglob("*.cpp"))
-    assert set(re.findall(r'setting\("([a-z.]+)"\)', sources)) == fc._files._SETTINGS
+    with pytest.raises(ValueError) as unknown:
+        fc.convert(tmp_path / "a.fcrvx", tmp_path / "b.csv", settings={"csv.nosuch": "1"})
+    known = re.findall(r"[a-z]+[.][a-z]+", str(unknown.value).split("there are")[1])
+    assert set(re.findall(r'setting\("([a-z.]+)"\)', sources)) == set(known)
     assert all(loss.what and loss.remedy and loss.count >= 1 and str(loss) for loss in report)

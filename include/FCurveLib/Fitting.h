@@ -37,7 +37,8 @@ struct FitReport {
     std::size_t keysBefore = 0; ///< usable samples, or keys in the range
     std::size_t keysAfter = 0;
     /// The largest distance in value, and where. For samples: from them, as evaluated. For a curve: no place of the
-    /// range is farther from the old curve, rounding of the evaluation included; at errorAt it nearly is.
+    /// range is farther from the old curve, rounding of the evaluation included, but beside keys (ReduceCurve); at
+    /// errorAt it nearly is.
     double error = 0.0;
     double errorAt = 0.0;
     bool withinTolerance = true;

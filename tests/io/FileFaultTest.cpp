@@ -493,9 +493,13 @@ TEST_F(FileFaults, PermissionsThatCannotBeKeptShrink) {
 
 TEST_F(FileFaults, LoadingGivesAllBytesOrRaises) {
     MemoryStream bytes;
-    failEverywhere([this] { writeWholeFile(m_path, kText); }, [&] { bytes = LoadFile(m_path.c_str()); },
+    double progress = 0.0;
+    failEverywhere([this] { writeWholeFile(m_path, kText); },
+                   [&] { bytes = LoadFile(m_path.c_str(), [&](double share) { progress = share; }); },
                    [&](const std::string& outcome) {
                        if (outcome.empty()) {
+                           EXPECT_EQ(progress, 1.0);
+                           EXPECT_EQ(bytes.getPosition(), 0);
                            EXPECT_TRUE(std::string(bytes.getData(), static_cast<std::size_t>(bytes.getSize()))
                                        == kText);
                        } else {

@@ -191,10 +191,14 @@ TEST(UndoStack, KeepsWhatWasTouchedWithinItsBytes) {
     EXPECT_LE(stack.getBytes(), 300U * count + static_cast<std::size_t>(held) + 1000);
     stack.setMaxBytes(300U * count); // the older step goes
     EXPECT_EQ(stack.undoSize(), 1U);
+    stack.setClean();
     EXPECT_TRUE(stack.undo());
     EXPECT_EQ(document.curve->size(), count + 1U);
     stack.setMaxBytes(1000);
     EXPECT_EQ(stack.undoSize() + stack.redoSize(), 0U);
+    KeyAt(*document.curve, 0)->setY(1.0);
+    EXPECT_EQ(stack.undoSize(), 1U);
+    EXPECT_FALSE(stack.isClean()) << "the saved state was forgotten";
     document.curves->removeCurve(document.curves->begin()); // a small edit that keeps much
     EXPECT_FALSE(stack.undo());
     EXPECT_EQ(stack.getBytes(), 0U);

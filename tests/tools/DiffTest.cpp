@@ -108,6 +108,9 @@ TEST(Diff, ToleranceAndRange) {
 
     const auto pole = CurveThrough({{0, 0}, {10, 1}}, InterpolatorFactory::create("1 / (x - 5)"));
     EXPECT_GT(Diff(*a, *pole).largest, 1e6);
+    const auto undefined = CurveThrough({{0, 0}, {10, 1}}, InterpolatorFactory::create("sqrt(x - 20)"));
+    EXPECT_EQ(Diff(*a, *undefined).largest, kInfinity);
+    EXPECT_EQ(Diff(*undefined, *undefined).largest, 0);
     EXPECT_EQ(Diff(*FCurve::create(), *FCurve::create()).largest, 0);
 }
 

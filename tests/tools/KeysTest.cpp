@@ -108,6 +108,7 @@ TEST(SetKey, PresetsMakeTheCurveThatTheirTypesMake) {
     for (const double x : {0.0, 10.0, 5.0}) SetKey(*steps, x, x, EditSettings::stepped());
     EXPECT_EQ(steps->eval(4.9), 0.0);
     EXPECT_EQ(steps->eval(9.9), 5.0);
+    EXPECT_FALSE(KeyAt(*steps, 1)->isTangentsUnified()) << "a step has no slope to share";
 }
 
 // An observer that takes out what has just come in.

@@ -128,6 +128,31 @@ TEST(FitCurve, NeedsHardlyMoreKeysThanTheBestPartition) {
     EXPECT_LE(static_cast<double>(smooth), 1.42 * static_cast<double>(best));
 }
 
+// Samples of one segment with handles of any length: weighted ones find it again, thirds need more keys.
+TEST(FitCurve, FindsWeightedHandles) {
+    Random random(5);
+    std::size_t weighted = 0, thirds = 0;
+    for (int i = 0; i < 50; ++i) {
+        const auto curve = CurveThrough({{0, 0}, {10, random.between(-5, 5)}}, Bezier::create());
+        Segment& segment = *curve->findSegment(5);
+        for (const auto& tangent : {segment.getOutTangent(), segment.getInTangent()}) {
+            tangent->setType(Tangent::Fixed);
+            tangent->setWeighted(true);
+            const double reach = random.between(0.8, 9.0);
+            tangent->set({tangent->isInTangent() ? -reach : reach, random.between(-6, 6)});
+        }
+        Samples samples;
+        for (int k = 0; k <= 100; ++k) samples.emplace_back(0.1 * k, curve->eval(0.1 * k));
+        FitOptions options;
+        const double tolerance = 0.001 * RangeOf(samples);
+        thirds += FitCurve(samples, tolerance, options).report.keysAfter;
+        options.handles = FitOptions::Weighted;
+        weighted += FitCurve(samples, tolerance, options).report.keysAfter;
+    }
+    EXPECT_LE(weighted, 115u);
+    EXPECT_GE(thirds, 250u) << "the samples ask for nothing";
+}
+
 TEST(FitCurve, KeepsConstantAndStraightRuns) {
     Samples samples;
     const auto shape = [](int x) {

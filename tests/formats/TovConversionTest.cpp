@@ -199,7 +199,13 @@ const Loss kLosses[] = {
      edited("bezier()",
             [](FCurve& c) {
                 span(c).getOutTangent()->setWeighted(true);
-                span(c).getOutTangent()->set(30, 3);
+                span(c).getOutTangent()->set(30, 0);
+            })},
+    {"folded handle of the right key", 8,
+     edited("bezier()",
+            [](FCurve& c) {
+                span(c).getInTangent()->setWeighted(true);
+                span(c).getInTangent()->set(-30, 0);
             })},
     {"step between bezier spans", 8 | 16 | 4 | 32,
      [] {

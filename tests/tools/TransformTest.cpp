@@ -125,6 +125,7 @@ TEST(Transform, RewritesFormulas) {
         {"(((-1-x)/0.5)**2)-3", {{-2, 1}, {-2, 3}}, "x**2"},
         {"sin((x-5)/10)", {{10, 1}, {-50, 0}}, "sin(x/100)"},
         {"-(x)", {{1, -1}, {0, 0}}, "x"},
+        {"sin(x)", {{1, 1}, {0, 0.5}}, "(sin(x))+0.5"},
         // Where it has no value the image has none.
         {"sqrt(x-3)", {{1, 2}, {5, 0}}, "2*(sqrt(x-8))"},
         // What only looks like one is wrapped.

@@ -53,8 +53,11 @@ bool IsFinite(const Vector2D<double>& handle) noexcept {
 // Between keys or along handles near the end of the doubles, a cut may need a handle beyond it.
 bool HasFiniteHandlesAt(double x, const Segment& segment) {
     if (!KindOf(segment).isBezier()) return true;
+    const Keyframe* left = Read::leftKey(segment);
+    const Keyframe* right = Read::rightKey(segment);
+    if ((left && !std::isfinite(x - left->getX())) || (right && !std::isfinite(right->getX() - x))) return false;
     std::optional<BezierCut> cut = Private::CutBezierSegment(segment, x);
-    if (!cut && Read::hasBothKeys(segment)) cut = Private::CutBezierArgs(Private::BezierArgsOf(segment), x);
+    if (!cut && left && right) cut = Private::CutBezierArgs(Private::BezierArgsOf(segment), x);
     return !cut
            || (IsFinite(cut->leftOut) && IsFinite(cut->leftIn) && IsFinite(cut->rightOut) && IsFinite(cut->rightIn));
 }

@@ -114,6 +114,9 @@ TEST(InsertBezierKeyframe, RefusesWhereNoKeyCanStand) {
 
     const auto wide = CurveThrough({{-1.5e308, 0}, {1.5e308, 1}}, Bezier::create());
     EXPECT_EQ(InsertAsForetold(*wide, 0.0), wide->end()) << "handles beyond the doubles";
+    const auto far = CurveThrough({{-std::numeric_limits<double>::max(), 0}});
+    for (Segment& segment : *far) segment.setInterpolator(InterpolatorFactory::create("spline()"));
+    EXPECT_EQ(InsertAsForetold(*far, 1e300), far->end()) << "a third of the way is none";
 }
 
 TEST(InsertBezierKeyframe, TellsWhatKeepsByKindAndWhatByComparison) {

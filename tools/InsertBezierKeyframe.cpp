@@ -50,7 +50,8 @@ bool IsFinite(const Vector2D<double>& handle) noexcept {
     return std::isfinite(handle.x) && std::isfinite(handle.y);
 }
 
-// Between keys or along handles near the end of the doubles, a cut may need a handle beyond it.
+// Near the end of the doubles a cut may need a handle beyond it: between keys, along handles, or a third of the way to
+// the only key beside it.
 bool HasFiniteHandlesAt(double x, const Segment& segment) {
     if (!KindOf(segment).isBezier()) return true;
     const Keyframe* left = Read::leftKey(segment);

@@ -199,9 +199,15 @@ const Loss kLosses[] = {
      edited("bezier()",
             [](FCurve& c) {
                 span(c).getOutTangent()->setWeighted(true);
+                span(c).getOutTangent()->set(30, 3);
+            })},
+    {"folded flat handle", 8,
+     edited("bezier()",
+            [](FCurve& c) {
+                span(c).getOutTangent()->setWeighted(true);
                 span(c).getOutTangent()->set(30, 0);
             })},
-    {"folded handle of the right key", 8,
+    {"folded flat handle of the right key", 8,
      edited("bezier()",
             [](FCurve& c) {
                 span(c).getInTangent()->setWeighted(true);

@@ -143,7 +143,7 @@ private:
             const double step = (high - low) / kPieces;
             for (int i = 1; i < kPieces; ++i) {
                 const double x = low + step * i;
-                const double y = Look(m_quantity, x, segment, interpolator.get());
+                const double y = Private::Look(m_quantity, x, segment, interpolator.get());
                 if (std::isfinite(y) && std::fabs(y) > std::fabs(largest.y)) largest = {x, y};
             }
             low = std::max(low, largest.x - step);

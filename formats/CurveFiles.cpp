@@ -23,7 +23,7 @@ const char* Cancelled::what() const noexcept {
 
 namespace {
 
-constexpr int kPiece = 1 << 20; // bytes between two calls of the callbacks
+constexpr int kTellEvery = 1 << 20; // bytes between two calls of the callbacks
 constexpr std::size_t kKeys = 1000;
 
 // Of the work: emitting or parsing, and what comes before and after it.
@@ -66,13 +66,13 @@ public:
     void readData(void* buffer, int count) override {
         m_stream.readData(buffer, count);
         if (m_stream.getPosition() < m_next) return;
-        m_next = m_stream.getPosition() > INT_MAX - kPiece ? INT_MAX : m_stream.getPosition() + kPiece;
+        m_next = m_stream.getPosition() > INT_MAX - kTellEvery ? INT_MAX : m_stream.getPosition() + kTellEvery;
         m_watch.tell(kLoaded + (kParsed - kLoaded) * m_stream.getPosition() / std::max(1, m_size));
     }
     void writeData(const void* buffer, int count) override {
         const char* bytes = static_cast<const char*>(buffer);
         do {
-            const int piece = std::min(count, kPiece);
+            const int piece = std::min(count, kTellEvery);
             m_stream.writeData(bytes, piece);
             m_watch.ask();
             bytes += piece;
@@ -87,7 +87,7 @@ private:
     Stream& m_stream;
     Watch& m_watch;
     int m_size;
-    int m_next = kPiece; // the position at which the host hears the next time
+    int m_next = kTellEvery; // the position at which the host hears the next time
 };
 
 Writer& WriterFor(const char* path, const char* format) {

@@ -17,7 +17,7 @@ namespace Interchange {
 namespace {
 
 // The frames and values at which an easing is 0 and 1.
-struct Frame {
+struct EasingFrame {
     double x0 = 0.0;
     double y0 = 0.0;
     double x1 = 1.0;
@@ -34,14 +34,14 @@ struct Frame {
     double share(double y) const { return y == y1 ? 1.0 : (y - y0) / (y1 - y0); }
 };
 
-Frame FrameOf(const FCurve& curve, const Track& track) {
-    Frame frame{track.knots.front().x, track.knots.front().y, track.knots.back().x, track.knots.back().y};
+EasingFrame EasingFrameOf(const FCurve& curve, const Track& track) {
+    EasingFrame frame{track.knots.front().x, track.knots.front().y, track.knots.back().x, track.knots.back().y};
     if (std::fabs(frame.y1 - frame.y0) <= 1e-9 * RangeOf(curve)) frame.y1 = frame.y0 + RangeOf(curve);
     return frame;
 }
 
 // "steps(4)" where all pieces are of one stepping kind and their keys lie evenly on a line; empty elsewhere.
-std::string StepsOf(const Track& track, const Frame& frame) {
+std::string StepsOf(const Track& track, const EasingFrame& frame) {
     const std::size_t steps = track.knots.size() - 1;
     const Piece kind = track.knots.front().piece;
     if ((kind != Piece::Constant && kind != Piece::ConstantNext) || steps > 100000) return "";
@@ -55,7 +55,7 @@ std::string StepsOf(const Track& track, const Frame& frame) {
     return "steps(" + std::to_string(steps) + (kind == Piece::ConstantNext ? ", start)" : ")");
 }
 
-void AppendStop(std::string& text, const Frame& frame, double x, double y) {
+void AppendStop(std::string& text, const EasingFrame& frame, double x, double y) {
     if (text.back() != '(') text += ", ";
     const double share = frame.share(y);
     if (!std::isfinite(share)) throw NotWritable("A value is too large beside the curve's rise to be a share of it.");
@@ -66,7 +66,7 @@ void AppendStop(std::string& text, const Frame& frame, double x, double y) {
 }
 
 // The polyline through all knots, and along Bezier pieces within the tolerance.
-std::string Polyline(const FCurve& curve, const Track& track, const Frame& frame, Notes& notes) {
+std::string Polyline(const FCurve& curve, const Track& track, const EasingFrame& frame, Notes& notes) {
     const double tolerance = ToleranceOf(curve);
     const std::size_t longest = Conversion::options().longest;
     std::string text = "linear(";
@@ -96,7 +96,7 @@ void AppendCubic(std::string& text, const Easing& easing) {
 }
 
 // What other readers pass over, and ours puts the curve back by.
-void AppendPlace(std::string& text, const std::string& name, const Frame& frame) {
+void AppendPlace(std::string& text, const std::string& name, const EasingFrame& frame) {
     text.append(" /* ").append(name).append(": ");
     AppendNumber(text, frame.x0);
     text += ' ';
@@ -108,7 +108,8 @@ void AppendPlace(std::string& text, const std::string& name, const Frame& frame)
     text += " */";
 }
 
-std::string EasingText(const FCurve& curve, const Track& track, const Track& whole, const Frame& frame, Notes& notes) {
+std::string EasingText(const FCurve& curve, const Track& track, const Track& whole, const EasingFrame& frame,
+                       Notes& notes) {
     if (whole.knots.size() == 2 && whole.knots[0].piece == Piece::Bezier) {
         const Easing easing = EasingOf(whole, 0);
         const double rise = whole.knots[1].before - whole.knots[0].y;
@@ -186,7 +187,7 @@ std::string CssWriter::compose(const FCurveContainer& curves, Notes& notes) cons
         Notes again; // of the same losses
         Track whole = Resolve(curve, jumping, again);
         CutToEasings(whole, curve, notes);
-        const Frame frame = FrameOf(curve, whole);
+        const EasingFrame frame = EasingFrameOf(curve, whole);
         text += EasingText(curve, track, whole, frame, notes);
         const bool isPercent = frame.x0 == 0.0 && frame.y0 == 0.0 && frame.x1 == 100.0 && frame.y1 == 1.0
                                && name == std::to_string(number);

@@ -19,8 +19,6 @@ namespace Interchange {
 
 namespace {
 
-constexpr std::size_t kMostCells = 50000000;
-
 std::string Lower(std::string_view text) {
     std::string result(text);
     for (char& c : result)

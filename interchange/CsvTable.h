@@ -13,6 +13,8 @@ inline namespace v19 {
 
 namespace Interchange {
 
+constexpr std::size_t kMostCells = 50000000; // of a table that is read or written
+
 struct CsvCell {
     std::string_view text; // without quotes; blanks around an unquoted one are cut off
     std::size_t offset = 0;

@@ -18,8 +18,6 @@ namespace Interchange {
 
 namespace {
 
-constexpr std::size_t kMostCells = 50000000;
-
 // In quotes where it would not come back otherwise.
 void AppendName(std::string& text, const std::string& name) {
     double number = 0.0;

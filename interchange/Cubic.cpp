@@ -14,7 +14,7 @@ Vector2D<double> Between(const Vector2D<double>& a, const Vector2D<double>& b, d
     return {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t};
 }
 
-constexpr int kDeepest = 24;
+constexpr int kMostHalvings = 24;
 
 // One coordinate without its start, by the powers of t.
 struct Powers {
@@ -168,7 +168,7 @@ Distance SplitToThirds(const Cubic& cubic, double tolerance, double minWidth, st
             Distance off = MeasureDistance(part, thirds, tolerance);
             if (!(off.y <= tolerance)) {
                 const auto [left, right] = Cut(part, 0.5);
-                if (depth < kDeepest && left.width() >= minWidth && right.width() >= minWidth) {
+                if (depth < kMostHalvings && left.width() >= minWidth && right.width() >= minWidth) {
                     self(self, left, depth + 1);
                     self(self, right, depth + 1);
                     return;

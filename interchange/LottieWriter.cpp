@@ -78,7 +78,7 @@ struct Layer {
 };
 
 // The place of a channel in a layer's transform; empty where it has none.
-std::string PlaceOf(const std::string& channel, std::string& back) {
+std::string ChannelPlace(const std::string& channel, std::string& back) {
     back = channel;
     if (channel == "opacity") return "o";
     const auto transform = FindTransform(channel);
@@ -145,7 +145,7 @@ std::string LottieWriter::compose(const FCurveContainer& curves, Notes& notes) c
         if (isNew) layers.push_back({name.node, {}, {}});
         Layer& target = layers[layer->second];
         std::string back;
-        const std::string place = PlaceOf(name.channel, back);
+        const std::string place = ChannelPlace(name.channel, back);
         if (place.empty() || target.transform.count(place) > 0) {
             target.sliders.emplace_back(name.channel, &curve);
             continue;

@@ -45,7 +45,7 @@ double RateOf(const FCurveContainer& curves) {
 }
 
 // What Maya takes for a name: no blanks, no signs.
-std::string Word(std::string text, const char* further) {
+std::string WordOf(std::string text, const char* further) {
     for (char& c : text) {
         const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
         if (!isLetter && std::string_view(further).find(c) == std::string_view::npos) c = '_';
@@ -136,9 +136,9 @@ std::string MayaDocument::nameOf(const FCurve& curve, std::string& node) {
         full = std::string(kinds[transform->kind]) + '.';
     }
     std::replace(name.node.begin(), name.node.end(), '/', '|');
-    name.channel = Word(name.channel, "[].");
+    name.channel = WordOf(name.channel, "[].");
     if (name.channel.empty()) name.channel = "_";
-    node = Word(name.node, "|:");
+    node = WordOf(name.node, "|:");
     // With its own name a curve comes back under that.
     const std::string kept = curve.getProperty("maya_full");
     if (node.empty() && !kept.empty() && kept == curve.getName()) name.channel = kept;
@@ -266,7 +266,7 @@ void MayaDocument::writeCurve(const FCurve& curve) {
     const std::string input = curve.getProperty("maya_input");
     m_text += "animData {\n";
     line("  input", input == "unitless" ? input : "time");
-    line("  output", Word(output, ""));
+    line("  output", WordOf(output, ""));
     line("  weighted", weighted ? "1" : "0");
     if (!m_hasDegrees) line("  tangentAngleUnit", "deg");
     line("  preInfinity", infinities[track.leading.kind]);

@@ -20,7 +20,7 @@ using Private::Repeat;
 
 namespace {
 
-constexpr int kCapacity = 64 * 1024;
+constexpr int kBufferSize = 64 * 1024;
 constexpr int kMostLinks = 40;     // as Linux
 constexpr int kMostNames = 100000; // of working files that others left
 
@@ -85,7 +85,7 @@ private:
     struct stat m_new {};
 
     // The position is m_start + m_held; that many bytes wait to be written.
-    std::unique_ptr<char[]> m_buffer{new char[kCapacity]};
+    std::unique_ptr<char[]> m_buffer{new char[kBufferSize]};
     int m_start = 0;
     int m_held = 0;
     int m_size = 0;
@@ -227,12 +227,12 @@ void FileReplacement::Work::writeData(const void* buffer, int count) {
     if (count > INT_MAX - getPosition()) fail(EFBIG);
     const char* bytes = static_cast<const char*>(buffer);
     while (count > 0) {
-        const int piece = std::min(count, kCapacity - m_held);
+        const int piece = std::min(count, kBufferSize - m_held);
         std::memcpy(m_buffer.get() + m_held, bytes, static_cast<std::size_t>(piece));
         m_held += piece;
         bytes += piece;
         count -= piece;
-        if (m_held == kCapacity) flush();
+        if (m_held == kBufferSize) flush();
     }
 }
 

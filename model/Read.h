@@ -64,6 +64,10 @@ struct Read {
         Segment* right = rightSegment(k);
         return right ? rightKey(*right) : nullptr;
     }
+    static const Segment* nextSegment(const Segment& s) noexcept {
+        const Keyframe* key = rightKey(s);
+        return key ? rightSegment(*key) : nullptr;
+    }
 
     // --- the owning curve --------------------------------------------------------------------------------------------
     static FCurve* curve(FCurve& c) noexcept { return &c; }

@@ -2,6 +2,7 @@
 
 #include "interp/Formula.h"
 #include "interp/Kinds.h"
+#include "model/NotFinite.h"
 #include "model/Raw.h"
 #include "model/Read.h"
 
@@ -21,8 +22,6 @@ inline namespace v19 {
 namespace Private {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // --- pieces ----------------------------------------------------------------------------------------------------------
 

@@ -1,8 +1,8 @@
 #include "selection/EditWatch.h"
 
 #include "interp/Kinds.h"
+#include "model/NotFinite.h"
 
-#include <limits>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -10,8 +10,6 @@ inline namespace v19 {
 namespace Private {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 Reads ReadsOf(const Segment& segment) noexcept {
     return ReadsOf(Read::interpolator(segment), segment);

@@ -7,6 +7,7 @@
 #include "FCurveLib/Linear.h"
 #include "FCurveLib/NumberInterp.h"
 #include "FCurveLib/Transform.h"
+#include "model/NotFinite.h"
 #include "model/Raw.h"
 #include "tools/BezierCut.h"
 #include "tools/Deviation.h"
@@ -17,7 +18,6 @@
 #include <array>
 #include <cmath>
 #include <iterator>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -31,14 +31,13 @@ using Private::BezierFunction;
 using Private::Deviation;
 using Private::Form;
 using Private::Interval;
+using Private::kInfinity;
+using Private::kNaN;
 using Private::Raw;
 using Private::Read;
 using Private::Span;
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 Interval Product(const Interval& a, const Interval& b) noexcept {
     const auto [low, high] = std::minmax({a.low * b.low, a.low * b.high, a.high * b.low, a.high * b.high});
@@ -92,7 +91,7 @@ struct Request {
 };
 
 // Between two places at which no segment of the curves ends.
-struct Stretch {
+struct CombinedStretch {
     double from;
     double to;
     std::optional<Span> a, b, weight; // what the curves are there; a over the values of by
@@ -110,8 +109,8 @@ Interval ValuesOf(const Span& span) {
     return function.over(span.args.x0, span.args.x3).value;
 }
 
-Stretch StretchOf(const Request& request, double from, double to, double tolerance) {
-    Stretch s{from, to, {}, {}, {}, {}, kNaN, kNaN};
+CombinedStretch StretchOf(const Request& request, double from, double to, double tolerance) {
+    CombinedStretch s{from, to, {}, {}, {}, {}, kNaN, kNaN};
     const auto set = [&](const std::optional<Span>& exact) {
         s.exact = exact;
         if (s.exact) s.first = s.exact->args.y0, s.last = s.exact->args.y3;
@@ -191,7 +190,7 @@ Stretch StretchOf(const Request& request, double from, double to, double toleran
 // The result on a stretch where all curves are known, with what it takes to prove how far a fit is from it.
 class Combined : public Private::Function {
 public:
-    Combined(Rule rule, const Stretch& stretch)
+    Combined(Rule rule, const CombinedStretch& stretch)
         : m_rule(rule), m_a(stretch.a->args), m_b(stretch.b->args),
           m_weight(stretch.weight ? stretch.weight->args : stretch.b->args), m_inner(stretch.a->args) {
         const Enclosure b = m_b.over(stretch.from, stretch.to);
@@ -253,9 +252,9 @@ private:
 // Stretches that are no segment, one after the other without a jump.
 class Fitting : public Private::FitJudge {
 public:
-    Fitting(const Request& request, const Stretch* first, const Stretch* last)
+    Fitting(const Request& request, const CombinedStretch* first, const CombinedStretch* last)
         : m_request(request), m_first(first), m_last(last) {
-        for (const Stretch* s = first; s != last; ++s) {
+        for (const CombinedStretch* s = first; s != last; ++s) {
             auto function = s->isKnown(request.rule) ? std::make_unique<Combined>(request.rule, *s) : nullptr;
             if (function && !function->isTame()) function.reset();
             m_proves = m_proves && function;
@@ -269,7 +268,7 @@ public:
         Private::FitProblem problem{{}, {}, 0.0, false, true, 0};
         Interval range{kInfinity, -kInfinity};
         constexpr int looks = 4; // from one place for a key to the next
-        for (const Stretch* s = m_first; s != m_last; ++s) {
+        for (const CombinedStretch* s = m_first; s != m_last; ++s) {
             const int parts =
                 std::clamp(static_cast<int>((s->to - s->from) / Keyframe::getMinSeparation() / 2.0), 1, 16);
             for (int i = 0; i < parts; ++i) {
@@ -297,7 +296,7 @@ public:
     Deviation judge(const BezierArgs& shape, double limit) const override {
         const BezierFunction now(shape);
         Deviation worst{0.0, shape.x0};
-        for (const Stretch* s = stretchAt(shape.x0); s != m_last && s->from < shape.x3; ++s) {
+        for (const CombinedStretch* s = stretchAt(shape.x0); s != m_last && s->from < shape.x3; ++s) {
             const double from = std::max(shape.x0, s->from), to = std::min(shape.x3, s->to);
             const Private::Function* function = m_functions[index(s)].get();
             const Deviation deviation =
@@ -308,13 +307,13 @@ public:
         return worst;
     }
     double valueAt(double x) const override {
-        const Stretch* s = stretchAt(x);
+        const CombinedStretch* s = stretchAt(x);
         if (x == s->from) return s->first;
         if (x == s->to) return s->last;
         return m_functions[index(s)] ? m_functions[index(s)]->at(x) : m_request.at(x);
     }
     double splitAt(double from, double to) const override {
-        const Stretch* s = stretchAt(from);
+        const CombinedStretch* s = stretchAt(from);
         const double mostParts = m_functions[index(s)] ? 4096.0 : 256.0; // a formula may be as rough as it likes
         const double room = std::max(Keyframe::getMinSeparation(), (s->to - s->from) / mostParts);
         const double middle = from + 0.5 * (to - from);
@@ -323,10 +322,10 @@ public:
     void describe(Private::FitKey&, double, double) const override {}
 
 private:
-    std::size_t index(const Stretch* s) const noexcept { return static_cast<std::size_t>(s - m_first); }
-    const Stretch* stretchAt(double x) const noexcept {
-        const Stretch* after =
-            std::upper_bound(m_first, m_last, x, [](double value, const Stretch& s) { return value < s.from; });
+    std::size_t index(const CombinedStretch* s) const noexcept { return static_cast<std::size_t>(s - m_first); }
+    const CombinedStretch* stretchAt(double x) const noexcept {
+        const CombinedStretch* after =
+            std::upper_bound(m_first, m_last, x, [](double value, const CombinedStretch& s) { return value < s.from; });
         return after == m_first ? m_first : after - 1;
     }
 
@@ -342,7 +341,7 @@ private:
     }
 
     // Where slopes differ by more than rounding, or may do so.
-    bool isCorner(const Stretch* s) const {
+    bool isCorner(const CombinedStretch* s) const {
         if (s == m_first || !m_functions[index(s)] || !m_functions[index(s) - 1]) return true;
         const Interval left = m_functions[index(s) - 1]->over(s->from, s->from).slope;
         const Interval right = m_functions[index(s)]->over(s->from, s->from).slope;
@@ -350,7 +349,7 @@ private:
     }
 
     const Request& m_request;
-    const Stretch *m_first, *m_last;
+    const CombinedStretch *m_first, *m_last;
     std::vector<std::unique_ptr<Combined>> m_functions; // none where nothing can be proved
     bool m_proves = true;
 };
@@ -367,7 +366,7 @@ public:
         const std::vector<double> places = findPlaces();
         for (std::size_t i = 0; i + 1 < places.size(); ++i)
             m_stretches.push_back(StretchOf(m_request, places[i], places[i + 1], m_tolerance));
-        for (const Stretch& s : m_stretches) {
+        for (const CombinedStretch& s : m_stretches) {
             const double size = std::max(std::abs(s.first), std::abs(s.last));
             if (std::isfinite(size)) m_noise = std::max(m_noise, 1e-11 * size);
         }
@@ -457,7 +456,7 @@ private:
 
     // From stretch i on: one that is a segment, or as many as can be fitted together. Returns the first one after them.
     std::size_t addSpans(std::size_t i) {
-        const Stretch& first = m_stretches[i];
+        const CombinedStretch& first = m_stretches[i];
         if (first.exact) {
             m_spans.push_back(*first.exact);
             return i + 1;
@@ -547,7 +546,7 @@ private:
                 if (hasKeys && !toHigh && nearest > Read::rightKey(*a.begin())->getX()) return std::nullopt;
             }
         }
-        const Stretch stretch = StretchOf(m_request, from, to, m_tolerance);
+        const CombinedStretch stretch = StretchOf(m_request, from, to, m_tolerance);
         if (!stretch.exact || stretch.exact->form == Form::Cubic) return std::nullopt;
         return stretch.exact;
     }
@@ -583,7 +582,7 @@ private:
 
     const Request& m_request;
     const double m_tolerance;
-    std::vector<Stretch> m_stretches;
+    std::vector<CombinedStretch> m_stretches;
     std::vector<Span> m_spans; // of the result
     double m_end = 0.0;        // the value at the last key
     double m_noise = 0.0;      // what rounding may have done to values

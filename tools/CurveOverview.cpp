@@ -1,6 +1,7 @@
 #include "FCurveLib/CurveOverview.h"
 
 #include "FCurveLib/DisplayProperties.h"
+#include "model/NotFinite.h"
 #include "model/Read.h"
 #include "tools/SegmentSummaries.h"
 
@@ -12,13 +13,8 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
+using Private::kInfinity;
 using Private::Read;
-
-namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-} // namespace
 
 CurveOverview::CurveOverview(std::shared_ptr<const FCurve> curve)
     : m_curve(curve ? std::move(curve) : FCurve::create()), m_summaries(std::make_unique<Private::SegmentSummaries>()),

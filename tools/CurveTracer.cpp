@@ -5,13 +5,13 @@
 #include "interp/Kinds.h"
 #include "interp/Repeat.h"
 #include "interp/Repetition.h"
+#include "model/NotFinite.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <functional>
 #include <iterator>
-#include <limits>
 #include <optional>
 #include <utility>
 
@@ -23,8 +23,6 @@ namespace {
 
 using Point = Vector2D<double>; // x in frames or pixels, as told
 using Place = ViewPolyline::Place;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // All in pixels.
 constexpr double kTolerance = 0.1;      // between a line and its curve
@@ -45,11 +43,6 @@ bool IsFinite(const Point& point) noexcept {
 
 double Middle(double a, double b) noexcept {
     return a + (b - a) / 2.0;
-}
-
-const Segment* Next(const Segment& segment) noexcept {
-    const Keyframe* const key = Read::rightKey(segment);
-    return key ? Read::rightSegment(*key) : nullptr;
 }
 
 class Tracer {
@@ -593,7 +586,7 @@ private:
     // Looks at the segments themselves. Nothing is taken for granted of a curve that nobody told of changes.
     void addGroup(const SegmentSummaries::Group& group, double begin) {
         for (const Segment* segment = &Read::findSegment(m_curve, begin); segment && Read::hasBothKeys(*segment);
-             segment = Next(*segment)) {
+             segment = Read::nextSegment(*segment)) {
             if (Read::leftKey(*segment)->getX() > m_area.right) return;
             addSegment(*segment);
             if (Read::rightKey(*segment)->getX() >= group.endX) return;

@@ -1,9 +1,10 @@
 #include "tools/Deviation.h"
 
+#include "model/NotFinite.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace VEM_FN::FCurveLib {
@@ -11,8 +12,6 @@ inline namespace v19 {
 namespace Private {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The heights of a cubic's control points over a part of its parameter's range (its blossom at the part's ends),
 // relative to y0.

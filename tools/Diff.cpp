@@ -4,6 +4,7 @@
 #include "FCurveLib/Evaluation.h"
 #include "FCurveLib/Interpolator.h"
 #include "interp/Kinds.h"
+#include "model/NotFinite.h"
 #include "model/Read.h"
 
 #include <algorithm>
@@ -14,12 +15,11 @@
 namespace VEM_FN::FCurveLib {
 inline namespace v19 {
 
+using Private::kInfinity;
 using Private::Read;
 using P = PartDifference;
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 bool HasSameExpression(const Segment& a, const Segment& b) {
     const Interpolator* const first = Read::interpolator(a);

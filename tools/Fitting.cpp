@@ -5,6 +5,7 @@
 #include "FCurveLib/FCurve.h"
 #include "FCurveLib/Keyframe.h"
 #include "interp/Kinds.h"
+#include "model/NotFinite.h"
 #include "model/Raw.h"
 #include "tools/BezierCut.h"
 #include "tools/FitSolver.h"
@@ -30,12 +31,12 @@ using Private::FitPiece;
 using Private::FitProblem;
 using Private::FitSite;
 using Private::FitSpan;
+using Private::kNaN;
 using Private::Raw;
 using Private::Read;
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kLargest = 1e300; // differences beyond it overflow
 
 double UsableTolerance(double tolerance) noexcept {

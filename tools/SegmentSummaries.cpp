@@ -3,11 +3,11 @@
 #include "FCurveLib/Interpolator.h"
 #include "interp/BezierMath.h"
 #include "interp/Kinds.h"
+#include "model/NotFinite.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <limits>
 #include <utility>
 
 namespace VEM_FN::FCurveLib {
@@ -15,8 +15,6 @@ inline namespace v19 {
 namespace Private {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 void Fold(double value, double& low, double& high) noexcept {
     if (!std::isfinite(value)) return;
@@ -48,11 +46,6 @@ void FoldSegment(const Segment& segment, double x0, double x1, double& low, doub
     interpolator->getRangeExtents(segment, x0, x1, least, most);
     Fold(least, low, high);
     Fold(most, low, high);
-}
-
-const Segment* Next(const Segment& segment) noexcept {
-    const Keyframe* const key = Read::rightKey(segment);
-    return key ? Read::rightSegment(*key) : nullptr;
 }
 
 } // namespace
@@ -94,7 +87,7 @@ void SegmentSummaries::update(const FCurve& curve, double low, double high) {
     std::vector<Block> old = std::move(m_blocks);
     m_blocks.clear(); // stays so where anything throws
     if (old.empty() || low == -kInfinity || high == kInfinity) {
-        m_blocks = makeBlocks(Next(Read::firstSegment(curve)), kInfinity);
+        m_blocks = makeBlocks(Read::nextSegment(Read::firstSegment(curve)), kInfinity);
         return;
     }
     // Blocks that hold a segment up to two keys beside what changed, as that is how far a kind's reads reach; and those
@@ -119,7 +112,7 @@ void SegmentSummaries::update(const FCurve& curve, double low, double high) {
         const Segment& start = from == old.begin() ? Read::firstSegment(curve) : Read::findSegment(curve, first(*from));
         const bool isLeading = !Read::leftKey(start); // also where nobody told that the keys before are gone
         const double endX = to == old.end() ? kInfinity : first(*to);
-        std::vector<Block> made = makeBlocks(isLeading ? Next(start) : &start, endX);
+        std::vector<Block> made = makeBlocks(isLeading ? Read::nextSegment(start) : &start, endX);
         std::move(made.begin(), made.end(), std::back_inserter(blocks));
     };
     for (auto block = old.begin(); block != old.end();) {
@@ -151,7 +144,7 @@ std::vector<SegmentSummaries::Block> SegmentSummaries::makeBlocks(const Segment*
                 group.high = std::max(group.high, summary.high);
                 constexpr Reads far = kReadsNeighbours | kReadsCurve;
                 if ((ReadsOf(Read::interpolator(*segment), *segment) & far) != 0) block.readsFar = true;
-                segment = Next(*segment);
+                segment = Read::nextSegment(*segment);
             }
             group.end = block.segments.size();
             block.groups.push_back(group);

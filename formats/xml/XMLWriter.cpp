@@ -24,7 +24,7 @@ using Private::TangentPart;
 namespace {
 
 // A document as text in memory, in pieces that need not move when it grows.
-class Document : public Private::PartCollector {
+class XMLComposer : public Private::PartCollector {
 public:
     using PartCollector::PartCollector;
 
@@ -198,7 +198,7 @@ XMLWriter::XMLWriter() : DocumentWriter(GetFormatType()) {}
 XMLWriter::~XMLWriter() = default;
 
 std::unique_ptr<FormatInterface> XMLWriter::createDocument(Stream& stream) const {
-    return std::make_unique<Document>(stream);
+    return std::make_unique<XMLComposer>(stream);
 }
 
 } // namespace XMLFormat

@@ -26,8 +26,8 @@ using namespace Gltf;
 
 namespace {
 
-constexpr std::size_t kNumbersPerByte = 2; // that channels with common data may have, besides FormatLimits::runs
-constexpr double kArcTolerance = 1e-4;     // of a rotation's components
+constexpr std::size_t kCommonPerByte = 2; // that channels with common data may have, besides FormatLimits::runs
+constexpr double kArcTolerance = 1e-4;    // of a rotation's components
 
 void LoseChannel(const std::string& where, const char* detail) {
     Loss loss;
@@ -193,7 +193,7 @@ private:
         if (target.components != 0 && channel.components != target.components)
             sampler["output"].refuse("Expected vectors of " + std::to_string(target.components) + " components.");
         m_emitted += channel.keys() * channel.components;
-        if (m_emitted > m_limits.runs && (m_emitted - m_limits.runs) / kNumbersPerByte > m_size)
+        if (m_emitted > m_limits.runs && (m_emitted - m_limits.runs) / kCommonPerByte > m_size)
             throw TooMuch("Too many channels have the same data for a document of this length.", 0, 0, sampler.path());
 
         const auto part = [&](std::size_t offset) {

@@ -532,8 +532,9 @@ private:
         }
         static constexpr const char* types[] = {"SCALAR", "VEC2", "VEC3", "VEC4"};
         const std::size_t elements = channel.keys() * (isCubic ? 3 : 1);
-        return addAccessor(isArray ? accessorText(offset, elements * width, types[0], "")
-                                   : accessorText(offset, elements, types[width - 1], ""));
+        // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): a channel has one to four components
+        return addAccessor(
+            accessorText(offset, isArray ? elements * width : elements, types[isArray ? 0 : width - 1], ""));
     }
 
     void writeAnimations() {

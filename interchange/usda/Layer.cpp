@@ -44,9 +44,6 @@ constexpr ValueType kTypes[] = {
 bool IsLetter(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
-bool IsDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
 bool IsLineEnd(char c) noexcept {
     return c == '\n' || c == '\r';
 }

@@ -18,6 +18,10 @@ namespace Interchange {
 
 namespace Usda {
 
+constexpr bool IsDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+
 // Names and values of custom data; strings without their quotes, everything else as it stands.
 using Dictionary = std::vector<std::pair<std::string, std::string>>;
 

@@ -40,11 +40,8 @@ namespace {
 constexpr std::size_t kDeepest = 100; // prims in each other; names with more parts become one part
 constexpr double kVertical = 1e-6;    // of the span: the width of a vertical handle
 
-bool IsLetter(char c) {
+bool IsNameLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 // A name that USD takes: letters, digits and '_', where colons are allowed too, each part of that kind.
@@ -54,7 +51,7 @@ std::string Identifier(std::string_view text, bool allowsColons) {
         const bool startsPart = result.empty() || result.back() == ':';
         const bool isColon = c == ':' && allowsColons && !startsPart;
         if (startsPart && IsDigit(c)) result += '_';
-        result += IsLetter(c) || IsDigit(c) || isColon ? c : '_';
+        result += IsNameLetter(c) || IsDigit(c) || isColon ? c : '_';
     }
     if (result.empty() || result.back() == ':') result += '_';
     return result;

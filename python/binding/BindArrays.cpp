@@ -57,7 +57,7 @@ private:
 };
 
 // (records, interpolators, number of the leading segment's)
-py::tuple ToArrays(FCurve& curve) {
+py::tuple KeysToArrays(FCurve& curve) {
     Records records(static_cast<py::ssize_t>(curve.size() - 1));
     KeyRecord* record = records.mutable_data();
     Expressions expressions;
@@ -172,7 +172,7 @@ void BindArrays(py::module_& module) {
     PYBIND11_NUMPY_DTYPE(KeyRecord, x, y, in_x, in_y, out_x, out_y, interpolator, in_type, out_type, in_weighted,
                          out_weighted, in_locked, out_locked, breakdown, unified);
     module.attr("key_dtype") = py::dtype::of<KeyRecord>();
-    module.def("_to_arrays", &ToArrays, py::arg("curve"));
+    module.def("_to_arrays", &KeysToArrays, py::arg("curve"));
     module.def("_from_arrays", &FromArrays, py::arg("keys"), py::arg("interpolators"), py::arg("leading"),
                py::arg("name"));
 }

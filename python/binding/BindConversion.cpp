@@ -21,7 +21,7 @@ struct ConversionScope {
     std::optional<Conversion> conversion;
 };
 
-py::str Describe(const ConversionReport& report) {
+py::str DescribeReport(const ConversionReport& report) {
     std::string text;
     for (const Loss& loss : report.losses()) {
         if (!text.empty()) text += '\n';
@@ -96,7 +96,7 @@ void BindConversion(py::module_& module) {
         .def(
             "to_json", [](const ConversionReport& self) { return ToPython(Interchange::ToJson(self)); },
             "The report as a JSON text.")
-        .def("__str__", &Describe)
+        .def("__str__", &DescribeReport)
         .def("__repr__", [](const ConversionReport& self) {
             return py::str("<Report of {} losses>").format(self.losses().size());
         });

@@ -72,7 +72,7 @@ void SetExtend(FCurve& curve, py::handle value) {
     last->setInterpolator(trailing);
 }
 
-py::object Range(FCurve& curve) {
+py::object RangeOf(FCurve& curve) {
     const KeyPtr first = FirstSegment(curve).getRightKey();
     const KeyPtr last = LastSegment(curve).getLeftKey();
     if (!first || !last) return py::none();
@@ -203,7 +203,7 @@ void BindCurve(CurveClass& curve) {
             "to\n"
             "one for both (the only choice without keys): 'constant', 'linear', 'cycle', 'cycle_offset', 'mirror', a "
             "number, a formula.")
-        .def_property_readonly("range", &Range, "(x of the first key, x of the last key); None without keys.")
+        .def_property_readonly("range", &RangeOf, "(x of the first key, x of the last key); None without keys.")
         .def_property_readonly("extents", &Extents,
                                "The box around the keyed range: (x, y, width, height); None without keys.")
         .def("key_at", &KeyAt, py::arg("x"), py::arg("tolerance") = 1e-7,

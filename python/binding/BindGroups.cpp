@@ -110,7 +110,7 @@ PasteReport Paste(const KeyClip& clip, py::handle target, py::handle frame, cons
     return PasteKeys(clip, curves, options);
 }
 
-py::dict ToPython(const PartDifference& difference) {
+py::dict PartToPython(const PartDifference& difference) {
     constexpr const char* parts[] = {"curve", "key", "segment", "in_tangent", "out_tangent"};
     constexpr const char* whats[] = {"missing",      "added",  "name", "position",  "flags",
                                      "interpolator", "handle", "type", "properties"};
@@ -146,7 +146,7 @@ void BindGroups(py::module_& module, CurveClass& curve) {
             options.properties = properties;
             const CurveDifference found = Diff(self, other, options);
             py::list parts;
-            for (const PartDifference& part : found.parts) parts.append(ToPython(part));
+            for (const PartDifference& part : found.parts) parts.append(PartToPython(part));
             return py::make_tuple(parts, found.largest, found.x);
         },
         py::arg("other"), py::arg("tolerance") = 0.0, py::arg("properties") = true,
@@ -161,10 +161,10 @@ void BindGroups(py::module_& module, CurveClass& curve) {
         .def_readonly("passed", &MoveReport::passed, "How many passed others.")
         .def_readonly("is_limited", &MoveReport::isLimited, "Whether something held the group back.")
         .def_property_readonly(
-            "offset", [](const MoveReport& self) { return FCurvePython::ToPython(self.offset); },
+            "offset", [](const MoveReport& self) { return ToPython(self.offset); },
             "(x, y): how far the first key is from where it stood.")
         .def_property_readonly(
-            "factor", [](const MoveReport& self) { return FCurvePython::ToPython(self.factor); },
+            "factor", [](const MoveReport& self) { return ToPython(self.factor); },
             "(x, y): by which distances are scaled.");
 
     py::class_<KeyGroup>(
@@ -221,7 +221,7 @@ void BindGroups(py::module_& module, CurveClass& curve) {
              py::arg("keys"))
         .def("__len__", &KeyClip::size)
         .def_property_readonly(
-            "text", [](const KeyClip& self) { return FCurvePython::ToPython(ClipToText(self)); },
+            "text", [](const KeyClip& self) { return ToPython(ClipToText(self)); },
             "The clip as a text, for a clipboard.")
         .def(
             "paste", Editing(&Paste), py::arg("target"), py::arg("frame") = py::none(), py::arg("mode") = "insert",

@@ -122,7 +122,7 @@ void SetAll(const CurvePtr& curve, py::handle source) {
 }
 
 template<class Sequence>
-py::str Describe(const Sequence& self) {
+py::str DescribeSequence(const Sequence& self) {
     return py::repr(py::list(py::cast(self)));
 }
 
@@ -153,14 +153,14 @@ void BindKeys(py::module_& module, CurveClass& curve) {
              [](const Keys& self, py::handle key) {
                  return py::isinstance<Keyframe>(key) && py::cast<Keyframe&>(key).getOwningCurve() == self.curve;
              })
-        .def("__repr__", &Describe<Keys>);
+        .def("__repr__", &DescribeSequence<Keys>);
 
     py::class_<Segments> segments(
         module, "Segments",
         "The segments of a curve, one more than keys: before the first key, between them, and\n"
         "after the last one.");
     BindView(segments);
-    segments.def("__repr__", &Describe<Segments>);
+    segments.def("__repr__", &DescribeSequence<Segments>);
 
     py::class_<Interpolators> interpolators(
         module, "Interpolators",
@@ -173,7 +173,7 @@ void BindKeys(py::module_& module, CurveClass& curve) {
              }),
              py::arg("index"), py::arg("interpolator"))
         .def("__setitem__", Editing(&SetSlice), py::arg("slice"), py::arg("interpolators"))
-        .def("__repr__", &Describe<Interpolators>);
+        .def("__repr__", &DescribeSequence<Interpolators>);
 
     curve
         .def_property_readonly(

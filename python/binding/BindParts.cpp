@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kTangentTypes[] = {"fixed", "flat", "linear", "smooth", "smooth_continued", "clamped", "plateau"};
 
-py::str Describe(const Vector2D<double>& vector) {
+py::str DescribeVector(const Vector2D<double>& vector) {
     return "(" + NumberText(vector.x) + ", " + NumberText(vector.y) + ")";
 }
 
@@ -80,7 +80,7 @@ void BindKey(py::class_<Keyframe, KeyPtr>& key) {
             "curve", [](Keyframe& self) { return self.getOwningCurve(); },
             "Its curve, which it does not keep alive; None once it was removed.");
     key.def("__repr__",
-            [](Keyframe& self) { return py::str("<Key {} {}>").format(IndexOf(self), Describe(self.get())); });
+            [](Keyframe& self) { return py::str("<Key {} {}>").format(IndexOf(self), DescribeVector(self.get())); });
     DefineProperties(key);
 }
 
@@ -125,7 +125,7 @@ void BindTangent(py::class_<Tangent, TangentPtr>& tangent) {
             "curve", [](Tangent& self) { return self.getOwningCurve(); }, "Its curve, or None.")
         .def("__repr__", [](const Tangent& self) {
             return py::str("<Tangent {} {} {}>")
-                .format(self.isInTangent() ? "in" : "out", Describe(self.get()), kTangentTypes[self.getType()]);
+                .format(self.isInTangent() ? "in" : "out", DescribeVector(self.get()), kTangentTypes[self.getType()]);
         });
     DefineProperties(tangent);
 }

@@ -58,7 +58,7 @@ py::object EvalPose(const CompiledSet& self, py::handle x, py::handle out) {
     return std::move(values);
 }
 
-py::list Names(const CompiledSet& self) {
+py::list NamesOf(const CompiledSet& self) {
     py::list names;
     for (std::size_t i = 0; i < self.size(); ++i) names.append(ToPython(self.getName(i)));
     return names;
@@ -106,13 +106,14 @@ void BindPlayback(py::module_& module, CurveClass& curve, ContainerClass& contai
         .def("__len__", &CompiledSet::size)
         .def("__getitem__",
              [](const CompiledSet& self, py::ssize_t index) { return self.getCurve(Place(index, self.size())); })
-        .def_property_readonly("names", &Names, "The curves' names.")
+        .def_property_readonly("names", &NamesOf, "The curves' names.")
         .def(
             "eval", &EvalPose, py::arg("x"), py::arg("out") = py::none(),
             "The values of all n curves: shape (n,) for one frame, (frames, n) for an array of frames, and in general\n"
             "x.shape + (n,). Other threads run meanwhile.")
         .def("__call__", &EvalPose, py::arg("x"), py::arg("out") = py::none(), "As eval.")
-        .def("__repr__", [](const CompiledSet& self) { return py::str("<Pose of {}>").format(py::repr(Names(self))); });
+        .def("__repr__",
+             [](const CompiledSet& self) { return py::str("<Pose of {}>").format(py::repr(NamesOf(self))); });
 
     curve.def(
         "compile", [](const FCurve& self) { return CompiledCurve(self); },

@@ -12,9 +12,5 @@ if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
     mark_as_advanced(FCURVELIB_CCACHE)
     if(FCURVELIB_CCACHE)
         set(CMAKE_CXX_COMPILER_LAUNCHER ${FCURVELIB_CCACHE})
-        if(FCURVELIB_PRECOMPILE) # without this ccache leaves such compilations alone
-            list(PREPEND CMAKE_CXX_COMPILER_LAUNCHER
-                ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros)
-        endif()
     endif()
 endif()

@@ -31,6 +31,9 @@ test_needs=("<gtest/gtest.h>|libgtest-dev" "<gmock/gmock.h>|libgmock-dev" "pkg-c
             "clang++|clang" "clang-format|clang-format" "clang-tidy|clang-tidy" "python3|python3"
             "node|nodejs" "npm|npm")
 
+# Without this ccache leaves compilations with precompiled headers alone.
+export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
+
 # What all parts of a WebAssembly program are compiled and linked with: the exceptions and the SIMD of today's browsers.
 wasm_flags="-fwasm-exceptions -msimd128"
 # Emscripten's tools want Debian's Node modules, whatever node the machine has.

@@ -530,11 +530,12 @@ private:
                 for (std::size_t c = 0; c < width; ++c) Append(m_bytes, AsFloat((*numbers)[k * width + c]));
             }
         }
-        static constexpr const char* types[] = {"SCALAR", "VEC2", "VEC3", "VEC4"};
         const std::size_t elements = channel.keys() * (isCubic ? 3 : 1);
-        // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): a channel has one to four components
-        return addAccessor(
-            accessorText(offset, isArray ? elements * width : elements, types[isArray ? 0 : width - 1], ""));
+        return addAccessor(isArray ? accessorText(offset, elements * width, typeOf(1), "")
+                                   : accessorText(offset, elements, typeOf(width), ""));
+    }
+    static const char* typeOf(std::size_t components) noexcept {
+        return components == 1 ? "SCALAR" : components == 2 ? "VEC2" : components == 3 ? "VEC3" : "VEC4";
     }
 
     void writeAnimations() {

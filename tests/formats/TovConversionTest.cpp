@@ -253,6 +253,15 @@ INSTANTIATE_TEST_SUITE_P(TovCurve, EveryLoss, testing::ValuesIn(kLosses), [](con
     return name;
 });
 
+TEST(TovCurve, AParabolaIsACubicOfItsSlopes) {
+    const auto curve = pair(std::make_shared<Parabola>(0.05));
+    std::ostringstream text;
+    text << std::setprecision(17) << TovCurve(*curve);
+    const auto read = FCurve::create();
+    ReadFCurveFromString(text.str(), "tov_fcurve", *read);
+    for (const double x : {0.5, 3.0, 9.5}) EXPECT_NEAR(read->eval(x), curve->eval(x), 1e-5);
+}
+
 TEST(TovCurve, AStepIsBridgedInFrontOfItsKey) {
     const auto curve = curveOf({{0, 0, kind("linear()")}, {0.001, 1, kind("2")}, {5, 3, kind("constant()")}});
     SetLocked(*curve->findSegment(0.001)->getLeftKey(), true);

@@ -27,13 +27,15 @@ if(FCURVELIB_COVERAGE)
     target_link_options(FCurveLibFlags INTERFACE --coverage)
 endif()
 
-# fcurvelib_compile_quickly(TARGET [SHIPS]): for what runs for seconds in tests: optimising it as the rest would take
-# longer than it saves. What ships as well is optimised in releases.
-function(fcurvelib_compile_quickly target)
+# fcurvelib_optimise_less(TARGET CONFIG...): in these configurations, for what runs for seconds in tests and would take
+# longer to optimise: -O1 in Release, -O0 in Debug, which the trees of sanitizers are.
+function(fcurvelib_optimise_less target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
-        target_compile_options(${target} PRIVATE $<$<CONFIG:Debug>:-O0>)
-        if(NOT SHIPS IN_LIST ARGN)
+        if(Release IN_LIST ARGN)
             target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+        endif()
+        if(Debug IN_LIST ARGN)
+            target_compile_options(${target} PRIVATE $<$<CONFIG:Debug>:-O0>)
         endif()
     endif()
 endfunction()

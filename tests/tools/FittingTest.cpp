@@ -127,10 +127,9 @@ TEST(FitCurve, NeedsHardlyMoreKeysThanTheBestPartition) {
         }
     }
     // Hardly more than were found when this was written: no change makes a search worse unnoticed. So below.
-    EXPECT_LE(broken, 1200u);
-    EXPECT_LE(weighted, 1114u);
-    EXPECT_LE(smooth, 1688u);
-    EXPECT_EQ(best, 1194u) << "other samples";
+    EXPECT_LE(static_cast<double>(broken), 1.005 * static_cast<double>(best));
+    EXPECT_LE(static_cast<double>(weighted), 0.933 * static_cast<double>(best));
+    EXPECT_LE(static_cast<double>(smooth), 1.413 * static_cast<double>(best));
 }
 
 // Samples of one segment with handles of any length: weighted ones find it again, thirds need more keys.

@@ -119,6 +119,21 @@ TEST(InsertBezierKeyframe, RefusesWhereNoKeyCanStand) {
     EXPECT_EQ(InsertAsForetold(*far, 1e300), far->end()) << "a third of the way is none";
 }
 
+TEST(InsertBezierKeyframe, OutsideTheKeysTheNewSpanIsFlatWithHandlesOfAThird) {
+    for (const char* kind : {"bezier()", "spline()", "ease()"})
+        for (const double x : {-3.0, 9.0}) {
+            SCOPED_TRACE(testing::Message() << kind << " at " << x);
+            const auto curve = CurveThrough({{0, 1}, {6, 2}}, Bezier::create());
+            for (Segment* end : {&*curve->begin(), &*--curve->end()})
+                end->setInterpolator(InterpolatorFactory::create(kind));
+            InsertBezierKeyframe(*curve, x);
+            const Segment& span = *curve->findSegment(x < 0.0 ? -1.0 : 7.0);
+            EXPECT_STREQ(span.getInterpolator()->getExpression(), "bezier()");
+            EXPECT_EQ(span.getOutTangent()->get(), Vector2D<double>(1, 0));
+            EXPECT_EQ(span.getInTangent()->get(), Vector2D<double>(-1, 0));
+        }
+}
+
 TEST(InsertBezierKeyframe, TellsWhatKeepsByKindAndWhatByComparison) {
     const struct {
         const char *kind, *ends;

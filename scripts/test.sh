@@ -46,7 +46,7 @@ run_tree() { # PRESET [CMAKE --BUILD ARGUMENT]...
 
 more=("-DPython_EXECUTABLE=$python")
 if [ "${1-}" = --quick ]; then
-    more=(-DFCURVELIB_CHECKS=OFF -DFCURVELIB_BENCH=OFF -DFCURVELIB_PYTHON=OFF)
+    more=(-DFCURVELIB_CHECKS=OFF -DFCURVELIB_BENCH=OFF -DFCURVELIB_PYTHON=OFF -DFCURVELIB_UNITY=ON)
     run_tree release
     say "The tests passed. Left out: sanitizers, Clang, style, package, Python, editor."
     exit

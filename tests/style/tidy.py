@@ -63,7 +63,7 @@ def digest(entry, source_dir, common):
     del command[command.index("-o"):command.index("-o") + 2]
     rule = subprocess.run(command + ["-MM"], cwd=entry["directory"], check=True, capture_output=True, text=True).stdout
     files = rule.replace("\\\n", " ").split()[1:]
-    hasher = hashlib.sha256(common + " ".join(command).encode())
+    hasher = hashlib.sha256(common + " ".join(command).encode() + pathlib.Path(entry["file"]).read_bytes())
     for name in sorted(files):
         path = pathlib.Path(entry["directory"], name).resolve()
         if path.is_relative_to(source_dir):

@@ -119,6 +119,29 @@ TEST(InsertBezierKeyframe, RefusesWhereNoKeyCanStand) {
     EXPECT_EQ(InsertAsForetold(*far, 1e300), far->end()) << "a third of the way is none";
 }
 
+// A match between formulas need not pass through its keys.
+TEST(InsertBezierKeyframe, AMatchBecomesCubicsWhereItMeetsItsKeys) {
+    const struct {
+        const char *before, *after, *left, *right;
+        KeyframeInsertion::Outcome outcome;
+    } kRows[] = {
+        {"linear()", "linear()", "bezier()", "bezier()", KeyframeInsertion::KeepsShape},
+        {"5", "linear()", "match()", "bezier()", KeyframeInsertion::KeepsShape},
+        {"linear()", "7", "bezier()", "match()", KeyframeInsertion::KeepsShape},
+        {"5", "7", "match()", "match()", KeyframeInsertion::ChangesShape},
+    };
+    for (const auto& row : kRows) {
+        const auto curve = CurveThrough({{10, 0}, {11, 4}, {13, 1}, {15, 0}}, Linear::create());
+        curve->findSegment(10)->setInterpolator(InterpolatorFactory::create(row.before));
+        curve->findSegment(11)->setInterpolator(InterpolatorFactory::create("match()"));
+        curve->findSegment(13)->setInterpolator(InterpolatorFactory::create(row.after));
+        EXPECT_EQ(PreviewBezierKeyframe(*curve, 12).outcome, row.outcome) << row.before << ", " << row.after;
+        InsertAsForetold(*curve, 12);
+        EXPECT_STREQ(curve->findSegment(11)->getInterpolator()->getExpression(), row.left);
+        EXPECT_STREQ(curve->findSegment(12)->getInterpolator()->getExpression(), row.right);
+    }
+}
+
 TEST(InsertBezierKeyframe, OutsideTheKeysTheNewSpanIsFlatWithHandlesOfAThird) {
     for (const char* kind : {"bezier()", "spline()", "ease()"})
         for (const double x : {-3.0, 9.0}) {

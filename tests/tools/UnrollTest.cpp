@@ -124,6 +124,7 @@ TEST(UnrollAngles, RefusesWhatFitsNotTogether) {
     const auto a = make(), b = make(), c = make(), longer = CurveThrough({{0, 0}, {1, 300}, {2, 0}}, Linear::create());
     const auto moved = CurveThrough({{0, 0}, {1.1, 300}}, Linear::create());
     EXPECT_EQ(UnrollAngles(*a, *b, *longer, ROTATION_XYZ), 0u);
+    EXPECT_EQ(UnrollAngles(*longer, *b, *FCurve::createCopy(*longer), ROTATION_XYZ), 0u);
     EXPECT_EQ(UnrollAngles(*a, *moved, *c, ROTATION_XYZ), 0u);
     EXPECT_EQ(UnrollAngles(*a, *a, *c, ROTATION_XYZ), 0u);
     EXPECT_EQ(UnrollAngles(*a, *b, *c, static_cast<RotationOrder>(6)), 0u);

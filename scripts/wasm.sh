@@ -113,9 +113,6 @@ excluded+=":*GoldenDocuments.ReadAsEver/text:UndoStack.KeepsWhatWasTouchedWithin
 excluded+=":FormulaDerivative.RandomFormulasAgreeWithDifferences:Transform.IsTheAffineImageOrSaysSo"
 excluded+=":InsertBezierKeyframe.KeepsTheShapeWhateverTheTangents:ViewLine.OfManyKeysIsTheCurve"
 excluded+=":*LineOfEveryExhibit.IsTheCurveInAnyView/ManyKinds"
-# So are the numbers of keys that searches need for them.
-excluded+=":FitCurve.FindsWeightedHandles:ReduceCurve.StaysWithinTheToleranceWhateverTheCurve"
-excluded+=":ReduceCurve.JoinsWhatItSearchesAgain:Combining.FitsSmoothCurvesWithinTheTolerance"
 
 package googletest /usr/src/googletest
 programs=(test_model test_interp test_io test_formats test_playback test_selection test_tools test_draw)

@@ -9,6 +9,13 @@
 
 namespace Test {
 
+/// Whether the standard library is GCC's: random numbers are others with each, and so are counts of what they lead to.
+#ifdef __GLIBCXX__
+constexpr bool kNumbersAreGccs = true;
+#else
+constexpr bool kNumbersAreGccs = false;
+#endif
+
 /// Something to do to what is tested.
 struct Edit {
     const char* name;
